@@ -1,0 +1,54 @@
+#pragma once
+
+#include <kavio/export.h>
+#include <kavio/result.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace kavio {
+
+class CreditCard;
+class Machine;
+class Order;
+class PaymentMethod;
+class Product;
+
+using PaymentMethods = std::vector<std::shared_ptr<const PaymentMethod>>;
+using Machines = std::vector<std::shared_ptr<const Machine>>;
+using Products = std::vector<std::shared_ptr<const Product>>;
+using Orders = std::vector<std::shared_ptr<const Order>>;
+
+/// Receives the outcome of every operation of a `Kavio`; the application implements and owns it.
+///
+/// Each operation calls its own callback once (`onPlaceOrder`: once or more), never with an exception in flight and never
+/// with a lock held: a callback may call the facade again, or destroy it. `BUSY` and refused input are reported on the
+/// calling thread before the operation returns, everything else on the main thread. On any result but `SUCCESS` the
+/// payload is absent; on `SUCCESS` it is absent when the service's reply carried none.
+class KAVIO_API KavioDelegate {
+public:
+    using Result = std::shared_ptr<const KavioResult>;
+
+    virtual ~KavioDelegate() = default;
+    virtual void onCheckIsUserLogin(Result result) = 0;
+    virtual void onLogin(Result result) = 0;
+    virtual void onVerify(Result result) = 0;
+    virtual void onLogout(Result result) = 0;
+    /// The wallet first, then the stored credit cards, then the prepaid cards.
+    virtual void onGetPaymentMethods(Result result, std::optional<PaymentMethods> paymentMethods) = 0;
+    virtual void onGetMachines(Result result, std::optional<Machines> machines) = 0;
+    virtual void onGetMachineProducts(Result result, std::optional<Products> products) = 0;
+    /// Once when the order is placed and once at each change of its status while it is followed; see
+    /// `Kavio::placeOrder`.
+    virtual void onPlaceOrder(Result result, std::shared_ptr<const Order> order) = 0;
+    /// `balance`: the new balance in the currency's smallest unit.
+    virtual void onDeposit(Result result, std::optional<std::int64_t> balance) = 0;
+    virtual void onGetOrder(Result result, std::shared_ptr<const Order> order) = 0;
+    virtual void onGetTransactions(Result result, std::optional<Orders> transactions) = 0;
+    virtual void onAddCreditCard(Result result, std::shared_ptr<const CreditCard> card) = 0;
+    virtual void onRemoveCard(Result result) = 0;
+};
+
+}  // namespace kavio

@@ -1,0 +1,115 @@
+#pragma once
+
+#include <kavio/date.h>
+#include <kavio/export.h>
+
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace kavio {
+
+/// Information values and localized strings of a program or library.
+class KAVIO_API Bundle {
+public:
+    using Value = std::variant<std::string, std::int64_t, double, bool>;
+
+    virtual ~Bundle() = default;
+    virtual std::optional<Value> informationValue(std::string_view key) const = 0;
+    /// The text for `key` in the user's language, or `key` itself.
+    virtual std::string localizedString(std::string_view key) const = 0;
+
+    /// The information value when it is text.
+    std::optional<std::string> informationText(std::string_view key) const {
+        const auto value = informationValue(key);
+        if (!value || !std::holds_alternative<std::string>(*value)) return std::nullopt;
+        return std::get<std::string>(*value);
+    }
+};
+
+/// The user's current locale.
+class KAVIO_API Locale {
+public:
+    virtual ~Locale() = default;
+    /// ISO 639 code; absent when the locale has none.
+    virtual std::optional<std::string> languageCode() const = 0;
+    /// Name of an ISO 3166 region in the user's language; absent when `code` is no region.
+    virtual std::optional<std::string> regionName(std::string_view code) const = 0;
+};
+
+/// How a date is written: a Unicode date pattern, with locale and time zone, each the device's own when absent.
+struct DateFormat {
+    std::string pattern;
+    std::optional<std::string> locale;
+    std::optional<std::string> timeZone;
+};
+
+/// Dates as text. Parsing is strict and must use the whole text. Safe from any thread.
+class KAVIO_API DateFormatter {
+public:
+    virtual ~DateFormatter() = default;
+    virtual std::optional<Date> parse(const DateFormat& format, std::string_view text) const = 0;
+    /// Empty for a date that the calendar cannot hold.
+    virtual std::string format(const DateFormat& format, Date date) const = 0;
+};
+
+/// Unicode regular expressions. Safe from any thread.
+class KAVIO_API RegularExpression {
+public:
+    /// Group 0 is the whole match; a group that took no part is empty.
+    using Match = std::vector<std::string>;
+    struct Invalid {
+        std::string description;
+    };
+
+    virtual ~RegularExpression() = default;
+    /// All non-overlapping matches anywhere in `text`, in order of position. A search that the engine gives up, because
+    /// it takes too long, has no match.
+    virtual std::variant<std::vector<Match>, Invalid> matches(std::string_view pattern, std::string_view text) const = 0;
+};
+
+/// User-perceived characters.
+class KAVIO_API Characters {
+public:
+    virtual ~Characters() = default;
+    /// The first `count` grapheme clusters of well-formed UTF-8 `text`; all of it when it has fewer.
+    virtual std::string_view prefix(std::string_view text, std::size_t count) const = 0;
+};
+
+class KAVIO_API Digest {
+public:
+    using Sha1 = std::array<std::uint8_t, 20>;
+
+    virtual ~Digest() = default;
+    virtual Sha1 sha1(std::string_view bytes) const = 0;
+};
+
+class KAVIO_API Base64 {
+public:
+    virtual ~Base64() = default;
+    /// Standard alphabet, with padding, without line breaks.
+    virtual std::string encode(std::string_view bytes) const = 0;
+};
+
+class KAVIO_API Uuid {
+public:
+    virtual ~Uuid() = default;
+    /// A fresh random UUID: 36 characters, upper-case hexadecimal in groups of 8-4-4-4-12.
+    virtual std::string make() const = 0;
+};
+
+class KAVIO_API Clock {
+public:
+    virtual ~Clock() = default;
+    /// Wall clock of the device.
+    virtual Date now() const = 0;
+    /// Monotonic time since the device started.
+    virtual std::chrono::nanoseconds uptime() const = 0;
+};
+
+}  // namespace kavio

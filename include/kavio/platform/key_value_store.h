@@ -1,0 +1,56 @@
+#pragma once
+
+#include <kavio/date.h>
+#include <kavio/export.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace kavio {
+
+using Bytes = std::vector<std::uint8_t>;
+using StoredValue = std::variant<std::string, Date, Bytes>;
+
+/// A named suite of values that outlasts the process.
+///
+/// - A write that has returned true is kept, whatever happens to the process afterwards; one that returned false
+///   changed nothing.
+/// - A read sees the last completed write of any process that shares the suite.
+/// - Safe from any thread. No call throws.
+class KAVIO_API KeyValueStore {
+public:
+    virtual ~KeyValueStore() = default;
+    virtual std::optional<StoredValue> value(std::string_view key) const = 0;
+    virtual bool set(std::string_view key, StoredValue value) = 0;
+    virtual bool remove(std::string_view key) = 0;
+
+    /// The value when it is of that type; a value of another type reads as missing.
+    std::optional<std::string> string(std::string_view key) const { return typed<std::string>(key); }
+    std::optional<Date> date(std::string_view key) const { return typed<Date>(key); }
+    std::optional<Bytes> data(std::string_view key) const { return typed<Bytes>(key); }
+
+private:
+    template <class T>
+    std::optional<T> typed(std::string_view key) const {
+        auto found = value(key);
+        if (!found || !std::holds_alternative<T>(*found)) return std::nullopt;
+        return std::get<T>(std::move(*found));
+    }
+};
+
+/// The device's suites. Opening the same name twice gives the same store.
+class KAVIO_API KeyValueStores {
+public:
+    virtual ~KeyValueStores() = default;
+    /// Null when the platform refuses to create a suite of that name.
+    virtual std::shared_ptr<KeyValueStore> suite(std::string_view name) = 0;
+    /// The application's own store; never null. Where nothing can be written it lives in memory.
+    virtual std::shared_ptr<KeyValueStore> standard() = 0;
+};
+
+}  // namespace kavio

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <kavio/export.h>
+#include <kavio/platform/platform.h>
+#include <kavio/platform/run_loop.h>
+
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <string>
+
+namespace kavio {
+
+/// How the library's connections are made.
+struct UrlSessionConfiguration {
+    /// PEM file of certificate authorities to trust instead of the system's; empty for the system's.
+    std::filesystem::path certificateAuthorities;
+    /// "HOST:PORT" that every connection goes to, whatever host the URL names; URL, `Host` header, TLS server name and
+    /// certificate check keep the URL's own host. For a service on this machine. Empty for none.
+    std::string connectTo;
+};
+
+/// What a host may set before the library's first use. The defaults are a desktop's.
+struct LinuxPlatformOptions {
+    UrlSessionConfiguration session;
+    /// Folder of the key/value suites; empty for `$XDG_DATA_HOME/kavio`, which is `~/.local/share/kavio` by default.
+    std::filesystem::path storeDirectory;
+    /// The host application's information values, such as "KavioKey" and "CFBundleVersion".
+    std::map<std::string, Bundle::Value, std::less<>> information;
+    /// The host application's translations of the library's texts.
+    std::map<std::string, std::string, std::less<>> localizedStrings;
+    /// The queue of the host's main thread; null for a `RunLoop` that the thread which makes the platform runs.
+    std::shared_ptr<MainQueue> mainQueue;
+    /// Told, on the thread that met it, which suite file was damaged and where it was set aside.
+    std::function<void(const std::filesystem::path& damaged, const std::filesystem::path& setAside)> onStoreDamaged;
+};
+
+/// The platform of a Linux device, on libcurl, OpenSSL, ICU and SQLite. It has no windows: `Kavio::gtk` adds them.
+KAVIO_API Platform makeLinuxPlatform(LinuxPlatformOptions options = {});
+
+}  // namespace kavio

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <kavio/export.h>
+#include <kavio/platform/device.h>
+#include <kavio/platform/key_value_store.h>
+#include <kavio/platform/queues.h>
+#include <kavio/platform/ui.h>
+#include <kavio/platform/url_session.h>
+
+#include <memory>
+
+namespace kavio {
+
+/// All that the library needs of a device. No member but `windows` may be null.
+struct KAVIO_API Platform {
+    std::shared_ptr<UrlSession> urlSession;
+    std::shared_ptr<BackgroundUrlSession> backgroundUrlSession;
+    std::shared_ptr<KeyValueStores> keyValueStores;
+    std::shared_ptr<MainQueue> mainQueue;
+    std::shared_ptr<WorkQueue> serialQueue;
+    std::shared_ptr<WorkQueue> concurrentQueue;
+    std::shared_ptr<Bundle> mainBundle;
+    std::shared_ptr<Bundle> libraryBundle;
+    std::shared_ptr<Locale> locale;
+    std::shared_ptr<DateFormatter> dateFormatter;
+    std::shared_ptr<RegularExpression> regularExpression;
+    std::shared_ptr<Characters> characters;
+    std::shared_ptr<Digest> digest;
+    std::shared_ptr<Base64> base64;
+    std::shared_ptr<Uuid> uuid;
+    std::shared_ptr<Clock> clock;
+    /// Null on a device without windows: what needs one reports that it could not start.
+    std::shared_ptr<Windows> windows;
+
+    /// The process's platform; the device's default one is made on first use. Safe from any thread.
+    static Platform& current();
+    /// Replaces the platform that `current` gives. A host calls it before it uses anything else of the library; false
+    /// when that is too late.
+    static bool install(Platform platform);
+};
+
+}  // namespace kavio

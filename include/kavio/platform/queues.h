@@ -1,0 +1,31 @@
+#pragma once
+
+#include <kavio/export.h>
+
+#include <chrono>
+#include <functional>
+
+namespace kavio {
+
+/// The queue of the application's main thread.
+/// Work runs on the main thread, one at a time, in the order in which it was posted, and never inside the posting call.
+/// All calls are safe from any thread.
+class KAVIO_API MainQueue {
+public:
+    virtual ~MainQueue() = default;
+    virtual void post(std::function<void()> work) = 0;
+    /// Not before `delay` has passed on the monotonic clock.
+    virtual void postAfter(std::chrono::milliseconds delay, std::function<void()> work) = 0;
+    virtual bool isMainThread() const = 0;
+};
+
+/// A queue of background threads. A serial one runs one piece of work at a time, in order; a concurrent one runs
+/// several side by side. Work never runs on the caller's thread. Destroying the queue waits for work under way and drops
+/// what has not begun.
+class KAVIO_API WorkQueue {
+public:
+    virtual ~WorkQueue() = default;
+    virtual void async(std::function<void()> work) = 0;
+};
+
+}  // namespace kavio

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace kavio {
+
+/// The card of a 3-D Secure enrolment. It has no debug text on purpose.
+struct TDSPaymentCard {
+    std::string number;
+    std::int64_t month = 0;
+    std::int64_t year = 0;
+    std::int64_t securityCode = 0;
+};
+
+/// Whom the card belongs to; the absent members are not sent.
+struct TDSCardHolder {
+    std::string name;
+    std::string email;
+    std::optional<std::int64_t> streetNumber;
+    std::optional<std::string> streetName;
+    std::optional<std::string> city;
+    std::optional<std::string> territory;
+    std::optional<std::string> country;
+    std::optional<std::string> postal;
+};
+
+}  // namespace kavio

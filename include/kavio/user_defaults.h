@@ -1,0 +1,13 @@
+#pragma once
+
+#include <kavio/export.h>
+#include <kavio/platform/key_value_store.h>
+
+#include <memory>
+
+namespace kavio {
+
+/// The key/value suite in which the library keeps its state across launches; the host application may read and write it.
+KAVIO_API std::shared_ptr<KeyValueStore> userDefaults();
+
+}  // namespace kavio
