@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include <unicode/unistr.h>
+
+namespace kavio {
+
+/// Ill-formed bytes become U+FFFD.
+inline icu::UnicodeString toIcu(std::string_view text) {
+    return icu::UnicodeString::fromUTF8({text.data(), static_cast<std::int32_t>(text.size())});
+}
+
+inline std::string fromIcu(const icu::UnicodeString& text) {
+    std::string utf8;
+    return text.toUTF8String(utf8);
+}
+
+}  // namespace kavio
