@@ -1,9 +1,9 @@
+#include "platform/linux/icu.h"
+
 #include <unicode/brkiter.h>
 
 #include <algorithm>
 #include <mutex>
-
-#include "platform/linux/icu.h"
 
 namespace kavio {
 namespace {

@@ -1,3 +1,6 @@
+#include "platform/linux/icu.h"
+#include "platform/linux/icu_text.h"
+
 #include <unicode/gregocal.h>
 #include <unicode/smpdtfmt.h>
 
@@ -5,9 +8,6 @@
 #include <map>
 #include <mutex>
 #include <tuple>
-
-#include "platform/linux/icu.h"
-#include "platform/linux/icu_text.h"
 
 namespace kavio {
 namespace {
@@ -67,7 +67,8 @@ private:
     const icu::SimpleDateFormat* cached(const DateFormat& format) const {
         const auto found = mFormats.find(std::tie(format.pattern, format.locale, format.timeZone));
         if (found != mFormats.end()) return found->second.get();
-        return mFormats.emplace(Key(format.pattern, format.locale, format.timeZone), makeFormat(format)).first->second.get();
+        return mFormats.emplace(Key(format.pattern, format.locale, format.timeZone), makeFormat(format))
+            .first->second.get();
     }
 
     using Key = std::tuple<std::string, std::optional<std::string>, std::optional<std::string>>;

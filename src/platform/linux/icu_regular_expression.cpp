@@ -1,7 +1,7 @@
-#include <unicode/regex.h>
-
 #include "platform/linux/icu.h"
 #include "platform/linux/icu_text.h"
+
+#include <unicode/regex.h>
 
 namespace kavio {
 namespace {

@@ -1,9 +1,9 @@
 #pragma once
 
+#include <unicode/unistr.h>
+
 #include <string>
 #include <string_view>
-
-#include <unicode/unistr.h>
 
 namespace kavio {
 

@@ -1,10 +1,10 @@
-#include <kavio/platform/linux.h>
-
 #include "platform/linux/dictionary_bundle.h"
 #include "platform/linux/icu.h"
 #include "platform/linux/openssl.h"
 #include "platform/linux/system_clock.h"
 #include "platform/linux/thread_queue.h"
+
+#include <kavio/platform/linux.h>
 
 namespace kavio {
 namespace {
@@ -28,7 +28,8 @@ Platform makeLinuxPlatform(LinuxPlatformOptions options) {
         .mainQueue = options.mainQueue ? std::move(options.mainQueue) : std::make_shared<RunLoop>(),
         .serialQueue = makeThreadQueue("serial", 1),
         .concurrentQueue = makeThreadQueue("concurent", concurrentThreads),
-        .mainBundle = std::make_shared<DictionaryBundle>(std::move(options.information), std::move(options.localizedStrings)),
+        .mainBundle =
+            std::make_shared<DictionaryBundle>(std::move(options.information), std::move(options.localizedStrings)),
         .libraryBundle = makeLibraryBundle(),
         .locale = makeIcuLocale(),
         .dateFormatter = makeIcuDateFormatter(),

@@ -37,7 +37,8 @@ public:
     std::string encode(std::string_view bytes) const override {
         // One more than the text: OpenSSL ends it with a NUL.
         std::string text((bytes.size() + 2) / 3 * 4 + 1, '\0');
-        EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()), unsignedBytes(bytes), static_cast<int>(bytes.size()));
+        EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()), unsignedBytes(bytes),
+                        static_cast<int>(bytes.size()));
         text.pop_back();
         return text;
     }
