@@ -1,6 +1,7 @@
 #include "platform/linux/dictionary_bundle.h"
 #include "platform/linux/icu.h"
 #include "platform/linux/openssl.h"
+#include "platform/linux/sqlite_stores.h"
 #include "platform/linux/system_clock.h"
 #include "platform/linux/thread_queue.h"
 
@@ -21,10 +22,12 @@ std::shared_ptr<Bundle> makeLibraryBundle() {
 }  // namespace
 
 Platform makeLinuxPlatform(LinuxPlatformOptions options) {
+    const auto digest = makeOpensslDigest();
     return {
         .urlSession = nullptr,
         .backgroundUrlSession = nullptr,
-        .keyValueStores = nullptr,
+        .keyValueStores =
+            makeSqliteStores(std::move(options.storeDirectory), digest, std::move(options.onStoreDamaged)),
         .mainQueue = options.mainQueue ? std::move(options.mainQueue) : std::make_shared<RunLoop>(),
         .serialQueue = makeThreadQueue("serial", 1),
         .concurrentQueue = makeThreadQueue("concurent", concurrentThreads),
@@ -35,7 +38,7 @@ Platform makeLinuxPlatform(LinuxPlatformOptions options) {
         .dateFormatter = makeIcuDateFormatter(),
         .regularExpression = makeIcuRegularExpression(),
         .characters = makeIcuCharacters(),
-        .digest = makeOpensslDigest(),
+        .digest = digest,
         .base64 = makeOpensslBase64(),
         .uuid = makeOpensslUuid(),
         .clock = makeSystemClock(),
