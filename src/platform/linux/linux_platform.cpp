@@ -4,6 +4,7 @@
 #include "platform/linux/sqlite_stores.h"
 #include "platform/linux/system_clock.h"
 #include "platform/linux/thread_queue.h"
+#include "platform/linux/url_session.h"
 
 #include <kavio/platform/linux.h>
 
@@ -24,8 +25,8 @@ std::shared_ptr<Bundle> makeLibraryBundle() {
 Platform makeLinuxPlatform(LinuxPlatformOptions options) {
     const auto digest = makeOpensslDigest();
     return {
-        .urlSession = nullptr,
-        .backgroundUrlSession = nullptr,
+        .urlSession = makeUrlSession(options.session),
+        .backgroundUrlSession = makeBackgroundUrlSession(options.session),
         .keyValueStores =
             makeSqliteStores(std::move(options.storeDirectory), digest, std::move(options.onStoreDamaged)),
         .mainQueue = options.mainQueue ? std::move(options.mainQueue) : std::make_shared<RunLoop>(),
