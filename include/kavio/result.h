@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace kavio {
 
@@ -21,6 +22,9 @@ enum class ResultType {
     NOT_LOGGED_IN,   ///< never reported
     TIMEOUT,         ///< the order was followed for as long as orders are followed
 };
+
+/// The enumerator's own name, such as "BAD_INPUT".
+KAVIO_API std::string_view name(ResultType type);
 
 /// The outcome of one operation. Immutable.
 class KAVIO_API KavioResult {

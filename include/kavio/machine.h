@@ -1,0 +1,91 @@
+#pragma once
+
+#include <kavio/campaign.h>
+#include <kavio/export.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kavio {
+
+/// An unattended vending point of an operator. Immutable.
+class KAVIO_API Machine {
+public:
+    enum class MachineType {
+        HOT_DRINKS = 0,
+        COLD_DRINKS = 1,
+        SNACKS = 2,
+        ICE_CREAM = 3,
+        MILK_PRODUCTS = 4,
+        SANDWICHES = 5,
+        FOOD = 6,
+        AMUSEMENT = 7,
+        ALCOHOL = 8,
+        CIGARETTES = 9,
+        COMBO = 10,
+        AIR = 11,
+        ELECTRICITY = 12,
+        OTHER = 13,
+        RECYCLING = 14,
+        WATER_FILLING_STATION = 15,
+        CAR_WASH_MACHINE = 16,
+        LAUNDRY_MACHINE = 17,
+        CELLULAR_ACCESSORIES = 18,
+        PHARMACY = 19,
+        TV_AND_INTERNET_SERVICES = 20,
+        PPE = 21,
+        MASSAGE_CHAIRS = 22,
+        ICE = 23,
+        PHOTO_BOOTH = 24,
+        PICTURES = 25,
+        PHOTOCOPIES = 26,
+        FLOWERS = 27,
+        CAR_VACUUM_CLEANER = 28,
+        WEIGHT = 29,
+        LOCKERS = 30,
+        ACCESS_CONTROL = 31,
+        GOLF_BALL_DISPENSER = 32,
+        DOG_WASH = 33,
+        FRESH_JUICE = 34,
+        GAMING = 37,
+        MICRO_MARKETS = 43,
+    };
+    /// Absent for a code that names no type.
+    static std::optional<MachineType> machineType(std::int64_t rawValue);
+
+    Machine(std::int64_t id, std::int64_t kavioId, std::optional<std::string> operatorName, bool isWalletAllowed,
+            double latitude, double longitude, MachineType type, Campaigns campaigns, std::optional<std::string> name,
+            std::optional<std::string> country, std::optional<std::string> city, std::optional<std::string> hwSerial,
+            bool supportRemoteVend, std::int64_t multiVendCount, bool machineStatus);
+
+    /// Names the machine to `Kavio::getMachineProducts`.
+    const std::int64_t id;
+    /// Names the machine to `Kavio::placeOrder`; 0 when it has none.
+    const std::int64_t kavioId;
+    const std::optional<std::string> operatorName;
+    const bool isWalletAllowed;
+    /// Degrees.
+    const double latitude;
+    const double longitude;
+    /// `OTHER` as well for a type that this version does not know.
+    const MachineType type;
+    const Campaigns campaigns;
+    const std::optional<std::string> name;
+    const std::optional<std::string> country;
+    const std::optional<std::string> city;
+    const std::optional<std::string> hwSerial;
+    /// Whether an order may name products.
+    const bool supportRemoteVend;
+    const std::int64_t multiVendCount;
+    /// Whether the machine is in service.
+    const bool machineStatus;
+
+    std::string debugDescription() const;
+};
+
+/// The enumerator's own name, such as "HOT_DRINKS".
+KAVIO_API std::string_view name(Machine::MachineType type);
+
+}  // namespace kavio

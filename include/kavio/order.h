@@ -1,0 +1,52 @@
+#pragma once
+
+#include <kavio/date.h>
+#include <kavio/export.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kavio {
+
+/// One payment at a machine, one top-up, or one cashback. Immutable.
+class KAVIO_API Order {
+public:
+    enum class Status {
+        UNKNOWN = 0,
+        COMPLETED = 1,
+        CREATED = 2,
+        AUTHORIZED = 3,
+        CANCELED = 4,
+        FREE_TRANSACTION = 5,
+        TIMEOUT = 6,
+        INCOMPLETE = 7,
+    };
+    /// Absent for a code that names no status.
+    static std::optional<Status> orderStatus(std::int64_t rawValue);
+
+    Order(std::string id, std::string type, Status status, std::string paymentSource, std::int64_t amount, Date date,
+          std::optional<std::string> currency, std::int64_t itemsCount, std::int64_t endingBalance);
+
+    const std::string id;
+    /// "vending", "prePaidDeposit" or "balanceDeposit".
+    const std::string type;
+    const Status status;
+    /// "balance", "ecommerce" (a credit card), "prepaid", "paypal", "gpay", "cashback" or "unknown".
+    const std::string paymentSource;
+    /// In the currency's smallest unit; -1 when the service sent none.
+    const std::int64_t amount;
+    const Date date;
+    const std::optional<std::string> currency;
+    const std::int64_t itemsCount;
+    /// In the currency's smallest unit; -1 when the service sent none.
+    const std::int64_t endingBalance;
+
+    std::string debugDescription() const;
+};
+
+/// The enumerator's own name, such as "COMPLETED".
+KAVIO_API std::string_view name(Order::Status status);
+
+}  // namespace kavio

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <kavio/date.h>
+#include <kavio/export.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace kavio {
+
+/// What a machine sells. Immutable.
+class KAVIO_API Product {
+public:
+    Product(std::int64_t machineProductId, std::int64_t id, std::optional<std::string> name,
+            std::optional<std::string> department, std::optional<double> cashPrice, std::optional<double> cardPrice,
+            std::optional<double> exPrepaidPrice, std::optional<double> machinePrice,
+            std::optional<std::int64_t> preapidPrice, std::optional<double> commissionValue,
+            std::optional<std::string> paCode, std::optional<std::string> opButtonCode,
+            std::optional<std::int64_t> opRowCode, std::optional<std::int64_t> opColCode,
+            std::optional<std::string> imageUrl, std::optional<std::int64_t> ageVerification, bool memberType,
+            std::optional<std::string> image, std::optional<std::int64_t> codeInMap,
+            std::optional<std::int64_t> missingProduct, bool vendOut, std::optional<double> retailPrice,
+            std::optional<std::int64_t> par, std::optional<std::int64_t> missingStockByMdb,
+            std::optional<Date> mdbMissingStockLastUpdated, std::optional<Date> dexMissingStockLastUpdated,
+            std::optional<Date> lastSaleDt, std::optional<Date> lastSaleMdbDt, std::optional<bool> slowMover);
+
+    const std::int64_t machineProductId;
+    const std::int64_t id;
+    const std::optional<std::string> name;
+    const std::optional<std::string> department;
+    const std::optional<double> cashPrice;
+    const std::optional<double> cardPrice;
+    const std::optional<double> exPrepaidPrice;
+    const std::optional<double> machinePrice;
+    const std::optional<std::int64_t> preapidPrice;
+    const std::optional<double> commissionValue;
+    const std::optional<std::string> paCode;
+    const std::optional<std::string> opButtonCode;
+    const std::optional<std::int64_t> opRowCode;
+    const std::optional<std::int64_t> opColCode;
+    const std::optional<std::string> imageUrl;
+    const std::optional<std::int64_t> ageVerification;
+    const bool memberType;
+    const std::optional<std::string> image;
+    /// Position in the machine; a `RemoteVendProduct` asks for the product by it.
+    const std::optional<std::int64_t> codeInMap;
+    const std::optional<std::int64_t> missingProduct;
+    const bool vendOut;
+    const std::optional<double> retailPrice;
+    const std::optional<std::int64_t> par;
+    const std::optional<std::int64_t> missingStockByMdb;
+    const std::optional<Date> mdbMissingStockLastUpdated;
+    const std::optional<Date> dexMissingStockLastUpdated;
+    const std::optional<Date> lastSaleDt;
+    const std::optional<Date> lastSaleMdbDt;
+    const std::optional<bool> slowMover;
+
+    std::string debugDescription() const;
+};
+
+/// Made by the application to ask for a product in an order. Immutable.
+class KAVIO_API RemoteVendProduct {
+public:
+    RemoteVendProduct(std::int64_t codeInMap, std::int64_t quantity, std::int64_t pulseLineNumber);
+
+    /// The product's position in the machine, `Product::codeInMap`.
+    const std::int64_t codeInMap;
+    const std::int64_t quantity;
+    const std::int64_t pulseLineNumber;
+
+    std::string debugDescription() const;
+};
+
+}  // namespace kavio
