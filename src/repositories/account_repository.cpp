@@ -4,20 +4,20 @@
 namespace kavio {
 
 void AccountRepository::account(std::optional<std::string> appVersion, Completion<AccountModel> completion) const {
-    AccountService::account(std::move(appVersion), [completion = std::move(completion)](const APIResult<AccountModel>& reply) {
+    AccountService::account(std::move(appVersion), [completion = std::move(completion)](APIResult<AccountModel> reply) {
         if (reply && reply.payload()) KavioUserDefaults::shared()->saveAccount(reply.payload());
-        completion(reply);
+        completion(std::move(reply));
     });
 }
 
 void AccountRepository::logout(Completion<LogOutResponse> completion) const {
-    AccountService::logout([completion = std::move(completion)](const APIResult<LogOutResponse>& reply) {
+    AccountService::logout([completion = std::move(completion)](APIResult<LogOutResponse> reply) {
         if (reply) {
             const auto defaults = KavioUserDefaults::shared();
             defaults->setServerExpiredTime(std::nullopt);
             defaults->defualt->set(keys::sessionToken, std::string());
         }
-        completion(reply);
+        completion(std::move(reply));
     });
 }
 

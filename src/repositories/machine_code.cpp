@@ -1,10 +1,10 @@
-#include <array>
-#include <charconv>
-
+#include "models/ascii_text.h"
 #include "network/deployment.h"
 #include "repositories/machine_repository.h"
-#include "models/decimal_integer.h"
 #include "util/kavio_utils.h"
+
+#include <array>
+#include <charconv>
 
 namespace kavio {
 namespace {
@@ -28,7 +28,8 @@ std::optional<MachineQuery> queryForLabel(const std::string& text, std::string_v
     const auto digits = KavioUtils::firstGroup(number, text);
     const auto kavioMachineId = digits ? decimalInteger(*digits) : std::nullopt;
     if (!kavioMachineId) return std::nullopt;
-    return MachineQuery{.kavioMachineId = kavioMachineId, .hwSerial = KavioUtils::firstGroup(serial, text).value_or("")};
+    return MachineQuery{.kavioMachineId = kavioMachineId,
+                        .hwSerial = KavioUtils::firstGroup(serial, text).value_or("")};
 }
 
 // How many characters a person would count in a decimal integer: its bytes, which are ASCII.

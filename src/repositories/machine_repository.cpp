@@ -10,23 +10,23 @@ void MachineRepository::machines(MachineQuery query, Completion<std::vector<Mach
         const std::lock_guard lock(mMutex);
         mLastMachineResponse.reset();
         mLastMachineRequest.reset();
-        if (single) mLastMachineRequest = MachineByValueModel{static_cast<std::optional<std::uint64_t>>(query.kavioMachineId), query.qr_scan, query.qr_number};
+        if (single) mLastMachineRequest = MachineByValueModel{query.kavioMachineId, query.qr_scan, query.qr_number};
     }
-    MachineService::machines(
-        std::move(query),
-        [weak = weak_from_this(), completion = std::move(completion)](const APIResult<std::vector<MachineModel>>& reply) {
-            if (const auto self = weak.lock(); self && reply) {
-                const std::lock_guard lock(self->mMutex);
-                const bool found = reply.payload() && !reply.payload()->empty();
-                if (self->mLastMachineRequest) {
-                    self->mLastMachineResponse = found ? std::optional(reply.payload()->front()) : std::nullopt;
-                }
+    MachineService::machines(std::move(query), [weak = weak_from_this(), completion = std::move(completion)](
+                                                   APIResult<std::vector<MachineModel>> reply) {
+        if (const auto self = weak.lock(); self && reply) {
+            const std::lock_guard lock(self->mMutex);
+            const bool found = reply.payload() && !reply.payload()->empty();
+            if (self->mLastMachineRequest) {
+                self->mLastMachineResponse = found ? std::optional(reply.payload()->front()) : std::nullopt;
             }
-            completion(reply);
-        });
+        }
+        completion(std::move(reply));
+    });
 }
 
-bool MachineRepository::machinesByCode(const std::string& text, std::int64_t limit, std::optional<std::int64_t> operatorId,
+bool MachineRepository::machinesByCode(const std::string& text, std::int64_t limit,
+                                       std::optional<std::int64_t> operatorId,
                                        Completion<std::vector<MachineModel>> completion) {
     auto query = machineQueryForCode(text);
     if (!query) return false;

@@ -1,5 +1,9 @@
 #pragma once
 
+#include "models/machine_model.h"
+#include "models/request_models.h"
+#include "repositories/services.h"
+
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -7,9 +11,6 @@
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "models/machine_model.h"
-#include "repositories/services.h"
 
 namespace kavio {
 
@@ -20,8 +21,8 @@ public:
 
     void machines(MachineQuery query, Completion<std::vector<MachineModel>> completion);
 
-    /// Looks up the machine that a machine number, QR or NFC text or terminal label names. False, and `completion` is never
-    /// called, when the text is none of these.
+    /// Looks up the machine that a machine number, QR or NFC text or terminal label names. False, and `completion` is
+    /// never called, when the text is none of these.
     bool machinesByCode(const std::string& text, std::int64_t limit, std::optional<std::int64_t> operatorId,
                         Completion<std::vector<MachineModel>> completion);
 

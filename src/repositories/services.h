@@ -1,29 +1,31 @@
 #pragma once
 
+#include "models/account_model.h"
+#include "models/machine_model.h"
+#include "models/order_activity_model.h"
+#include "models/order_model.h"
+#include "models/payment_model.h"
+#include "models/product_model.h"
+#include "network/api_result.h"
+#include "network/requests.h"
+
 #include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "models/account.h"
-#include "models/machine_model.h"
-#include "models/order_model.h"
-#include "models/payment.h"
-#include "network/api_result.h"
-#include "network/requests.h"
-
-/// One service an area of the API. A service turns an operation into a request, with the session token as it is stored at
-/// that moment, and sends it; it keeps nothing. Operations may be called from any thread; completions run on the main
-/// thread, once.
+/// One service an area of the API. A service turns an operation into a request, with the session token as it is stored
+/// at that moment, and sends it; it keeps nothing. Operations may be called from any thread; completions run on the
+/// main thread, once.
 namespace kavio {
 
 class LoginService {
 public:
     void challenge(std::string countryCode, std::string phoneNumber, std::string challenge, std::string retry,
                    Completion<Challenge> completion) const;
-    void verify(std::string verifyCode, std::string countryIsoCode, std::string countryPhoneCode, std::string phoneNumber,
-                std::string challenge, std::string retry, Completion<Token> completion) const;
+    void verify(std::string verifyCode, std::string countryIsoCode, std::string countryPhoneCode,
+                std::string phoneNumber, std::string challenge, std::string retry, Completion<Token> completion) const;
 };
 
 class AccountService {
