@@ -1,9 +1,9 @@
-#include <algorithm>
-
 #include "api/state.h"
+#include "models/ascii_text.h"
 #include "models/json/json_value.h"
 #include "time/timer_tool.h"
-#include "models/decimal_integer.h"
+
+#include <algorithm>
 
 namespace kavio {
 namespace {
@@ -24,18 +24,23 @@ JsonValue productEntries(const ProductList& products) {
 }
 
 // Absent for a payment method that cannot pay an order.
-std::optional<JsonObject> purchaseParameters(PaymentMethod::PaymentType type, const std::string& id, std::int64_t amount,
-                                             const ProductList& products) {
+std::optional<JsonObject> purchaseParameters(PaymentMethod::PaymentType type, const std::string& id,
+                                             std::int64_t amount, const ProductList& products) {
     JsonObject params{{"products", productEntries(products)}};
     switch (type) {
-        case PaymentMethod::PaymentType::KAVIO: params["amount"] = amount; return params;
+        case PaymentMethod::PaymentType::KAVIO:
+            params["amount"] = amount;
+            return params;
         case PaymentMethod::PaymentType::CREDIT_CARD:
             params["tokenLocator"] = id;
             params["amount"] = amount;
             return params;
-        case PaymentMethod::PaymentType::PREPAID: params["prepaidCardId"] = id; return params;
+        case PaymentMethod::PaymentType::PREPAID:
+            params["prepaidCardId"] = id;
+            return params;
         case PaymentMethod::PaymentType::UNKNOWN:
-        case PaymentMethod::PaymentType::PAYPAL: return std::nullopt;
+        case PaymentMethod::PaymentType::PAYPAL:
+            return std::nullopt;
     }
     return std::nullopt;
 }
@@ -46,13 +51,15 @@ bool isInProgress(OrderStatus status) {
         case OrderStatus::createdPreselection:
         case OrderStatus::started:
         case OrderStatus::startedPreselection:
-        case OrderStatus::authorized: return true;
-        default: return false;  // every other status ends polling, one that is added later too
+        case OrderStatus::authorized:
+            return true;
+        default:
+            return false;  // every other status ends polling, one that is added later too
     }
 }
 
 std::shared_ptr<const Order> orderOf(const std::optional<OrderModel>& model) {
-    return model ? toOrder(*model) : nullptr;
+    return model ? publicObject(*model) : nullptr;
 }
 
 // An absent order counts as a status of its own.
@@ -80,7 +87,7 @@ void Kavio::placeOrder(std::int64_t kavioId, std::shared_ptr<const PaymentMethod
                                     mState->handled(&State::placeOrderResponse));
 }
 
-void Kavio::State::placeOrderResponse(const APIResult<OrderModel>& reply) {
+void Kavio::State::placeOrderResponse(APIResult<OrderModel> reply) {
     if (!reply) {
         mIsBusy = false;
         return fail(&KavioDelegate::onPlaceOrder, reply.failure());
@@ -112,7 +119,7 @@ void Kavio::State::poll() {
     mPurchaseRepo->order(mLastOrder->id, true, handled(&State::pollResponse));
 }
 
-void Kavio::State::pollResponse(const APIResult<OrderModel>& reply) {
+void Kavio::State::pollResponse(APIResult<OrderModel> reply) {
     if (!reply) return scheduleNextPoll();
     const auto& model = reply.payload();
     auto order = orderOf(model);
@@ -135,7 +142,7 @@ void Kavio::getOrder(std::string orderId) {
     mState->mPurchaseRepo->order(std::move(orderId), false, mState->handled(&State::orderStatusResponse));
 }
 
-void Kavio::State::orderStatusResponse(const APIResult<OrderModel>& reply) {
+void Kavio::State::orderStatusResponse(APIResult<OrderModel> reply) {
     mIsBusy = false;
     if (!reply) return fail(&KavioDelegate::onGetOrder, reply.failure());
     succeed(&KavioDelegate::onGetOrder, orderOf(reply.payload()));

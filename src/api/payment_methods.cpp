@@ -1,9 +1,9 @@
+#include "api/state.h"
+
 #include <kavio/platform/platform.h>
 
 #include <cmath>
 #include <limits>
-
-#include "api/state.h"
 
 namespace kavio {
 namespace {
@@ -12,8 +12,8 @@ constexpr const char* invalidAmount = "invalid amount";
 
 // In the currency's smallest unit, what is finer cut off; absent when it is no 64-bit number.
 std::optional<std::int64_t> smallestUnits(double amount, std::int64_t decimalDigits) {
-    // One multiplication at a time, as the amounts that people see elsewhere are made. Past the range of a double nothing
-    // changes any more, however many digits a card claims to have.
+    // One multiplication at a time, as the amounts that people see elsewhere are made. Past the range of a double
+    // nothing changes any more, however many digits a card claims to have.
     for (std::int64_t i = 0; i < decimalDigits && std::isfinite(amount) && amount != 0; ++i) amount *= 10.0;
     constexpr double limit = 9223372036854775808.0;  // 2^63, the first that does not fit
     if (!(amount >= -limit && amount < limit)) return std::nullopt;
@@ -28,28 +28,26 @@ void Kavio::getPaymentMethods() {
     mState->fetchAccount();
 }
 
-void Kavio::State::paymentMethodsAccountResponse(const APIResult<AccountModel>& reply) {
+void Kavio::State::paymentMethodsAccountResponse(APIResult<AccountModel> reply) {
     if (!reply) {
         mIsBusy = false;
         return fail(&KavioDelegate::onGetPaymentMethods, reply.failure());
     }
-    PaymentMethods paymentMethods;
-    if (const auto& account = reply.payload()) {
-        paymentMethods.push_back(walletOf(*account));
-        for (const auto& card : account->tokenLocators) paymentMethods.push_back(toCreditCard(card));
-    }
-    mAccountRepo->prepaidCards([weak = weak_from_this(), paymentMethods](const APIResult<PrepaidsList>& prepaids) {
-        if (const auto self = weak.lock()) self->prepaidsResponse(paymentMethods, prepaids);
-    });
+    auto account = std::move(reply).payload();
+    auto methods = account ? paymentMethods(*std::move(account)) : PaymentMethods{};
+    mAccountRepo->prepaidCards(
+        [weak = weak_from_this(), methods = std::move(methods)](APIResult<PrepaidsList> prepaids) {
+            if (const auto self = weak.lock()) self->prepaidsResponse(methods, std::move(prepaids));
+        });
 }
 
-void Kavio::State::prepaidsResponse(PaymentMethods paymentMethods, const APIResult<PrepaidsList>& reply) {
+void Kavio::State::prepaidsResponse(PaymentMethods methods, APIResult<PrepaidsList> reply) {
     mIsBusy = false;
     if (!reply) return fail(&KavioDelegate::onGetPaymentMethods, reply.failure());
     if (const auto& list = reply.payload()) {
-        for (const auto& card : list->prepaids) paymentMethods.push_back(toPrepaidCard(card));
+        for (const auto& card : list->prepaids) methods.push_back(publicObject(card));
     }
-    succeed(&KavioDelegate::onGetPaymentMethods, std::move(paymentMethods));
+    succeed(&KavioDelegate::onGetPaymentMethods, std::move(methods));
 }
 
 void Kavio::addCreditCard(std::shared_ptr<const Card> card) {
@@ -61,13 +59,14 @@ void Kavio::addCreditCard(std::shared_ptr<const Card> card) {
                                          {"month", card->month},
                                          {"securityCode", card->cvv},
                                          {"email", card->email}},
-                                        Platform::current().uuid->make(), mState->handled(&State::addCreditCardResponse));
+                                        Platform::current().uuid->make(),
+                                        mState->handled(&State::addCreditCardResponse));
 }
 
-void Kavio::State::addCreditCardResponse(const APIResult<AddCreditCardResponse>& reply) {
+void Kavio::State::addCreditCardResponse(APIResult<AddCreditCardResponse> reply) {
     mIsBusy = false;
     if (!reply) return fail(&KavioDelegate::onAddCreditCard, reply.failure());
-    succeed(&KavioDelegate::onAddCreditCard, reply.payload() ? toCreditCard(reply.payload()->creditCard) : nullptr);
+    succeed(&KavioDelegate::onAddCreditCard, reply.payload() ? publicObject(reply.payload()->creditCard) : nullptr);
 }
 
 void Kavio::removeCard(std::string id) {
@@ -76,7 +75,7 @@ void Kavio::removeCard(std::string id) {
     mState->mPaymentMethodRepo->removeCard(std::move(id), mState->handled(&State::removeCreditCardResponse));
 }
 
-void Kavio::State::removeCreditCardResponse(const APIResult<DeleteCreditResponse>& reply) {
+void Kavio::State::removeCreditCardResponse(APIResult<DeleteCreditResponse> reply) {
     mIsBusy = false;
     if (!reply) return fail(&KavioDelegate::onRemoveCard, reply.failure());
     succeed(&KavioDelegate::onRemoveCard);
@@ -108,7 +107,7 @@ void Kavio::deposit(std::shared_ptr<const DepositCard> depositCard, double amoun
     }
 }
 
-void Kavio::State::depositResponse(const APIResult<DepositModel>& reply) {
+void Kavio::State::depositResponse(APIResult<DepositModel> reply) {
     mIsBusy = false;
     if (!reply) return fail(&KavioDelegate::onDeposit, reply.failure());
     succeed(&KavioDelegate::onDeposit, reply.payload() ? reply.payload()->balance : std::nullopt);

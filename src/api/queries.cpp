@@ -1,9 +1,7 @@
-#include <algorithm>
-#include <iterator>
-
 #include "api/state.h"
 #include "models/date_text.h"
 #include "models/json/json_value.h"
+#include "models/public_objects.h"
 
 namespace kavio {
 namespace {
@@ -40,15 +38,11 @@ JsonObject activitiesParameters(const TransactionFilter& filter) {
     return params;
 }
 
-// One public object a record, in the reply's order; absent when the reply carried no list.
-template <class Record, class Convert>
-auto converted(const std::optional<std::vector<Record>>& records, Convert convert) {
-    std::optional<std::vector<decltype(convert(records->front()))>> objects;
-    if (!records) return objects;
-    objects.emplace();
-    objects->reserve(records->size());
-    std::transform(records->begin(), records->end(), std::back_inserter(*objects), convert);
-    return objects;
+// Absent when the reply carried no list.
+template <class Record>
+auto publicList(APIResult<std::vector<Record>> reply) {
+    auto records = std::move(reply).payload();
+    return records ? std::optional(publicObjects(*std::move(records))) : std::nullopt;
 }
 
 }  // namespace
@@ -71,23 +65,23 @@ void Kavio::getMachines(std::shared_ptr<const MachineFilter> filter) {
     mState->mMachineRepo->machines(*std::move(query), std::move(handler));
 }
 
-void Kavio::State::machinesResponse(const APIResult<std::vector<MachineModel>>& reply) {
+void Kavio::State::machinesResponse(APIResult<std::vector<MachineModel>> reply) {
     mIsBusy = false;
     if (!reply) return fail(&KavioDelegate::onGetMachines, reply.failure());
-    succeed(&KavioDelegate::onGetMachines, converted(reply.payload(), [](const MachineModel& model) { return toMachine(model); }));
+    succeed(&KavioDelegate::onGetMachines, publicList(std::move(reply)));
 }
 
 void Kavio::getMachineProducts(std::int64_t machineId) {
     if (!mState->isIdle(&KavioDelegate::onGetMachineProducts)) return;
     mState->mIsBusy = true;
-    mState->mMachineRepo->products(static_cast<std::uint64_t>(machineId), mState->handled(&State::machineProductsResponse));
+    mState->mMachineRepo->products(static_cast<std::uint64_t>(machineId),
+                                   mState->handled(&State::machineProductsResponse));
 }
 
-void Kavio::State::machineProductsResponse(const APIResult<std::vector<MachineProduct>>& reply) {
+void Kavio::State::machineProductsResponse(APIResult<std::vector<MachineProduct>> reply) {
     mIsBusy = false;
     if (!reply) return fail(&KavioDelegate::onGetMachineProducts, reply.failure());
-    succeed(&KavioDelegate::onGetMachineProducts,
-            converted(reply.payload(), [](const MachineProduct& model) { return toProduct(model); }));
+    succeed(&KavioDelegate::onGetMachineProducts, publicList(std::move(reply)));
 }
 
 void Kavio::getTransactions(std::shared_ptr<const TransactionFilter> filter) {
@@ -97,11 +91,10 @@ void Kavio::getTransactions(std::shared_ptr<const TransactionFilter> filter) {
                                         mState->handled(&State::activitiesResponse));
 }
 
-void Kavio::State::activitiesResponse(const APIResult<std::vector<OrderActivityModel>>& reply) {
+void Kavio::State::activitiesResponse(APIResult<std::vector<OrderActivityModel>> reply) {
     mIsBusy = false;
     if (!reply) return fail(&KavioDelegate::onGetTransactions, reply.failure());
-    succeed(&KavioDelegate::onGetTransactions,
-            converted(reply.payload(), [](const OrderActivityModel& model) { return toOrder(model); }));
+    succeed(&KavioDelegate::onGetTransactions, publicList(std::move(reply)));
 }
 
 }  // namespace kavio

@@ -5,18 +5,18 @@
 
 namespace kavio {
 
-// Login and verification go straight to the transport: they are the first requests of a fresh install, and their signature
-// stands without the server's time.
+// Login and verification go straight to the transport: they are the first requests of a fresh install, and their
+// signature stands without the server's time.
 
 void Kavio::login(std::string countryCode, std::string phoneNumber) {
     if (!mState->isIdle(&KavioDelegate::onLogin)) return;
     mState->mIsBusy = true;
     KavioNetworkService::shared()->send(
-        makeRequest<ChallengeRequest>("challenge", std::move(countryCode), std::move(phoneNumber), "", "0"),
+        makeRequest<ChallengeRequest>({"challenge"}, std::move(countryCode), std::move(phoneNumber), "", "0"),
         decodePayload(mState->handled(&State::challengeResponse)));
 }
 
-void Kavio::State::challengeResponse(const APIResult<Challenge>& reply) {
+void Kavio::State::challengeResponse(APIResult<Challenge> reply) {
     mIsBusy = false;
     if (!reply) return fail(&KavioDelegate::onLogin, reply.failure());
     mLastChallenge = reply.payload() ? std::optional(reply.payload()->challenge) : std::nullopt;
@@ -30,18 +30,18 @@ void Kavio::verify(std::string otp, std::string country, std::string countryCode
     }
     mState->mIsBusy = true;
     KavioNetworkService::shared()->send(
-        makeRequest<VerifyRequest>("verify", std::move(otp), std::move(country), std::move(countryCode),
+        makeRequest<VerifyRequest>({"verify"}, std::move(otp), std::move(country), std::move(countryCode),
                                    std::move(phoneNumber), *mState->mLastChallenge, "0"),
-        decodePayload<Token>([handler = mState->handled(&State::verifyResponse)](const APIResult<Token>& reply) {
+        decodePayload<Token>([handler = mState->handled(&State::verifyResponse)](APIResult<Token> reply) {
             // Kept even when the facade is gone by now: the session was opened.
             if (reply && reply.payload()) {
                 KavioUserDefaults::shared()->defualt->set(keys::sessionToken, reply.payload()->token);
             }
-            handler(reply);
+            handler(std::move(reply));
         }));
 }
 
-void Kavio::State::verifyResponse(const APIResult<Token>& reply) {
+void Kavio::State::verifyResponse(APIResult<Token> reply) {
     mIsBusy = false;
     if (!reply) return fail(&KavioDelegate::onVerify, reply.failure());
     mLastChallenge.reset();
@@ -61,8 +61,8 @@ void Kavio::isLoggedIn() {
 void Kavio::State::fetchAccount() { mAccountRepo->account("2.5", handled(&State::accountResponse)); }
 
 // Serves `isLoggedIn` and `getPaymentMethods`, which cannot be under way together.
-void Kavio::State::accountResponse(const APIResult<AccountModel>& reply) {
-    if (!mIsUserLogin) return paymentMethodsAccountResponse(reply);
+void Kavio::State::accountResponse(APIResult<AccountModel> reply) {
+    if (!mIsUserLogin) return paymentMethodsAccountResponse(std::move(reply));
     mIsBusy = false;
     mIsUserLogin = false;
     if (!reply) return fail(&KavioDelegate::onCheckIsUserLogin, reply.failure());
@@ -75,7 +75,7 @@ void Kavio::logout() {
     mState->mAccountRepo->logout(mState->handled(&State::logoutResponse));
 }
 
-void Kavio::State::logoutResponse(const APIResult<LogOutResponse>& reply) {
+void Kavio::State::logoutResponse(APIResult<LogOutResponse> reply) {
     mIsBusy = false;
     if (!reply) return fail(&KavioDelegate::onLogout, reply.failure());
     succeed(&KavioDelegate::onLogout);

@@ -1,5 +1,13 @@
 #pragma once
 
+#include "models/public_objects.h"
+#include "network/api_result.h"
+#include "repositories/machine_repository.h"
+#include "repositories/repositories.h"
+#include "storage/kavio_user_defaults.h"
+#include "util/service_object.h"
+#include "util/shared_instance.h"
+
 #include <kavio/kavio.h>
 
 #include <cstdint>
@@ -10,17 +18,10 @@
 #include <utility>
 #include <vector>
 
-#include "network/api_result.h"
-#include "repositories/machine_repository.h"
-#include "repositories/repositories.h"
-#include "storage/kavio_user_defaults.h"
-#include "util/service_object.h"
-#include "util/shared_instance.h"
-
 namespace kavio {
 
-/// What a facade knows. Response handlers and scheduled polls hold it weakly, so that nothing happens once the facade is
-/// gone. Used on the main thread; no locks.
+/// What a facade knows. Response handlers and scheduled polls hold it weakly, so that nothing happens once the facade
+/// is gone. Used on the main thread; no locks.
 struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::State> {
     template <class... Payload>
     using Callback = void (KavioDelegate::*)(KavioDelegate::Result, Payload...);
@@ -28,31 +29,31 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     explicit State(std::weak_ptr<KavioDelegate> delegate) : mDelegate(std::move(delegate)) {}
 
     // Response handlers, one an operation.
-    void challengeResponse(const APIResult<Challenge>& reply);
-    void verifyResponse(const APIResult<Token>& reply);
-    void logoutResponse(const APIResult<LogOutResponse>& reply);
-    void accountResponse(const APIResult<AccountModel>& reply);
-    void paymentMethodsAccountResponse(const APIResult<AccountModel>& reply);
-    void prepaidsResponse(PaymentMethods paymentMethods, const APIResult<PrepaidsList>& reply);
-    void machinesResponse(const APIResult<std::vector<MachineModel>>& reply);
-    void machineProductsResponse(const APIResult<std::vector<MachineProduct>>& reply);
-    void placeOrderResponse(const APIResult<OrderModel>& reply);
-    void orderStatusResponse(const APIResult<OrderModel>& reply);
-    void activitiesResponse(const APIResult<std::vector<OrderActivityModel>>& reply);
-    void addCreditCardResponse(const APIResult<AddCreditCardResponse>& reply);
-    void removeCreditCardResponse(const APIResult<DeleteCreditResponse>& reply);
-    void depositResponse(const APIResult<DepositModel>& reply);
+    void challengeResponse(APIResult<Challenge> reply);
+    void verifyResponse(APIResult<Token> reply);
+    void logoutResponse(APIResult<LogOutResponse> reply);
+    void accountResponse(APIResult<AccountModel> reply);
+    void paymentMethodsAccountResponse(APIResult<AccountModel> reply);
+    void prepaidsResponse(PaymentMethods paymentMethods, APIResult<PrepaidsList> reply);
+    void machinesResponse(APIResult<std::vector<MachineModel>> reply);
+    void machineProductsResponse(APIResult<std::vector<MachineProduct>> reply);
+    void placeOrderResponse(APIResult<OrderModel> reply);
+    void orderStatusResponse(APIResult<OrderModel> reply);
+    void activitiesResponse(APIResult<std::vector<OrderActivityModel>> reply);
+    void addCreditCardResponse(APIResult<AddCreditCardResponse> reply);
+    void removeCreditCardResponse(APIResult<DeleteCreditResponse> reply);
+    void depositResponse(APIResult<DepositModel> reply);
 
     void fetchAccount();
     void scheduleNextPoll();
     void poll();
-    void pollResponse(const APIResult<OrderModel>& reply);
+    void pollResponse(APIResult<OrderModel> reply);
 
     /// A completion that calls `handler` with the reply while the facade exists, and does nothing afterwards.
     template <class P>
-    Completion<P> handled(void (State::*handler)(const APIResult<P>&)) {
-        return [weak = weak_from_this(), handler](const APIResult<P>& reply) {
-            if (const auto self = weak.lock()) ((*self).*handler)(reply);
+    Completion<P> handled(void (State::*handler)(APIResult<P>)) {
+        return [weak = weak_from_this(), handler](APIResult<P> reply) {
+            if (const auto self = weak.lock()) ((*self).*handler)(std::move(reply));
         };
     }
 
@@ -63,13 +64,14 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
         return !mIsBusy;
     }
 
-    /// Reports to the delegate, if it still exists. Always the last thing that an operation does: the delegate may start
-    /// the next operation, or destroy the facade.
+    /// Reports to the delegate, if it still exists. Always the last thing that an operation does: the delegate may
+    /// start the next operation, or destroy the facade.
     template <class... Payload>
     void report(Callback<Payload...> callback, ResultType type, std::optional<std::string> message,
                 std::type_identity_t<Payload>... payload) {
         if (const auto delegate = mDelegate.lock()) {
-            ((*delegate).*callback)(std::make_shared<const KavioResult>(type, std::move(message)), std::move(payload)...);
+            ((*delegate).*callback)(std::make_shared<const KavioResult>(type, std::move(message)),
+                                    std::move(payload)...);
         }
     }
     template <class... Payload>

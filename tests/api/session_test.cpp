@@ -1,8 +1,8 @@
-#include <gmock/gmock.h>
-
 #include "models/json/json_value.h"
 #include "support/sample_replies.h"
 #include "support/world.h"
+
+#include <gmock/gmock.h>
 
 namespace kavio::test {
 namespace {
@@ -78,6 +78,8 @@ TEST(Session, EndsWhenTheServiceRefusesIt) {
 
 TEST(Session, EndsWithTheLogout) {
     World world;
+    world.device().libraryBundle->setInformation("DTPlatformName", std::string("fakeOS"));
+    world.device().libraryBundle->setInformation("DTPlatformVersion", std::string("1.0"));
     logIn(world);
     world.kavio().isLoggedIn();
     EXPECT_EQ(header(world.sent().back(), "X-Zelto-Wallet-Session-Token"), "t1");
@@ -93,9 +95,9 @@ TEST(Session, EndsWithTheLogout) {
     world.answer({200, replies::ok});
     EXPECT_EQ(world.store().string("session_token"), "");
     EXPECT_EQ(world.store().date("server_expired_time"), std::nullopt);
-    EXPECT_THAT(world.reports(),
-                ElementsAre(Report{"onCheckIsUserLogin", ResultType::SUCCESS},
-                            Report{"onLogout", ResultType::SERVER_ERROR, "{}"}, Report{"onLogout", ResultType::SUCCESS}));
+    EXPECT_THAT(world.reports(), ElementsAre(Report{"onCheckIsUserLogin", ResultType::SUCCESS},
+                                             Report{"onLogout", ResultType::SERVER_ERROR, "{}"},
+                                             Report{"onLogout", ResultType::SUCCESS}));
     EXPECT_THAT(world.paths(),
                 ElementsAre("/account/challenge/", "/account/verify/",
                             "/account?appVersion=2.5&os=fakeOS&osVersion=1.0", "/account/logout?", "/account/logout?"));
