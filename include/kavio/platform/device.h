@@ -79,6 +79,8 @@ public:
     virtual ~Characters() = default;
     /// The first `count` grapheme clusters of well-formed UTF-8 `text`; all of it when it has fewer.
     virtual std::string_view prefix(std::string_view text, std::size_t count) const = 0;
+    /// `text` as UTF-8, each ill-formed sequence replaced by U+FFFD.
+    virtual std::string wellFormed(std::string_view text) const = 0;
 };
 
 class KAVIO_API Digest {

@@ -2,12 +2,81 @@
 
 #include <kavio/export.h>
 
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+// What the library needs of a device's user interface. Everything here is called, and calls back, on the main thread.
+
 namespace kavio {
 
-/// The host application's windows.
+/// A view that runs web pages.
+class KAVIO_API WebView {
+public:
+    virtual ~WebView() = default;
+    /// A hidden view runs its page all the same; the person sees that something is under way.
+    virtual void setHidden(bool hidden) = 0;
+    /// Shows an HTML document that has no address: relative links lead nowhere, and it shares no data with any site.
+    virtual void loadHtml(const std::string& document) = 0;
+    /// Shows the page at an absolute URL, with the device's usual caching. A page of which nothing has come within
+    /// `timeout` has failed. What fails is told to the person and to nobody else.
+    virtual void loadUrl(const std::string& url, std::chrono::seconds timeout) = 0;
+};
+
+enum class ViewEvent { DID_LOAD, WILL_APPEAR, DID_APPEAR, WILL_DISAPPEAR, DID_DISAPPEAR, DID_RECEIVE_MEMORY_WARNING };
+
+/// Told what happens in a scene. It may load another page and dismiss the scene inside any of these calls.
+class KAVIO_API SceneObserver {
+public:
+    virtual ~SceneObserver() = default;
+    /// Called after the platform's own handling of the event.
+    virtual void onViewEvent(ViewEvent event) = 0;
+    /// Whether a navigation may start: of the page, of a frame in it or into a new window, the first load and each
+    /// redirect too. Asked once each, before its request goes out. The URL is absent where the platform knows none.
+    virtual bool shouldStartLoad(const std::optional<std::string>& url) = 0;
+    /// The person wants to leave: by the scene's close button or whatever else the device has for that. The scene stays
+    /// until it is dismissed.
+    virtual void onButtonClick() = 0;
+};
+
+/// One screen. A window shows a stack of them, each presented by the one below.
+class KAVIO_API ViewController {
+public:
+    virtual ~ViewController() = default;
+    /// Null when this screen is the top-most.
+    virtual std::shared_ptr<ViewController> presentedViewController() const = 0;
+    /// Shows `scene`, of the same platform, full screen and modally above this screen. On the first time it has told
+    /// DID_LOAD when it returns. Does nothing when the scene is already shown.
+    virtual void present(const std::shared_ptr<ViewController>& scene, bool animated) = 0;
+    /// Takes the screen away, where it is shown; it is never shown again. WILL_DISAPPEAR has been told when it returns.
+    /// A screen that nobody holds any more is dismissed.
+    virtual void dismiss(bool animated) = 0;
+};
+
+/// A screen drawn in a storyboard: a web view under a bar that has a close button and names the host of the page.
+class KAVIO_API WebScene : public ViewController {
+public:
+    virtual std::shared_ptr<WebView> webView() const = 0;
+    virtual void setObserver(std::weak_ptr<SceneObserver> observer) = 0;
+};
+
+class KAVIO_API Window {
+public:
+    virtual ~Window() = default;
+    /// Null when the window shows nothing.
+    virtual std::shared_ptr<ViewController> rootViewController() const = 0;
+};
+
+/// The host application's windows, and the library's own screens.
 class KAVIO_API Windows {
 public:
     virtual ~Windows() = default;
+    /// The window that the person uses; null without one.
+    virtual std::shared_ptr<Window> keyWindow() const = 0;
+    /// A new scene from the library's own storyboard of that name; null when either name is unknown.
+    virtual std::shared_ptr<WebScene> instantiateScene(std::string_view storyboard, std::string_view identifier) = 0;
 };
 
 }  // namespace kavio

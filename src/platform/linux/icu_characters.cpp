@@ -1,0 +1,48 @@
+#include "platform/linux/icu.h"
+
+#include <unicode/brkiter.h>
+
+#include <algorithm>
+#include <mutex>
+
+namespace kavio {
+namespace {
+
+/// Whether each byte is a character of its own, but for the last one, which a combining character may follow.
+bool isPlain(std::string_view text) {
+    return std::ranges::all_of(text, [](char byte) { return static_cast<unsigned char>(byte) < 0x80 && byte != '\r'; });
+}
+
+class IcuCharacters final : public Characters {
+public:
+    std::string_view prefix(std::string_view text, std::size_t count) const override {
+        if (text.size() <= count) return text;
+        if (isPlain(text.substr(0, count + 1))) return text.substr(0, count);
+
+        UErrorCode status = U_ZERO_ERROR;
+        UText utf8 = UTEXT_INITIALIZER;
+        utext_openUTF8(&utf8, text.data(), static_cast<std::int64_t>(text.size()), &status);
+        const std::lock_guard lock(mMutex);
+        mBoundaries->setText(&utf8, status);
+        mBoundaries->first();
+        const auto end = mBoundaries->next(static_cast<std::int32_t>(std::min<std::size_t>(count, INT32_MAX)));
+        utext_close(&utf8);
+        return end == icu::BreakIterator::DONE ? text : text.substr(0, static_cast<std::size_t>(end));
+    }
+
+private:
+    static std::unique_ptr<icu::BreakIterator> makeBoundaries() {
+        UErrorCode status = U_ZERO_ERROR;
+        return std::unique_ptr<icu::BreakIterator>(
+            icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+    }
+
+    mutable std::mutex mMutex;
+    std::unique_ptr<icu::BreakIterator> mBoundaries = makeBoundaries();
+};
+
+}  // namespace
+
+std::shared_ptr<Characters> makeIcuCharacters() { return std::make_shared<IcuCharacters>(); }
+
+}  // namespace kavio

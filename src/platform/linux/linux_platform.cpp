@@ -1,0 +1,46 @@
+#include "platform/linux/dictionary_bundle.h"
+#include "platform/linux/icu.h"
+#include "platform/linux/openssl.h"
+#include "platform/linux/system_clock.h"
+#include "platform/linux/thread_queue.h"
+
+#include <kavio/platform/linux.h>
+
+namespace kavio {
+namespace {
+
+constexpr std::size_t concurrentThreads = 8;
+
+std::shared_ptr<Bundle> makeLibraryBundle() {
+    return std::make_shared<DictionaryBundle>(DictionaryBundle::Information{
+        {"CFBundleShortVersionString", std::string(KAVIO_VERSION)},
+        {"CFBundleVersion", std::string(KAVIO_BUILD_NUMBER)},
+    });
+}
+
+}  // namespace
+
+Platform makeLinuxPlatform(LinuxPlatformOptions options) {
+    return {
+        .urlSession = nullptr,
+        .backgroundUrlSession = nullptr,
+        .keyValueStores = nullptr,
+        .mainQueue = options.mainQueue ? std::move(options.mainQueue) : std::make_shared<RunLoop>(),
+        .serialQueue = makeThreadQueue("serial", 1),
+        .concurrentQueue = makeThreadQueue("concurent", concurrentThreads),
+        .mainBundle =
+            std::make_shared<DictionaryBundle>(std::move(options.information), std::move(options.localizedStrings)),
+        .libraryBundle = makeLibraryBundle(),
+        .locale = makeIcuLocale(),
+        .dateFormatter = makeIcuDateFormatter(),
+        .regularExpression = makeIcuRegularExpression(),
+        .characters = makeIcuCharacters(),
+        .digest = makeOpensslDigest(),
+        .base64 = makeOpensslBase64(),
+        .uuid = makeOpensslUuid(),
+        .clock = makeSystemClock(),
+        .windows = nullptr,
+    };
+}
+
+}  // namespace kavio

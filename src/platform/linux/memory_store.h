@@ -1,0 +1,38 @@
+#pragma once
+
+#include <kavio/platform/key_value_store.h>
+
+#include <map>
+#include <mutex>
+#include <string>
+
+namespace kavio {
+
+/// A suite that ends with the process, for where nothing can be written.
+class MemoryStore final : public KeyValueStore {
+public:
+    std::optional<StoredValue> value(std::string_view key) const override {
+        const std::lock_guard lock(mMutex);
+        const auto found = mValues.find(key);
+        if (found == mValues.end()) return std::nullopt;
+        return found->second;
+    }
+
+    bool set(std::string_view key, StoredValue value) override {
+        const std::lock_guard lock(mMutex);
+        mValues.insert_or_assign(std::string(key), std::move(value));
+        return true;
+    }
+
+    bool remove(std::string_view key) override {
+        const std::lock_guard lock(mMutex);
+        mValues.erase(std::string(key));
+        return true;
+    }
+
+private:
+    mutable std::mutex mMutex;
+    std::map<std::string, StoredValue, std::less<>> mValues;
+};
+
+}  // namespace kavio

@@ -1,0 +1,71 @@
+#include "platform/linux/openssl.h"
+
+#include <openssl/evp.h>
+#include <openssl/rand.h>
+
+#include <array>
+#include <stdexcept>
+
+namespace kavio {
+namespace {
+
+/// Entropy or an algorithm is missing: like being out of memory, this leaves nothing sensible to go on with.
+[[noreturn]] void fail(const char* what) { throw std::runtime_error(what); }
+
+const unsigned char* unsignedBytes(std::string_view bytes) {
+    return reinterpret_cast<const unsigned char*>(bytes.data());
+}
+
+class OpensslDigest final : public Digest {
+public:
+    Sha1 sha1(std::string_view bytes) const override {
+        Sha1 digest{};
+        if (EVP_Digest(bytes.data(), bytes.size(), digest.data(), nullptr, mSha1.get(), nullptr) != 1) fail("no SHA-1");
+        return digest;
+    }
+
+private:
+    struct Free {
+        void operator()(EVP_MD* algorithm) const { EVP_MD_free(algorithm); }
+    };
+    // Kept, because looking the algorithm up takes longer than hashing a short text.
+    std::unique_ptr<EVP_MD, Free> mSha1{EVP_MD_fetch(nullptr, "SHA1", nullptr)};
+};
+
+class OpensslBase64 final : public Base64 {
+public:
+    std::string encode(std::string_view bytes) const override {
+        // One more than the text: OpenSSL ends it with a NUL.
+        std::string text((bytes.size() + 2) / 3 * 4 + 1, '\0');
+        EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()), unsignedBytes(bytes),
+                        static_cast<int>(bytes.size()));
+        text.pop_back();
+        return text;
+    }
+};
+
+class OpensslUuid final : public Uuid {
+public:
+    std::string make() const override {
+        std::array<unsigned char, 16> bytes{};
+        if (RAND_bytes(bytes.data(), static_cast<int>(bytes.size())) != 1) fail("no random bytes");
+        bytes[6] = static_cast<unsigned char>((bytes[6] & 0x0F) | 0x40);  // version 4: random
+        bytes[8] = static_cast<unsigned char>((bytes[8] & 0x3F) | 0x80);  // variant 1: RFC 4122
+
+        std::string text;
+        for (std::size_t i = 0; i < bytes.size(); ++i) {
+            if (i == 4 || i == 6 || i == 8 || i == 10) text += '-';
+            text += "0123456789ABCDEF"[bytes[i] >> 4];
+            text += "0123456789ABCDEF"[bytes[i] & 0x0F];
+        }
+        return text;
+    }
+};
+
+}  // namespace
+
+std::shared_ptr<Digest> makeOpensslDigest() { return std::make_shared<OpensslDigest>(); }
+std::shared_ptr<Base64> makeOpensslBase64() { return std::make_shared<OpensslBase64>(); }
+std::shared_ptr<Uuid> makeOpensslUuid() { return std::make_shared<OpensslUuid>(); }
+
+}  // namespace kavio

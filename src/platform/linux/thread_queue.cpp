@@ -1,0 +1,94 @@
+#include "platform/linux/thread_queue.h"
+
+#include <pthread.h>
+
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace kavio {
+namespace {
+
+/// What the queue and its threads share. It outlives the queue where a block destroys the queue that runs it.
+struct Shared {
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::deque<std::function<void()>> pending;
+    std::size_t idle = 0;
+    bool stopping = false;
+};
+
+/// A block is the application's own code. What it throws has nobody to go to, and must not end the program.
+void runGuarded(const std::function<void()>& block) {
+    try {
+        block();
+    } catch (...) {  // NOLINT(bugprone-empty-catch)
+    }
+}
+
+void serve(const std::shared_ptr<Shared>& shared) {
+    std::unique_lock lock(shared->mutex);
+    while (true) {
+        ++shared->idle;
+        shared->changed.wait(lock, [&] { return shared->stopping || !shared->pending.empty(); });
+        --shared->idle;
+        if (shared->stopping) return;
+
+        auto block = std::move(shared->pending.front());
+        shared->pending.pop_front();
+        lock.unlock();
+        runGuarded(block);
+        block = nullptr;  // what it holds goes before the lock is taken again
+        lock.lock();
+    }
+}
+
+class ThreadQueue final : public WorkQueue {
+public:
+    ThreadQueue(std::string name, std::size_t threads) : mName(std::move(name)), mLimit(threads) {}
+
+    ~ThreadQueue() override {
+        std::deque<std::function<void()>> dropped;
+        {
+            const std::lock_guard lock(mShared->mutex);
+            mShared->stopping = true;
+            dropped.swap(mShared->pending);
+        }
+        mShared->changed.notify_all();
+        for (auto& thread : mThreads) {
+            if (thread.get_id() == std::this_thread::get_id()) {
+                thread.detach();  // a block has dropped the last reference: it cannot wait for itself
+            } else {
+                thread.join();
+            }
+        }
+    }
+
+    void async(std::function<void()> work) override {
+        const std::lock_guard lock(mShared->mutex);
+        if (mShared->stopping) return;  // posted by what a dropped block held
+        mShared->pending.push_back(std::move(work));
+        if (mShared->pending.size() > mShared->idle && mThreads.size() < mLimit) {
+            auto& thread = mThreads.emplace_back(serve, mShared);
+            ::pthread_setname_np(thread.native_handle(), mName.c_str());
+        } else {
+            mShared->changed.notify_one();
+        }
+    }
+
+private:
+    const std::string mName;
+    const std::size_t mLimit;
+    const std::shared_ptr<Shared> mShared = std::make_shared<Shared>();
+    std::vector<std::thread> mThreads;
+};
+
+}  // namespace
+
+std::shared_ptr<WorkQueue> makeThreadQueue(std::string name, std::size_t threads) {
+    return std::make_shared<ThreadQueue>(std::move(name), threads);
+}
+
+}  // namespace kavio

@@ -1,0 +1,84 @@
+#pragma once
+
+#include "util/type_name.h"
+
+#include <kavio/platform/platform.h>
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <set>
+#include <string>
+#include <utility>
+
+namespace kavio {
+
+/// What one object, the sender, tells to whom it may concern. It lives in a `std::shared_ptr`, holds its sender weakly
+/// and its observers strongly. No lock: one thread at a time; `invokeOnMainThread` is the way from a background thread.
+template <class T>
+class Event : public std::enable_shared_from_this<Event<T>> {
+public:
+    /// One subscription. Two of them are never equal, whatever they hold.
+    struct Observer {
+        /// The subscriber is known by the address that `observerOwner` gives, and is not kept alive.
+        Observer(std::weak_ptr<const void> observerOwner, std::function<void(T&)> observerAction)
+            : owner(std::move(observerOwner)), action(std::move(observerAction)) {}
+
+        const std::weak_ptr<const void> owner;
+        const std::function<void(T&)> action;
+        bool isOneShot = false;
+    };
+    using ObserverPointer = std::shared_ptr<Observer>;
+
+    explicit Event(const std::shared_ptr<T>& sender) : mSender(sender), mName(typeName(typeid(*sender))) {}
+
+    const std::string& name() const { return mName; }
+    std::size_t count() const { return mObservers.size(); }
+
+    void attach(const ObserverPointer& observer) { add(observer, false); }
+    void attachOnce(const ObserverPointer& observer) { add(observer, true); }
+
+    void detach(const ObserverPointer& observer) { mObservers.erase(observer); }
+    /// Removes what `owner` attached. An observer whose owner is gone stays.
+    void detach(const void* owner) {
+        std::erase_if(mObservers, [owner](const auto& observer) {
+            const auto alive = observer->owner.lock();
+            return alive && alive.get() == owner;
+        });
+    }
+    void detachAll() { mObservers.clear(); }
+
+    /// Calls whom it finds attached now: an observer that an action attaches is not called yet, one that an action
+    /// detaches still is. Once the sender is gone nobody is called.
+    void invokeAll() {
+        const auto self = this->weak_from_this().lock();  // an action may drop the sender, and with it this event
+        const auto snapshot = mObservers;
+        for (const auto& observer : snapshot) {
+            const auto sender = mSender.lock();
+            if (!sender) return;
+            if (observer->isOneShot) detach(observer);
+            observer->action(*sender);
+        }
+    }
+
+    /// On the main thread calls the observers before returning; elsewhere posts that.
+    void invokeOnMainThread() {
+        auto& mainQueue = *Platform::current().mainQueue;
+        if (mainQueue.isMainThread()) return invokeAll();
+        mainQueue.post([weak = this->weak_from_this()] {
+            if (const auto self = weak.lock()) self->invokeAll();
+        });
+    }
+
+private:
+    void add(const ObserverPointer& observer, bool isOneShot) {
+        observer->isOneShot = isOneShot;
+        mObservers.insert(observer);
+    }
+
+    const std::weak_ptr<T> mSender;
+    const std::string mName;
+    std::set<ObserverPointer> mObservers;
+};
+
+}  // namespace kavio
