@@ -62,6 +62,7 @@ void addOptions(CLI::App& commandLine, Options& options) {
     };
     // So that a script can append its own options to those of an alias.
     for (auto* option : valued) option->take_last();
+    commandLine.add_flag("--no-facade", options.withoutFacade, "With --jsonl: create no facade at start");
     commandLine.add_flag("--window", options.withWindow, "Open a window on which 3-D Secure pages can be shown");
 }
 
