@@ -1,4 +1,5 @@
 #include "platform/linux/icu.h"
+#include "platform/linux/icu_text.h"
 
 #include <unicode/brkiter.h>
 
@@ -29,6 +30,8 @@ public:
         utext_close(&utf8);
         return end == icu::BreakIterator::DONE ? text : text.substr(0, static_cast<std::size_t>(end));
     }
+
+    std::string wellFormed(std::string_view text) const override { return fromIcu(toIcu(text)); }
 
 private:
     static std::unique_ptr<icu::BreakIterator> makeBoundaries() {

@@ -1,0 +1,103 @@
+#include "listener.h"
+
+#include <fmt/format.h>
+#include <sys/socket.h>
+
+namespace kavio::sandbox {
+namespace {
+
+constexpr int workers = 48;  // an idle connection holds one, and so does a request that a fault holds up
+constexpr std::size_t bodyLimit = 1 << 20;
+
+}  // namespace
+
+/// Lives as long as the TLS object of its connection, which the HTTP server frees before it closes the socket.
+struct Connections::Entry {
+    Connections& connections;
+    int socket;
+};
+
+int Connections::entryIndex() {
+    static const int index = SSL_get_ex_new_index(0, nullptr, nullptr, nullptr, onFree);
+    return index;
+}
+
+void Connections::watch(SSL_CTX* context) {
+    entryIndex();
+    SSL_CTX_set_app_data(context, this);
+    SSL_CTX_set_info_callback(context, onState);
+}
+
+void Connections::onState(const SSL* ssl, int where, int /*result*/) {
+    if ((where & SSL_CB_HANDSHAKE_START) == 0 || SSL_get_ex_data(ssl, entryIndex()) != nullptr) return;
+    auto& self = *static_cast<Connections*>(SSL_CTX_get_app_data(SSL_get_SSL_CTX(ssl)));
+    const int socket = SSL_get_fd(ssl);
+    SSL_set_ex_data(const_cast<SSL*>(ssl), entryIndex(), new Entry{self, socket});
+    const std::lock_guard lock(self.mMutex);
+    self.mSockets.insert(socket);
+    if (self.mClosed) shutdown(socket, SHUT_RDWR);
+}
+
+void Connections::onFree(void* /*parent*/, void* entry, CRYPTO_EX_DATA* /*data*/, int /*index*/, long /*argument*/,
+                         void* /*pointer*/) {
+    const std::unique_ptr<Entry> ended(static_cast<Entry*>(entry));
+    if (!ended) return;
+    const std::lock_guard lock(ended->connections.mMutex);
+    ended->connections.mSockets.erase(ended->socket);
+}
+
+void Connections::close() {
+    const std::lock_guard lock(mMutex);
+    mClosed = true;
+    for (const int socket : mSockets) shutdown(socket, SHUT_RDWR);
+}
+
+Listener::Listener(const Authority* authority, std::uint16_t port, Handler handler) : mServer(makeServer(authority)) {
+    mServer->new_task_queue = [] { return new httplib::ThreadPool(workers); };
+    mServer->set_tcp_nodelay(true);
+    mServer->set_payload_max_length(bodyLimit);
+    mServer->Get(".*", handler).Post(".*", handler).Put(".*", handler).Patch(".*", handler).Delete(".*", handler);
+    mServer->Options(".*", handler);
+
+    const int bound = port == 0 ? mServer->bind_to_any_port("127.0.0.1")
+                                : (mServer->bind_to_port("127.0.0.1", port) ? int(port) : -1);
+    if (bound <= 0) throw std::runtime_error(fmt::format("cannot listen on 127.0.0.1:{}", port));
+    mPort = std::uint16_t(bound);
+    mThread = std::thread([this] { mServer->listen_after_bind(); });
+    // A stop before the server runs would be lost.
+    while (!mServer->is_running()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+}
+
+std::unique_ptr<httplib::Server> Listener::makeServer(const Authority* authority) {
+    if (authority == nullptr) {
+        auto plain = std::make_unique<httplib::Server>();
+        plain->set_keep_alive_max_count(1);  // leaves no idle connection that a stop would wait for
+        return plain;
+    }
+    auto secure = std::make_unique<httplib::SSLServer>(authority->server.get(), authority->serverKey.get());
+    if (!secure->is_valid()) throw std::runtime_error("the server certificate is not usable");
+    mConnections.watch(secure->ssl_context());
+    secure->set_keep_alive_max_count(1000);
+    secure->set_keep_alive_timeout(60);
+    return secure;
+}
+
+Listener::~Listener() {
+    {
+        const std::lock_guard lock(mMutex);
+        mStopped = true;
+    }
+    mStop.notify_all();
+    mServer->stop();
+    mConnections.close();
+    mThread.join();
+}
+
+void Listener::pause(std::chrono::milliseconds time) {
+    std::unique_lock lock(mMutex);
+    mStop.wait_for(lock, time, [this] { return mStopped; });
+}
+
+void Listener::drop(const httplib::Request& request) { shutdown(SSL_get_fd(request.ssl), SHUT_RDWR); }
+
+}  // namespace kavio::sandbox

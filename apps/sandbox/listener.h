@@ -1,0 +1,64 @@
+#pragma once
+
+#include "authority.h"
+
+#include <httplib.h>
+#include <openssl/ssl.h>
+
+#include <condition_variable>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <thread>
+
+namespace kavio::sandbox {
+
+/// The open TLS connections, so that a stop need not wait for those that are idle.
+class Connections {
+public:
+    void watch(SSL_CTX* context);
+    /// Closes those that are open and every later one.
+    void close();
+
+private:
+    struct Entry;
+    static void onState(const SSL* ssl, int where, int result);
+    static void onFree(void* parent, void* entry, CRYPTO_EX_DATA* data, int index, long argument, void* pointer);
+    static int entryIndex();
+
+    std::mutex mMutex;
+    std::set<int> mSockets;
+    bool mClosed = false;
+};
+
+/// A listening socket on 127.0.0.1 and the threads behind it. Every request of every method goes to the one handler.
+class Listener {
+public:
+    using Handler = std::function<void(const httplib::Request&, httplib::Response&)>;
+
+    /// Over TLS with an authority's server certificate, plain without one. Throws when the port cannot be had.
+    Listener(const Authority* authority, std::uint16_t port, Handler handler);
+    ~Listener();
+    Listener(const Listener&) = delete;
+    Listener& operator=(const Listener&) = delete;
+
+    std::uint16_t port() const { return mPort; }
+    /// Holds the calling handler up; a stop ends it early.
+    void pause(std::chrono::milliseconds time);
+    /// Closes the connection of a request that has come over TLS; whatever reply its handler makes is lost.
+    static void drop(const httplib::Request& request);
+
+private:
+    std::unique_ptr<httplib::Server> makeServer(const Authority* authority);
+
+    Connections mConnections;
+    std::mutex mMutex;
+    std::condition_variable mStop;
+    bool mStopped = false;
+    std::unique_ptr<httplib::Server> mServer;
+    std::uint16_t mPort = 0;
+    std::thread mThread;
+};
+
+}  // namespace kavio::sandbox

@@ -1,0 +1,71 @@
+#include "sandbox.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+#include <pthread.h>
+
+#include <csignal>
+#include <cstdio>
+
+namespace {
+
+using kavio::sandbox::Sandbox;
+
+void print(const std::string& line) {
+    fmt::print("{}\n", line);
+    std::fflush(stdout);
+}
+
+std::string announcement(const Sandbox& sandbox, bool json) {
+    const auto file = sandbox.authorityFile().string();
+    if (!json) return fmt::format("listening on {}, authority in {}", sandbox.address(), file);
+    return nlohmann::json{{"event", "listening"},
+                          {"address", sandbox.address()},
+                          {"authority", file},
+                          {"issuerPort", sandbox.issuerPort()}}
+        .dump();
+}
+
+int run(int argc, char** argv) {
+    CLI::App app{"A local stand-in for the Kavio payment service, with sample data"};
+    Sandbox::Options options;
+    bool json = false;
+    app.add_option("--port", options.port, "Port on 127.0.0.1; a free one by default");
+    app.add_option("--issuer-port", options.issuerPort,
+                   "Serve the issuer's pages over plain HTTP, too; 0: a free port");
+    app.add_option("--authority", options.authorityFile, "File for the authority's certificate (PEM)");
+    app.add_option("--api-key", options.apiKey, "The only API key accepted; any by default");
+    app.add_option("--code", options.code, "One-time code of every login")->capture_default_str();
+    app.add_option("--order-step", options.orderStep, "How long an order stays in each status, such as 500ms");
+    app.add_flag("--json", json, "Write JSON lines");
+    CLI11_PARSE(app, argc, argv);
+
+    options.message = [json](const std::string& line) {
+        print(json ? nlohmann::json{{"event", "message"}, {"text", line}}.dump() : line);
+    };
+
+    // Blocked before the service starts its threads, so that only the wait below takes them.
+    sigset_t stops;
+    sigemptyset(&stops);
+    sigaddset(&stops, SIGINT);
+    sigaddset(&stops, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &stops, nullptr);
+
+    const Sandbox sandbox(options);
+    print(announcement(sandbox, json));
+    int received = 0;
+    sigwait(&stops, &received);
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& error) {
+        fmt::print(stderr, "kavio-sandbox: {}\n", error.what());
+        return 1;
+    }
+}

@@ -1,0 +1,7 @@
+#include "service.h"
+
+namespace kavio::sandbox {
+
+Routes paymentRoutes() { return {}; }
+
+}  // namespace kavio::sandbox

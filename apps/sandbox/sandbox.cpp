@@ -1,0 +1,179 @@
+#include "sandbox.h"
+
+#include "authority.h"
+#include "faults.h"
+#include "listener.h"
+#include "service.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
+#include <fstream>
+#include <mutex>
+
+namespace kavio::sandbox {
+namespace {
+
+const std::vector<std::string> serverNames{"api.kavio.example",
+                                           "api-qa1.kavio.example",
+                                           "api-qa2.kavio.example",
+                                           "api-qa3.kavio.example",
+                                           "api-qa4.kavio.example",
+                                           "api-qa2-stable.kavio.example",
+                                           "api-il.kavio.example",
+                                           "api-de.kavio.example",
+                                           "acs.kavio.example",
+                                           "localhost",
+                                           "127.0.0.1"};
+
+/// The file with the authority's certificate; removed at the end when its name was not given.
+class AuthorityFile {
+public:
+    AuthorityFile(std::filesystem::path path, const std::string& pem) : mPath(std::move(path)), mOwned(mPath.empty()) {
+        if (mOwned) {
+            auto name = (std::filesystem::temp_directory_path() / "kavio-sandbox-XXXXXX.pem").string();
+            const int file = mkstemps(name.data(), int(std::string_view(".pem").size()));
+            if (file < 0) throw std::runtime_error("cannot write " + name);
+            close(file);
+            mPath = name;
+        }
+        if (!(std::ofstream(mPath) << pem << std::flush)) throw std::runtime_error("cannot write " + mPath.string());
+    }
+    ~AuthorityFile() {
+        std::error_code ignored;
+        if (mOwned) std::filesystem::remove(mPath, ignored);
+    }
+    AuthorityFile(const AuthorityFile&) = delete;
+    AuthorityFile& operator=(const AuthorityFile&) = delete;
+
+    const std::filesystem::path& path() const { return mPath; }
+
+private:
+    std::filesystem::path mPath;
+    bool mOwned;
+};
+
+Request recordOf(const httplib::Request& request) {
+    Request record{request.method, request.get_header_value("Host"), request.target, {}, request.body};
+    for (const auto& [name, value] : request.headers) {
+        auto lower = name;
+        std::transform(lower.begin(), lower.end(), lower.begin(),
+                       [](unsigned char c) { return char(std::tolower(c)); });
+        record.headers[lower] = value;
+    }
+    for (const auto* own : {"remote_addr", "remote_port", "local_addr", "local_port"}) record.headers.erase(own);
+    return record;
+}
+
+void cut(httplib::Response& response, std::string body, std::size_t after, const std::string& type) {
+    body.resize(std::min(after, body.size()));
+    const auto announced = body.size() + 1;
+    response.set_content_provider(announced, type.c_str(),
+                                  [body = std::move(body)](std::size_t offset, std::size_t, httplib::DataSink& sink) {
+                                      if (offset == 0 && !body.empty()) return sink.write(body.data(), body.size());
+                                      return false;
+                                  });
+}
+
+}  // namespace
+
+struct Sandbox::Parts {
+    explicit Parts(Options options)
+        : authority(serverNames),
+          authorityFile(options.authorityFile, authority.pem()),
+          world(std::move(options)),
+          service(world),
+          listener(&authority, world.options.port,
+                   [this](const auto& request, auto& response) { serve(request, response); }) {}
+
+    void serve(const httplib::Request& request, httplib::Response& response);
+    Reply answer(const httplib::Request& request);
+    void spoil(const Fault& fault, const httplib::Request& request, Reply& reply, httplib::Response& response);
+
+    Authority authority;
+    AuthorityFile authorityFile;
+    mutable std::mutex mutex;  // guards world and requests
+    World world;
+    std::vector<Request> requests;
+    Faults faults;
+    Service service;
+    Listener listener;  // last: its threads use everything above
+};
+
+void Sandbox::Parts::serve(const httplib::Request& request, httplib::Response& response) {
+    {
+        const std::lock_guard lock(mutex);
+        requests.push_back(recordOf(request));
+    }
+    const bool below = request.path.rfind(basePath, 0) == 0;
+    const auto fault = faults.take(request.method, below ? request.path.substr(basePath.size()) : request.path);
+    const bool replaced = fault && (fault->status || fault->body || fault->drop);
+    Reply reply;
+    if (!replaced || fault->handled) reply = answer(request);
+    if (fault) spoil(*fault, request, reply, response);
+    response.status = reply.status;
+    for (const auto& [name, value] : reply.headers) response.set_header(name, value);
+    if (!fault || !fault->cutAfter) response.set_content(reply.body, reply.type);
+}
+
+Reply Sandbox::Parts::answer(const httplib::Request& request) {
+    const std::lock_guard lock(mutex);
+    world.settleOrders();
+    return service.handle(request);
+}
+
+void Sandbox::Parts::spoil(const Fault& fault, const httplib::Request& request, Reply& reply,
+                           httplib::Response& response) {
+    listener.pause(fault.delay);
+    reply.status = fault.status.value_or(reply.status);
+    reply.body = fault.body.value_or(reply.body);
+    reply.body.resize(std::max(reply.body.size(), fault.padTo), ' ');
+    if (fault.cutAfter) cut(response, reply.body, *fault.cutAfter, reply.type);
+    if (fault.drop) Listener::drop(request);
+}
+
+Sandbox::Sandbox(Options options) : mParts(std::make_unique<Parts>(std::move(options))) {}
+Sandbox::~Sandbox() = default;
+
+std::uint16_t Sandbox::port() const { return mParts->listener.port(); }
+std::string Sandbox::address() const { return fmt::format("127.0.0.1:{}", port()); }
+std::uint16_t Sandbox::issuerPort() const { return 0; }
+const std::filesystem::path& Sandbox::authorityFile() const { return mParts->authorityFile.path(); }
+
+void Sandbox::fault(const std::string& path, Fault fault) { mParts->faults.add(path, std::move(fault)); }
+void Sandbox::clearFaults() { mParts->faults.clear(); }
+
+void Sandbox::setClockOffset(std::chrono::seconds offset) {
+    const std::lock_guard lock(mParts->mutex);
+    mParts->world.clockOffset = offset;
+}
+
+void Sandbox::setCode(const std::string& number, const std::string& code) {
+    const std::lock_guard lock(mParts->mutex);
+    mParts->world.codes[number] = code;
+}
+
+void Sandbox::expireTokens() {
+    const std::lock_guard lock(mParts->mutex);
+    mParts->world.sessions.clear();
+}
+
+std::vector<Request> Sandbox::requests() const {
+    const std::lock_guard lock(mParts->mutex);
+    return mParts->requests;
+}
+
+void Sandbox::clearRequests() {
+    const std::lock_guard lock(mParts->mutex);
+    mParts->requests.clear();
+}
+
+nlohmann::json Sandbox::state() const {
+    const std::lock_guard lock(mParts->mutex);
+    mParts->world.settleOrders();
+    return stateOf(mParts->world);
+}
+
+}  // namespace kavio::sandbox

@@ -1,0 +1,120 @@
+#include "service.h"
+
+#include "signature.h"
+
+#include <fmt/format.h>
+
+#include <iterator>
+#include <optional>
+
+namespace kavio::sandbox {
+namespace {
+
+std::vector<std::string_view> split(std::string_view path) {
+    std::vector<std::string_view> segments;
+    for (auto end = path.find('/'); end != std::string_view::npos; end = path.find('/')) {
+        segments.push_back(path.substr(0, end));
+        path.remove_prefix(end + 1);
+    }
+    segments.push_back(path);
+    return segments;
+}
+
+/// What stands for the stars; nothing when the path is another one.
+std::optional<std::vector<std::string>> match(std::string_view pattern, std::string_view path) {
+    const auto expected = split(pattern);
+    const auto segments = split(path);
+    if (expected.size() != segments.size()) return std::nullopt;
+    std::vector<std::string> captured;
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        if (expected[i] == "*" && !segments[i].empty())
+            captured.emplace_back(segments[i]);
+        else if (expected[i] != segments[i])
+            return std::nullopt;
+    }
+    return captured;
+}
+
+/// The URL that the client signed. Its `Host` header leaves out a port that is the scheme's own, but the production
+/// base URL spells that port out.
+std::string signedUrl(const httplib::Request& request) {
+    const auto host = request.get_header_value("Host");
+    const char* port = host == "api.kavio.example" ? ":443" : "";
+    return fmt::format("https://{}{}{}", host, port, request.target);
+}
+
+}  // namespace
+
+void requireSignature(const httplib::Request& request, const World& world) {
+    const auto signature = request.get_header_value("X-Zelto-Sign");
+    if (signature.empty()) throw Refusal(417, "X-Zelto-Sign is missing");
+    const auto url = signedUrl(request);
+    switch (checkSignature(signature, url, request.body, world.now(), world.options.signatureWindow)) {
+        case SignatureCheck::valid:
+            return;
+        case SignatureCheck::stale:
+            throw Refusal(417, "the signature's time is too far from the service's");
+        case SignatureCheck::wrong:
+            throw Refusal(417, "the signature does not belong to this body at " + url);
+    }
+}
+
+Service::Service(World& world)
+    : mWorld(world), mRoutes([] {
+          Routes all;
+          for (auto routes : {sessionRoutes(), machineRoutes(), orderRoutes(), paymentRoutes()})
+              std::move(routes.begin(), routes.end(), std::back_inserter(all));
+          return all;
+      }()) {}
+
+Reply Service::handle(const httplib::Request& request) {
+    try {
+        return dispatch(request);
+    } catch (const Refusal& refusal) {
+        return jsonReply({{"message", refusal.what()}}, refusal.status);
+    }
+}
+
+Reply Service::dispatch(const httplib::Request& request) {
+    if (request.path.rfind(basePath, 0) != 0) throw Refusal(404, "nothing here: " + request.path);
+    const auto path = std::string_view(request.path).substr(basePath.size());
+    bool pathKnown = false;
+    for (const auto& route : mRoutes) {
+        auto captured = match(route.path, path);
+        if (!captured) continue;
+        pathKnown = true;
+        if (route.method != request.method) continue;
+
+        checkHeaders(request);
+        Call call{mWorld, nullptr, std::move(*captured), nullptr,
+                  request.get_header_value("X-Zelto-Wallet-Session-Token")};
+        if (route.access == Access::session) {
+            call.account = mWorld.accountOf(call.token);
+            if (call.account == nullptr) throw Refusal(401, "the session token is not valid, or not valid any more");
+        }
+        call.in = parametersOf(request, route);
+        return jsonReply(route.handle(call));
+    }
+    if (pathKnown) throw Refusal(405, request.method + " is not allowed here");
+    throw Refusal(404, "nothing here: " + request.path);
+}
+
+void Service::checkHeaders(const httplib::Request& request) const {
+    const auto key = request.get_header_value("X-Zelto-Wallet-Api-Key");
+    if (key.empty()) throw Refusal(403, "X-Zelto-Wallet-Api-Key is missing");
+    if (!mWorld.options.apiKey.empty() && key != mWorld.options.apiKey) throw Refusal(403, "unknown API key");
+    if (request.get_header_value("Content-Type") != "application/json; charset=utf-8")
+        throw Refusal(415, "Content-Type must be application/json; charset=utf-8");
+    if (request.get_header_value("lang").empty()) throw Refusal(400, "lang is missing");
+    requireSignature(request, mWorld);
+}
+
+nlohmann::json Service::parametersOf(const httplib::Request& request, const Route& route) const {
+    if (route.input == Input::query && !request.body.empty()) throw Refusal(400, "this request has no body");
+    const auto parameters = route.input == Input::query ? queryParameters(request.params, route.parameters)
+                                                        : nlohmann::json::parse(request.body, nullptr, false);
+    checkParameters(parameters, route.parameters);
+    return parameters;
+}
+
+}  // namespace kavio::sandbox

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "parameters.h"
+#include "reply.h"
+#include "world.h"
+
+#include <httplib.h>
+
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace kavio::sandbox {
+
+/// One request that has passed every check, on its way through a handler.
+struct Call {
+    World& world;
+    nlohmann::json in;                  // the parameters, of the kinds that the route declares
+    std::vector<std::string> captured;  // what stands for each "*" of the route's path
+    Account* account = nullptr;         // null on routes without a session
+    std::string token;
+};
+
+enum class Access { open, session };
+enum class Input { query, body };
+
+struct Route {
+    const char* method;
+    const char* path;  // below "/v1"; "*" stands for one segment
+    Access access;
+    Input input;
+    Parameters parameters;
+    nlohmann::json (*handle)(Call&);
+};
+using Routes = std::vector<Route>;
+
+Routes sessionRoutes();
+Routes machineRoutes();
+Routes orderRoutes();
+Routes paymentRoutes();
+
+/// A stored card as the account and the replies to an addition list it.
+nlohmann::json storedCardReply(const StoredCard& card);
+nlohmann::json lookAndFeelReply(const Campaign& campaign);
+
+/// The service's API: finds the route, checks headers, signature, session and parameters, and calls the handler.
+class Service {
+public:
+    explicit Service(World& world);
+    Reply handle(const httplib::Request& request);
+
+private:
+    Reply dispatch(const httplib::Request& request);
+    void checkHeaders(const httplib::Request& request) const;
+    nlohmann::json parametersOf(const httplib::Request& request, const Route& route) const;
+
+    World& mWorld;
+    const Routes mRoutes;
+};
+
+/// What precedes every path of the API.
+inline constexpr std::string_view basePath = "/v1";
+
+/// Throws a Refusal (417) unless the signature is that of the request's URL, body and time.
+void requireSignature(const httplib::Request& request, const World& world);
+
+}  // namespace kavio::sandbox

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "sandbox.h"
+
+#include <chrono>
+#include <string>
+#include <string_view>
+
+namespace kavio::sandbox {
+
+/// The signature of a request: `url` as the client forms it, `stamp` as 14 digits "yyyyMMddHHmmss" in UTC.
+std::string sign(std::string url, std::string_view body, std::string_view stamp);
+
+/// 14 digits "yyyyMMddHHmmss" in UTC.
+std::string timeStamp(TimePoint time);
+
+enum class SignatureCheck { valid, stale, wrong };
+
+/// Of the time only minutes and seconds stand in the signature, so every moment around `now` that ends in them is
+/// tried.
+SignatureCheck checkSignature(std::string_view signature, const std::string& url, std::string_view body, TimePoint now,
+                              std::chrono::seconds window);
+
+}  // namespace kavio::sandbox

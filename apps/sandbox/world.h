@@ -1,0 +1,132 @@
+#pragma once
+
+#include "data.h"
+#include "sandbox.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdint>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace kavio::sandbox {
+
+struct StoredCard {
+    std::int64_t id = 0;
+    std::string locator;
+    std::string label;
+    std::string issuer;
+    int month = 0;
+    int year = 0;
+    int securityCode = 0;
+};
+
+struct PrepaidCard {
+    static constexpr int active = 1, blackListed = 4;
+    std::int64_t id = 0;
+    std::string number;
+    std::string issuer;
+    std::int64_t operatorId = 0;
+    std::int64_t balance = 0;
+    std::int64_t limit = -1;  // negative for none
+    int status = active;
+    bool isVirtual = true;
+    bool isMoney = true;
+    TimePoint created;
+};
+
+enum class OrderType { vending = 1, prepaidDeposit = 2, balanceDeposit = 3 };
+enum class Source { balance, creditCard, prepaid };
+
+struct Order {
+    std::int64_t id = 0;
+    OrderType type = OrderType::vending;
+    const Machine* machine = nullptr;  // null for a deposit
+    std::int64_t amount = 0;
+    std::string currency;
+    Source source = Source::balance;
+    std::string instrument;  // the payment method's identifier as clients know it
+    std::string label;
+    nlohmann::json items = nlohmann::json::array();
+    std::vector<std::string> course;  // the statuses it goes through
+    TimePoint placed;                 // by the clock that moves it on
+    TimePoint created;                // by the service's clock, which tests may set years off
+    bool settled = false;
+    std::int64_t startingBalance = 0;
+    std::int64_t endingBalance = 0;
+};
+
+struct Account {
+    std::string number;  // country code and number, digits only
+    std::string phone;   // as the account shows it
+    std::string country;
+    const Currency* currency = nullptr;
+    std::int64_t balance = 0;
+    std::vector<StoredCard> cards;
+    std::vector<PrepaidCard> prepaidCards;
+    std::vector<Order> orders;
+    std::set<std::int64_t> machineIds;
+    std::set<std::string> usedKeys;
+
+    StoredCard* card(const std::string& locator);
+    PrepaidCard* prepaid(const std::string& id);
+    /// The balance that an order paid so moves.
+    std::int64_t& balanceBehind(const Order& order);
+};
+
+struct Challenge {
+    std::string number;
+    std::string code;
+    TimePoint expires;
+    int triesLeft = 5;
+};
+
+struct Session {
+    std::string number;
+    TimePoint expires;
+};
+
+/// Everything the service remembers. Not locked here: one request at a time works on it.
+struct World {
+    explicit World(Options theOptions) : options(std::move(theOptions)) {}
+
+    const Options options;
+    std::chrono::seconds clockOffset{0};
+    std::map<std::string, Account> accounts;      // by number
+    std::map<std::string, Challenge> challenges;  // by challenge text
+    std::map<std::string, Session> sessions;      // by token
+    std::map<std::string, std::string> codes;     // by number
+    nlohmann::json purchases = nlohmann::json::array();
+
+    /// The clock that moves orders and lets tokens expire.
+    TimePoint pace() const { return options.clock(); }
+    /// The clock that clients see.
+    TimePoint now() const { return options.clock() + clockOffset; }
+
+    std::int64_t nextId() { return ++mLastId; }
+    /// The account of a number, made with a balance, cards and a little history when it is new.
+    Account& openAccount(const std::string& countryCode, const std::string& phoneNumber, const std::string& country);
+    Account* accountOf(const std::string& token);
+
+    const std::string& statusOf(const Order& order) const;
+    /// Moves the money of the orders that have come to their end.
+    void settleOrders();
+
+private:
+    void settle(Account& account, Order& order) const;
+
+    std::int64_t mLastId = 7'000'000'000;
+};
+
+std::string randomText();
+std::string wireName(OrderType type);
+
+/// "2024-03-05T14:07:09" and "2024-03-05T14:07:09.250", in UTC.
+std::string secondsText(TimePoint time);
+std::string millisecondsText(TimePoint time);
+
+nlohmann::json stateOf(const World& world);
+
+}  // namespace kavio::sandbox

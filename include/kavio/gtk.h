@@ -1,0 +1,19 @@
+#pragma once
+
+#include <kavio/export.h>
+#include <kavio/platform/linux.h>
+#include <kavio/platform/platform.h>
+
+typedef struct _GtkApplication GtkApplication;
+
+namespace kavio {
+
+/// The platform of a Linux device with the windows of a GTK 4 program: the card issuer's page is shown above the window
+/// of `application` that the person uses. Install it on the thread that runs the default GLib main context, once GTK is
+/// initialised, and before anything else of the library is used.
+///
+/// The main queue is that main context, unless `options` holds another for the same thread. Certificate authorities of
+/// `options.session` are trusted for the issuer's page too, beside the system's.
+KAVIO_API Platform makeGtkPlatform(GtkApplication* application, LinuxPlatformOptions options = {});
+
+}  // namespace kavio

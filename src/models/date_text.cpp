@@ -1,0 +1,178 @@
+#include "models/date_text.h"
+
+#include <kavio/platform/platform.h>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+namespace kavio {
+namespace {
+
+using std::chrono::days;
+using std::chrono::hours;
+using std::chrono::milliseconds;
+using std::chrono::minutes;
+using std::chrono::seconds;
+using Milliseconds = std::chrono::sys_time<milliseconds>;
+
+const DateFormat posixFormat{"yyyy-MM-dd'T'HH:mm:ss.SSS", "en_US_POSIX", "UTC"};
+const DateFormat localFormat{"yyyy-MM-dd'T'HH:mm:ss.SSS", std::nullopt, "UTC"};
+const DateFormat secondsFormat{"yyyy-MM-dd'T'HH:mm:ss", "en_US_POSIX", "UTC"};
+const DateFormat offsetFormat{"yyyy-MM-dd'T'HH:mm:ss.SSSZ", std::nullopt, std::nullopt};
+const DateFormat stampFormat{"yyyyMMddHHmmss", "en_US_POSIX", "UTC"};
+const DateFormat debugFormat{"yyyy-MM-dd HH:mm:ss xx", "en_US_POSIX", "UTC"};
+
+// Years for which the formatter's calendar is the civil one, the Gregorian reform behind it, and has four digits.
+constexpr int firstOrdinaryYear = 1583;
+constexpr int lastOrdinaryYear = 9999;
+
+// Layouts: a "0" stands for a digit, anything else for itself.
+constexpr std::string_view secondsLayout = "0000-00-00T00:00:00";
+constexpr std::string_view millisecondsLayout = "0000-00-00T00:00:00.000";
+constexpr std::string_view stampLayout = "00000000000000";
+constexpr std::string_view debugLayout = "0000-00-00 00:00:00";
+
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+bool matches(std::string_view text, std::string_view layout) {
+    return std::equal(text.begin(), text.end(), layout.begin(), layout.end(),
+                      [](char c, char expected) { return expected == '0' ? isDigit(c) : c == expected; });
+}
+
+int number(std::string_view text, std::size_t position, std::size_t digits) {
+    int value = 0;
+    for (const char digit : text.substr(position, digits)) value = value * 10 + (digit - '0');
+    return value;
+}
+
+/// An ordinary text, "2024-03-05T14:07:09" with whatever fraction `layout` has. Absent: ask the platform.
+std::optional<Milliseconds> parseOrdinary(std::string_view text, std::string_view layout) {
+    if (!matches(text, layout)) return std::nullopt;
+    const std::chrono::year_month_day date{std::chrono::year(number(text, 0, 4)),
+                                           std::chrono::month(static_cast<unsigned>(number(text, 5, 2))),
+                                           std::chrono::day(static_cast<unsigned>(number(text, 8, 2)))};
+    const hours hour(number(text, 11, 2));
+    const minutes minute(number(text, 14, 2));
+    const seconds second(number(text, 17, 2));
+    if (!date.ok() || date.year() < std::chrono::year(firstOrdinaryYear) || hour >= days(1) || minute >= hours(1) ||
+        second >= minutes(1)) {
+        return std::nullopt;
+    }
+    const milliseconds fraction(layout == millisecondsLayout ? number(text, 20, 3) : 0);
+    return std::chrono::sys_days(date) + hour + minute + second + fraction;
+}
+
+/// "+0100". Absent: ask the platform.
+std::optional<minutes> parseOffset(std::string_view text) {
+    if (!matches(text, "+0000") && !matches(text, "-0000")) return std::nullopt;
+    const auto offset = hours(number(text, 1, 2)) + minutes(number(text, 3, 2));
+    if (offset > hours(12) || number(text, 3, 2) >= 60) return std::nullopt;
+    return text[0] == '-' ? -offset : offset;
+}
+
+Date toDate(Milliseconds instant) {
+    return Date(Date::duration(static_cast<double>(instant.time_since_epoch().count()) / 1000));
+}
+
+std::optional<Date> parseByPlatform(const DateFormat& format, std::string_view text) {
+    if (text.empty()) return std::nullopt;  // the service's way to say "never"
+    return Platform::current().dateFormatter->parse(format, text);
+}
+
+/// Whether the current locale's calendar reads an ordinary text as the civil one does: it may count other years.
+bool isLocaleGregorian() {
+    struct Answer {
+        std::weak_ptr<const DateFormatter> formatter;
+        bool isGregorian = false;
+    };
+    thread_local Answer known;
+    const std::shared_ptr<const DateFormatter> formatter = Platform::current().dateFormatter;
+    if (formatter.owner_before(known.formatter) || known.formatter.owner_before(formatter)) {
+        constexpr std::string_view probe = "2001-02-03T04:05:06.789";
+        const auto expected = parseOrdinary(probe, millisecondsLayout);
+        known = {formatter, formatter->parse(localFormat, probe) == toDate(*expected)};
+    }
+    return known.isGregorian;
+}
+
+/// A date in whole milliseconds, the start of the one that it lies in; absent outside the ordinary years.
+std::optional<Milliseconds> ordinary(Date date) {
+    constexpr auto first = std::chrono::sys_days(std::chrono::year(firstOrdinaryYear) / 1 / 1);
+    constexpr auto end = std::chrono::sys_days(std::chrono::year(lastOrdinaryYear + 1) / 1 / 1);
+    if (!(date >= first && date < end)) return std::nullopt;
+    // A double cannot hold most milliseconds exactly, so 0.25 may be a little less; to the microsecond it is right.
+    const auto microseconds = std::chrono::round<std::chrono::microseconds>(date);
+    return std::min(std::chrono::floor<milliseconds>(microseconds), Milliseconds(end) - milliseconds(1));
+}
+
+/// The first digits of year, month, day, hour, minute, second and millisecond, as many as `layout` has room for.
+std::string write(Milliseconds instant, std::string_view layout) {
+    const auto day = std::chrono::floor<days>(instant);
+    const std::chrono::year_month_day date(day);
+    const std::chrono::hh_mm_ss time(instant - day);
+
+    std::string digits;
+    const auto append = [&digits](auto value, std::size_t width) {
+        const auto text = std::to_string(value);
+        digits.append(width - text.size(), '0').append(text);
+    };
+    append(static_cast<int>(date.year()), 4);
+    append(static_cast<unsigned>(date.month()), 2);
+    append(static_cast<unsigned>(date.day()), 2);
+    append(time.hours().count(), 2);
+    append(time.minutes().count(), 2);
+    append(time.seconds().count(), 2);
+    append(time.subseconds().count(), 3);
+
+    std::string text(layout);
+    auto digit = digits.begin();
+    for (auto& c : text) {
+        if (c == '0') c = *digit++;
+    }
+    return text;
+}
+
+}  // namespace
+
+std::optional<Date> DateText::parse(std::string_view text) {
+    if (const auto instant = parseOrdinary(text, millisecondsLayout)) return toDate(*instant);
+    return parseByPlatform(posixFormat, text);
+}
+
+std::optional<Date> DateText::parseLocalized(std::string_view text) {
+    const auto instant = parseOrdinary(text, millisecondsLayout);
+    if (instant && isLocaleGregorian()) return toDate(*instant);
+    return parseByPlatform(localFormat, text);
+}
+
+std::optional<Date> DateText::parseSeconds(std::string_view text) {
+    if (const auto instant = parseOrdinary(text, secondsLayout)) return toDate(*instant);
+    return parseByPlatform(secondsFormat, text);
+}
+
+std::optional<Date> DateText::parseWithOffset(std::string_view text) {
+    const auto split = std::min(text.size(), millisecondsLayout.size());
+    const auto instant = parseOrdinary(text.substr(0, split), millisecondsLayout);
+    const auto offset = parseOffset(text.substr(split));
+    if (instant && offset && isLocaleGregorian()) return toDate(*instant - *offset);
+    return parseByPlatform(offsetFormat, text);
+}
+
+std::string DateText::format(Date date) {
+    const auto instant = ordinary(date);
+    return instant ? write(*instant, millisecondsLayout) : Platform::current().dateFormatter->format(posixFormat, date);
+}
+
+std::string DateText::stamp(Date date) {
+    const auto instant = ordinary(date);
+    return instant ? write(*instant, stampLayout) : Platform::current().dateFormatter->format(stampFormat, date);
+}
+
+std::string DateText::debug(Date date) {
+    const auto instant = ordinary(date);
+    return instant ? write(*instant, debugLayout) + " +0000"
+                   : Platform::current().dateFormatter->format(debugFormat, date);
+}
+
+}  // namespace kavio

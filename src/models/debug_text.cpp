@@ -1,0 +1,25 @@
+#include "models/debug_text.h"
+
+#include "models/date_text.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+
+namespace kavio {
+
+std::string debugText(std::int64_t value) { return std::to_string(value); }
+
+std::string debugText(double value) {
+    // Plain digits for the magnitudes that people write so, an exponent beyond.
+    const auto magnitude = std::abs(value);
+    const bool isPlain = magnitude == 0 || (magnitude >= 1e-4 && magnitude < 1e16);
+    std::array<char, 40> digits{};
+    const auto end = std::to_chars(digits.begin(), digits.end(), value,
+                                   isPlain ? std::chars_format::fixed : std::chars_format::scientific);
+    return {digits.begin(), end.ptr};
+}
+
+std::string debugText(Date value) { return DateText::debug(value); }
+
+}  // namespace kavio

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <kavio/date.h>
+
+#include <concepts>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+namespace kavio {
+
+// How a value reads in a debug text.
+std::string debugText(std::int64_t value);
+/// The shortest decimal text that reads back to the same value: 12.0 is "12".
+std::string debugText(double value);
+std::string debugText(Date value);
+inline std::string debugText(std::same_as<bool> auto value) { return value ? "true" : "false"; }
+inline std::string debugText(const std::string& value) { return value; }
+
+/// An enumerator's own name.
+template <class T>
+requires std::is_enum_v<T> std::string debugText(T value) { return std::string(name(value)); }
+
+template <class T>
+std::string debugText(const std::shared_ptr<const T>& object) {
+    return object ? "Optional(" + object->debugDescription() + ")" : "nil";
+}
+
+template <class T>
+std::string debugText(const std::optional<T>& value) {
+    if (!value) return "nil";
+    const std::string_view quote = std::is_same_v<T, std::string> ? "\"" : "";
+    return std::string("Optional(").append(quote).append(debugText(*value)).append(quote).append(")");
+}
+
+template <class T>
+std::string debugText(const std::vector<std::shared_ptr<const T>>& list) {
+    std::string text = "[";
+    for (const auto& object : list)
+        text.append(text.size() > 1 ? ", " : "").append(object ? object->debugDescription() : "nil");
+    return text + "]";
+}
+
+/// The debug text of an object: one line a member, each on a line of its own.
+class DebugText {
+public:
+    explicit DebugText(std::string before = {}) : mText(std::move(before)) {}
+
+    template <class T>
+    DebugText& line(std::string_view label, const T& value, std::string_view end = ",") {
+        mText.append("\n\t").append(label).append(debugText(value)).append(end);
+        return *this;
+    }
+    operator std::string() { return std::move(mText); }  // NOLINT(google-explicit-constructor): ends each description
+
+private:
+    std::string mText;
+};
+
+}  // namespace kavio

@@ -1,0 +1,85 @@
+#include "models/json/document.h"
+
+#include "models/json/decoding_error.h"
+#include "models/json/simdjson_element.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <string>
+#include <utility>
+
+namespace kavio {
+
+struct Document::Parser {
+    simdjson::dom::parser parser;
+    simdjson::dom::element root;
+};
+
+namespace {
+
+// A parser keeps its buffers, several times the size of what it parsed. Up to this much text they are worth keeping.
+constexpr std::size_t keptCapacity = std::size_t{4} * 1024 * 1024;
+
+template <class Integer>
+bool holds(std::string_view literal) {
+    Integer value = 0;
+    return std::from_chars(literal.data(), literal.data() + literal.size(), value).ec == std::errc();
+}
+
+/// The same text with every integer beyond 64 bits spelled as a double: the parser refuses the whole text because of
+/// such a literal, even where no record reads it.
+std::string withLargeIntegersAsDoubles(std::string_view json) {
+    std::string result;
+    result.reserve(json.size() + json.size() / 8);
+    std::size_t position = 0;
+    const auto copyTo = [&](std::size_t end) {
+        end = std::min(end, json.size());
+        result.append(json, position, end - position);
+        position = end;
+    };
+    while (position < json.size()) {
+        const auto start = json.find_first_of("\"-0123456789", position);
+        copyTo(start);
+        if (position == json.size()) break;
+        if (json[position] == '"') {
+            auto end = json.find_first_of("\"\\", position + 1);
+            while (end != std::string_view::npos && json[end] == '\\') end = json.find_first_of("\"\\", end + 2);
+            copyTo(end == std::string_view::npos ? end : end + 1);
+        } else {
+            copyTo(json.find_first_not_of("+-.0123456789Ee", position));
+            const auto literal = std::string_view(json).substr(start, position - start);
+            const bool isInteger = literal.find_first_of(".Ee") == std::string_view::npos;
+            if (isInteger && !holds<std::int64_t>(literal) && !holds<std::uint64_t>(literal)) result += "e0";
+        }
+    }
+    return result;
+}
+
+}  // namespace
+
+// Each thread keeps a parser. It is taken out while a document uses it, since decoding a text inside a reply parses
+// again.
+std::unique_ptr<Document::Parser>& Document::idleParser() {
+    thread_local std::unique_ptr<Parser> idle;
+    return idle;
+}
+
+Document::Document(std::string_view json) : mParser(std::move(idleParser())) {
+    if (json.empty()) throw DecodingError("empty");
+    if (!mParser) mParser = std::make_unique<Parser>();
+    const auto parse = [this](std::string_view text) {
+        return mParser->parser.parse(text.data(), text.size()).get(mParser->root);
+    };
+    auto error = parse(json);
+    if (error == simdjson::NUMBER_ERROR) error = parse(withLargeIntegersAsDoubles(json));
+    if (error != simdjson::SUCCESS) throw DecodingError(simdjson::error_message(error));
+}
+
+Document::~Document() {
+    if (mParser->parser.capacity() <= keptCapacity) idleParser() = std::move(mParser);
+}
+
+DecodedValue Document::root() const { return {fromDom(mParser->root), {}}; }
+
+}  // namespace kavio

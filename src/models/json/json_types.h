@@ -1,0 +1,16 @@
+#pragma once
+
+#include <nlohmann/json_fwd.hpp>
+
+#include <functional>
+#include <map>
+#include <string>
+
+namespace kavio {
+
+/// A loosely typed value; json_value.h has its definition.
+using JsonValue = nlohmann::json;
+/// A loosely typed object, and the body of a request.
+using JsonObject = std::map<std::string, JsonValue, std::less<>>;
+
+}  // namespace kavio

@@ -1,0 +1,186 @@
+#include "platform/gtk/secure_scene.h"
+
+#include "kavio_gtk_resource.h"
+#include "platform/gtk/screens.h"
+
+#include <kavio/platform/platform.h>
+
+#include <string>
+#include <utility>
+
+namespace kavio {
+namespace {
+
+// The host application's translation of one of the texts.
+std::string translated(const char* text) { return Platform::current().mainBundle->localizedString(text); }
+
+ObjectPointer<GtkBuilder> loadStoryboard(std::string_view name) {
+    // A resource that registers itself would be dropped where the library is linked statically.
+    static const bool registered = (kavio_gtk_register_resource(), GtkWebView::registerTypes(), true);
+    static_cast<void>(registered);
+    const auto path = "/kavio/storyboards/" + std::string(name) + ".ui";
+    ObjectPointer<GtkBuilder> builder(gtk_builder_new());
+    GError* error = nullptr;
+    if (gtk_builder_add_from_resource(builder.get(), path.c_str(), &error)) return builder;
+    g_warning("kavio: %s", error->message);
+    g_error_free(error);
+    return nullptr;
+}
+
+ObjectPointer<GdkMonitor> monitorOf(GtkWindow* window) {
+    GdkDisplay* display = gtk_widget_get_display(GTK_WIDGET(window));
+    GdkSurface* surface = gtk_native_get_surface(GTK_NATIVE(window));
+    GdkMonitor* monitor = surface ? gdk_display_get_monitor_at_surface(display, surface) : nullptr;
+    if (monitor) return retained(monitor);
+    return ObjectPointer<GdkMonitor>(
+        static_cast<GdkMonitor*>(g_list_model_get_item(gdk_display_get_monitors(display), 0)));
+}
+
+void coverMonitor(GtkWindow* window, GdkMonitor* monitor) {
+    // Where there is no window manager, nobody makes a window full screen, and its own size has to do.
+    GdkRectangle area{};
+    if (monitor) gdk_monitor_get_geometry(monitor, &area);
+    if (area.width > 0) gtk_window_set_default_size(window, area.width, area.height);
+    gtk_window_fullscreen(window);
+}
+
+}  // namespace
+
+std::shared_ptr<GtkScene> GtkScene::make(std::string_view storyboard, std::string_view identifier,
+                                         const std::filesystem::path& authorities) {
+    auto builder = loadStoryboard(storyboard);
+    auto* window = builder ? gtk_builder_get_object(builder.get(), std::string(identifier).c_str()) : nullptr;
+    if (!window || !GTK_IS_WINDOW(window)) return nullptr;
+    const std::shared_ptr<GtkScene> scene(new GtkScene(std::move(builder), GTK_WINDOW(window)));
+    scene->translate();
+    scene->connect(authorities);
+    scene->onPageChanged({});
+    return scene;
+}
+
+GtkScene::GtkScene(ObjectPointer<GtkBuilder> builder, GtkWindow* window)
+    : mBuilder(std::move(builder)), mWindow(window) {}
+
+void GtkScene::translate() {
+    auto* close = widget<GtkWidget>("close");
+    const auto closeTip = translated(gtk_widget_get_tooltip_text(close));
+    gtk_button_set_label(GTK_BUTTON(close), translated(gtk_button_get_label(GTK_BUTTON(close))).c_str());
+    gtk_widget_set_tooltip_text(close, closeTip.c_str());
+    gtk_accessible_update_property(GTK_ACCESSIBLE(close), GTK_ACCESSIBLE_PROPERTY_LABEL, closeTip.c_str(), -1);
+    gtk_window_set_title(mWindow, translated(gtk_window_get_title(mWindow)).c_str());
+    setText("failed", gtk_label_get_text(widget<GtkLabel>("failed")));
+}
+
+void GtkScene::connect(const std::filesystem::path& authorities) {
+    // Escape is taken ahead of the page, which could keep it for itself.
+    GtkEventController* keys = gtk_event_controller_key_new();
+    gtk_event_controller_set_propagation_phase(keys, GTK_PHASE_CAPTURE);
+    mConnections.connect<&GtkScene::onKeyPressed>(keys, "key-pressed", this);
+    gtk_widget_add_controller(GTK_WIDGET(mWindow), keys);
+    mConnections.connect<&GtkScene::onCloseClicked>(widget<GtkButton>("close"), "clicked", this);
+    mConnections.connect<&GtkScene::onBackClicked>(widget<GtkButton>("back"), "clicked", this);
+    mConnections.connect<&GtkScene::onCloseRequest>(mWindow, "close-request", this);
+    mConnections.connect<&GtkScene::onDestroyed>(mWindow, "destroy", this);
+    mWebView = GtkWebView::make(widget<GtkWidget>("webView"), authorities);
+    mWebView->observer = weak_from_this();
+}
+
+GtkScene::~GtkScene() { dismiss(false); }
+
+std::shared_ptr<ViewController> GtkScene::presentedViewController() const {
+    return mWindow ? screenAbove(mWindow) : nullptr;
+}
+
+void GtkScene::present(const std::shared_ptr<ViewController>& scene, bool animated) {
+    if (mWindow) HostScreen(mWindow).present(scene, animated);
+}
+
+void GtkScene::showAbove(GtkWindow* parent) {
+    if (!mWindow || mIsShown) return;
+    mIsShown = true;
+    gtk_window_set_application(mWindow, gtk_window_get_application(parent));
+    gtk_window_set_transient_for(mWindow, parent);
+    gtk_window_set_modal(mWindow, TRUE);
+    coverMonitor(mWindow, monitorOf(parent).get());
+
+    tell(ViewEvent::DID_LOAD);
+    tell(ViewEvent::WILL_APPEAR);
+    if (!mWindow) return;  // dismissed by whom it was told
+    gtk_window_present(mWindow);
+    tell(ViewEvent::DID_APPEAR);
+}
+
+void GtkScene::dismiss(bool) {
+    if (GtkWindow* window = leave()) {
+        if (mIsShown) tell(ViewEvent::WILL_DISAPPEAR);
+        gtk_window_destroy(window);
+        if (mIsShown) tell(ViewEvent::DID_DISAPPEAR);
+    }
+}
+
+GtkWindow* GtkScene::leave() {
+    mConnections.clear();
+    return std::exchange(mWindow, nullptr);
+}
+
+bool GtkScene::shouldStartLoad(const std::optional<std::string>& url) {
+    const auto asked = mObserver.lock();
+    return mWindow && (!asked || asked->shouldStartLoad(url));
+}
+
+void GtkScene::onPageChanged(const Page& page) {
+    if (!mWindow) return;
+    const bool hasFailed = page.phase == Page::Phase::FAILED;
+    const bool isShown = page.phase == Page::Phase::SHOWN && !page.isHidden;
+    setText("working", page.isHidden ? "Your card is being checked…" : "One moment, please…");
+    gtk_button_set_label(widget<GtkButton>("back"), translated(page.hasArrived ? "Back" : "Try again").c_str());
+
+    auto* stack = widget<GtkStack>("stack");
+    const std::string_view visible = hasFailed ? "failed" : isShown ? "page" : "working";
+    if (visible != gtk_stack_get_visible_child_name(stack)) {
+        gtk_stack_set_visible_child_name(stack, visible.data());
+        gtk_widget_grab_focus(widget<GtkWidget>(isShown ? "webView" : hasFailed ? "back" : "close"));
+    }
+    auto* progress = widget<GtkProgressBar>("progress");
+    gtk_progress_bar_set_fraction(progress, page.progress);
+    gtk_widget_set_visible(GTK_WIDGET(progress), page.progress > 0 && !hasFailed && !page.isHidden);
+
+    const bool hasHost = isShown && !page.host.empty();
+    gtk_label_set_text(widget<GtkLabel>("host"), hasHost ? page.host.c_str() : gtk_window_get_title(mWindow));
+    gtk_widget_set_tooltip_text(widget<GtkWidget>("host"), hasHost ? page.host.c_str() : nullptr);
+    setText("security", page.isSecure ? "Secure connection" : "The connection is not secure");
+    gtk_widget_set_visible(widget<GtkWidget>("security"), hasHost);
+}
+
+void GtkScene::setText(const char* label, const char* text) const {
+    gtk_label_set_text(widget<GtkLabel>(label), translated(text).c_str());
+}
+
+void GtkScene::tell(ViewEvent event) {
+    if (const auto told = mObserver.lock()) told->onViewEvent(event);
+}
+
+void GtkScene::askToClose() {
+    if (const auto asked = mObserver.lock()) asked->onButtonClick();
+}
+
+gboolean GtkScene::onCloseRequest() {
+    askToClose();
+    return TRUE;  // the window goes when the scene is dismissed
+}
+
+gboolean GtkScene::onKeyPressed(guint key, guint, int) {
+    if (key != GDK_KEY_Escape) return FALSE;
+    askToClose();
+    return TRUE;
+}
+
+// The host application has destroyed the window: for the library the person has left.
+void GtkScene::onDestroyed() {
+    leave();
+    tell(ViewEvent::WILL_DISAPPEAR);
+    tell(ViewEvent::DID_DISAPPEAR);
+    askToClose();
+}
+
+}  // namespace kavio

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "platform/gtk/web_view.h"
+
+#include <filesystem>
+#include <string_view>
+
+namespace kavio {
+
+/// A scene of the storyboard, in a window of its own.
+class GtkScene final : public WebScene, public PageObserver, public std::enable_shared_from_this<GtkScene> {
+public:
+    /// Null when the storyboard or the identifier is unknown.
+    static std::shared_ptr<GtkScene> make(std::string_view storyboard, std::string_view identifier,
+                                          const std::filesystem::path& authorities);
+    ~GtkScene() override;
+
+    std::shared_ptr<WebView> webView() const override { return mWebView; }
+    void setObserver(std::weak_ptr<SceneObserver> observer) override { mObserver = std::move(observer); }
+    std::shared_ptr<ViewController> presentedViewController() const override;
+    void present(const std::shared_ptr<ViewController>& scene, bool animated) override;
+    void dismiss(bool animated) override;
+    void showAbove(GtkWindow* parent);
+
+    bool shouldStartLoad(const std::optional<std::string>& url) override;
+    void onPageChanged(const Page& page) override;
+
+private:
+    GtkScene(ObjectPointer<GtkBuilder> builder, GtkWindow* window);
+    void translate();
+    void connect(const std::filesystem::path& authorities);
+    template <class Widget>
+    Widget* widget(const char* id) const {
+        return reinterpret_cast<Widget*>(gtk_builder_get_object(mBuilder.get(), id));
+    }
+    void setText(const char* label, const char* text) const;
+    void tell(ViewEvent event);
+    /// Lets go of the window, and gives it when there was one.
+    GtkWindow* leave();
+
+    void onCloseClicked() { askToClose(); }
+    gboolean onCloseRequest();
+    gboolean onKeyPressed(guint key, guint code, int modifiers);
+    void onDestroyed();
+    void askToClose();
+    void onBackClicked() { mWebView->goBack(); }
+
+    ObjectPointer<GtkBuilder> mBuilder;
+    GtkWindow* mWindow;
+    std::shared_ptr<GtkWebView> mWebView;
+    std::weak_ptr<SceneObserver> mObserver;
+    bool mIsShown = false;
+    SignalConnections mConnections;
+};
+
+}  // namespace kavio

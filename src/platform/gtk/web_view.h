@@ -1,0 +1,88 @@
+#pragma once
+
+#include "platform/gtk/glib_callback.h"
+
+#include <kavio/platform/ui.h>
+
+#include <gtk/gtk.h>
+
+#include <filesystem>
+#include <functional>
+#include <set>
+
+typedef struct _WebKitWebView WebKitWebView;
+typedef struct _WebKitPolicyDecision WebKitPolicyDecision;
+
+namespace kavio {
+
+/// What stands in a web view at a moment.
+struct Page {
+    enum class Phase { WORKING, SHOWN, FAILED };
+    Phase phase = Phase::WORKING;
+    bool isHidden = false;
+    /// A page has arrived since the last load was asked for, and is still there behind a failed one.
+    bool hasArrived = false;
+    /// Part of the load under way, 0 to 1; 0 when nothing loads.
+    double progress = 0;
+    /// Of the page that has arrived, as it was connected to; empty for a document without address.
+    std::string host;
+    bool isSecure = false;
+};
+
+class PageObserver {
+public:
+    virtual ~PageObserver() = default;
+    virtual bool shouldStartLoad(const std::optional<std::string>& url) = 0;
+    virtual void onPageChanged(const Page& page) = 0;
+};
+
+/// The card issuer's web view. Its page may navigate and talk to the person, and that is all: no windows, downloads,
+/// files, dialogs, permissions, nor anything of it left on the disk.
+class GtkWebView final : public WebView, public std::enable_shared_from_this<GtkWebView> {
+public:
+    /// Makes the types that a storyboard names known to GTK.
+    static void registerTypes();
+
+    /// `authorities`: PEM file of certificate authorities to trust beside the system's; empty for none.
+    static std::shared_ptr<GtkWebView> make(GtkWidget* view, std::filesystem::path authorities);
+    ~GtkWebView() override;
+
+    std::weak_ptr<PageObserver> observer;
+
+    void setHidden(bool hidden) override;
+    void loadHtml(const std::string& document) override;
+    void loadUrl(const std::string& url, std::chrono::seconds timeout) override;
+    /// Leaves a failed page: for the one that it hides, else by trying again.
+    void goBack();
+
+private:
+    GtkWebView(GtkWidget* view, std::filesystem::path authorities);
+
+    void begin(std::function<void()> load);
+    void fail();
+    void change(Page::Phase phase);
+    void announce();
+    void endTimeout();
+    void onTimeout();
+    bool offer(const char* url);
+
+    gboolean onDecidePolicy(WebKitPolicyDecision* decision, int type);
+    gboolean onResponse(WebKitPolicyDecision* decision);
+    GtkWidget* onCreate(gpointer action);
+    void onLoadChanged(int event);
+    gboolean onLoadFailed(int event, const char* url, GError* error);
+    gboolean onTlsFailed(const char* url, GTlsCertificate* certificate, int errors);
+    void onProgress(GParamSpec* property);
+    void onProcessEnded(int reason);
+    bool isVouchedFor(const std::string& host, GTlsCertificate* certificate) const;
+
+    const ObjectPointer<WebKitWebView> mView;
+    const std::filesystem::path mAuthorities;
+    Page mPage;
+    std::function<void()> mLoad;
+    guint mTimeout = 0;
+    std::set<std::string> mVouchedHosts;
+    SignalConnections mConnections;
+};
+
+}  // namespace kavio

@@ -1,0 +1,121 @@
+#include "platform/linux/url_session.h"
+#include "platform/linux/url_session_engine.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+namespace kavio {
+namespace {
+
+bool writeAll(int file, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(file, bytes.data(), bytes.size());
+        if (written < 0) return false;
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+
+/// A reply's body in a file that nobody else can read, for as long as this object lives. Each has a folder of its own,
+/// made when it is needed: a system may tidy away what has long lain in the folder for temporary files.
+class StoredBody {
+public:
+    explicit StoredBody(std::string_view body) {
+        std::error_code failure;
+        std::string folder = (std::filesystem::temp_directory_path(failure) / "kavio-XXXXXX").string();
+        if (failure || ::mkdtemp(folder.data()) == nullptr) return;
+        mFolder = folder;
+        const int file = ::open(path().c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+        if (file < 0) return;
+        const bool written = writeAll(file, body);
+        mIsWhole = ::close(file) == 0 && written;
+    }
+    ~StoredBody() {
+        std::error_code ignored;
+        if (!mFolder.empty()) std::filesystem::remove_all(mFolder, ignored);
+    }
+    StoredBody(const StoredBody&) = delete;
+    StoredBody& operator=(const StoredBody&) = delete;
+
+    bool isWhole() const { return mIsWhole; }
+    std::filesystem::path path() const { return mFolder / "reply"; }
+
+private:
+    std::filesystem::path mFolder;
+    bool mIsWhole = false;
+};
+
+/// Hands the outcome to `completion`, a reply's body by way of a file that is gone afterwards.
+void deliver(const UrlOutcome& outcome, const BackgroundUrlSession::Completion& completion) {
+    if (const auto* error = std::get_if<UrlError>(&outcome)) return completion(*error);
+    const auto& reply = std::get<UrlReply>(outcome);
+    const StoredBody stored(reply.body ? *reply.body : std::string_view());
+    if (!stored.isWhole()) {
+        return completion(UrlError{UrlError::badServerResponse, "The device cannot store the reply.", reply.status});
+    }
+    completion(DownloadReply{reply.status, stored.path()});
+}
+
+/// Counts the open tasks. Shared with the completions, which may outlast the session.
+class OpenTasks {
+public:
+    void setHandler(std::function<void()> handler) {
+        const std::lock_guard lock(mMutex);
+        mHandler = std::move(handler);
+    }
+    void add() {
+        const std::lock_guard lock(mMutex);
+        ++mCount;
+    }
+    void remove() {
+        std::function<void()> handler;
+        {
+            const std::lock_guard lock(mMutex);
+            if (--mCount == 0) handler = mHandler;
+        }
+        if (handler) handler();
+    }
+
+private:
+    std::mutex mMutex;
+    std::size_t mCount = 0;
+    std::function<void()> mHandler;
+};
+
+class CurlBackgroundUrlSession : public BackgroundUrlSession {
+public:
+    explicit CurlBackgroundUrlSession(const UrlSessionConfiguration& configuration)
+        : mOpen(std::make_shared<OpenTasks>()), mEngine(UrlConduct(configuration, true)) {}
+
+    void downloadTask(UrlRequest request, Completion completion) override {
+        mOpen->add();
+        mEngine.submit(std::move(request),
+                       [open = mOpen, completion = std::move(completion)](const UrlOutcome& outcome) {
+                           deliver(outcome, completion);
+                           open->remove();
+                       });
+    }
+
+    void onEventsDelivered(std::function<void()> handler) override { mOpen->setHandler(std::move(handler)); }
+
+private:
+    std::shared_ptr<OpenTasks> mOpen;
+    UrlEngine mEngine;
+};
+
+}  // namespace
+
+std::shared_ptr<BackgroundUrlSession> makeBackgroundUrlSession(const UrlSessionConfiguration& configuration) {
+    return std::make_shared<CurlBackgroundUrlSession>(configuration);
+}
+
+}  // namespace kavio

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <curl/curl.h>
+
+#include <memory>
+
+namespace kavio {
+
+template <auto release>
+struct CurlRelease {
+    void operator()(auto* handle) const { release(handle); }
+};
+
+using CurlEasy = std::unique_ptr<CURL, CurlRelease<&curl_easy_cleanup>>;
+using CurlMulti = std::unique_ptr<CURLM, CurlRelease<&curl_multi_cleanup>>;
+using CurlUrl = std::unique_ptr<CURLU, CurlRelease<&curl_url_cleanup>>;
+using CurlText = std::unique_ptr<char, CurlRelease<&curl_free>>;
+
+class CurlList {
+public:
+    bool append(const char* line) {
+        curl_slist* grown = curl_slist_append(mHead.get(), line);
+        if (grown == nullptr) return false;
+        static_cast<void>(mHead.release());  // the grown list owns it
+        mHead.reset(grown);
+        return true;
+    }
+    curl_slist* get() const { return mHead.get(); }
+
+private:
+    std::unique_ptr<curl_slist, CurlRelease<&curl_slist_free_all>> mHead;
+};
+
+}  // namespace kavio

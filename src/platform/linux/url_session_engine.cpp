@@ -1,0 +1,252 @@
+#include "platform/linux/url_session_engine.h"
+
+#include "platform/linux/url_session_failure.h"
+
+#include <openssl/crypto.h>
+
+#include <algorithm>
+#include <chrono>
+#include <climits>
+#include <csignal>
+#include <deque>
+#include <map>
+#include <mutex>
+#include <new>
+#include <utility>
+#include <vector>
+
+namespace kavio {
+namespace {
+
+using Steady = std::chrono::steady_clock;
+
+constexpr std::size_t maximumIdleHandles = 8;
+constexpr std::chrono::seconds firstPause{1};
+constexpr std::chrono::seconds longestPause{5};
+
+struct Task {
+    Task(UrlRequest request, const UrlConduct& conduct, UrlEngine::Completion whenDone)
+        : exchange(std::move(request), conduct), completion(std::move(whenDone)) {}
+
+    UrlExchange exchange;
+    UrlEngine::Completion completion;
+    CurlEasy easy;
+    std::chrono::seconds pause = firstPause;
+    Steady::time_point resumesAt;
+};
+
+using TaskPointer = std::unique_ptr<Task>;
+
+void initializeLibraries() {
+    // A session may live until the process ends. OpenSSL's exit handler would then take its tables from under the
+    // network thread.
+    static const bool done =
+        OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr) == 1 && curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+    if (!done) throw std::bad_alloc();
+}
+
+void blockSigpipe() {
+    // CURLOPT_NOSIGNAL keeps libcurl's SIGALRM out of our threads, but then a closed peer can raise SIGPIPE. It is
+    // blocked in the network thread alone: signal handlers of the process belong to the host application.
+    sigset_t signals{};
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+}
+
+bool isNetworkMissing(const UrlOutcome& outcome) {
+    const auto* error = std::get_if<UrlError>(&outcome);
+    return error != nullptr && error->code == UrlError::notConnectedToInternet;
+}
+
+template <class Container>
+TaskPointer takeAt(Container& tasks, typename Container::iterator position) {
+    TaskPointer task = std::move(*position);
+    tasks.erase(position);
+    return task;
+}
+
+void complete(TaskPointer task, UrlOutcome outcome) noexcept {
+    const auto completion = std::move(task->completion);
+    task.reset();
+    completion(std::move(outcome));
+}
+
+}  // namespace
+
+/// What the network thread does. Outlives the engine where a completion destroys that. A completion may do anything to
+/// the loop, so none is called while a task is between two places.
+class UrlEngine::Loop {
+public:
+    explicit Loop(UrlConduct conduct);
+
+    // On any thread.
+    void submit(UrlRequest request, Completion completion);
+    void stop();
+
+    // On the network thread.
+    void run();
+    void cancelAll();
+
+private:
+    bool isStopping();
+    TaskPointer takeSubmitted();
+    TaskPointer takeDue();
+    TaskPointer takeRunning(CURL* easy);
+    TaskPointer takeAny();
+
+    void start(TaskPointer task);
+    void endFinished();
+    void end(CURL* easy, CURLcode code);
+    void wait(TaskPointer task);
+    int millisecondsToNextResumption() const;
+
+    CurlEasy takeHandle();
+    void keepHandle(CurlEasy easy);
+
+    const UrlConduct mConduct;
+    CurlMulti mMulti;
+    std::mutex mMutex;
+    bool mStopping = false;              // guarded by mMutex
+    std::deque<TaskPointer> mSubmitted;  // guarded by mMutex
+
+    std::map<CURL*, TaskPointer> mRunning;
+    std::vector<TaskPointer> mWaiting;
+    std::vector<CurlEasy> mIdle;
+};
+
+UrlEngine::UrlEngine(UrlConduct conduct)
+    : mLoop(std::make_shared<Loop>(std::move(conduct))), mThread([loop = mLoop] { loop->run(); }) {}
+
+UrlEngine::~UrlEngine() {
+    mLoop->stop();
+    if (mThread.get_id() != std::this_thread::get_id()) {
+        mThread.join();
+    } else {
+        mLoop->cancelAll();
+        mThread.detach();
+    }
+}
+
+void UrlEngine::submit(UrlRequest request, Completion completion) {
+    mLoop->submit(std::move(request), std::move(completion));
+}
+
+UrlEngine::Loop::Loop(UrlConduct conduct) : mConduct(std::move(conduct)) {
+    initializeLibraries();
+    mMulti.reset(curl_multi_init());
+    if (!mMulti) throw std::bad_alloc();
+}
+
+void UrlEngine::Loop::submit(UrlRequest request, Completion completion) {
+    auto task = std::make_unique<Task>(std::move(request), mConduct, std::move(completion));
+    const std::lock_guard lock(mMutex);  // to the very end, so that no completion comes before the caller has returned
+    mSubmitted.push_back(std::move(task));
+    curl_multi_wakeup(mMulti.get());
+}
+
+void UrlEngine::Loop::stop() {
+    const std::lock_guard lock(mMutex);  // the network thread ends no earlier than it was woken
+    mStopping = true;
+    curl_multi_wakeup(mMulti.get());
+}
+
+void UrlEngine::Loop::run() {
+    blockSigpipe();
+    while (!isStopping()) {
+        while (auto task = takeSubmitted()) start(std::move(task));
+        while (auto task = takeDue()) start(std::move(task));
+        int running = 0;
+        curl_multi_perform(mMulti.get(), &running);
+        endFinished();
+        curl_multi_poll(mMulti.get(), nullptr, 0, millisecondsToNextResumption(), nullptr);
+    }
+    cancelAll();
+    mMulti.reset();  // here, where SIGPIPE is blocked: it says good-bye on open connections
+}
+
+void UrlEngine::Loop::start(TaskPointer task) {
+    if (!task->easy) task->easy = takeHandle();
+    if (!task->easy) return complete(std::move(task), urlError(UrlError::cannotConnectToHost));
+    CURL* const easy = task->easy.get();
+    const CURLcode code = task->exchange.prepare(easy);
+    mRunning.emplace(easy, std::move(task));
+    if (code != CURLE_OK) return end(easy, code);
+    if (curl_multi_add_handle(mMulti.get(), easy) != CURLM_OK) end(easy, CURLE_FAILED_INIT);
+}
+
+void UrlEngine::Loop::endFinished() {
+    int left = 0;
+    while (const CURLMsg* message = curl_multi_info_read(mMulti.get(), &left)) {
+        if (message->msg == CURLMSG_DONE) end(message->easy_handle, message->data.result);
+    }
+}
+
+void UrlEngine::Loop::end(CURL* easy, CURLcode code) {
+    auto task = takeRunning(easy);
+    UrlExchange& exchange = task->exchange;
+    if (code == CURLE_OK && exchange.followRedirect(easy)) return start(std::move(task));
+    auto outcome = exchange.finish(easy, code);
+    if (mConduct.background && isNetworkMissing(outcome) && !exchange.mayHaveLeft()) return wait(std::move(task));
+    keepHandle(std::move(task->easy));
+    complete(std::move(task), std::move(outcome));
+}
+
+void UrlEngine::Loop::wait(TaskPointer task) {
+    task->resumesAt = Steady::now() + task->pause;
+    task->pause = std::min(2 * task->pause, longestPause);
+    mWaiting.push_back(std::move(task));
+}
+
+void UrlEngine::Loop::cancelAll() {
+    while (auto task = takeAny()) complete(std::move(task), urlError(UrlError::cancelled));
+}
+
+bool UrlEngine::Loop::isStopping() {
+    const std::lock_guard lock(mMutex);
+    return mStopping;
+}
+
+TaskPointer UrlEngine::Loop::takeSubmitted() {
+    const std::lock_guard lock(mMutex);
+    return mSubmitted.empty() ? nullptr : takeAt(mSubmitted, mSubmitted.begin());
+}
+
+TaskPointer UrlEngine::Loop::takeDue() {
+    const auto now = Steady::now();
+    const auto due =
+        std::find_if(mWaiting.begin(), mWaiting.end(), [&](const auto& task) { return task->resumesAt <= now; });
+    return due == mWaiting.end() ? nullptr : takeAt(mWaiting, due);
+}
+
+TaskPointer UrlEngine::Loop::takeRunning(CURL* easy) {
+    curl_multi_remove_handle(mMulti.get(), easy);
+    return std::move(mRunning.extract(easy).mapped());
+}
+
+TaskPointer UrlEngine::Loop::takeAny() {
+    if (!mRunning.empty()) return takeRunning(mRunning.begin()->first);
+    if (!mWaiting.empty()) return takeAt(mWaiting, mWaiting.begin());
+    return takeSubmitted();
+}
+
+int UrlEngine::Loop::millisecondsToNextResumption() const {
+    if (mWaiting.empty()) return INT_MAX;
+    const auto next = std::min_element(mWaiting.begin(), mWaiting.end(),
+                                       [](const auto& a, const auto& b) { return a->resumesAt < b->resumesAt; });
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>((*next)->resumesAt - Steady::now());
+    return static_cast<int>(std::max<std::chrono::milliseconds::rep>(left.count(), 0));
+}
+
+CurlEasy UrlEngine::Loop::takeHandle() {
+    if (mIdle.empty()) return CurlEasy(curl_easy_init());
+    auto easy = std::move(mIdle.back());
+    mIdle.pop_back();
+    return easy;
+}
+
+void UrlEngine::Loop::keepHandle(CurlEasy easy) {
+    if (mIdle.size() < maximumIdleHandles) mIdle.push_back(std::move(easy));
+}
+
+}  // namespace kavio

@@ -1,0 +1,246 @@
+#include "platform/linux/url_session_exchange.h"
+
+#include "platform/linux/url_session_failure.h"
+
+#include <openssl/crypto.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <exception>
+#include <optional>
+#include <utility>
+
+namespace kavio {
+namespace {
+
+constexpr std::size_t maximumHeaderBytes = 300 * 1024;
+constexpr int maximumRedirects = 10;
+// A mobile network forgets idle connections without a word; what is sent on such a one is lost.
+constexpr long maximumIdleSeconds = 30;
+constexpr long longestTimeoutSeconds = 24L * 60 * 60;
+// A reply that always drips just enough to count as progress must end too.
+constexpr long wholeExchangeTimeouts = 10;
+
+/// Whether libcurl would send the request as it stands: none of its texts may end early or begin another line.
+bool isWellFormed(const UrlRequest& request) {
+    using namespace std::string_view_literals;
+    const auto isLine = [](std::string_view text) { return text.find_first_of("\r\n\0"sv) == std::string_view::npos; };
+    return isLine(request.method) && isLine(request.url) &&
+           std::all_of(request.headers.begin(), request.headers.end(),
+                       [&](const auto& field) { return isLine(field.first) && isLine(field.second); });
+}
+
+/// Scheme, host and port of `url`, comparable.
+std::optional<std::string> origin(const char* url) {
+    const CurlUrl parsed(curl_url());
+    if (!parsed || curl_url_set(parsed.get(), CURLUPART_URL, url, 0) != CURLUE_OK) return std::nullopt;
+    std::string text;
+    for (const CURLUPart part : {CURLUPART_SCHEME, CURLUPART_HOST, CURLUPART_PORT}) {
+        char* value = nullptr;
+        if (curl_url_get(parsed.get(), part, &value, CURLU_DEFAULT_PORT) != CURLUE_OK) return std::nullopt;
+        text.append(CurlText(value).get()).append(" ");
+    }
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    return text;
+}
+
+int responseStatus(CURL* easy) {
+    long status = 0;
+    curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
+    return static_cast<int>(status);
+}
+
+HeaderFields receivedHeaders(CURL* easy) {
+    HeaderFields headers;
+    curl_header* header = nullptr;
+    while ((header = curl_easy_nextheader(easy, CURLH_HEADER, -1, header)) != nullptr) {
+        headers.emplace_back(header->name, header->value);
+    }
+    return headers;
+}
+
+}  // namespace
+
+/// Sets options until one fails.
+class UrlExchange::Options {
+public:
+    explicit Options(CURL* easy) : mEasy(easy) {}
+
+    template <class T>
+    void set(CURLoption option, T value) {
+        if (mResult == CURLE_OK) mResult = curl_easy_setopt(mEasy, option, value);
+    }
+    void append(CurlList& list, const std::string& line) {
+        if (mResult == CURLE_OK && !list.append(line.c_str())) mResult = CURLE_OUT_OF_MEMORY;
+    }
+    CURLcode result() const { return mResult; }
+
+private:
+    CURL* mEasy;
+    CURLcode mResult = CURLE_OK;
+};
+
+/// What libcurl calls while the exchange is under way.
+struct UrlExchange::Callbacks {
+    /// Asked on each connection before the request goes out on it. On its own libcurl sends again when a connection
+    /// that it had used before dies without a reply, and when a server refuses a stream: here is where that ends.
+    static int beforeSending(void* user, char*, char*, int, int) {
+        auto& self = *static_cast<UrlExchange*>(user);
+        if (self.mSent && !self.isRepeatable()) return CURL_PREREQFUNC_ABORT;
+        self.mSent = true;
+        return CURL_PREREQFUNC_OK;
+    }
+
+    static std::size_t onHeader(char*, std::size_t size, std::size_t count, void* user) {
+        auto& self = *static_cast<UrlExchange*>(user);
+        self.mHeaderBytes += size * count;
+        self.mTooLarge = self.mHeaderBytes > maximumHeaderBytes;
+        return self.mTooLarge ? 0 : size * count;
+    }
+
+    static std::size_t onBody(char* data, std::size_t size, std::size_t count, void* user) {
+        auto& self = *static_cast<UrlExchange*>(user);
+        self.mTooLarge = size * count > UrlSession::maximumReplyBytes - self.mBody.size();
+        if (self.mTooLarge) return 0;
+        try {
+            self.mBody.append(data, size * count);
+        } catch (const std::exception&) {  // no memory: ends the exchange, and may not pass through libcurl
+            self.mTooLarge = true;
+            return 0;
+        }
+        return size * count;
+    }
+};
+
+UrlConduct::UrlConduct(const UrlSessionConfiguration& configuration, bool isBackground)
+    : certificateAuthorities(configuration.certificateAuthorities), background(isBackground) {
+    if (!configuration.connectTo.empty()) connectTo.append(("::" + configuration.connectTo).c_str());
+}
+
+UrlExchange::UrlExchange(UrlRequest request, const UrlConduct& conduct)
+    : mRequest(std::move(request)), mConduct(conduct) {}
+
+UrlExchange::~UrlExchange() { forgetBody(); }
+
+CURLcode UrlExchange::prepare(CURL* easy) {
+    curl_easy_reset(easy);
+    if (!isWellFormed(mRequest)) return CURLE_URL_MALFORMAT;
+    mHeaderLines = {};
+    mBody.clear();
+    mHeaderBytes = 0;
+    mSent = false;
+
+    Options options(easy);
+    setConnection(options);
+    setLimits(options);
+    setRequest(options);
+    setHeaders(options);
+    options.set(CURLOPT_PREREQFUNCTION, &Callbacks::beforeSending);
+    options.set(CURLOPT_PREREQDATA, this);
+    options.set(CURLOPT_HEADERFUNCTION, &Callbacks::onHeader);
+    options.set(CURLOPT_HEADERDATA, this);
+    options.set(CURLOPT_WRITEFUNCTION, &Callbacks::onBody);
+    options.set(CURLOPT_WRITEDATA, this);
+    return options.result();
+}
+
+void UrlExchange::setConnection(Options& options) const {
+    options.set(CURLOPT_NOSIGNAL, 1L);
+    options.set(CURLOPT_QUICK_EXIT, 1L);  // not held up by a name look-up that nobody waits for any more
+    options.set(CURLOPT_PROTOCOLS_STR, "https");
+    options.set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
+    options.set(CURLOPT_SSL_VERIFYPEER, 1L);
+    options.set(CURLOPT_SSL_VERIFYHOST, 2L);
+    // Reading the system's authorities takes longer than all else in an exchange. libcurl keeps them for a day, but
+    // only those of a file: there is no folder to look into.
+    options.set(CURLOPT_CAPATH, static_cast<char*>(nullptr));
+    if (!mConduct.certificateAuthorities.empty()) {
+        options.set(CURLOPT_CAINFO, mConduct.certificateAuthorities.c_str());
+    }
+    if (mConduct.connectTo.get() != nullptr) {
+        options.set(CURLOPT_CONNECT_TO, mConduct.connectTo.get());
+        options.set(CURLOPT_PROXY, "");
+    }
+    options.set(CURLOPT_MAXAGE_CONN, maximumIdleSeconds);
+    options.set(CURLOPT_FRESH_CONNECT, mConduct.background ? 1L : 0L);
+    options.set(CURLOPT_FORBID_REUSE, mConduct.background ? 1L : 0L);
+    options.set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+}
+
+void UrlExchange::setLimits(Options& options) const {
+    const auto timeout =
+        static_cast<long>(std::clamp<std::chrono::seconds::rep>(mRequest.timeout.count(), 1, longestTimeoutSeconds));
+    options.set(CURLOPT_CONNECTTIMEOUT, timeout);
+    options.set(CURLOPT_LOW_SPEED_LIMIT, 1L);
+    options.set(CURLOPT_LOW_SPEED_TIME, timeout);
+    options.set(CURLOPT_TIMEOUT, timeout * wholeExchangeTimeouts);
+}
+
+void UrlExchange::setRequest(Options& options) {
+    const std::string& method = mRequest.method;
+    options.set(CURLOPT_URL, mRequest.url.c_str());
+    options.set(CURLOPT_ACCEPT_ENCODING, "");
+    if (mRequest.body || (method != "GET" && method != "HEAD" && method != "DELETE")) {
+        const std::string_view body = mRequest.body ? std::string_view(*mRequest.body) : std::string_view("");
+        options.set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
+        options.set(CURLOPT_POSTFIELDS, body.data());  // not copied
+    } else if (method == "HEAD") {
+        options.set(CURLOPT_NOBODY, 1L);
+    }
+    options.set(CURLOPT_CUSTOMREQUEST, method.c_str());
+}
+
+void UrlExchange::setHeaders(Options& options) {
+    // What libcurl would add on its own: a form's type, and a wait for a "100 Continue", which may end in sending
+    // twice.
+    for (const char* name : {"Content-Type:", "Expect:"}) options.append(mHeaderLines, name);
+    for (const auto& [name, value] : mRequest.headers) {
+        const bool blank = value.find_first_not_of(" \t") == std::string::npos;
+        options.append(mHeaderLines, blank ? name + ";" : name + ": " + value);  // "NAME:" would take the header away
+    }
+    options.set(CURLOPT_HTTPHEADER, mHeaderLines.get());
+}
+
+bool UrlExchange::followRedirect(CURL* easy) {
+    constexpr std::array statuses{301, 302, 303, 307, 308};
+    const int status = responseStatus(easy);
+    if (!isRepeatable() || std::find(statuses.begin(), statuses.end(), status) == statuses.end()) return false;
+
+    char* target = nullptr;
+    curl_easy_getinfo(easy, CURLINFO_REDIRECT_URL, &target);
+    if (target == nullptr || mRedirects == maximumRedirects) return false;
+    const auto from = origin(mRequest.url.c_str());
+    if (!from || from != origin(target)) return false;
+
+    ++mRedirects;
+    mRequest.url = target;
+    if ((status == 303 && mRequest.method != "HEAD") || (status <= 302 && mRequest.method == "POST")) {
+        mRequest.method = "GET";
+        forgetBody();
+    }
+    return true;
+}
+
+UrlOutcome UrlExchange::finish(CURL* easy, CURLcode code) {
+    const int status = responseStatus(easy);
+    if (code == CURLE_OK) return takeReply(easy, status);
+    UrlError error = mTooLarge ? urlError(UrlError::dataLengthExceedsMaximum) : describeFailure(easy, code, mSent);
+    if (mConduct.background && status >= 200) error.status = status;  // the head of a 1xx is not the reply's
+    return error;
+}
+
+UrlReply UrlExchange::takeReply(CURL* easy, int status) {
+    UrlReply reply{status, receivedHeaders(easy), std::nullopt};
+    const bool bodiless = mRequest.method == "HEAD" || status == 204 || status == 304;
+    if (!bodiless) reply.body = std::move(mBody);
+    return reply;
+}
+
+void UrlExchange::forgetBody() {
+    if (mRequest.body) OPENSSL_cleanse(mRequest.body->data(), mRequest.body->size());
+    mRequest.body.reset();
+}
+
+}  // namespace kavio

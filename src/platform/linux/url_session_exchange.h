@@ -1,0 +1,66 @@
+#pragma once
+
+#include "platform/linux/url_session_curl.h"
+
+#include <kavio/platform/linux.h>
+#include <kavio/platform/url_session.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <variant>
+
+namespace kavio {
+
+using UrlOutcome = std::variant<UrlReply, UrlError>;
+
+/// How all the requests of a session travel.
+struct UrlConduct {
+    UrlConduct(const UrlSessionConfiguration& configuration, bool isBackground);
+
+    std::string certificateAuthorities;
+    CurlList connectTo;
+    /// As a background session promises: each request on a connection of its own, and at most once.
+    bool background;
+};
+
+/// One request and what comes back for it, on one of libcurl's easy handles. Belongs to the network thread.
+class UrlExchange {
+public:
+    UrlExchange(UrlRequest request, const UrlConduct& conduct);
+    ~UrlExchange();
+    UrlExchange(const UrlExchange&) = delete;
+    UrlExchange& operator=(const UrlExchange&) = delete;
+
+    /// Sets all that `easy` needs to carry the request out. The exchange must stay where it is until that is done.
+    CURLcode prepare(CURL* easy);
+    /// Whether the reply is a redirect to follow; the request is then the one to `prepare` next.
+    bool followRedirect(CURL* easy);
+    UrlOutcome finish(CURL* easy, CURLcode code);
+    /// Whether a byte of the request may have reached the service.
+    bool mayHaveLeft() const { return mSent; }
+
+private:
+    struct Callbacks;
+    class Options;
+
+    bool isRepeatable() const { return !mConduct.background && mRequest.idempotency == Idempotency::REPEATABLE; }
+    void setConnection(Options& options) const;
+    void setLimits(Options& options) const;
+    void setRequest(Options& options);
+    void setHeaders(Options& options);
+    UrlReply takeReply(CURL* easy, int status);
+    void forgetBody();
+
+    UrlRequest mRequest;
+    const UrlConduct& mConduct;
+    CurlList mHeaderLines;
+    std::string mBody;
+    std::size_t mHeaderBytes = 0;
+    int mRedirects = 0;
+    bool mSent = false;
+    bool mTooLarge = false;
+};
+
+}  // namespace kavio

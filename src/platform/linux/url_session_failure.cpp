@@ -1,0 +1,158 @@
+#include "platform/linux/url_session_failure.h"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <openssl/x509_vfy.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <string>
+#include <system_error>
+
+namespace kavio {
+namespace {
+
+UrlError::Code classify(CURL* easy, CURLcode code, bool sent);
+std::string reason(CURL* easy, CURLcode code);
+
+}  // namespace
+
+UrlError describeFailure(CURL* easy, CURLcode code, bool sent) {
+    UrlError error = urlError(classify(easy, code, sent));
+    const std::string detail = reason(easy, code);
+    if (!detail.empty()) error.description.replace(error.description.size() - 1, 1, ": " + detail + ".");
+    return error;
+}
+
+UrlError urlError(UrlError::Code code) {
+    const auto text = [code] {
+        switch (code) {
+            case UrlError::cancelled:
+                return "The request was cancelled.";
+            case UrlError::badUrl:
+                return "The request cannot be sent as it is.";
+            case UrlError::timedOut:
+                return "The request timed out.";
+            case UrlError::cannotFindHost:
+                return "The host was not found.";
+            case UrlError::cannotConnectToHost:
+                return "Could not connect to the host.";
+            case UrlError::networkConnectionLost:
+                return "The connection was lost.";
+            case UrlError::notConnectedToInternet:
+                return "There is no connection to the network.";
+            case UrlError::badServerResponse:
+                return "The reply is malformed.";
+            case UrlError::dataLengthExceedsMaximum:
+                return "The reply is too large.";
+            case UrlError::secureConnectionFailed:
+                return "No secure connection could be made.";
+            case UrlError::serverCertificateUntrusted:
+                return "The host's certificate is not trusted.";
+        }
+        return "";
+    };
+    return {code, text(), {}};
+}
+
+namespace {
+
+bool hasRouteTo(int family, const void* address, socklen_t length) {
+    // Connecting a datagram socket looks the route up and sends nothing.
+    const int socket = ::socket(family, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    if (socket < 0) return false;
+    const bool found = ::connect(socket, static_cast<const sockaddr*>(address), length) == 0;
+    ::close(socket);
+    return found;
+}
+
+/// Whether packets for the world outside would go anywhere. The addresses are those set apart for documentation.
+bool hasRoute() {
+    sockaddr_in six4{};
+    six4.sin_family = AF_INET;
+    six4.sin_port = htons(443);
+    ::inet_pton(AF_INET, "198.51.100.1", &six4.sin_addr);
+    sockaddr_in6 six{};
+    six.sin6_family = AF_INET6;
+    six.sin6_port = htons(443);
+    ::inet_pton(AF_INET6, "2001:db8::1", &six.sin6_addr);
+    return hasRouteTo(AF_INET, &six4, sizeof six4) || hasRouteTo(AF_INET6, &six, sizeof six);
+}
+
+int connectErrno(CURL* easy) {
+    long number = 0;
+    curl_easy_getinfo(easy, CURLINFO_OS_ERRNO, &number);
+    return static_cast<int>(number);
+}
+
+UrlError::Code classifyConnect(int number) {
+    switch (number) {
+        case EHOSTUNREACH:
+            return UrlError::notConnectedToInternet;
+        // Said of the last address tried; a host with addresses of both kinds may have refused us at another one.
+        case ENETUNREACH:
+        case ENETDOWN:
+            return hasRoute() ? UrlError::cannotConnectToHost : UrlError::notConnectedToInternet;
+        default:
+            return UrlError::cannotConnectToHost;
+    }
+}
+
+UrlError::Code classify(CURL* easy, CURLcode code, bool sent) {
+    switch (code) {
+        case CURLE_OPERATION_TIMEDOUT:
+            return UrlError::timedOut;
+        case CURLE_WEIRD_SERVER_REPLY:
+        case CURLE_BAD_CONTENT_ENCODING:
+            return UrlError::badServerResponse;
+        case CURLE_UNSUPPORTED_PROTOCOL:  // also: a reply without a status line
+            return sent ? UrlError::badServerResponse : UrlError::badUrl;
+        case CURLE_OUT_OF_MEMORY:  // also: a header line over libcurl's limit
+            return sent ? UrlError::dataLengthExceedsMaximum : UrlError::cannotConnectToHost;
+        default:
+            break;
+    }
+    // A second connection that failed says less than the first one, which was lost with the request.
+    if (sent) return UrlError::networkConnectionLost;
+    switch (code) {
+        case CURLE_URL_MALFORMAT:
+        case CURLE_BAD_FUNCTION_ARGUMENT:
+            return UrlError::badUrl;
+        case CURLE_COULDNT_RESOLVE_PROXY:
+        case CURLE_COULDNT_RESOLVE_HOST:
+            return hasRoute() ? UrlError::cannotFindHost : UrlError::notConnectedToInternet;
+        case CURLE_COULDNT_CONNECT:
+            return classifyConnect(connectErrno(easy));
+        case CURLE_PEER_FAILED_VERIFICATION:
+            return UrlError::serverCertificateUntrusted;
+        case CURLE_SSL_CONNECT_ERROR:
+        case CURLE_SSL_CERTPROBLEM:
+        case CURLE_SSL_CIPHER:
+        case CURLE_SSL_CACERT_BADFILE:
+        case CURLE_USE_SSL_FAILED:
+            return UrlError::secureConnectionFailed;
+        default:
+            return UrlError::cannotConnectToHost;
+    }
+}
+
+std::string reason(CURL* easy, CURLcode code) {
+    switch (code) {
+        case CURLE_COULDNT_CONNECT:
+            return std::generic_category().message(connectErrno(easy));
+        case CURLE_PEER_FAILED_VERIFICATION: {
+            long verdict = X509_V_OK;
+            curl_easy_getinfo(easy, CURLINFO_SSL_VERIFYRESULT, &verdict);
+            // The chain is in order; what libcurl checks beyond it is the name.
+            if (verdict == X509_V_OK) return "it was issued for another host";
+            return X509_verify_cert_error_string(verdict);
+        }
+        // Never libcurl's own message of the exchange: it may quote the request.
+        default:
+            return curl_easy_strerror(code);
+    }
+}
+
+}  // namespace
+}  // namespace kavio

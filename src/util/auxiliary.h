@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace kavio {
+
+/// What the library knows of itself.
+class Auxiliary {
+public:
+    Auxiliary() = delete;
+
+    /// Of the library's own bundle, not the host application's; absent where that says nothing.
+    static std::optional<std::string> version();
+    static std::optional<std::string> build();
+
+    /// "1d 1h 1m 1.005s". Days, hours and minutes that are zero are left out.
+    static std::string durationText(std::uint64_t milliseconds);
+};
+
+// Without state or operations on purpose: whether there is a network is learnt by sending, and nothing is thrown across
+// the public boundary.
+class Reachability {};
+class Exceptions {};
+
+}  // namespace kavio
