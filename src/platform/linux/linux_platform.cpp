@@ -1,8 +1,10 @@
 #include "platform/linux/dictionary_bundle.h"
 #include "platform/linux/icu.h"
 #include "platform/linux/openssl.h"
+#include "platform/linux/sqlite_stores.h"
 #include "platform/linux/system_clock.h"
 #include "platform/linux/thread_queue.h"
+#include "platform/linux/url_session.h"
 
 #include <kavio/platform/linux.h>
 
@@ -21,10 +23,12 @@ std::shared_ptr<Bundle> makeLibraryBundle() {
 }  // namespace
 
 Platform makeLinuxPlatform(LinuxPlatformOptions options) {
+    const auto digest = makeOpensslDigest();
     return {
-        .urlSession = nullptr,
-        .backgroundUrlSession = nullptr,
-        .keyValueStores = nullptr,
+        .urlSession = makeUrlSession(options.session),
+        .backgroundUrlSession = makeBackgroundUrlSession(options.session),
+        .keyValueStores =
+            makeSqliteStores(std::move(options.storeDirectory), digest, std::move(options.onStoreDamaged)),
         .mainQueue = options.mainQueue ? std::move(options.mainQueue) : std::make_shared<RunLoop>(),
         .serialQueue = makeThreadQueue("serial", 1),
         .concurrentQueue = makeThreadQueue("concurent", concurrentThreads),
@@ -35,7 +39,7 @@ Platform makeLinuxPlatform(LinuxPlatformOptions options) {
         .dateFormatter = makeIcuDateFormatter(),
         .regularExpression = makeIcuRegularExpression(),
         .characters = makeIcuCharacters(),
-        .digest = makeOpensslDigest(),
+        .digest = digest,
         .base64 = makeOpensslBase64(),
         .uuid = makeOpensslUuid(),
         .clock = makeSystemClock(),
