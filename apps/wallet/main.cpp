@@ -33,7 +33,6 @@ struct CommandLine {
     CommandLine() {
         // A command passes on what it does not know, so that options of the whole program may stand behind it.
         program.fallthrough();
-        program.footer(exitStatuses);
         program.set_version_flag("--version", KAVIO_WALLET_VERSION);
         addOptions(program, options);
         program.add_flag("--jsonl", isDriver, "For programs: operations in, reports out, as JSON lines");
@@ -43,6 +42,7 @@ struct CommandLine {
             commands.push_back(make(program));
             commands.back().line->add_flag("--json", isJson, "Write the reports as JSON lines, as --jsonl does");
         }
+        program.footer(exitStatuses);  // last: commands would take it over
         program.require_subcommand(0, 1);
     }
 

@@ -58,7 +58,7 @@ void addOptions(CLI::App& commandLine, Options& options) {
                         "Certificate authorities to trust, in PEM, instead "
                         "of the system's")
             ->type_name("FILE")
-            ->check(CLI::ExistingFile),
+            ->check(CLI::Validator(CLI::ExistingFile).description("")),
     };
     // So that a script can append its own options to those of an alias.
     for (auto* option : valued) option->take_last();

@@ -237,7 +237,8 @@ void read(const Value& value, std::shared_ptr<const TransactionFilter>& result) 
 void read(const Value& value, std::vector<std::shared_ptr<const RemoteVendProduct>>& result) {
     if (!value.json.is_array()) value.refuse("a list");
     for (const auto& element : value.json) {
-        read(Value{element, fmt::format("{}[{}]", value.path, result.size())}, result.emplace_back());
+        const Value item{element, fmt::format("{}[{}]", value.path, result.size())};
+        read(item, result.emplace_back());
     }
 }
 

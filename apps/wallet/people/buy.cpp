@@ -90,14 +90,17 @@ struct Ending {
     std::string sentence;
 };
 
+/// "Paid 1.50 EUR", as far as the service says how much.
+std::string paymentText(const Order& order) {
+    const auto currency = order.currency.value_or("");
+    return order.amount < 0 ? "Paid" : "Paid " + moneyText(order.amount, digitsOf(currency), currency);
+}
+
 Ending endingOf(const OrderReport& order, const Machine& machine) {
     if (!order) return {ExitStatus::FAILED, "The service does not say what became of the order."};
-    const auto currency = order->currency.value_or("");
     switch (order->status) {
         case Order::Status::COMPLETED:
-            return {ExitStatus::OK,
-                    fmt::format("Paid {} at {}.", moneyText(order->amount, digitsOf(currency), currency),
-                                titleOf(machine))};
+            return {ExitStatus::OK, fmt::format("{} at {}.", paymentText(*order), titleOf(machine))};
         case Order::Status::FREE_TRANSACTION:
             return {ExitStatus::OK, fmt::format("Served for free at {}.", titleOf(machine))};
         case Order::Status::CANCELED:

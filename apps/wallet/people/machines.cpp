@@ -10,6 +10,8 @@ namespace kavio::wallet {
 
 namespace {
 
+using enum Column::Kind;
+
 struct Search {
     std::optional<std::string> code;
     std::optional<std::string> serial;
@@ -47,7 +49,7 @@ void listMachines(Session& session, const Search& search) {
     const auto filter = filterOf(search);
     const auto machines =
         session.list<Machines>("Looking for machines", [&](Kavio& kavio) { kavio.getMachines(filter); });
-    Table table{{{"MACHINE", true}, {"ID", true}, {"NAME"}, {"OPERATOR"}, {"TYPE"}, {"PLACE"}, {"STATE"}}};
+    Table table{{{"MACHINE", NUMBER}, {"ID", NUMBER}, {"NAME"}, {"OPERATOR"}, {"TYPE"}, {"PLACE"}, {"STATE"}}};
     for (const auto& machine : machines) {
         table.add({fmt::to_string(machine->kavioId), fmt::to_string(machine->id), machine->name.value_or(""),
                    machine->operatorName.value_or(""), words(name(machine->type)), placeOf(*machine),
@@ -60,7 +62,7 @@ void listProducts(Session& session, const std::string& code) {
     const auto machine = machineNamed(session, code);
     const auto products =
         session.list<Products>("Asking for its products", [&](Kavio& kavio) { kavio.getMachineProducts(machine->id); });
-    Table table{{{"CODE", true}, {"NAME"}, {"DEPARTMENT"}, {"PRICE", true}, {"NOTE"}}};
+    Table table{{{"CODE", NUMBER}, {"NAME"}, {"DEPARTMENT"}, {"PRICE", NUMBER}, {"NOTE"}}};
     for (const auto& product : products) {
         table.add({product->codeInMap ? fmt::to_string(*product->codeInMap) : "", product->name.value_or(""),
                    product->department.value_or(""), priceText(*product), product->vendOut ? "sold out" : ""});

@@ -9,6 +9,8 @@ namespace kavio::wallet {
 
 namespace {
 
+using enum Column::Kind;
+
 std::string brandOf(const PaymentMethod& method) {
     const auto* const card = dynamic_cast<const CreditCard*>(&method);
     return card != nullptr ? card->brand : std::string{};
@@ -25,8 +27,9 @@ std::string noteOf(const PaymentMethod& method) {
 }
 
 void list(Session& session) {
-    Table table{{{"NAME"}, {"NUMBER"}, {"BRAND"}, {"BALANCE", true}, {"NOTE"}}};
-    for (const auto& method : WalletMethods{session}.all()) {
+    const WalletMethods methods{session};
+    Table table{{{"NAME", EXACT}, {"NUMBER", EXACT}, {"BRAND"}, {"BALANCE", NUMBER}, {"NOTE"}}};
+    for (const auto& method : methods.all()) {
         table.add({nameOf(*method), method->number, brandOf(*method), balanceOf(*method), noteOf(*method)});
     }
     session.show(table, "You have no payment methods.");

@@ -10,6 +10,8 @@ namespace kavio::wallet {
 
 namespace {
 
+using enum Column::Kind;
+
 const std::map<std::string, PaymentMethod::PaymentType> paymentTypes{
     {"wallet", PaymentMethod::PaymentType::KAVIO},
     {"card", PaymentMethod::PaymentType::CREDIT_CARD},
@@ -24,14 +26,14 @@ std::string amountText(std::int64_t amount, const Order& order) {
 }
 
 void show(Session& session, const Orders& orders) {
-    Table table{{{"ORDER", true},
-                 {"DATE"},
+    Table table{{{"ORDER", NUMBER},
+                 {"DATE", EXACT},
                  {"TYPE"},
                  {"STATUS"},
                  {"PAID WITH"},
-                 {"AMOUNT", true},
-                 {"ITEMS", true},
-                 {"BALANCE", true}}};
+                 {"AMOUNT", NUMBER},
+                 {"ITEMS", NUMBER},
+                 {"BALANCE", NUMBER}}};
     for (const auto& order : orders) {
         table.add({order->id, localTime(order->date), order->type, words(name(order->status)), order->paymentSource,
                    amountText(order->amount, *order), fmt::to_string(order->itemsCount),
@@ -75,7 +77,8 @@ Command orderCommand(CLI::App& program) {
     return {line, [id](Session& session) {
                 const auto order =
                     session.fetch<OrderReport>("Looking the order up", [&](Kavio& kavio) { kavio.getOrder(*id); });
-                show(session, order ? Orders{order} : Orders{});
+                if (!order) throw Failure(ExitStatus::FAILED, "The service sent no order.");
+                show(session, {order});
             }};
 }
 

@@ -31,7 +31,7 @@ std::string Table::text(std::optional<std::size_t> width) const {
         for (std::size_t i = 0; i < mColumns.size(); ++i) {
             const auto cell = cutTo(columnWidths[i], cellOf(i));
             const std::string padding(columnWidths[i] - columnsOf(cell), ' ');
-            line += mColumns[i].isRightAligned ? padding + cell : cell + padding;
+            line += mColumns[i].kind == Column::Kind::NUMBER ? padding + cell : cell + padding;
             line.append(gap, ' ');
         }
         line.erase(line.find_last_not_of(' ') + 1);
@@ -50,10 +50,13 @@ std::vector<std::size_t> Table::widths(std::optional<std::size_t> limit) const {
         result.push_back(widest);
     }
     const auto total = [&] { return std::accumulate(result.begin(), result.end(), gap * (result.size() - 1)); };
+    const auto widthToCut = [&](const Column& column) {
+        return column.kind == Column::Kind::PROSE ? result[static_cast<std::size_t>(&column - mColumns.data())] : 0;
+    };
     while (limit && total() > *limit) {
-        const auto widest = std::ranges::max_element(result);
-        if (*widest <= narrowest) break;  // a terminal that narrow wraps the lines
-        --*widest;
+        const auto widest = std::ranges::max_element(mColumns, {}, widthToCut);
+        if (widthToCut(*widest) <= narrowest) break;  // a terminal that narrow wraps the lines
+        --result[static_cast<std::size_t>(widest - mColumns.begin())];
     }
     return result;
 }

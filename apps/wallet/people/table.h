@@ -7,8 +7,13 @@
 namespace kavio::wallet {
 
 struct Column {
+    enum class Kind {
+        PROSE,   ///< may be cut on a narrow terminal
+        EXACT,   ///< is of use only as a whole, such as a code that a command takes
+        NUMBER,  ///< as EXACT, aligned to the right
+    };
     std::string heading;
-    bool isRightAligned = false;
+    Kind kind = Kind::PROSE;
 };
 
 /// Rows under headings, as text for a terminal. Cells are made printable.
@@ -20,7 +25,8 @@ public:
     void add(std::vector<std::string> cells);
     bool isEmpty() const { return mRows.empty(); }
 
-    /// A line a row. The widest columns are cut so that a line takes no more than `width` columns, if there is a width.
+    /// A line a row. Prose is cut, the widest first, so that a line takes no more than `width` columns
+    /// if there is a width.
     std::string text(std::optional<std::size_t> width) const;
 
 private:
