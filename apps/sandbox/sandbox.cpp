@@ -1,6 +1,7 @@
 #include "sandbox.h"
 
 #include "authority.h"
+#include "control.h"
 #include "faults.h"
 #include "listener.h"
 #include "service.h"
@@ -67,6 +68,13 @@ Request recordOf(const httplib::Request& request) {
     return record;
 }
 
+void send(const Reply& reply, httplib::Response& response) {
+    response.status = reply.status;
+    for (const auto& [name, value] : reply.headers) response.set_header(name, value);
+    if (!response.content_provider_) response.set_content(reply.body, reply.type);
+}
+
+/// Announces more than the body's first bytes and then fails, so that the server closes the connection.
 void cut(httplib::Response& response, std::string body, std::size_t after, const std::string& type) {
     body.resize(std::min(after, body.size()));
     const auto announced = body.size() + 1;
@@ -80,18 +88,18 @@ void cut(httplib::Response& response, std::string body, std::size_t after, const
 }  // namespace
 
 struct Sandbox::Parts {
-    explicit Parts(Options options)
-        : authority(serverNames),
+    Parts(Sandbox& owner, Options options)
+        : sandbox(owner),
+          authority(serverNames),
           authorityFile(options.authorityFile, authority.pem()),
           world(std::move(options)),
-          service(world),
-          listener(&authority, world.options.port,
-                   [this](const auto& request, auto& response) { serve(request, response); }) {}
+          service(world) {}
 
     void serve(const httplib::Request& request, httplib::Response& response);
     Reply answer(const httplib::Request& request);
     void spoil(const Fault& fault, const httplib::Request& request, Reply& reply, httplib::Response& response);
 
+    Sandbox& sandbox;
     Authority authority;
     AuthorityFile authorityFile;
     mutable std::mutex mutex;  // guards world and requests
@@ -99,10 +107,11 @@ struct Sandbox::Parts {
     std::vector<Request> requests;
     Faults faults;
     Service service;
-    Listener listener;  // last: its threads use everything above
+    std::optional<Listener> listener;  // last: its threads use everything above
 };
 
 void Sandbox::Parts::serve(const httplib::Request& request, httplib::Response& response) {
+    if (request.path.rfind(controlPath, 0) == 0) return send(control(sandbox, request), response);
     {
         const std::lock_guard lock(mutex);
         requests.push_back(recordOf(request));
@@ -113,9 +122,7 @@ void Sandbox::Parts::serve(const httplib::Request& request, httplib::Response& r
     Reply reply;
     if (!replaced || fault->handled) reply = answer(request);
     if (fault) spoil(*fault, request, reply, response);
-    response.status = reply.status;
-    for (const auto& [name, value] : reply.headers) response.set_header(name, value);
-    if (!fault || !fault->cutAfter) response.set_content(reply.body, reply.type);
+    send(reply, response);
 }
 
 Reply Sandbox::Parts::answer(const httplib::Request& request) {
@@ -126,18 +133,21 @@ Reply Sandbox::Parts::answer(const httplib::Request& request) {
 
 void Sandbox::Parts::spoil(const Fault& fault, const httplib::Request& request, Reply& reply,
                            httplib::Response& response) {
-    listener.pause(fault.delay);
+    listener->pause(fault.delay);
+    if (fault.drop) Listener::drop(request);
     reply.status = fault.status.value_or(reply.status);
     reply.body = fault.body.value_or(reply.body);
     reply.body.resize(std::max(reply.body.size(), fault.padTo), ' ');
     if (fault.cutAfter) cut(response, reply.body, *fault.cutAfter, reply.type);
-    if (fault.drop) Listener::drop(request);
 }
 
-Sandbox::Sandbox(Options options) : mParts(std::make_unique<Parts>(std::move(options))) {}
+Sandbox::Sandbox(Options options) : mParts(std::make_unique<Parts>(*this, std::move(options))) {
+    mParts->listener.emplace(&mParts->authority, mParts->world.options.port,
+                             [this](const auto& request, auto& response) { mParts->serve(request, response); });
+}
 Sandbox::~Sandbox() = default;
 
-std::uint16_t Sandbox::port() const { return mParts->listener.port(); }
+std::uint16_t Sandbox::port() const { return mParts->listener->port(); }
 std::string Sandbox::address() const { return fmt::format("127.0.0.1:{}", port()); }
 std::uint16_t Sandbox::issuerPort() const { return 0; }
 const std::filesystem::path& Sandbox::authorityFile() const { return mParts->authorityFile.path(); }

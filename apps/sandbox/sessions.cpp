@@ -1,3 +1,4 @@
+#include "cards.h"
 #include "service.h"
 
 #include <fmt/format.h>
@@ -110,13 +111,6 @@ nlohmann::json logOut(Call& call) {
 }
 
 }  // namespace
-
-nlohmann::json storedCardReply(const StoredCard& card) {
-    return {{"locator", card.locator}, {"securityCode", card.securityCode},
-            {"label", card.label},     {"issuer", card.issuer},
-            {"month", card.month},     {"year", card.year},
-            {"id", card.id},           {"processorType", "PaymentCard"}};
-}
 
 Routes sessionRoutes() {
     return {
