@@ -1,6 +1,7 @@
 #include "cards.h"
 
 #include "reply.h"
+#include "world.h"
 
 #include <fmt/chrono.h>
 

@@ -3,6 +3,7 @@
 #include "authority.h"
 #include "control.h"
 #include "faults.h"
+#include "issuer.h"
 #include "listener.h"
 #include "service.h"
 
@@ -96,6 +97,7 @@ struct Sandbox::Parts {
           service(world) {}
 
     void serve(const httplib::Request& request, httplib::Response& response);
+    void serveIssuerPage(const httplib::Request& request, httplib::Response& response);
     Reply answer(const httplib::Request& request);
     void spoil(const Fault& fault, const httplib::Request& request, Reply& reply, httplib::Response& response);
 
@@ -107,7 +109,8 @@ struct Sandbox::Parts {
     std::vector<Request> requests;
     Faults faults;
     Service service;
-    std::optional<Listener> listener;  // last: its threads use everything above
+    std::optional<Listener> listener;  // these two last: their threads use everything above
+    std::optional<Listener> issuerListener;
 };
 
 void Sandbox::Parts::serve(const httplib::Request& request, httplib::Response& response) {
@@ -121,12 +124,26 @@ void Sandbox::Parts::serve(const httplib::Request& request, httplib::Response& r
     const bool replaced = fault && (fault->status || fault->body || fault->drop);
     Reply reply;
     if (!replaced || fault->handled) reply = answer(request);
+    listener->pause(reply.delay);
     if (fault) spoil(*fault, request, reply, response);
+    send(reply, response);
+}
+
+/// Pages only: the API never goes over plain HTTP.
+void Sandbox::Parts::serveIssuerPage(const httplib::Request& request, httplib::Response& response) {
+    {
+        const std::lock_guard lock(mutex);
+        requests.push_back(recordOf(request));
+    }
+    const bool isPage = request.path.rfind(issuerPath, 0) == 0;
+    const auto reply = isPage ? answer(request) : Reply{.status = 404};
+    issuerListener->pause(reply.delay);
     send(reply, response);
 }
 
 Reply Sandbox::Parts::answer(const httplib::Request& request) {
     const std::lock_guard lock(mutex);
+    if (request.path.rfind(issuerPath, 0) == 0) return issuerPage(world, request);
     world.settleOrders();
     return service.handle(request);
 }
@@ -142,14 +159,23 @@ void Sandbox::Parts::spoil(const Fault& fault, const httplib::Request& request, 
 }
 
 Sandbox::Sandbox(Options options) : mParts(std::make_unique<Parts>(*this, std::move(options))) {
-    mParts->listener.emplace(&mParts->authority, mParts->world.options.port,
-                             [this](const auto& request, auto& response) { mParts->serve(request, response); });
+    auto& parts = *mParts;
+    parts.world.challengeBase = "https://acs.kavio.example";
+    if (const auto port = parts.world.options.issuerPort) {
+        parts.issuerListener.emplace(nullptr, *port, [&parts](const auto& request, auto& response) {
+            parts.serveIssuerPage(request, response);
+        });
+        // Not 127.0.0.1: to the library an address that begins so is the end of a page.
+        parts.world.challengeBase = fmt::format("http://localhost:{}", parts.issuerListener->port());
+    }
+    parts.listener.emplace(&parts.authority, parts.world.options.port,
+                           [&parts](const auto& request, auto& response) { parts.serve(request, response); });
 }
 Sandbox::~Sandbox() = default;
 
 std::uint16_t Sandbox::port() const { return mParts->listener->port(); }
 std::string Sandbox::address() const { return fmt::format("127.0.0.1:{}", port()); }
-std::uint16_t Sandbox::issuerPort() const { return 0; }
+std::uint16_t Sandbox::issuerPort() const { return mParts->issuerListener ? mParts->issuerListener->port() : 0; }
 const std::filesystem::path& Sandbox::authorityFile() const { return mParts->authorityFile.path(); }
 
 void Sandbox::fault(const std::string& path, Fault fault) { mParts->faults.add(path, std::move(fault)); }

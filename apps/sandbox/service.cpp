@@ -66,7 +66,7 @@ void requireSignature(const httplib::Request& request, const World& world) {
 Service::Service(World& world)
     : mWorld(world), mRoutes([] {
           Routes all;
-          for (auto routes : {sessionRoutes(), machineRoutes(), orderRoutes(), paymentRoutes()})
+          for (auto routes : {sessionRoutes(), machineRoutes(), orderRoutes(), paymentRoutes(), tdSecureRoutes()})
               std::move(routes.begin(), routes.end(), std::back_inserter(all));
           return all;
       }()) {}
