@@ -26,7 +26,7 @@ json itemsOf(const std::string& text) {
     const std::string start = "http://127.0.0.1/?";
     const auto at = text.find(start) + start.size();
     httplib::Params items;
-    httplib::detail::parse_query_text(text.substr(at, text.find_first_of("\" \r\n", at) - at), items);
+    httplib::detail::parse_query_text(text.substr(at, text.find_first_of("\"\r\n", at) - at), items);
     json object;
     for (const auto& [name, value] : items) object[name] = value;
     return object;
