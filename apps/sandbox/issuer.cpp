@@ -139,7 +139,7 @@ Reply issuerPage(World& world, const httplib::Request& request) {
     const auto path = std::string_view(request.path).substr(issuerPath.size());
     try {
         for (const auto& page : pages) {
-            if (path.rfind(page.name, 0) != 0) continue;
+            if (!path.starts_with(page.name)) continue;
             const auto enrolment = world.enrolments.find(std::string(path.substr(page.name.size())));
             if (enrolment == world.enrolments.end() || enrolment->second.ended)
                 throw Refusal(404, "This page is over.");

@@ -65,8 +65,9 @@ Listener::Listener(const Authority* authority, std::uint16_t port, Handler handl
     mServer->set_tcp_nodelay(true);
     mServer->set_pre_routing_handler(noLengthIsNoBody);
     mServer->set_payload_max_length(bodyLimit);
-    mServer->Get(".*", handler).Post(".*", handler).Put(".*", handler).Patch(".*", handler).Delete(".*", handler);
-    mServer->Options(".*", handler);
+    const auto every = [this, handler](const auto& request, auto& response) { handler(*this, request, response); };
+    mServer->Get(".*", every).Post(".*", every).Put(".*", every).Patch(".*", every).Delete(".*", every);
+    mServer->Options(".*", every);
 
     const int bound = port == 0 ? mServer->bind_to_any_port("127.0.0.1")
                                 : (mServer->bind_to_port("127.0.0.1", port) ? int(port) : -1);

@@ -96,10 +96,14 @@ struct Sandbox::Parts {
           world(std::move(options)),
           service(world) {}
 
-    void serve(const httplib::Request& request, httplib::Response& response);
-    void serveIssuerPage(const httplib::Request& request, httplib::Response& response);
+    void listen();
+    void serve(Listener& from, const httplib::Request& request, httplib::Response& response);
+    /// Pages only: the API never goes over plain HTTP.
+    void serveIssuerPage(Listener& from, const httplib::Request& request, httplib::Response& response);
+    void record(const httplib::Request& request);
     Reply answer(const httplib::Request& request);
-    void spoil(const Fault& fault, const httplib::Request& request, Reply& reply, httplib::Response& response);
+    void spoil(const Fault& fault, Listener& from, const httplib::Request& request, Reply& reply,
+               httplib::Response& response);
 
     Sandbox& sandbox;
     Authority authority;
@@ -113,44 +117,55 @@ struct Sandbox::Parts {
     std::optional<Listener> issuerListener;
 };
 
-void Sandbox::Parts::serve(const httplib::Request& request, httplib::Response& response) {
-    if (request.path.rfind(controlPath, 0) == 0) return send(control(sandbox, request), response);
-    {
-        const std::lock_guard lock(mutex);
-        requests.push_back(recordOf(request));
+// Not in the constructor: a request may come at once, and the control endpoints use the whole sandbox.
+void Sandbox::Parts::listen() {
+    world.challengeBase = "https://acs.kavio.example";
+    if (world.options.issuerPort) {
+        issuerListener.emplace(
+            nullptr, *world.options.issuerPort,
+            [this](auto& from, const auto& request, auto& response) { serveIssuerPage(from, request, response); });
+        // Not 127.0.0.1: to the library an address that begins so is the end of a page.
+        world.challengeBase = fmt::format("http://localhost:{}", issuerListener->port());
     }
-    const bool below = request.path.rfind(basePath, 0) == 0;
-    const auto fault = faults.take(request.method, below ? request.path.substr(basePath.size()) : request.path);
+    listener.emplace(&authority, world.options.port,
+                     [this](auto& from, const auto& request, auto& response) { serve(from, request, response); });
+}
+
+void Sandbox::Parts::serve(Listener& from, const httplib::Request& request, httplib::Response& response) {
+    if (request.path.starts_with(controlPath)) return send(control(sandbox, request), response);
+    record(request);
+    const bool isApi = request.path.starts_with(basePath);
+    const auto fault = faults.take(request.method, isApi ? request.path.substr(basePath.size()) : request.path);
     const bool replaced = fault && (fault->status || fault->body || fault->drop);
     Reply reply;
     if (!replaced || fault->handled) reply = answer(request);
-    listener->pause(reply.delay);
-    if (fault) spoil(*fault, request, reply, response);
+    from.pause(reply.delay);
+    if (fault) spoil(*fault, from, request, reply, response);
     send(reply, response);
 }
 
-/// Pages only: the API never goes over plain HTTP.
-void Sandbox::Parts::serveIssuerPage(const httplib::Request& request, httplib::Response& response) {
-    {
-        const std::lock_guard lock(mutex);
-        requests.push_back(recordOf(request));
-    }
-    const bool isPage = request.path.rfind(issuerPath, 0) == 0;
-    const auto reply = isPage ? answer(request) : Reply{.status = 404};
-    issuerListener->pause(reply.delay);
+void Sandbox::Parts::serveIssuerPage(Listener& from, const httplib::Request& request, httplib::Response& response) {
+    record(request);
+    const auto reply = request.path.starts_with(issuerPath) ? answer(request) : Reply{.status = 404};
+    from.pause(reply.delay);
     send(reply, response);
+}
+
+void Sandbox::Parts::record(const httplib::Request& request) {
+    const std::lock_guard lock(mutex);
+    requests.push_back(recordOf(request));
 }
 
 Reply Sandbox::Parts::answer(const httplib::Request& request) {
     const std::lock_guard lock(mutex);
-    if (request.path.rfind(issuerPath, 0) == 0) return issuerPage(world, request);
+    if (request.path.starts_with(issuerPath)) return issuerPage(world, request);
     world.settleOrders();
     return service.handle(request);
 }
 
-void Sandbox::Parts::spoil(const Fault& fault, const httplib::Request& request, Reply& reply,
+void Sandbox::Parts::spoil(const Fault& fault, Listener& from, const httplib::Request& request, Reply& reply,
                            httplib::Response& response) {
-    listener->pause(fault.delay);
+    from.pause(fault.delay);
     if (fault.drop) Listener::drop(request);
     reply.status = fault.status.value_or(reply.status);
     reply.body = fault.body.value_or(reply.body);
@@ -158,19 +173,7 @@ void Sandbox::Parts::spoil(const Fault& fault, const httplib::Request& request, 
     if (fault.cutAfter) cut(response, reply.body, *fault.cutAfter, reply.type);
 }
 
-Sandbox::Sandbox(Options options) : mParts(std::make_unique<Parts>(*this, std::move(options))) {
-    auto& parts = *mParts;
-    parts.world.challengeBase = "https://acs.kavio.example";
-    if (const auto port = parts.world.options.issuerPort) {
-        parts.issuerListener.emplace(nullptr, *port, [&parts](const auto& request, auto& response) {
-            parts.serveIssuerPage(request, response);
-        });
-        // Not 127.0.0.1: to the library an address that begins so is the end of a page.
-        parts.world.challengeBase = fmt::format("http://localhost:{}", parts.issuerListener->port());
-    }
-    parts.listener.emplace(&parts.authority, parts.world.options.port,
-                           [&parts](const auto& request, auto& response) { parts.serve(request, response); });
-}
+Sandbox::Sandbox(Options options) : mParts(std::make_unique<Parts>(*this, std::move(options))) { mParts->listen(); }
 Sandbox::~Sandbox() = default;
 
 std::uint16_t Sandbox::port() const { return mParts->listener->port(); }

@@ -80,7 +80,7 @@ Reply Service::handle(const httplib::Request& request) {
 }
 
 Reply Service::dispatch(const httplib::Request& request) {
-    if (request.path.rfind(basePath, 0) != 0) throw Refusal(404, "nothing here: " + request.path);
+    if (!request.path.starts_with(basePath)) throw Refusal(404, "nothing here: " + request.path);
     const auto path = std::string_view(request.path).substr(basePath.size());
     bool pathKnown = false;
     for (const auto& route : mRoutes) {
