@@ -8,15 +8,25 @@
 
 #include <kavio/platform/linux.h>
 
+#include <sys/utsname.h>
+
 namespace kavio {
 namespace {
 
 constexpr std::size_t concurrentThreads = 8;
 
+// The service is told what it is asked from.
+std::string kernelRelease() {
+    utsname system{};
+    return uname(&system) == 0 ? system.release : "";
+}
+
 std::shared_ptr<Bundle> makeLibraryBundle() {
     return std::make_shared<DictionaryBundle>(DictionaryBundle::Information{
         {"CFBundleShortVersionString", std::string(KAVIO_VERSION)},
         {"CFBundleVersion", std::string(KAVIO_BUILD_NUMBER)},
+        {"DTPlatformName", std::string("linux")},
+        {"DTPlatformVersion", kernelRelease()},
     });
 }
 
