@@ -70,7 +70,7 @@ void bareParse(benchmark::State& state) {
 void decodeMachines(benchmark::State& state) {
     const auto reply = machines(state.range(0));
     for (auto _ : state) {
-        auto objects = publicObjects(*decodePayload<std::vector<MachineModel>>(reply));
+        auto objects = publicObjects(*decodeDocument<std::vector<MachineModel>>(reply));
         benchmark::DoNotOptimize(objects);
     }
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * reply.size()));

@@ -41,7 +41,7 @@ OrderPaymentMethods orderPaymentMethods(std::int64_t code) {
 std::optional<AppData> readAppData(const std::optional<std::string>& text) {
     if (!text) return std::nullopt;
     try {
-        return decodePayload<AppData>(*text);
+        return decodeDocument<AppData>(*text);
     } catch (const DecodingError&) {
         return std::nullopt;
     }

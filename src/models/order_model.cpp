@@ -20,7 +20,7 @@ void readCountry(OrderModel& model, const KeyedContainer& order) {
 /// `text` is JSON in itself; one that is not fails the order.
 std::optional<FeedbackType> readFeedback(const std::string& text) {
     constexpr std::int64_t firstAlertType = 5000;
-    const auto feedback = decodePayload<JsonValue>(text);
+    const auto feedback = decodeDocument<JsonValue>(text);
     if (!feedback || !feedback->is_object()) return std::nullopt;
     const auto alertType = integerAt(feedback->get_ref<const JsonObject&>(), "AlertType");
     return alertType && *alertType >= firstAlertType ? feedbackType(*alertType - firstAlertType) : std::nullopt;

@@ -29,7 +29,7 @@ private:
 
 /// The payload of a reply; absent for a JSON null. `DecodingError` when the body is not what a `T` decodes from.
 template <class T>
-std::optional<T> decodePayload(const std::string& body) {
+std::optional<T> decodeDocument(const std::string& body) {
     const Document document(body);
     const auto root = document.root();
     if (root.kind() == DecodedValue::Kind::null) return std::nullopt;

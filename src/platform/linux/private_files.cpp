@@ -1,0 +1,97 @@
+#include "platform/linux/private_files.h"
+
+#include "platform/linux/hexadecimal.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cctype>
+#include <cerrno>
+#include <ctime>
+#include <system_error>
+
+namespace kavio {
+namespace {
+
+constexpr mode_t ownFolder = 0700;
+constexpr mode_t ownFile = 0600;
+constexpr std::size_t longestFileName = 128;  // of 255, so that what is appended to it finds room
+
+void check(bool succeeded, const std::filesystem::path& path) {
+    if (!succeeded) throw std::system_error(errno, std::generic_category(), path);
+}
+
+void makeFolders(const std::filesystem::path& path) {
+    if (std::filesystem::is_directory(path)) return;
+    if (path.has_parent_path() && path.parent_path() != path) makeFolders(path.parent_path());
+    if (::mkdir(path.c_str(), ownFolder) == 0) return check(::chmod(path.c_str(), ownFolder) == 0, path);
+    check(errno == EEXIST && std::filesystem::is_directory(path), path);  // another process was quicker
+}
+
+bool isUsual(char byte) {
+    const auto value = static_cast<unsigned char>(byte);
+    return value < 0x80 && (std::isalnum(value) != 0 || byte == '-' || byte == '_' || byte == '.');
+}
+
+}  // namespace
+
+std::filesystem::path makePrivateFolder(const std::filesystem::path& path) {
+    makeFolders(path.lexically_normal());
+    return std::filesystem::canonical(path);
+}
+
+void makePrivateFile(const std::filesystem::path& path) {
+    // O_EXCL never opens what exists: closing such a descriptor would drop the locks that SQLite may hold on the file.
+    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, ownFile);
+    if (file >= 0) {
+        const bool isPrivate = ::fchmod(file, ownFile) == 0;
+        ::close(file);
+        return check(isPrivate, path);
+    }
+    check(errno == EEXIST, path);
+
+    struct stat status {};
+    check(::lstat(path.c_str(), &status) == 0, path);
+    if (!S_ISREG(status.st_mode)) throw std::system_error(ELOOP, std::generic_category(), path);
+    if ((status.st_mode & 0777) != ownFile) check(::chmod(path.c_str(), ownFile) == 0, path);
+}
+
+std::filesystem::path unusedDamagedPath(const std::filesystem::path& path) {
+    const auto now = std::time(nullptr);
+    std::tm utc{};
+    ::gmtime_r(&now, &utc);
+    char stamp[sizeof ".damaged-YYYYMMDD-HHMMSS" + 8];
+    std::strftime(stamp, sizeof stamp, ".damaged-%Y%m%d-%H%M%S", &utc);
+
+    const auto first = path.string() + stamp;
+    auto unused = first;
+    for (int n = 2; std::filesystem::exists(std::filesystem::symlink_status(unused)); ++n) {
+        unused = first + "-" + std::to_string(n);
+    }
+    return unused;
+}
+
+void moveIfThere(const std::filesystem::path& from, const std::filesystem::path& to) {
+    check(::rename(from.c_str(), to.c_str()) == 0 || errno == ENOENT, from);
+}
+
+std::string fileNameFor(std::string_view text, const Digest& digest) {
+    std::string name;
+    for (const char byte : text) {
+        if (isUsual(byte)) {
+            name += byte;
+        } else {
+            name += '%';
+            appendHexadecimal(name, static_cast<std::uint8_t>(byte));
+        }
+    }
+    if (name.size() <= longestFileName) return name;
+
+    name.resize(longestFileName);
+    name += "%~";  // no escape, so that no other text has this name
+    for (const auto byte : digest.sha1(text)) appendHexadecimal(name, byte);
+    return name;
+}
+
+}  // namespace kavio

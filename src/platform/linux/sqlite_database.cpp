@@ -1,0 +1,136 @@
+#include "platform/linux/sqlite_database.h"
+
+#include <array>
+
+namespace kavio {
+namespace {
+
+constexpr int busyMilliseconds = 5000;
+constexpr sqlite3_int64 changeCounterOffset = 24;  // of the database header, four bytes, big-endian
+
+void check(int code) {
+    if (code != SQLITE_OK) throw SqliteError(code);
+}
+
+}  // namespace
+
+bool SqliteError::isDamage() const {
+    const int primary = mCode & 0xFF;
+    return primary == SQLITE_CORRUPT || primary == SQLITE_NOTADB || primary == SQLITE_ERROR;
+}
+
+SqliteDatabase::SqliteDatabase(const std::filesystem::path& file) {
+    sqlite3* handle = nullptr;
+    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_EXRESCODE;
+    const int code = sqlite3_open_v2(file.c_str(), &handle, flags, nullptr);
+    mHandle.reset(handle);  // there is one after a failure too
+    check(code);
+    check(sqlite3_busy_timeout(handle, busyMilliseconds));
+    check(sqlite3_file_control(handle, "main", SQLITE_FCNTL_FILE_POINTER, &mFile));
+}
+
+void SqliteDatabase::execute(const char* statements) {
+    check(sqlite3_exec(mHandle.get(), statements, nullptr, nullptr, nullptr));
+}
+
+std::string SqliteDatabase::text(const char* query) {
+    SqliteStatement statement(*this, query);
+    return statement.step() ? statement.text(0) : std::string();
+}
+
+// Through SQLite's own handle: a descriptor of ours would drop all locks of the process on the file when it is closed.
+std::optional<std::uint32_t> SqliteDatabase::changeCounter() const {
+    std::array<std::uint8_t, 4> bytes{};
+    if (mFile->pMethods->xRead(mFile, bytes.data(), 4, changeCounterOffset) != SQLITE_OK) return std::nullopt;
+    std::uint32_t counter = 0;
+    for (const auto byte : bytes) counter = counter << 8 | byte;
+    return counter;
+}
+
+void SqliteDatabase::disturbChangeCounter() {
+    std::array<std::uint8_t, 4> bytes{};
+    if (mFile->pMethods->xRead(mFile, bytes.data(), 4, changeCounterOffset) != SQLITE_OK) return;
+    for (auto& byte : bytes) byte = static_cast<std::uint8_t>(~byte);
+    mFile->pMethods->xWrite(mFile, bytes.data(), 4, changeCounterOffset);
+}
+
+std::int64_t SqliteDatabase::fileSize() const {
+    sqlite3_int64 size = 0;
+    check(mFile->pMethods->xFileSize(mFile, &size));
+    return size;
+}
+
+bool SqliteDatabase::hasMoved() const {
+    int moved = 0;
+    check(sqlite3_file_control(mHandle.get(), "main", SQLITE_FCNTL_HAS_MOVED, &moved));
+    return moved != 0;
+}
+
+void SqliteDatabase::lockForGood() {
+    constexpr int pauseMilliseconds = 10;
+    int code = SQLITE_BUSY;
+    for (int waited = 0; code == SQLITE_BUSY && waited < busyMilliseconds; waited += pauseMilliseconds) {
+        code = mFile->pMethods->xLock(mFile, SQLITE_LOCK_SHARED);
+        if (code == SQLITE_OK) code = mFile->pMethods->xLock(mFile, SQLITE_LOCK_EXCLUSIVE);
+        if (code != SQLITE_BUSY) break;
+        mFile->pMethods->xUnlock(mFile, SQLITE_LOCK_NONE);  // or two that wait would hold each other up
+        sqlite3_sleep(pauseMilliseconds);
+    }
+    check(code);
+}
+
+SqliteTransaction::~SqliteTransaction() {
+    // Some failures have rolled it back already, and a rollback that fails is made up for by whoever reads next.
+    if (sqlite3_get_autocommit(mDatabase.handle()) == 0) {
+        sqlite3_exec(mDatabase.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+    }
+}
+
+SqliteStatement::SqliteStatement(SqliteDatabase& database, std::string_view sql) {
+    sqlite3_stmt* statement = nullptr;
+    check(sqlite3_prepare_v2(database.handle(), sql.data(), static_cast<int>(sql.size()), &statement, nullptr));
+    mStatement.reset(statement);
+}
+
+void SqliteStatement::bind(int index, std::string_view text) {
+    check(sqlite3_bind_text64(mStatement.get(), index, text.data(), text.size(), SQLITE_STATIC, SQLITE_UTF8));
+}
+
+void SqliteStatement::bind(int index, const StoredValue& value) {
+    if (const auto* text = std::get_if<std::string>(&value)) return bind(index, std::string_view(*text));
+    if (const auto* date = std::get_if<Date>(&value)) {
+        return check(sqlite3_bind_double(mStatement.get(), index, date->time_since_epoch().count()));
+    }
+    const auto& bytes = std::get<Bytes>(value);
+    if (bytes.empty()) return check(sqlite3_bind_zeroblob(mStatement.get(), index, 0));  // a null pointer would be NULL
+    check(sqlite3_bind_blob64(mStatement.get(), index, bytes.data(), bytes.size(), SQLITE_STATIC));
+}
+
+bool SqliteStatement::step() {
+    const int code = sqlite3_step(mStatement.get());
+    if (code != SQLITE_ROW && code != SQLITE_DONE) throw SqliteError(code);
+    return code == SQLITE_ROW;
+}
+
+std::string SqliteStatement::text(int column) {
+    const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(mStatement.get(), column));
+    if (text == nullptr) return {};
+    return {text, static_cast<std::size_t>(sqlite3_column_bytes(mStatement.get(), column))};
+}
+
+std::optional<StoredValue> SqliteStatement::value(int column) {
+    switch (sqlite3_column_type(mStatement.get(), column)) {
+        case SQLITE_TEXT:
+            return text(column);
+        case SQLITE_FLOAT:
+            return Date(std::chrono::duration<double>(sqlite3_column_double(mStatement.get(), column)));
+        case SQLITE_BLOB: {
+            const auto* bytes = static_cast<const std::uint8_t*>(sqlite3_column_blob(mStatement.get(), column));
+            return Bytes(bytes, bytes + sqlite3_column_bytes(mStatement.get(), column));
+        }
+        default:
+            return std::nullopt;
+    }
+}
+
+}  // namespace kavio

@@ -1,0 +1,79 @@
+#include "platform/linux/sqlite_suite.h"
+
+#include <utility>
+
+namespace kavio {
+namespace {
+
+/// A fresh file that proves damaged too is not worth a third one.
+constexpr int mostAttempts = 3;
+
+}  // namespace
+
+SqliteSuite::SqliteSuite(std::filesystem::path path, std::shared_ptr<const Digest> digest, OnStoreDamaged onDamaged)
+    : mPath(std::move(path)), mDigest(std::move(digest)), mOnDamaged(std::move(onDamaged)) {}
+
+bool SqliteSuite::isUsable() const {
+    return use([](SuiteFile& file) { file.refresh(); });
+}
+
+std::optional<StoredValue> SqliteSuite::value(std::string_view key) const {
+    std::optional<StoredValue> found;
+    use([&](SuiteFile& file) { found = file.value(key); });
+    return found;
+}
+
+bool SqliteSuite::set(std::string_view key, StoredValue value) {
+    bool isKept = false;
+    use([&](SuiteFile& file) { isKept = file.write(key, value); });
+    return isKept;
+}
+
+bool SqliteSuite::remove(std::string_view key) {
+    bool isGone = false;
+    use([&](SuiteFile& file) { isGone = file.write(key, std::nullopt); });
+    return isGone;
+}
+
+bool SqliteSuite::use(const Work& work) const {
+    std::vector<std::filesystem::path> setAside;
+    const bool succeeded = useLocked(work, setAside);
+    for (const auto& path : setAside) report(path);
+    return succeeded;
+}
+
+bool SqliteSuite::useLocked(const Work& work, std::vector<std::filesystem::path>& setAside) const {
+    const std::lock_guard lock(mMutex);
+    bool isDamaged = false;
+    for (int left = mostAttempts; left > 0; --left) {
+        try {
+            if (isDamaged) {
+                setAside.push_back(mFile->setAside());
+                mFile.reset();
+                isDamaged = false;
+            }
+            if (!mFile) mFile = std::make_unique<SuiteFile>(mPath, mDigest);
+            work(*mFile);
+            return true;
+        } catch (const SuiteFile::Moved&) {
+            mFile.reset();
+            isDamaged = false;
+        } catch (const SqliteError& error) {
+            if (isDamaged || !error.isDamage()) break;
+            isDamaged = true;
+        } catch (const std::exception&) {
+            break;
+        }
+    }
+    if (isDamaged) mFile.reset();  // it may hold the exclusive lock
+    return false;
+}
+
+void SqliteSuite::report(const std::filesystem::path& setAside) const {
+    try {
+        if (mOnDamaged) mOnDamaged(mPath, setAside);
+    } catch (...) {  // NOLINT(bugprone-empty-catch): what the host's code throws has nobody to go to
+    }
+}
+
+}  // namespace kavio

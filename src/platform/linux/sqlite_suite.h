@@ -1,0 +1,44 @@
+#pragma once
+
+#include "platform/linux/sqlite_stores.h"
+#include "platform/linux/suite_file.h"
+
+#include <kavio/platform/key_value_store.h>
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace kavio {
+
+/// A suite as an SQLite file. A file that proves damaged is set aside, and the suite goes on with a fresh one.
+class SqliteSuite final : public KeyValueStore {
+public:
+    SqliteSuite(std::filesystem::path path, std::shared_ptr<const Digest> digest, OnStoreDamaged onDamaged);
+
+    /// Whether the file can be read.
+    bool isUsable() const;
+    std::optional<StoredValue> value(std::string_view key) const override;
+    bool set(std::string_view key, StoredValue value) override;
+    bool remove(std::string_view key) override;
+
+private:
+    using Work = std::function<void(SuiteFile&)>;
+
+    /// Runs `work` on the file, and once more on its successor when it proves damaged. False when no file can be used.
+    bool use(const Work& work) const;
+    bool useLocked(const Work& work, std::vector<std::filesystem::path>& setAside) const;
+    void report(const std::filesystem::path& setAside) const;
+
+    const std::filesystem::path mPath;
+    const std::shared_ptr<const Digest> mDigest;
+    const OnStoreDamaged mOnDamaged;
+    mutable std::mutex mMutex;
+    mutable std::unique_ptr<SuiteFile> mFile;  // opened on the next use where it is null
+};
+
+}  // namespace kavio
