@@ -257,7 +257,8 @@ void GtkWebView::onLoadChanged(int event) {
 
 gboolean GtkWebView::onLoadFailed(int, const char* url, GError* error) {
     const bool replaced = g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED);
-    const bool ignored = error->domain == WEBKIT_POLICY_ERROR;
+    const bool ignored =
+        g_error_matches(error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE);
     if (isLoopback(url)) {
         change(Page::Phase::WORKING);
     } else if (!replaced && !(ignored && mPage.hasArrived)) {
