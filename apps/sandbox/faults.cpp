@@ -1,12 +1,25 @@
 #include "faults.h"
 
 #include "parameters.h"
+#include "reply.h"
 
+#include <fmt/format.h>
 #include <fnmatch.h>
 
 #include <algorithm>
 
 namespace kavio::sandbox {
+namespace {
+
+template <class T>
+void read(const nlohmann::json& object, const char* name, std::int64_t least, std::int64_t most, T& value) {
+    if (!object.contains(name)) return;
+    const auto given = object[name].get<std::int64_t>();
+    if (given < least || given > most) throw Refusal(400, fmt::format("{} must be {} to {}", name, least, most));
+    value = T(given);
+}
+
+}  // namespace
 
 void Faults::add(const std::string& path, Fault fault) {
     const std::lock_guard lock(mMutex);
@@ -41,16 +54,17 @@ Fault faultFrom(const nlohmann::json& object) {
                              {"drop", Kind::boolean},
                              {"handled", Kind::boolean},
                              {"times", Kind::integer}});
+    constexpr std::int64_t day = 24 * 60 * 60 * 1000, gigabyte = 1 << 30;
     Fault fault;
-    if (object.contains("status")) fault.status = object["status"].get<int>();
+    read(object, "status", 200, 599, fault.status);
+    read(object, "cutAfter", 0, gigabyte, fault.cutAfter);
+    read(object, "padTo", 0, gigabyte, fault.padTo);
+    read(object, "delayMs", 0, day, fault.delay);
+    read(object, "times", -1, gigabyte, fault.times);
     if (object.contains("body")) fault.body = object["body"].get<std::string>();
-    if (object.contains("cutAfter")) fault.cutAfter = object["cutAfter"].get<std::size_t>();
     fault.method = object.value("method", "");
-    fault.delay = std::chrono::milliseconds{object.value("delayMs", 0)};
-    fault.padTo = object.value("padTo", std::size_t{0});
     fault.drop = object.value("drop", false);
     fault.handled = object.value("handled", false);
-    fault.times = object.value("times", 1);
     return fault;
 }
 

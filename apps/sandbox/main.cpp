@@ -31,15 +31,21 @@ int run(int argc, char** argv) {
     CLI::App app{"A local stand-in for the Kavio payment service, with sample data"};
     Sandbox::Options options;
     bool json = false;
+    std::int64_t orderStep = options.orderStep.count();
     app.add_option("--port", options.port, "Port on 127.0.0.1; a free one by default");
     app.add_option("--issuer-port", options.issuerPort,
                    "Serve the issuer's pages over plain HTTP, too; 0: a free port");
     app.add_option("--authority", options.authorityFile, "File for the authority's certificate (PEM)");
     app.add_option("--api-key", options.apiKey, "The only API key accepted; any by default");
     app.add_option("--code", options.code, "One-time code of every login")->capture_default_str();
-    app.add_option("--order-step", options.orderStep, "How long an order stays in each status, such as 500ms");
+    app.add_option("--order-step-ms", orderStep, "How long an order stays in each status")->capture_default_str();
     app.add_flag("--json", json, "Write JSON lines");
-    CLI11_PARSE(app, argc, argv);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : 2;
+    }
+    options.orderStep = std::chrono::milliseconds{orderStep};
 
     options.message = [json](const std::string& line) {
         print(json ? nlohmann::json{{"event", "message"}, {"text", line}}.dump() : line);

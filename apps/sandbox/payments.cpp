@@ -1,7 +1,134 @@
+#include "cards.h"
 #include "service.h"
 
-namespace kavio::sandbox {
+#include <fmt/format.h>
 
-Routes paymentRoutes() { return {}; }
+#include <algorithm>
+
+namespace kavio::sandbox {
+namespace {
+
+constexpr std::string_view declinedNumber = "4000000000000002";
+
+constexpr std::int64_t mostDeposit = 100'000'000;  // in the currency's smallest unit
+
+nlohmann::json addCard(Call& call) {
+    const auto& given = call.in.at("paymentCard");
+    checkParameters(given,
+                    {{"number", Kind::text, true},
+                     {"year", Kind::text, true},
+                     {"month", Kind::text, true},
+                     {"securityCode", Kind::text, true},
+                     {"email", Kind::text, true}},
+                    "paymentCard");
+    const CardData card{given["number"], numberFrom(given["month"].get<std::string>()),
+                        numberFrom(given["year"].get<std::string>()), given["securityCode"]};
+    checkCard(card, call.world.now(), "paymentCard");
+    if (given["email"].get<std::string>().find('@') == std::string::npos)
+        throw Refusal(400, "paymentCard.email is wrong");
+    takeKey(*call.account, call.in.at("key"));
+    if (card.number == declinedNumber) throw Refusal(402, "the card was declined");
+    return {{"locator", storedCardReply(storeCard(call.world, *call.account, card))}};
+}
+
+nlohmann::json removeCard(Call& call) {
+    auto& cards = call.account->cards;
+    const auto removed = std::remove_if(cards.begin(), cards.end(),
+                                        [&](const StoredCard& c) { return c.locator == call.captured.front(); });
+    if (removed == cards.end()) throw Refusal(404, "no card has this locator");
+    cards.erase(removed, cards.end());
+    return {{"ok", true}};
+}
+
+nlohmann::json prepaidReply(const PrepaidCard& card, const Currency& currency) {
+    return {{"cardId", card.id},
+            {"cardNumber", card.number},
+            {"revalue", card.isMoney},
+            {"balance", card.balance},
+            {"cardLimit", card.limit},
+            {"cardHolderName", "Robin Sample"},
+            {"cardIssuerName", card.issuer},
+            {"cardStatus", card.status},
+            {"createdTime", millisecondsText(card.created)},
+            {"cardType", card.isVirtual ? 30000601 : 30000600},
+            {"currency", {{"code", currency.code}, {"decimalDigits", currency.decimals}}},
+            {"fullTreeOperatorsField", {9000, card.operatorId}},
+            {"isMoney", card.isMoney}};
+}
+
+nlohmann::json prepaidCards(Call& call) {
+    auto cards = nlohmann::json::array();
+    for (const auto& card : call.account->prepaidCards) cards.push_back(prepaidReply(card, *call.account->currency));
+    return {{"prepaidCards", cards}};
+}
+
+nlohmann::json deposit(Call& call, OrderType type, std::int64_t& balance, const std::string& instrument) {
+    auto& account = *call.account;
+    const auto& locator = call.in.at("paymentCardLocator");
+    checkParameters(locator, {{"locator", Kind::text, true}}, "paymentCardLocator");
+    const auto* charged = account.card(locator["locator"]);
+    if (charged == nullptr) throw Refusal(400, "paymentCardLocator.locator names no card of this account");
+    if (call.in.at("currency") != account.currency->code)
+        throw Refusal(400, fmt::format("currency must be {}", account.currency->code));
+    const auto amount = call.in.at("amount").get<std::int64_t>();
+    if (amount < 1 || amount > mostDeposit) throw Refusal(400, fmt::format("amount must be 1 to {}", mostDeposit));
+
+    Order order;
+    order.id = call.world.nextId();
+    order.type = type;
+    order.amount = amount;
+    order.currency = account.currency->code;
+    order.source = Source::creditCard;
+    order.instrument = charged->locator;
+    order.label = instrument + " from " + charged->label;
+    order.course = {"completed"};
+    order.placed = call.world.pace();
+    order.created = call.world.now();
+    order.settled = true;
+    order.startingBalance = balance;
+    order.endingBalance = balance += amount;
+    account.orders.push_back(order);
+    return {{"deposit",
+             {{"balance", balance},
+              {"currency", account.currency->code},
+              {"fee", 0},
+              {"gross", amount},
+              {"net", amount},
+              {"id", order.id},
+              {"paymentSource", "ecommerce"},
+              {"paymentSourceLabel", charged->label},
+              {"createdUTC", secondsText(order.created)},
+              {"issuer", charged->issuer}}}};
+}
+
+nlohmann::json walletDeposit(Call& call) {
+    return deposit(call, OrderType::balanceDeposit, call.account->balance, "wallet");
+}
+
+nlohmann::json prepaidDeposit(Call& call) {
+    auto* card = call.account->prepaid(call.captured.front());
+    if (card == nullptr) throw Refusal(404, "no prepaid card has this identifier");
+    return deposit(call, OrderType::prepaidDeposit, card->balance, card->number);
+}
+
+}  // namespace
+
+Routes paymentRoutes() {
+    const Parameters depositParameters{
+        {"paymentCardLocator", Kind::object, true}, {"amount", Kind::integer, true},  {"currency", Kind::text, true},
+        {"autoTopup", Kind::boolean, true},         {"payPalMetadataId", Kind::text}, {"label", Kind::text}};
+    return {
+        {"POST",
+         "/account/locators",
+         Access::session,
+         Input::body,
+         {{"paymentCard", Kind::object, true}, {"key", Kind::text, true}},
+         addCard},
+        {"DELETE", "/account/locators/*", Access::session, Input::query, {}, removeCard},
+        {"GET", "/prepaidCards", Access::session, Input::query, {}, prepaidCards},
+        {"POST", "/deposits/", Access::session, Input::body, depositParameters, walletDeposit},
+        {"POST", "/prepaidCards/*/deposits/", Access::session, Input::body, depositParameters, prepaidDeposit},
+    };
+}
 
 }  // namespace kavio::sandbox

@@ -17,16 +17,18 @@ namespace kavio::sandbox {
 
 using TimePoint = std::chrono::system_clock::time_point;
 
+// Every member of these two has an initialiser, so that a designated list may leave it out without a warning.
+
 struct Options {
     /// Port of the HTTPS service on 127.0.0.1; 0 for a free one.
     std::uint16_t port = 0;
     /// Port of the issuer's pages over plain HTTP, for a web view that does not know our authority; 0 for a free one,
     /// nothing for pages over HTTPS only.
-    std::optional<std::uint16_t> issuerPort;
+    std::optional<std::uint16_t> issuerPort{};
     /// Where the authority's PEM goes; empty for a file of the sandbox's own, removed at its end.
-    std::filesystem::path authorityFile;
+    std::filesystem::path authorityFile{};
     /// The only API key accepted; empty for any.
-    std::string apiKey;
+    std::string apiKey{};
     /// The one-time code of every login, unless `setCode` says otherwise for a number.
     std::string code = "123456";
     /// How long an order stays in each of its statuses.
@@ -39,19 +41,19 @@ struct Options {
     /// The clock behind everything but certificates and the delays of faults. Called on the service's threads.
     std::function<TimePoint()> clock = std::chrono::system_clock::now;
     /// Receives "code for +49 151234567 is 123456", as the phone would. Called on the service's threads.
-    std::function<void(const std::string&)> message;
+    std::function<void(const std::string&)> message{};
 };
 
 /// What goes wrong with a request. With `status`, `body` or `drop` the service does not see the request, unless
 /// `handled` is set; then it has its effect and only the reply is spoiled.
 struct Fault {
-    std::optional<int> status;
-    std::optional<std::string> body;
+    std::optional<int> status{};
+    std::optional<std::string> body{};
     /// Only requests of this method; empty for all.
-    std::string method;
+    std::string method{};
     std::chrono::milliseconds delay{0};
     /// Sends this many bytes of the body, announces more, and closes the connection.
-    std::optional<std::size_t> cutAfter;
+    std::optional<std::size_t> cutAfter{};
     /// Pads the body with spaces to this many bytes.
     std::size_t padTo = 0;
     /// Closes the connection before any reply.

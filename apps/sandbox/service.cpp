@@ -49,10 +49,14 @@ void requireSignature(const httplib::Request& request, const World& world) {
     const auto signature = request.get_header_value("X-Zelto-Sign");
     if (signature.empty()) throw Refusal(417, "X-Zelto-Sign is missing");
     const auto url = signedUrl(request);
-    switch (checkSignature(signature, url, request.body, world.now(), world.options.signatureWindow)) {
+    // Who asks for the time may have a clock that starts in 1970, and still signs by it.
+    const bool asksForTime = request.path == std::string(basePath) + "/time";
+    const std::chrono::hours reach{asksForTime ? 24 * 366 * 60 : 24};
+    switch (checkSignature(signature, url, request.body, world.now(), world.options.signatureWindow, reach)) {
         case SignatureCheck::valid:
             return;
         case SignatureCheck::stale:
+            if (asksForTime) return;
             throw Refusal(417, "the signature's time is too far from the service's");
         case SignatureCheck::wrong:
             throw Refusal(417, "the signature does not belong to this body at " + url);
@@ -62,7 +66,7 @@ void requireSignature(const httplib::Request& request, const World& world) {
 Service::Service(World& world)
     : mWorld(world), mRoutes([] {
           Routes all;
-          for (auto routes : {sessionRoutes(), machineRoutes(), orderRoutes(), paymentRoutes()})
+          for (auto routes : {sessionRoutes(), machineRoutes(), orderRoutes(), paymentRoutes(), tdSecureRoutes()})
               std::move(routes.begin(), routes.end(), std::back_inserter(all));
           return all;
       }()) {}
@@ -76,7 +80,7 @@ Reply Service::handle(const httplib::Request& request) {
 }
 
 Reply Service::dispatch(const httplib::Request& request) {
-    if (request.path.rfind(basePath, 0) != 0) throw Refusal(404, "nothing here: " + request.path);
+    if (!request.path.starts_with(basePath)) throw Refusal(404, "nothing here: " + request.path);
     const auto path = std::string_view(request.path).substr(basePath.size());
     bool pathKnown = false;
     for (const auto& route : mRoutes) {

@@ -38,9 +38,9 @@ Routes sessionRoutes();
 Routes machineRoutes();
 Routes orderRoutes();
 Routes paymentRoutes();
+Routes tdSecureRoutes();
 
-/// A stored card as the account and the replies to an addition list it.
-nlohmann::json storedCardReply(const StoredCard& card);
+/// A campaign's look as machines, orders and transactions carry it.
 nlohmann::json lookAndFeelReply(const Campaign& campaign);
 
 /// The service's API: finds the route, checks headers, signature, session and parameters, and calls the handler.

@@ -18,8 +18,10 @@ constexpr std::size_t digestSize = 20;
 constexpr int signedCharacters = 32;
 
 std::string sha1(std::string_view bytes) {
+    // Fetched once: a time request may try many thousands of hours.
+    static const auto* const algorithm = EVP_MD_fetch(nullptr, "SHA1", nullptr);
     std::array<unsigned char, digestSize> digest{};
-    EVP_Digest(bytes.data(), bytes.size(), digest.data(), nullptr, EVP_sha1(), nullptr);
+    EVP_Digest(bytes.data(), bytes.size(), digest.data(), nullptr, algorithm, nullptr);
     return {digest.begin(), digest.end()};
 }
 
@@ -70,30 +72,50 @@ std::string signedPart(std::string_view body) {
     return text.tempSubStringBetween(0, end == icu::BreakIterator::DONE ? text.length() : end).toUTF8String(part);
 }
 
+/// What of a signature does not depend on the time.
+class Signer {
+public:
+    Signer(std::string url, std::string_view body)
+        : mUrlDigest(sha1(canonical(std::move(url)))), mBodyDigest(sha1(signedPart(body))) {}
+
+    std::string at(std::string_view stamp) const {
+        const auto digest = sha1(mUrlDigest + mBodyDigest + sha1(stamp));
+        return base64Token(mUrlDigest[0] + digest).append(stamp.substr(stamp.size() - 4));
+    }
+
+private:
+    std::string mUrlDigest;
+    std::string mBodyDigest;
+};
+
 }  // namespace
 
 std::string sign(std::string url, std::string_view body, std::string_view stamp) {
-    const auto urlDigest = sha1(canonical(std::move(url)));
-    const auto digest = sha1(urlDigest + sha1(signedPart(body)) + sha1(stamp));
-    return base64Token(urlDigest[0] + digest).append(stamp.substr(stamp.size() - 4));
+    return Signer(std::move(url), body).at(stamp);
 }
 
 std::string timeStamp(TimePoint time) {
     return fmt::format("{:%Y%m%d%H%M%S}", fmt::gmtime(std::chrono::system_clock::to_time_t(time)));
 }
 
-SignatureCheck checkSignature(std::string_view signature, const std::string& url, std::string_view body, TimePoint now,
-                              std::chrono::seconds window) {
+SignatureCheck checkSignature(const std::string& signature, const std::string& url, std::string_view body,
+                              TimePoint now, std::chrono::seconds window, std::chrono::hours reach) {
     using namespace std::chrono;
     if (signature.size() != 33) return SignatureCheck::wrong;
-    const int clear = std::atoi(std::string(signature.substr(29)).c_str());
+    const int clear = std::atoi(signature.c_str() + 29);
     const auto inHour = minutes{clear / 100} + seconds{clear % 100};
+    const Signer signer(url, body);
+    const auto fits = [&](TimePoint time) { return signer.at(timeStamp(time)) == signature; };
+    const auto judged = [&](TimePoint time) {
+        return abs(time - floor<seconds>(now)) <= window ? SignatureCheck::valid : SignatureCheck::stale;
+    };
 
-    const auto hour = floor<hours>(now);
-    for (int distance = -24; distance <= 24; ++distance) {
-        const auto time = hour + hours{distance} + inHour;
-        if (sign(url, body, timeStamp(time)) != signature) continue;
-        return abs(time - now) <= window ? SignatureCheck::valid : SignatureCheck::stale;
+    const TimePoint nearest = floor<hours>(now) + inHour;
+    // The first character comes from the URL alone; a wrong URL need not wait for every hour.
+    if (signer.at(timeStamp(nearest)).front() != signature.front()) return SignatureCheck::wrong;
+    for (hours distance{0}; distance <= reach; ++distance) {
+        if (fits(nearest - distance)) return judged(nearest - distance);
+        if (fits(nearest + distance)) return judged(nearest + distance);
     }
     return SignatureCheck::wrong;
 }

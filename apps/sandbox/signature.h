@@ -16,9 +16,9 @@ std::string timeStamp(TimePoint time);
 
 enum class SignatureCheck { valid, stale, wrong };
 
-/// Of the time only minutes and seconds stand in the signature, so every moment around `now` that ends in them is
-/// tried.
-SignatureCheck checkSignature(std::string_view signature, const std::string& url, std::string_view body, TimePoint now,
-                              std::chrono::seconds window);
+/// Of the time only minutes and seconds stand in the signature, so the hours around `now` are tried, nearest first and
+/// up to `reach` away. One that fits is valid within `window` of `now` and stale beyond it.
+SignatureCheck checkSignature(const std::string& signature, const std::string& url, std::string_view body,
+                              TimePoint now, std::chrono::seconds window, std::chrono::hours reach);
 
 }  // namespace kavio::sandbox

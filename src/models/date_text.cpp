@@ -175,4 +175,6 @@ std::string DateText::debug(Date date) {
                    : Platform::current().dateFormatter->format(debugFormat, date);
 }
 
+Date DateText::now() { return Platform::current().clock->now(); }
+
 }  // namespace kavio

@@ -31,6 +31,9 @@ public:
     static std::string stamp(Date date);
     /// "2024-03-05 14:07:09 +0000".
     static std::string debug(Date date);
+
+    /// The device's time, which stands in for some dates that cannot be read.
+    static Date now();
 };
 
 }  // namespace kavio

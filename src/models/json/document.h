@@ -28,7 +28,7 @@ private:
 
 /// The payload of a reply; absent for a JSON null. `DecodingError` when the body is not what a `T` decodes from.
 template <class T>
-std::optional<T> decodePayload(std::string_view body) {
+std::optional<T> decodeDocument(std::string_view body) {
     const Document document(body);
     const auto root = document.root();
     if (root.kind() == DecodedValue::Kind::null) return std::nullopt;

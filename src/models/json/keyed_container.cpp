@@ -52,6 +52,12 @@ std::optional<KeyedContainer> KeyedContainer::nestedIfObject(Key key) const& {
     return std::optional<KeyedContainer>(*found);
 }
 
+std::optional<std::string> KeyedContainer::textIfText(Key key) const {
+    const auto found = valueIfPresent(key);
+    if (!found || found->kind() != DecodedValue::Kind::text) return std::nullopt;
+    return found->as<std::string>();
+}
+
 DecodedValue KeyedContainer::value(Key key) const {
     const auto* member = find(key);
     if (!member) throw DecodingError(Path{&mPath, key.name}.text() + ": missing");

@@ -50,6 +50,8 @@ public:
     /// Absent as well when the member is no object.
     std::optional<KeyedContainer> nestedIfObject(Key key) const&;
     std::optional<KeyedContainer> nestedIfObject(Key key) const&& = delete;
+    /// Absent as well when the member is no text.
+    std::optional<std::string> textIfText(Key key) const;
 
 private:
     struct Member {

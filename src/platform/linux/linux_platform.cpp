@@ -4,18 +4,29 @@
 #include "platform/linux/sqlite_stores.h"
 #include "platform/linux/system_clock.h"
 #include "platform/linux/thread_queue.h"
+#include "platform/linux/url_session.h"
 
 #include <kavio/platform/linux.h>
+
+#include <sys/utsname.h>
 
 namespace kavio {
 namespace {
 
 constexpr std::size_t concurrentThreads = 8;
 
+// The service is told what it is asked from.
+std::string kernelRelease() {
+    utsname system{};
+    return uname(&system) == 0 ? system.release : "";
+}
+
 std::shared_ptr<Bundle> makeLibraryBundle() {
     return std::make_shared<DictionaryBundle>(DictionaryBundle::Information{
         {"CFBundleShortVersionString", std::string(KAVIO_VERSION)},
         {"CFBundleVersion", std::string(KAVIO_BUILD_NUMBER)},
+        {"DTPlatformName", std::string("linux")},
+        {"DTPlatformVersion", kernelRelease()},
     });
 }
 
@@ -24,8 +35,8 @@ std::shared_ptr<Bundle> makeLibraryBundle() {
 Platform makeLinuxPlatform(LinuxPlatformOptions options) {
     const auto digest = makeOpensslDigest();
     return {
-        .urlSession = nullptr,
-        .backgroundUrlSession = nullptr,
+        .urlSession = makeUrlSession(options.session),
+        .backgroundUrlSession = makeBackgroundUrlSession(options.session),
         .keyValueStores =
             makeSqliteStores(std::move(options.storeDirectory), digest, std::move(options.onStoreDamaged)),
         .mainQueue = options.mainQueue ? std::move(options.mainQueue) : std::make_shared<RunLoop>(),

@@ -1,5 +1,7 @@
 #include "platform/linux/openssl.h"
 
+#include "platform/linux/hexadecimal.h"
+
 #include <openssl/evp.h>
 #include <openssl/rand.h>
 
@@ -55,8 +57,7 @@ public:
         std::string text;
         for (std::size_t i = 0; i < bytes.size(); ++i) {
             if (i == 4 || i == 6 || i == 8 || i == 10) text += '-';
-            text += "0123456789ABCDEF"[bytes[i] >> 4];
-            text += "0123456789ABCDEF"[bytes[i] & 0x0F];
+            appendHexadecimal(text, bytes[i]);
         }
         return text;
     }

@@ -1,5 +1,7 @@
 #include "platform/linux/private_files.h"
 
+#include "platform/linux/hexadecimal.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -25,16 +27,6 @@ void makeFolders(const std::filesystem::path& path) {
     if (path.has_parent_path() && path.parent_path() != path) makeFolders(path.parent_path());
     if (::mkdir(path.c_str(), ownFolder) == 0) return check(::chmod(path.c_str(), ownFolder) == 0, path);
     check(errno == EEXIST && std::filesystem::is_directory(path), path);  // another process was quicker
-}
-
-/// The bytes of a digest in hexadecimal.
-std::string hexadecimal(const Digest::Sha1& bytes) {
-    std::string text;
-    for (const auto byte : bytes) {
-        text += "0123456789abcdef"[byte >> 4];
-        text += "0123456789abcdef"[byte & 0x0F];
-    }
-    return text;
 }
 
 bool isUsual(char byte) {
@@ -87,15 +79,18 @@ void moveIfThere(const std::filesystem::path& from, const std::filesystem::path&
 std::string fileNameFor(std::string_view text, const Digest& digest) {
     std::string name;
     for (const char byte : text) {
-        const auto value = static_cast<unsigned char>(byte);
         if (isUsual(byte)) {
             name += byte;
         } else {
-            name += {'%', "0123456789ABCDEF"[value >> 4], "0123456789ABCDEF"[value & 0x0F]};
+            name += '%';
+            appendHexadecimal(name, static_cast<std::uint8_t>(byte));
         }
     }
-    // "%~" follows no escape, so that no other text has this name.
-    if (name.size() > longestFileName) name = name.substr(0, longestFileName) + "%~" + hexadecimal(digest.sha1(text));
+    if (name.size() <= longestFileName) return name;
+
+    name.resize(longestFileName);
+    name += "%~";  // no escape, so that no other text has this name
+    for (const auto byte : digest.sha1(text)) appendHexadecimal(name, byte);
     return name;
 }
 

@@ -51,7 +51,13 @@ void SqliteDatabase::disturbChangeCounter() {
     std::array<std::uint8_t, 4> bytes{};
     if (mFile->pMethods->xRead(mFile, bytes.data(), 4, changeCounterOffset) != SQLITE_OK) return;
     for (auto& byte : bytes) byte = static_cast<std::uint8_t>(~byte);
-    check(mFile->pMethods->xWrite(mFile, bytes.data(), 4, changeCounterOffset));
+    mFile->pMethods->xWrite(mFile, bytes.data(), 4, changeCounterOffset);
+}
+
+std::int64_t SqliteDatabase::fileSize() const {
+    sqlite3_int64 size = 0;
+    check(mFile->pMethods->xFileSize(mFile, &size));
+    return size;
 }
 
 bool SqliteDatabase::hasMoved() const {

@@ -38,8 +38,11 @@ public:
     /// The file's change counter as it stands in the file now, without any lock; absent in a file too short to have
     /// one.
     std::optional<std::uint32_t> changeCounter() const;
-    /// Makes other processes that have the file open see that it has changed. Needs the exclusive lock.
+    /// Makes other processes that have the file open see that it has changed, as far as it can still be written. Needs
+    /// the exclusive lock.
     void disturbChangeCounter();
+    std::int64_t fileSize() const;
+    bool isReadOnly() const { return sqlite3_db_readonly(mHandle.get(), "main") == 1; }
     /// Whether the file is no longer the one at its path.
     bool hasMoved() const;
     /// Takes SQLite's exclusive lock on the file until it is closed; a transaction cannot be had on a damaged one.

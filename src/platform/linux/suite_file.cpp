@@ -46,25 +46,34 @@ bool SuiteFile::write(std::string_view key, const std::optional<StoredValue>& wa
     } catch (const SqliteError& error) {
         if (error.isDamage()) throw;
     }
-    // A commit that failed at its very end, such as in making the removal of its journal durable, may stand
-    // nevertheless.
+    // A commit that failed at its very end, in making the removal of its journal durable, may stand nevertheless.
     refresh();
     return known(key) == wanted;
 }
 
 // EXTRA, because a journal whose removal a power cut undoes would undo the write too.
 void SuiteFile::prepare() {
+    const bool isDiskReadOnly = mDatabase.isReadOnly();  // nothing of the file has been read yet
     mDatabase.execute("PRAGMA synchronous=EXTRA; PRAGMA secure_delete=ON; PRAGMA cell_size_check=ON");
     // Another mode would not change the counter with each commit.
     if (mDatabase.text("PRAGMA journal_mode=DELETE") != "delete") throw SqliteError(SQLITE_BUSY);
-    // Only an empty file is a fresh suite. One that has lost its table is damaged.
-    if (mDatabase.text("PRAGMA page_count") == "0") {
+    if (isFresh()) {
         mDatabase.execute(
-            "CREATE TABLE IF NOT EXISTS entry(key TEXT PRIMARY KEY NOT NULL, value ANY NOT NULL, checksum BLOB NOT "
-            "NULL) "
-            "STRICT, WITHOUT ROWID");
+            "CREATE TABLE IF NOT EXISTS entry"
+            "(key TEXT PRIMARY KEY NOT NULL, value ANY NOT NULL, checksum BLOB NOT NULL) STRICT, WITHOUT ROWID");
     }
+    // A header that names a newer format makes SQLite read but never write.
+    if (mDatabase.isReadOnly() && !isDiskReadOnly) throw SqliteError(SQLITE_CORRUPT);
     mIsPrepared = true;
+}
+
+/// Only an empty file is a fresh suite: one that has lost its table, or nearly all of its bytes, is damaged.
+/// (SQLite takes a file of a single byte for an empty one.)
+bool SuiteFile::isFresh() {
+    const SqliteTransaction transaction(mDatabase, "BEGIN");
+    if (mDatabase.text("PRAGMA page_count") != "0") return false;
+    if (mDatabase.fileSize() != 0) throw SqliteError(SQLITE_CORRUPT);
+    return true;
 }
 
 void SuiteFile::load() {

@@ -36,6 +36,7 @@ public:
 
 private:
     void prepare();
+    bool isFresh();
     void load();
     void store(std::string_view key, const std::optional<StoredValue>& wanted);
     std::optional<StoredValue> known(std::string_view key) const;

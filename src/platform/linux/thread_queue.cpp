@@ -57,6 +57,7 @@ public:
             dropped.swap(mShared->pending);
         }
         mShared->changed.notify_all();
+        dropped.clear();
         for (auto& thread : mThreads) {
             if (thread.get_id() == std::this_thread::get_id()) {
                 thread.detach();  // a block has dropped the last reference: it cannot wait for itself

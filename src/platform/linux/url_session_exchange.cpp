@@ -56,7 +56,9 @@ HeaderFields receivedHeaders(CURL* easy) {
     HeaderFields headers;
     curl_header* header = nullptr;
     while ((header = curl_easy_nextheader(easy, CURLH_HEADER, -1, header)) != nullptr) {
-        headers.emplace_back(header->name, header->value);
+        std::string value = header->value;  // an empty one comes with its line's end
+        value.erase(value.find_last_not_of("\r\n") + 1);
+        headers.emplace_back(header->name, std::move(value));
     }
     return headers;
 }
@@ -93,11 +95,15 @@ struct UrlExchange::Callbacks {
         return CURL_PREREQFUNC_OK;
     }
 
-    static std::size_t onHeader(char*, std::size_t size, std::size_t count, void* user) {
+    /// Of every head, an interim one's too, and of trailers: a line at a time.
+    static std::size_t onHeader(char* data, std::size_t size, std::size_t count, void* user) {
         auto& self = *static_cast<UrlExchange*>(user);
-        self.mHeaderBytes += size * count;
+        const std::string_view line(data, size * count);
+        self.mHeaderBytes += line.size();
+        if (line.starts_with("HTTP/")) self.mHeadIsWhole = false;
+        if (line == "\r\n" || line == "\n") self.mHeadIsWhole = true;
         self.mTooLarge = self.mHeaderBytes > maximumHeaderBytes;
-        return self.mTooLarge ? 0 : size * count;
+        return self.mTooLarge ? 0 : line.size();
     }
 
     static std::size_t onBody(char* data, std::size_t size, std::size_t count, void* user) {
@@ -131,6 +137,7 @@ CURLcode UrlExchange::prepare(CURL* easy) {
     mBody.clear();
     mHeaderBytes = 0;
     mSent = false;
+    mHeadIsWhole = false;
 
     Options options(easy);
     setConnection(options);
@@ -225,9 +232,11 @@ bool UrlExchange::followRedirect(CURL* easy) {
 
 UrlOutcome UrlExchange::finish(CURL* easy, CURLcode code) {
     const int status = responseStatus(easy);
-    if (code == CURLE_OK) return takeReply(easy, status);
+    const bool hasHead = mHeadIsWhole && status >= 200;  // a 1xx only says that the reply is still to come
+    if (code == CURLE_OK && hasHead) return takeReply(easy, status);
+    if (code == CURLE_OK) code = CURLE_PARTIAL_FILE;  // libcurl is content with a head that breaks off
     UrlError error = mTooLarge ? urlError(UrlError::dataLengthExceedsMaximum) : describeFailure(easy, code, mSent);
-    if (mConduct.background && status >= 200) error.status = status;  // the head of a 1xx is not the reply's
+    if (mConduct.background && hasHead) error.status = status;
     return error;
 }
 

@@ -60,6 +60,7 @@ private:
     std::size_t mHeaderBytes = 0;
     int mRedirects = 0;
     bool mSent = false;
+    bool mHeadIsWhole = false;
     bool mTooLarge = false;
 };
 

@@ -144,10 +144,13 @@ std::string reason(CURL* easy, CURLcode code) {
         case CURLE_PEER_FAILED_VERIFICATION: {
             long verdict = X509_V_OK;
             curl_easy_getinfo(easy, CURLINFO_SSL_VERIFYRESULT, &verdict);
-            // The chain is in order; what libcurl checks beyond it is the name.
-            if (verdict == X509_V_OK) return "it was issued for another host";
+            // In a chain that is in order libcurl looks at the name, and leaves no verdict of its own.
+            if (verdict == X509_V_OK || verdict == X509_V_ERR_UNSPECIFIED) return "it was issued for another host";
             return X509_verify_cert_error_string(verdict);
         }
+        case CURLE_OPERATION_TIMEDOUT:
+        case CURLE_OUT_OF_MEMORY:
+            return "";
         // Never libcurl's own message of the exchange: it may quote the request.
         default:
             return curl_easy_strerror(code);

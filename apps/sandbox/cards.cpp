@@ -1,0 +1,84 @@
+#include "cards.h"
+
+#include "reply.h"
+#include "world.h"
+
+#include <fmt/chrono.h>
+
+#include <algorithm>
+#include <cctype>
+#include <regex>
+
+namespace kavio::sandbox {
+namespace {
+
+bool onlyDigits(const std::string& text) {
+    return std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isdigit(c) != 0; });
+}
+
+bool passesLuhn(const std::string& number) {
+    int sum = 0;
+    bool doubled = false;
+    for (auto digit = number.rbegin(); digit != number.rend(); ++digit, doubled = !doubled) {
+        const int value = (*digit - '0') * (doubled ? 2 : 1);
+        sum += value > 9 ? value - 9 : value;
+    }
+    return sum % 10 == 0;
+}
+
+std::string issuerOf(const std::string& number) {
+    switch (number.front()) {
+        case '3':
+            return "American Express";
+        case '4':
+            return "Visa";
+        case '5':
+            return "Mastercard";
+        default:
+            return "Other";
+    }
+}
+
+/// Two-digit years are of this century.
+std::int64_t fullYear(std::int64_t year) { return year < 100 ? 2000 + year : year; }
+
+}  // namespace
+
+void checkCard(const CardData& card, TimePoint now, const std::string& where) {
+    const auto refuse = [&](const char* member) { throw Refusal(400, fmt::format("{}.{} is wrong", where, member)); };
+    if (card.number.size() < 12 || card.number.size() > 19 || !onlyDigits(card.number) || !passesLuhn(card.number))
+        refuse("number");
+    if (card.month < 1 || card.month > 12) refuse("month");
+    const auto today = fmt::gmtime(std::chrono::system_clock::to_time_t(now));
+    const auto year = fullYear(card.year);
+    if (card.year < 0 || year > 9999 || year * 12 + card.month < (today.tm_year + 1900) * 12 + today.tm_mon + 1)
+        refuse("year");
+    if (card.securityCode.empty() || card.securityCode.size() > 4 || !onlyDigits(card.securityCode))
+        refuse("securityCode");
+}
+
+void takeKey(Account& account, const std::string& key) {
+    static const std::regex uuid("[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}");
+    if (!std::regex_match(key, uuid)) throw Refusal(400, "key must be a UUID in upper case");
+    if (!account.usedKeys.insert(key).second) throw Refusal(400, "key was used before");
+}
+
+const StoredCard& storeCard(World& world, Account& account, const CardData& card) {
+    account.cards.push_back({.id = world.nextId(),
+                             .locator = randomText(),
+                             .label = "•••• " + card.number.substr(card.number.size() - 4),
+                             .issuer = issuerOf(card.number),
+                             .month = int(card.month),
+                             .year = int(fullYear(card.year)),
+                             .securityCode = std::stoi(card.securityCode)});
+    return account.cards.back();
+}
+
+nlohmann::json storedCardReply(const StoredCard& card) {
+    return {{"locator", card.locator}, {"securityCode", card.securityCode},
+            {"label", card.label},     {"issuer", card.issuer},
+            {"month", card.month},     {"year", card.year},
+            {"id", card.id},           {"processorType", "PaymentCard"}};
+}
+
+}  // namespace kavio::sandbox

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "reply.h"
+#include "sandbox.h"
+
+#include <httplib.h>
+
+namespace kavio::sandbox {
+
+/// What precedes the paths that steer the sandbox itself: no headers, no signature.
+inline constexpr std::string_view controlPath = "/_sandbox";
+
+Reply control(Sandbox& sandbox, const httplib::Request& request);
+
+}  // namespace kavio::sandbox

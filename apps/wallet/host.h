@@ -1,0 +1,27 @@
+#pragma once
+
+#include "options.h"
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <stdexcept>
+
+namespace kavio::wallet {
+
+/// The program as the library's host application: the platform that it installs, and the main thread that it waits on.
+class Host {
+public:
+    virtual ~Host() = default;
+    /// Runs the main queue until `done` gives true, which is asked after each piece of work, or until `limit` has
+    /// passed. Gives the last answer of `done`.
+    virtual bool runUntil(const std::function<bool()>& done, std::chrono::milliseconds limit) = 0;
+};
+
+/// Without windows. Must be made on the main thread, before anything else of the library is used.
+std::unique_ptr<Host> makeTerminalHost(const Options& options);
+
+/// With a window that 3-D Secure pages are shown on. Null where there can be none; `reason` then says why.
+std::unique_ptr<Host> makeWindowHost(const Options& options, std::string& reason);
+
+}  // namespace kavio::wallet

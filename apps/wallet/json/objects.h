@@ -1,0 +1,56 @@
+#pragma once
+
+#include "json/dates.h"
+#include "json/json.h"
+
+#include <kavio/kavio.h>
+
+// The public objects as JSON: every member under its own name, absent ones as null, and the debug text as "debug".
+
+namespace kavio {
+
+void to_json(wallet::Json& json, const Campaign& campaign);
+void to_json(wallet::Json& json, const Image& image);
+void to_json(wallet::Json& json, const KavioResult& result);
+void to_json(wallet::Json& json, const LookAndFeel& lookAndFeel);
+void to_json(wallet::Json& json, const Machine& machine);
+void to_json(wallet::Json& json, const Order& order);
+void to_json(wallet::Json& json, const PaymentMethod& method);
+void to_json(wallet::Json& json, const Product& product);
+
+template <class Enumeration>
+requires std::is_enum_v<Enumeration>
+void to_json(wallet::Json& json, Enumeration value) { json = name(value); }
+
+}  // namespace kavio
+
+namespace nlohmann {
+
+template <class T>
+struct adl_serializer<std::optional<T>> {
+    static void to_json(kavio::wallet::Json& json, const std::optional<T>& value) {
+        if (value) {
+            json = *value;
+        } else {
+            json = nullptr;
+        }
+    }
+};
+
+template <class T>
+struct adl_serializer<std::shared_ptr<const T>> {
+    static void to_json(kavio::wallet::Json& json, const std::shared_ptr<const T>& object) {
+        if (object) {
+            json = *object;
+        } else {
+            json = nullptr;
+        }
+    }
+};
+
+template <>
+struct adl_serializer<kavio::Date> {
+    static void to_json(kavio::wallet::Json& json, kavio::Date date) { json = kavio::wallet::isoText(date); }
+};
+
+}  // namespace nlohmann

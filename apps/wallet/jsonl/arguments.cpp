@@ -1,0 +1,245 @@
+#include "arguments.h"
+
+#include "json/dates.h"
+
+#include <fmt/format.h>
+
+#include <array>
+#include <utility>
+
+namespace kavio::wallet {
+
+namespace {
+
+/// Deeper than any line that an operation takes, and far from what could exhaust the stack.
+constexpr int maximumDepth = 32;
+
+std::string_view kindOf(const Input& json) {
+    switch (json.type()) {
+        case Input::value_t::object:
+            return "an object";
+        case Input::value_t::array:
+            return "a list";
+        case Input::value_t::string:
+            return "a text";
+        case Input::value_t::boolean:
+            return "a boolean";
+        case Input::value_t::number_integer:
+        case Input::value_t::number_unsigned:
+        case Input::value_t::number_float:
+            return "a number";
+        case Input::value_t::null:
+        case Input::value_t::binary:
+        case Input::value_t::discarded:
+            break;
+    }
+    return "null";
+}
+
+std::optional<PaymentMethod::PaymentType> paymentTypeNamed(std::string_view text) {
+    using enum PaymentMethod::PaymentType;
+    for (const auto type : std::array{UNKNOWN, KAVIO, CREDIT_CARD, PAYPAL, PREPAID}) {
+        if (name(type) == text) return type;
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+void Value::refuse(std::string_view expected) const {
+    throw Refused(fmt::format("\"{}\" must be {}, not {}", path, expected, kindOf(json)));
+}
+
+Arguments::Arguments(Value object) : mObject(std::move(object)) {
+    if (!mObject.json.is_object()) mObject.refuse("an object");
+}
+
+Value Arguments::member(std::string_view name) const {
+    const auto path = mObject.path.empty() ? std::string{name} : fmt::format("{}.{}", mObject.path, name);
+    const auto found = mObject.json.find(name);
+    if (found == mObject.json.end()) throw Refused(fmt::format("\"{}\" is missing", path));
+    return {*found, path};
+}
+
+Value Arguments::present(std::string_view name) const {
+    auto value = member(name);
+    if (value.json.is_null()) throw Refused(fmt::format("\"{}\" is missing", value.path));
+    return value;
+}
+
+bool Arguments::isAbsent(std::string_view name) const {
+    const auto found = mObject.json.find(name);
+    return found == mObject.json.end() || found->is_null();
+}
+
+Input parseLine(std::string_view line) {
+    const auto refuseDepth = [](int depth, Input::parse_event_t, Input&) {
+        if (depth > maximumDepth) throw Refused("the line is nested too deeply");
+        return true;
+    };
+    try {
+        auto json = Input::parse(line, refuseDepth);
+        if (json.is_object()) return json;
+    } catch (const Input::parse_error& problem) {
+        throw Refused(fmt::format("the line is no JSON object: it is malformed at byte {}", problem.byte));
+    } catch (const Input::exception&) {
+        throw Refused("the line holds a number that is out of range");
+    }
+    throw Refused("the line is no JSON object");
+}
+
+void read(const Value& value, bool& result) {
+    if (!value.json.is_boolean()) value.refuse("a boolean");
+    result = value.json.get<bool>();
+}
+
+void read(const Value& value, double& result) {
+    if (!value.json.is_number()) value.refuse("a number");
+    result = value.json.get<double>();
+}
+
+void read(const Value& value, std::int64_t& result) {
+    constexpr double limit = 9223372036854775808.0;  // 2^63, the first double past the range
+    if (value.json.is_number_unsigned()) {
+        if (std::in_range<std::int64_t>(value.json.get<std::uint64_t>())) {
+            result = value.json.get<std::int64_t>();
+            return;
+        }
+    } else if (value.json.is_number_integer()) {
+        result = value.json.get<std::int64_t>();
+        return;
+    } else if (value.json.is_number_float()) {
+        const auto number = value.json.get<double>();
+        if (number >= -limit && number < limit && number == static_cast<double>(static_cast<std::int64_t>(number))) {
+            result = static_cast<std::int64_t>(number);
+            return;
+        }
+    } else {
+        value.refuse("an integer");
+    }
+    throw Refused(fmt::format("\"{}\" must be an integer of 64 bits", value.path));
+}
+
+void read(const Value& value, std::string& result) {
+    if (!value.json.is_string()) value.refuse("a text");
+    result = value.json.get<std::string>();
+}
+
+void read(const Value& value, Date& result) {
+    std::string text;
+    read(value, text);
+    const auto date = dateFromIso(text);
+    if (!date) throw Refused(fmt::format("\"{}\" must be a date such as 2024-03-05T14:07:09.250Z", value.path));
+    result = *date;
+}
+
+void read(const Value& value, PaymentMethod::PaymentType& result) {
+    std::string text;
+    read(value, text);
+    const auto type = paymentTypeNamed(text);
+    if (!type) throw Refused(fmt::format("\"{}\" must be UNKNOWN, KAVIO, CREDIT_CARD, PAYPAL or PREPAID", value.path));
+    result = *type;
+}
+
+// The objects are built in braces: those, unlike parentheses, evaluate in order, so the first bad member is the one
+// named.
+
+void read(const Value& value, TDSPaymentCard& result) {
+    const Arguments in{value};
+    result = {
+        .number = in.required<std::string>("number"),
+        .month = in.required<std::int64_t>("month"),
+        .year = in.required<std::int64_t>("year"),
+        .securityCode = in.required<std::int64_t>("securityCode"),
+    };
+}
+
+void read(const Value& value, TDSCardHolder& result) {
+    const Arguments in{value};
+    result = {
+        .name = in.required<std::string>("name"),
+        .email = in.required<std::string>("email"),
+        .streetNumber = in.optional<std::int64_t>("streetNumber"),
+        .streetName = in.optional<std::string>("streetName"),
+        .city = in.optional<std::string>("city"),
+        .territory = in.optional<std::string>("territory"),
+        .country = in.optional<std::string>("country"),
+        .postal = in.optional<std::string>("postal"),
+    };
+}
+
+void read(const Value& value, std::shared_ptr<const Card>& result) {
+    const Arguments in{value};
+    result = std::make_shared<const Card>(Card{
+        in.required<std::string>("pan"),
+        in.required<std::string>("month"),
+        in.required<std::string>("year"),
+        in.required<std::string>("cvv"),
+        in.required<std::string>("email"),
+    });
+}
+
+void read(const Value& value, std::shared_ptr<const DepositCard>& result) {
+    const Arguments in{value};
+    result = std::make_shared<const DepositCard>(DepositCard{
+        in.required<std::string>("id"),
+        in.required<std::string>("number"),
+        in.required<PaymentMethod::PaymentType>("type"),
+        in.required<std::int64_t>("balance"),
+        in.required<std::string>("currency"),
+        in.required<std::int64_t>("currencyDecimalDigits"),
+    });
+}
+
+void read(const Value& value, std::shared_ptr<const MachineFilter>& result) {
+    const Arguments in{value};
+    result = std::make_shared<const MachineFilter>(MachineFilter{
+        in.optional<std::string>("value"),
+        in.optional<double>("latitude"),
+        in.optional<double>("longitude"),
+        in.optional<std::string>("country"),
+        in.optional<std::int64_t>("radius"),
+        in.optional<std::int64_t>("operatorId"),
+        in.optional<std::string>("hwSerial"),
+        in.optional<std::int64_t>("limit"),
+    });
+}
+
+void read(const Value& value, std::shared_ptr<const PaymentMethod>& result) {
+    const Arguments in{value};
+    result = std::make_shared<const PaymentMethod>(PaymentMethod{
+        in.required<std::string>("id"),
+        in.required<std::string>("number"),
+        in.required<PaymentMethod::PaymentType>("type"),
+    });
+}
+
+void read(const Value& value, std::shared_ptr<const RemoteVendProduct>& result) {
+    const Arguments in{value};
+    result = std::make_shared<const RemoteVendProduct>(RemoteVendProduct{
+        in.required<std::int64_t>("codeInMap"),
+        in.required<std::int64_t>("quantity"),
+        in.required<std::int64_t>("pulseLineNumber"),
+    });
+}
+
+void read(const Value& value, std::shared_ptr<const TransactionFilter>& result) {
+    const Arguments in{value};
+    result = std::make_shared<const TransactionFilter>(TransactionFilter{
+        in.optional<std::int64_t>("machineId"),
+        in.optional<std::string>("paymentMethodId"),
+        in.optional<PaymentMethod::PaymentType>("paymentType"),
+        in.optional<std::int64_t>("limit"),
+        in.optional<Date>("transactionsBefore"),
+    });
+}
+
+void read(const Value& value, std::vector<std::shared_ptr<const RemoteVendProduct>>& result) {
+    if (!value.json.is_array()) value.refuse("a list");
+    for (const auto& element : value.json) {
+        const Value item{element, fmt::format("{}[{}]", value.path, result.size())};
+        read(item, result.emplace_back());
+    }
+}
+
+}  // namespace kavio::wallet

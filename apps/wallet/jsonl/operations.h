@@ -1,0 +1,22 @@
+#pragma once
+
+#include "jsonl/driver.h"
+
+#include <functional>
+#include <string_view>
+
+namespace kavio::wallet {
+
+/// What a line can ask for.
+struct Operation {
+    std::string_view name;
+    /// The callback that it reports through; empty for an operation that reports nothing.
+    std::string_view callback;
+    /// Reads all of its arguments before it does anything.
+    std::function<void(Driver&, const Call&)> run;
+};
+
+/// Throws `Refused` for a name that is no operation's.
+const Operation& operationNamed(const std::string& name);
+
+}  // namespace kavio::wallet

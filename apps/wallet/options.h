@@ -1,0 +1,34 @@
+#pragma once
+
+#include <kavio/kavio.h>
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace CLI {
+class App;
+}
+
+namespace kavio::wallet {
+
+/// What the user chose for the whole run: the first facade, and the device that the library finds.
+struct Options {
+    std::string apiKey = "demo-key";
+    Kavio::EnvironmentType environment = Kavio::EnvironmentType::TEST;
+    std::filesystem::path storeDirectory;
+    std::optional<std::string> kavioKey;
+    std::optional<std::string> bundleVersion;
+    std::string connectTo;
+    std::filesystem::path certificateAuthorities;
+    bool withoutFacade = false;
+    bool withWindow = false;
+};
+
+/// Lets the command line fill `options`, which must outlive the parsing.
+void addOptions(CLI::App& commandLine, Options& options);
+
+/// Absent when the text names no environment.
+std::optional<Kavio::EnvironmentType> environmentNamed(const std::string& name);
+
+}  // namespace kavio::wallet

@@ -1,0 +1,93 @@
+#include "people/command.h"
+#include "people/terminal.h"
+#include "people/text.h"
+
+#include <unicode/uloc.h>
+
+#include <array>
+#include <memory>
+
+namespace kavio::wallet {
+
+namespace {
+
+constexpr int codesToTry = 3;
+
+/// The region of the user's locale; empty when it has none.
+std::string ownCountry() {
+    std::array<char, ULOC_COUNTRY_CAPACITY> country{};
+    auto problem = U_ZERO_ERROR;
+    uloc_getCountry(nullptr, country.data(), country.size(), &problem);
+    return U_SUCCESS(problem) ? country.data() : "";
+}
+
+struct Login {
+    std::string countryCode;
+    std::string phoneNumber;
+    std::string country = ownCountry();
+};
+
+/// Whether the code may have been mistyped; anything else is no reason to ask for another one.
+bool isWrongCode(ResultType type) {
+    return type == ResultType::FAILURE || type == ResultType::BAD_INPUT || type == ResultType::ACCESS_DENIED;
+}
+
+// The service's challenge is kept in memory only: the code must be given to the process that asked for it.
+void logIn(Session& session, const Login& login) {
+    if (login.country.empty()) throw Failure(ExitStatus::USAGE, "Name the phone's country with --country, such as DE.");
+    session.perform("Asking for a code", [&](Kavio& kavio) { kavio.login(login.countryCode, login.phoneNumber); });
+    session.say(fmt::format("A code was sent to +{} {}.", login.countryCode, login.phoneNumber));
+
+    for (int attempt = 1;; ++attempt) {
+        const auto code = readLine("Code");
+        if (!code || code->empty()) throw Failure(ExitStatus::REFUSED, "No code was given: you are not logged in.");
+        const auto report = session.ask("Checking the code", [&](Kavio& kavio) {
+            kavio.verify(*code, login.country, login.countryCode, login.phoneNumber);
+        });
+        const auto& result = *report.result;
+        if (result.type == ResultType::SUCCESS) break;
+        if (!isWrongCode(result.type)) throw failureOf(result);
+        if (attempt == codesToTry) throw Failure(ExitStatus::REFUSED, "No code was accepted: you are not logged in.");
+        session.warn("The code was not accepted.");
+    }
+    session.say("You are logged in.");
+}
+
+}  // namespace
+
+Command loginCommand(CLI::App& program) {
+    auto* const line = program.add_subcommand("login", "Log in: sends a code to your phone and asks for it");
+    const auto login = std::make_shared<Login>();
+    line->add_option("COUNTRYCODE", login->countryCode, "The phone's country code, such as 49")->required();
+    line->add_option("PHONE", login->phoneNumber, "The phone number without it")->required();
+    line->add_option("--country", login->country, "The phone's country, such as DE (default: that of your locale)");
+    line->footer("The code is read from standard input when that is no terminal.");
+    return {line, [login](Session& session) {
+                auto plain = *login;
+                if (plain.countryCode.starts_with('+')) plain.countryCode.erase(0, 1);
+                logIn(session, plain);
+            }};
+}
+
+Command statusCommand(CLI::App& program) {
+    auto* const line = program.add_subcommand("status", "Say whether you are logged in");
+    return {line, [](Session& session) {
+                const auto report = session.ask("Asking the service", [](Kavio& kavio) { kavio.isLoggedIn(); });
+                const auto& result = *report.result;
+                if (result.type == ResultType::SUCCESS) return session.say("You are logged in.");
+                // Reported like this when no session is stored, which is no failure of anything.
+                if (result.message == "Token is empty")
+                    throw Failure(ExitStatus::NOT_LOGGED_IN, "You are not logged in.");
+                throw failureOf(result);
+            }};
+}
+
+Command logoutCommand(CLI::App& program) {
+    auto* const line = program.add_subcommand("logout", "Log out");
+    return {line, [](Session& session) {
+                session.perform("Logging out", [](Kavio& kavio) { kavio.logout(); });
+                session.say("You are logged out.");
+            }};
+}
+
+}  // namespace kavio::wallet

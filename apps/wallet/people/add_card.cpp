@@ -1,0 +1,109 @@
+#include "jsonl/arguments.h"
+#include "people/command.h"
+#include "people/terminal.h"
+#include "people/text.h"
+
+#include <charconv>
+#include <initializer_list>
+#include <memory>
+
+namespace kavio::wallet {
+
+namespace {
+
+/// One line of what the user enters.
+struct Field {
+    std::string_view member;
+    std::string_view prompt;
+    Echo echo = Echo::ON;
+    bool isInteger = false;
+};
+using Fields = std::initializer_list<Field>;
+
+const Fields plainFields{
+    {"pan", "Card number", Echo::OFF},   {"month", "Month of expiry (MM)"}, {"year", "Year of expiry (YYYY)"},
+    {"cvv", "Security code", Echo::OFF}, {"email", "E-mail address"},
+};
+const Fields secureFields{
+    {"number", "Card number", Echo::OFF},
+    {"month", "Month of expiry (MM)", Echo::ON, true},
+    {"year", "Year of expiry (YYYY)", Echo::ON, true},
+    {"securityCode", "Security code", Echo::OFF, true},
+    {"name", "Name on the card"},
+    {"email", "E-mail address"},
+};
+
+Input valueOf(const Field& field, const std::string& text) {
+    if (!field.isInteger) return text;
+    std::int64_t number = 0;
+    const auto read = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (read.ec == std::errc{} && read.ptr == text.data() + text.size()) return number;
+    throw Refused(fmt::format("\"{}\" must be an integer", field.member));
+}
+
+/// The card as an object of the fields' members: from a terminal and from lines one after the other, from a program
+/// also as one JSON object.
+Input readCard(Fields fields) {
+    Input card = Input::object();
+    for (const auto& field : fields) {
+        const auto line = readLine(field.prompt, field.echo);
+        if (!line) throw Refused(fmt::format("\"{}\" is missing", field.member));
+        if (card.empty() && !isInputTerminal() && line->starts_with('{')) return parseLine(*line + readRest());
+        card[std::string{field.member}] = valueOf(field, *line);
+    }
+    return card;
+}
+
+void addPlain(Session& session) {
+    const auto input = readCard(plainFields);
+    std::shared_ptr<const Card> card;
+    read(Value{input, "card"}, card);
+    const auto added = session.fetch<CardReport>("Storing the card", [&](Kavio& kavio) { kavio.addCreditCard(card); });
+    session.say(added
+                    ? fmt::format("The card {} was stored as card:{}.", printable(added->number), printable(added->id))
+                    : "The card was stored.");
+}
+
+void addSecure(Session& session) {
+    const auto input = readCard(secureFields);
+    TDSPaymentCard card;
+    TDSCardHolder holder;
+    read(Value{input, "card"}, card);
+    read(Value{input, "card"}, holder);
+    const auto report = session.ask("Storing the card; answer the issuer's page if one opens",
+                                    [&](Kavio& kavio) { kavio.addCreditCardTDSecure(card, holder); });
+    const auto& result = *report.result;
+    if (result.type == ResultType::SUCCESS) return session.say("The card was stored.");
+    if (result.message && result.message->starts_with("failed to start 3DS authentication")) {
+        throw Failure(ExitStatus::FAILED,
+                      "The card's issuer wants to show a page, and there is no window for it: run this command with "
+                      "--window, on a display. The card was not stored.");
+    }
+    throw failureOf(result);
+}
+
+void addCard(Session& session, bool isSecure) {
+    try {
+        isSecure ? addSecure(session) : addPlain(session);
+    } catch (const Refused& problem) {
+        throw Failure(ExitStatus::REFUSED, fmt::format("The card was not read: {}.", problem.what()));
+    }
+}
+
+}  // namespace
+
+Command addCardCommand(CLI::App& program) {
+    auto* const line = program.add_subcommand("add-card", "Store a credit card; asks for it, or reads standard input");
+    const auto isSecure = std::make_shared<bool>(false);
+    line->add_flag("--secure", *isSecure, "Let the issuer check the card with 3-D Secure (may need --window)");
+    line->footer(
+        "Card data is never taken from the command line, where others can see it. When standard input is no terminal "
+        "it\n"
+        "holds a line each for number, month, year, security code and e-mail address (with --secure: the name before\n"
+        "the address), or one JSON object: pan, month, year, cvv, email; with --secure number, month, year,\n"
+        "securityCode, name, email and the holder's address as streetNumber, streetName, city, territory, country,\n"
+        "postal.");
+    return {line, [isSecure](Session& session) { addCard(session, *isSecure); }};
+}
+
+}  // namespace kavio::wallet

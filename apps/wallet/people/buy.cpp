@@ -1,0 +1,190 @@
+#include "people/command.h"
+#include "people/machine_named.h"
+#include "people/money.h"
+#include "people/prices.h"
+#include "people/text.h"
+#include "people/wallet_methods.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <memory>
+#include <vector>
+
+namespace kavio::wallet {
+
+namespace {
+
+struct Wanted {
+    std::int64_t code = 0;
+    std::int64_t quantity = 1;
+};
+
+struct Purchase {
+    std::string machine;
+    std::optional<std::string> amount;
+    std::vector<Wanted> products;
+    std::string method = "wallet";
+};
+
+/// "CODE" or "CODE:QUANTITY"
+Wanted wantedFrom(const std::string& text) {
+    Wanted wanted;
+    const char* const end = text.data() + text.size();
+    auto read = std::from_chars(text.data(), end, wanted.code);
+    if (read.ec == std::errc{} && read.ptr != end && *read.ptr == ':') {
+        read = std::from_chars(read.ptr + 1, end, wanted.quantity);
+    }
+    if (read.ec == std::errc{} && read.ptr == end && wanted.quantity > 0) return wanted;
+    throw CLI::ValidationError("--product", "'" + text + "' is not CODE or CODE:QUANTITY");
+}
+
+/// What the wanted products cost together, in the smallest unit of `currency`'s currency.
+std::int64_t costOf(Session& session, const std::vector<Wanted>& wanted, const Machine& machine,
+                    const DepositCard& currency) {
+    const auto offered =
+        session.list<Products>("Asking for the prices", [&](Kavio& kavio) { kavio.getMachineProducts(machine.id); });
+    double cost = 0;
+    for (const auto& item : wanted) {
+        const auto found =
+            std::ranges::find_if(offered, [&](const auto& product) { return product->codeInMap == item.code; });
+        const auto price = found == offered.end() ? std::nullopt : priceOf(**found);
+        if (!price) {
+            throw Failure(ExitStatus::REFUSED,
+                          fmt::format("{} gives no price for product {}: say how much with --amount.", titleOf(machine),
+                                      item.code));
+        }
+        cost += *price * static_cast<double>(item.quantity);
+    }
+    const auto digits = static_cast<int>(currency.currencyDecimalDigits);
+    const auto units = smallestUnits(fmt::format("{:.{}f}", cost, std::clamp(digits, 0, 18)), digits);
+    if (!units) throw Failure(ExitStatus::REFUSED, "What the products cost together is no amount that can be paid.");
+    return *units;
+}
+
+/// A prepaid card is charged by the machine: no amount is sent for it.
+std::int64_t amountOf(Session& session, const Purchase& purchase, const Machine& machine, const PaymentMethod& method,
+                      const DepositCard& currency) {
+    if (purchase.amount) return unitsOf(*purchase.amount, currency);
+    if (method.type == PaymentMethod::PaymentType::PREPAID) return 0;
+    if (!purchase.products.empty()) return costOf(session, purchase.products, machine, currency);
+    throw Failure(ExitStatus::USAGE, "Say how much with --amount, or choose with --product what to buy.");
+}
+
+std::vector<std::shared_ptr<const RemoteVendProduct>> productsOf(const Purchase& purchase, const Machine& machine) {
+    if (!purchase.products.empty() && !machine.supportRemoteVend) {
+        throw Failure(ExitStatus::REFUSED,
+                      fmt::format("{} sells nothing by product code: choose there, and say how much with --amount.",
+                                  titleOf(machine)));
+    }
+    std::vector<std::shared_ptr<const RemoteVendProduct>> products;
+    for (const auto& item : purchase.products) {
+        products.push_back(std::make_shared<const RemoteVendProduct>(item.code, item.quantity, 0));
+    }
+    return products;
+}
+
+/// How the order ended, for people; the exit status says the same to scripts.
+struct Ending {
+    ExitStatus status;
+    std::string sentence;
+};
+
+/// "Paid 1.50 EUR", as far as the service says how much.
+std::string paymentText(const Order& order) {
+    const auto currency = order.currency.value_or("");
+    return order.amount < 0 ? "Paid" : "Paid " + moneyText(order.amount, digitsOf(currency), currency);
+}
+
+Ending endingOf(const OrderReport& order, const Machine& machine) {
+    if (!order) return {ExitStatus::FAILED, "The service does not say what became of the order."};
+    switch (order->status) {
+        case Order::Status::COMPLETED:
+            return {ExitStatus::OK, fmt::format("{} at {}.", paymentText(*order), titleOf(machine))};
+        case Order::Status::FREE_TRANSACTION:
+            return {ExitStatus::OK, fmt::format("Served for free at {}.", titleOf(machine))};
+        case Order::Status::CANCELED:
+            return {ExitStatus::FAILED, "The order was canceled."};
+        case Order::Status::TIMEOUT:
+            return {ExitStatus::TIMED_OUT, "The machine did not answer in time."};
+        case Order::Status::INCOMPLETE:
+            return {ExitStatus::FAILED, "The order was not completed."};
+        case Order::Status::UNKNOWN:
+        case Order::Status::CREATED:
+        case Order::Status::AUTHORIZED:
+            break;
+    }
+    return {ExitStatus::FAILED, fmt::format("It is not known yet how the order ends: look at `kavio-wallet order {}`.",
+                                            printable(order->id))};
+}
+
+/// Follows the order to its end; throws `Failure` when none was placed, or when it took too long.
+OrderReport place(Session& session, const Session::Operation& operation) {
+    OrderReport last;
+    std::optional<Failure> failure;
+    session.follow("Waiting for the machine", operation, [&](const Report& report) {
+        if (report.result->type != ResultType::SUCCESS) {
+            failure = failureOf(*report.result);
+            return;
+        }
+        last = std::get<OrderReport>(report.payload);
+        if (last) session.say(fmt::format("Order {}: {}", printable(last->id), words(name(last->status))));
+    });
+    if (!failure) return last;
+    if (!last) throw *failure;
+    // It was placed, but is not at its end: the user must not pay twice.
+    throw Failure(failure->status, fmt::format("The order takes longer than orders are followed: look at `kavio-wallet "
+                                               "order {}` before you try again.",
+                                               printable(last->id)));
+}
+
+/// A balance that cannot be had is no failure of the purchase.
+void showBalance(Session& session, const std::string& method) {
+    try {
+        const auto card = std::dynamic_pointer_cast<const DepositCard>(WalletMethods{session}.named(method));
+        if (card) session.say(fmt::format("New balance: {}", balanceText(*card)));
+    } catch (const Failure& failure) {
+        session.warn(failure.what());
+    }
+}
+
+void buy(Session& session, const Purchase& purchase) {
+    const WalletMethods methods{session};
+    const auto method = methods.named(purchase.method);
+    const auto machine = machineNamed(session, purchase.machine);
+    const auto products = productsOf(purchase, *machine);
+    // A credit card tells no currency; the account's is the wallet's.
+    const auto deposit = std::dynamic_pointer_cast<const DepositCard>(method);
+    const auto amount = amountOf(session, purchase, *machine, *method, deposit ? *deposit : *methods.wallet());
+
+    const auto order =
+        place(session, [&](Kavio& kavio) { kavio.placeOrder(machine->kavioId, method, amount, products); });
+    const auto ending = endingOf(order, *machine);
+    if (ending.status == ExitStatus::OK) session.say(ending.sentence);
+    showBalance(session, purchase.method);
+    if (ending.status != ExitStatus::OK) throw Failure(ending.status, ending.sentence);
+}
+
+}  // namespace
+
+Command buyCommand(CLI::App& program) {
+    auto* const line = program.add_subcommand("buy", "Pay at a machine, and follow the order to its end");
+    const auto purchase = std::make_shared<Purchase>();
+    line->add_option("MACHINE", purchase->machine, "The machine's code, or the text of its QR code")->required();
+    line->add_option("--amount", purchase->amount, "How much, such as 1.50 (default: what the products cost)");
+    line->add_option_function<std::vector<std::string>>(
+            "--product",
+            [purchase](const std::vector<std::string>& products) {
+                std::ranges::transform(products, std::back_inserter(purchase->products), wantedFrom);
+            },
+            "What to buy, as `products` shows it; may be repeated")
+        ->type_name("CODE[:QUANTITY]")
+        ->expected(1)
+        ->take_all();
+    line->add_option("--pay", purchase->method,
+                     "wallet, card:ID or prepaid:ID, as `methods` shows it (default: wallet)")
+        ->check(checkMethodName);
+    return {line, [purchase](Session& session) { buy(session, *purchase); }};
+}
+
+}  // namespace kavio::wallet

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "people/session.h"
+
+#include <CLI/CLI.hpp>
+
+#include <functional>
+#include <vector>
+
+namespace kavio::wallet {
+
+/// A subcommand for people: how it is written on the command line, and what it does.
+struct Command {
+    /// Knows, once the command line has been read, whether this command was chosen.
+    CLI::App* line;
+    /// Throws `Failure` when the work could not be done.
+    std::function<void(Session&)> run;
+};
+
+// Each adds itself to the program's command line. What it takes there lives as long as the command.
+Command loginCommand(CLI::App& program);
+Command statusCommand(CLI::App& program);
+Command logoutCommand(CLI::App& program);
+Command methodsCommand(CLI::App& program);
+Command addCardCommand(CLI::App& program);
+Command removeCardCommand(CLI::App& program);
+Command topUpCommand(CLI::App& program);
+Command machinesCommand(CLI::App& program);
+Command productsCommand(CLI::App& program);
+Command buyCommand(CLI::App& program);
+Command orderCommand(CLI::App& program);
+Command transactionsCommand(CLI::App& program);
+
+}  // namespace kavio::wallet

@@ -1,0 +1,45 @@
+#include "failure.h"
+
+#include "people/text.h"
+
+#include <fmt/format.h>
+
+namespace kavio::wallet {
+
+namespace {
+
+/// "what: message." or, without a message, "what."
+std::string sentence(std::string_view what, const std::optional<std::string>& message) {
+    auto text = message && !message->empty() ? fmt::format("{}: {}", what, printable(*message)) : std::string{what};
+    if (!text.ends_with('.')) text += '.';
+    return text;
+}
+
+}  // namespace
+
+Failure failureOf(const KavioResult& result) {
+    const auto& message = result.message;
+    switch (result.type) {
+        case ResultType::ACCESS_DENIED:
+        case ResultType::NOT_LOGGED_IN:
+            return {ExitStatus::NOT_LOGGED_IN, "You are not logged in. Run `kavio-wallet login` first."};
+        case ResultType::NETWORK_FAILED:
+            return {ExitStatus::NO_NETWORK, sentence("The service cannot be reached", message)};
+        case ResultType::TIMEOUT:
+            return {ExitStatus::TIMED_OUT, sentence("It takes too long", message)};
+        case ResultType::BAD_INPUT:
+            return {ExitStatus::REFUSED, sentence("The request was refused", message)};
+        case ResultType::SERVER_ERROR:
+            return {ExitStatus::SERVICE_FAILED, sentence("The service has a problem", message)};
+        case ResultType::BUSY:
+            return {ExitStatus::FAILED, "Another operation is still under way."};
+        case ResultType::UNKNOWN:
+        case ResultType::SUCCESS:
+        case ResultType::FAILURE:
+        case ResultType::SDK_NOT_READY:
+            break;
+    }
+    return {ExitStatus::FAILED, sentence("That did not work", message)};
+}
+
+}  // namespace kavio::wallet

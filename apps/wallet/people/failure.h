@@ -1,0 +1,33 @@
+#pragma once
+
+#include <kavio/result.h>
+
+#include <stdexcept>
+#include <string>
+
+namespace kavio::wallet {
+
+/// What the program tells the shell; docs/wallet.md lists them for scripts.
+enum class ExitStatus : int {
+    OK = 0,
+    FAILED = 1,
+    USAGE = 2,
+    NOT_LOGGED_IN = 3,
+    NO_NETWORK = 4,
+    TIMED_OUT = 5,
+    REFUSED = 6,
+    SERVICE_FAILED = 7,
+    INTERRUPTED = 130,  // as shells report a program that SIGINT ended
+};
+
+/// Why a command ends without having done its work, as a sentence for people.
+struct Failure : std::runtime_error {
+    Failure(ExitStatus exitStatus, const std::string& sentence) : std::runtime_error(sentence), status(exitStatus) {}
+
+    ExitStatus status;
+};
+
+/// What a result other than `SUCCESS` means to the user.
+Failure failureOf(const KavioResult& result);
+
+}  // namespace kavio::wallet

@@ -1,0 +1,116 @@
+#include "people/command.h"
+#include "people/machine_named.h"
+#include "people/prices.h"
+#include "people/text.h"
+
+#include <memory>
+#include <vector>
+
+namespace kavio::wallet {
+
+namespace {
+
+using enum Column::Kind;
+
+struct Search {
+    std::optional<std::string> code;
+    std::optional<std::string> serial;
+    std::vector<double> near;
+    std::optional<std::string> country;
+    std::optional<std::int64_t> radius;
+    std::optional<std::int64_t> operatorId;
+    std::optional<std::int64_t> limit;
+
+    bool isEmpty() const { return !code && !serial && near.empty() && !limit; }
+};
+
+/// Null for the user's own machines.
+std::shared_ptr<const MachineFilter> filterOf(const Search& search) {
+    if (search.isEmpty()) return nullptr;
+    const auto coordinate = [&](std::size_t i) {
+        return search.near.empty() ? std::nullopt : std::optional{search.near.at(i)};
+    };
+    return std::make_shared<const MachineFilter>(search.code, coordinate(0), coordinate(1), search.country,
+                                                 search.radius, search.operatorId, search.serial, search.limit);
+}
+
+std::string placeOf(const Machine& machine) {
+    const auto city = machine.city.value_or("");
+    const auto country = machine.country.value_or("");
+    return city.empty() || country.empty() ? city + country : city + ", " + country;
+}
+
+std::string stateOf(const Machine& machine) {
+    if (!machine.machineStatus) return "out of service";
+    return machine.isWalletAllowed ? "ready" : "not payable";
+}
+
+void listMachines(Session& session, const Search& search) {
+    const auto filter = filterOf(search);
+    const auto machines =
+        session.list<Machines>("Looking for machines", [&](Kavio& kavio) { kavio.getMachines(filter); });
+    Table table{{{"MACHINE", NUMBER}, {"ID", NUMBER}, {"NAME"}, {"OPERATOR"}, {"TYPE"}, {"PLACE"}, {"STATE"}}};
+    for (const auto& machine : machines) {
+        table.add({fmt::to_string(machine->kavioId), fmt::to_string(machine->id), machine->name.value_or(""),
+                   machine->operatorName.value_or(""), words(name(machine->type)), placeOf(*machine),
+                   stateOf(*machine)});
+    }
+    session.show(table, "No machines were found.");
+}
+
+void listProducts(Session& session, const std::string& code) {
+    const auto machine = machineNamed(session, code);
+    const auto products =
+        session.list<Products>("Asking for its products", [&](Kavio& kavio) { kavio.getMachineProducts(machine->id); });
+    Table table{{{"CODE", NUMBER}, {"NAME"}, {"DEPARTMENT"}, {"PRICE", NUMBER}, {"NOTE"}}};
+    for (const auto& product : products) {
+        table.add({product->codeInMap ? fmt::to_string(*product->codeInMap) : "", product->name.value_or(""),
+                   product->department.value_or(""), priceText(*product), product->vendOut ? "sold out" : ""});
+    }
+    session.show(table, fmt::format("{} lists no products.", titleOf(*machine)));
+}
+
+}  // namespace
+
+std::shared_ptr<const Machine> machineNamed(Session& session, const std::string& code) {
+    const auto filter = std::make_shared<const MachineFilter>(code);
+    const auto machines =
+        session.list<Machines>("Looking for the machine", [&](Kavio& kavio) { kavio.getMachines(filter); });
+    if (machines.size() == 1) return machines.front();
+    throw Failure(ExitStatus::REFUSED, machines.empty()
+                                           ? fmt::format("There is no machine {}.", printable(code))
+                                           : fmt::format("{} names {} machines.", printable(code), machines.size()));
+}
+
+std::string titleOf(const Machine& machine) {
+    const auto title = printable(machine.name.value_or(""));
+    return title.empty() ? fmt::format("machine {}", machine.kavioId) : title;
+}
+
+Command machinesCommand(CLI::App& program) {
+    auto* const line = program.add_subcommand("machines", "Find machines; without a choice those that you have used");
+    const auto search = std::make_shared<Search>();
+    auto* const code = line->add_option("--code", search->code, "The machine's code, or the text of its QR code");
+    auto* const serial =
+        line->add_option("--serial", search->serial, "Serial number of its payment device")->excludes(code);
+    auto* const near = line->add_option("--near", search->near, "Position in degrees, such as 48.14,11.58")
+                           ->type_name("LAT,LON")
+                           ->delimiter(',')
+                           ->expected(2)
+                           ->excludes(code)
+                           ->excludes(serial);
+    line->add_option("--radius", search->radius, "How far from the position")->needs(near);
+    line->add_option("--country", search->country, "Country of the position, such as DE")->needs(near);
+    line->add_option("--operator", search->operatorId, "Only machines of this operator");
+    line->add_option("--limit", search->limit, "At most so many machines");
+    return {line, [search](Session& session) { listMachines(session, *search); }};
+}
+
+Command productsCommand(CLI::App& program) {
+    auto* const line = program.add_subcommand("products", "List what a machine sells");
+    const auto code = std::make_shared<std::string>();
+    line->add_option("MACHINE", *code, "The machine's code, or the text of its QR code")->required();
+    return {line, [code](Session& session) { listProducts(session, *code); }};
+}
+
+}  // namespace kavio::wallet

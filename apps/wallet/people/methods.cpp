@@ -1,0 +1,88 @@
+#include "people/command.h"
+#include "people/money.h"
+#include "people/text.h"
+#include "people/wallet_methods.h"
+
+#include <memory>
+
+namespace kavio::wallet {
+
+namespace {
+
+using enum Column::Kind;
+
+std::string brandOf(const PaymentMethod& method) {
+    const auto* const card = dynamic_cast<const CreditCard*>(&method);
+    return card != nullptr ? card->brand : std::string{};
+}
+
+std::string balanceOf(const PaymentMethod& method) {
+    const auto* const card = dynamic_cast<const DepositCard*>(&method);
+    return card != nullptr ? balanceText(*card) : std::string{};
+}
+
+std::string noteOf(const PaymentMethod& method) {
+    const auto* const card = dynamic_cast<const PrepaidCard*>(&method);
+    return card != nullptr && !card->isActive ? "not active" : "";
+}
+
+void list(Session& session) {
+    const WalletMethods methods{session};
+    Table table{{{"NAME", EXACT}, {"NUMBER", EXACT}, {"BRAND"}, {"BALANCE", NUMBER}, {"NOTE"}}};
+    for (const auto& method : methods.all()) {
+        table.add({nameOf(*method), method->number, brandOf(*method), balanceOf(*method), noteOf(*method)});
+    }
+    session.show(table, "You have no payment methods.");
+}
+
+struct TopUp {
+    std::string amount;
+    std::string card;
+    std::string to = "wallet";
+};
+
+void topUp(Session& session, const TopUp& order) {
+    const WalletMethods methods{session};
+    const auto card = methods.depositNamed(order.to);
+    const auto charged = methods.named(nameOfCard(order.card));
+    const auto units = unitsOf(order.amount, *card);
+
+    const auto balance = session.fetch<std::optional<std::int64_t>>("Topping up", [&](Kavio& kavio) {
+        kavio.deposit(card, wholeUnits(units, card->currencyDecimalDigits), charged->id);
+    });
+    session.say(fmt::format("{} were added to {}.", moneyText(units, card->currencyDecimalDigits, card->currency),
+                            printable(order.to)));
+    if (balance) {
+        session.say(fmt::format("New balance: {}", moneyText(*balance, card->currencyDecimalDigits, card->currency)));
+    }
+}
+
+}  // namespace
+
+Command methodsCommand(CLI::App& program) {
+    auto* const line =
+        program.add_subcommand("methods", "List what you can pay with: wallet, credit and prepaid cards");
+    return {line, list};
+}
+
+Command removeCardCommand(CLI::App& program) {
+    auto* const line = program.add_subcommand("remove-card", "Remove a stored credit card");
+    const auto id = std::make_shared<std::string>();
+    line->add_option("ID", *id, "Which card, as `methods` names it")->required();
+    return {line, [id](Session& session) {
+                const auto card = WalletMethods{session}.named(nameOfCard(*id));
+                session.perform("Removing the card", [&](Kavio& kavio) { kavio.removeCard(card->id); });
+                session.say("The card was removed.");
+            }};
+}
+
+Command topUpCommand(CLI::App& program) {
+    auto* const line = program.add_subcommand("top-up", "Add money from a credit card to the wallet or a prepaid card");
+    const auto order = std::make_shared<TopUp>();
+    line->add_option("AMOUNT", order->amount, "How much, such as 12.50")->required();
+    line->add_option("--card", order->card, "Which credit card is charged, as `methods` names it")->required();
+    line->add_option("--to", order->to, "wallet or prepaid:ID (default: wallet)")->check(checkMethodName);
+    return {line, [order](Session& session) { topUp(session, *order); }};
+}
+
+}  // namespace kavio::wallet

@@ -1,0 +1,69 @@
+#include "money.h"
+
+#include "people/text.h"
+
+#include <fmt/format.h>
+#include <unicode/ucurr.h>
+#include <unicode/unistr.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <limits>
+
+namespace kavio::wallet {
+
+namespace {
+
+/// What the service says is not to be trusted with the length of a text.
+std::size_t sensible(std::int64_t digits) {
+    return static_cast<std::size_t>(std::clamp<std::int64_t>(digits, 0, std::numeric_limits<std::int64_t>::digits10));
+}
+
+}  // namespace
+
+std::int64_t digitsOf(std::string_view currency) {
+    auto problem = U_ZERO_ERROR;
+    const auto code = icu::UnicodeString::fromUTF8({currency.data(), static_cast<std::int32_t>(currency.size())});
+    const auto digits = currency.size() == 3
+                            ? ucurr_getDefaultFractionDigits(icu::UnicodeString(code).getTerminatedBuffer(), &problem)
+                            : 2;
+    return U_SUCCESS(problem) ? digits : 2;
+}
+
+std::string moneyText(std::int64_t amount, std::int64_t digits, std::string_view currency) {
+    const auto decimals = sensible(digits);
+    const bool isNegative = amount < 0;
+    auto text =
+        fmt::format("{:0{}}", isNegative ? 0 - static_cast<std::uint64_t>(amount) : static_cast<std::uint64_t>(amount),
+                    decimals + 1);
+    if (decimals > 0) text.insert(text.size() - decimals, ".");
+    return fmt::format("{}{} {}", isNegative ? "-" : "", text, printable(currency));
+}
+
+std::optional<std::int64_t> smallestUnits(std::string_view text, std::int64_t digits) {
+    const auto decimals = sensible(digits);
+    const auto point = std::min(text.find('.'), text.size());
+    std::string number{text.substr(0, point)};
+    const auto fraction = text.substr(std::min(point + 1, text.size()));
+    if (number.empty() || fraction.size() > decimals || text.ends_with('.')) return std::nullopt;
+    number.append(fraction).append(decimals - fraction.size(), '0');
+
+    if (!std::ranges::all_of(number, [](char c) { return c >= '0' && c <= '9'; })) return std::nullopt;
+    std::int64_t units = 0;
+    const auto read = std::from_chars(number.data(), number.data() + number.size(), units);
+    return read.ec == std::errc{} && units > 0 ? std::optional{units} : std::nullopt;
+}
+
+double wholeUnits(std::int64_t amount, std::int64_t digits) {
+    // `deposit` multiplies by ten, digit by digit, and cuts off: 19.99 would come out as 1998.
+    const auto deposited = [digits](double units) {
+        for (std::size_t i = 0; i < sensible(digits); ++i) units *= 10.0;
+        return std::trunc(units);
+    };
+    auto units = static_cast<double>(amount) / std::pow(10.0, static_cast<double>(sensible(digits)));
+    while (deposited(units) < static_cast<double>(amount)) units = std::nextafter(units, HUGE_VAL);
+    return units;
+}
+
+}  // namespace kavio::wallet

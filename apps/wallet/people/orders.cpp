@@ -1,0 +1,101 @@
+#include "json/dates.h"
+#include "people/command.h"
+#include "people/money.h"
+#include "people/text.h"
+
+#include <map>
+#include <memory>
+
+namespace kavio::wallet {
+
+namespace {
+
+using enum Column::Kind;
+
+const std::map<std::string, PaymentMethod::PaymentType> paymentTypes{
+    {"wallet", PaymentMethod::PaymentType::KAVIO},
+    {"card", PaymentMethod::PaymentType::CREDIT_CARD},
+    {"paypal", PaymentMethod::PaymentType::PAYPAL},
+    {"prepaid", PaymentMethod::PaymentType::PREPAID},
+};
+
+/// -1 stands for an amount that the service did not send.
+std::string amountText(std::int64_t amount, const Order& order) {
+    const auto currency = order.currency.value_or("");
+    return amount == -1 ? std::string{} : moneyText(amount, digitsOf(currency), currency);
+}
+
+void show(Session& session, const Orders& orders) {
+    Table table{{{"ORDER", NUMBER},
+                 {"DATE", EXACT},
+                 {"TYPE"},
+                 {"STATUS"},
+                 {"PAID WITH"},
+                 {"AMOUNT", NUMBER},
+                 {"ITEMS", NUMBER},
+                 {"BALANCE", NUMBER}}};
+    for (const auto& order : orders) {
+        table.add({order->id, localTime(order->date), order->type, words(name(order->status)), order->paymentSource,
+                   amountText(order->amount, *order), fmt::to_string(order->itemsCount),
+                   amountText(order->endingBalance, *order)});
+    }
+    session.show(table, "There are no orders.");
+}
+
+struct Search {
+    std::optional<std::int64_t> machineId;
+    std::optional<std::string> method;
+    std::optional<PaymentMethod::PaymentType> type;
+    std::optional<std::int64_t> limit;
+    std::optional<Date> before;
+
+    bool isEmpty() const { return !machineId && !method && !type && !limit && !before; }
+};
+
+void list(Session& session, const Search& search) {
+    const auto filter = search.isEmpty()
+                            ? nullptr
+                            : std::make_shared<const TransactionFilter>(search.machineId, search.method, search.type,
+                                                                        search.limit, search.before);
+    show(session, session.list<Orders>("Asking for your orders", [&](Kavio& kavio) { kavio.getTransactions(filter); }));
+}
+
+/// A day begins at midnight in UTC, as the dates of orders are compared.
+Date dateOf(const std::string& text) {
+    for (const auto* rest : {"", "T00:00:00.000Z"}) {
+        if (const auto date = dateFromIso(text + rest)) return *date;
+    }
+    throw CLI::ValidationError("--before", "'" + text + "' is not a date such as 2024-03-05");
+}
+
+}  // namespace
+
+Command orderCommand(CLI::App& program) {
+    auto* const line = program.add_subcommand("order", "Look up one order");
+    const auto id = std::make_shared<std::string>();
+    line->add_option("ID", *id, "The order's number")->required();
+    return {line, [id](Session& session) {
+                const auto order =
+                    session.fetch<OrderReport>("Looking the order up", [&](Kavio& kavio) { kavio.getOrder(*id); });
+                if (!order) throw Failure(ExitStatus::FAILED, "The service sent no order.");
+                show(session, {order});
+            }};
+}
+
+Command transactionsCommand(CLI::App& program) {
+    auto* const line = program.add_subcommand("transactions", "List your past orders");
+    const auto search = std::make_shared<Search>();
+    line->add_option("--machine", search->machineId, "Only at the machine of this ID");
+    line->add_option("--method", search->method, "Only paid with the payment method of this ID");
+    line->add_option_function<std::string>(
+            "--type", [search](const std::string& type) { search->type = paymentTypes.at(type); },
+            "Only paid with: wallet, card, paypal or prepaid")
+        ->check(CLI::IsMember(paymentTypes));
+    line->add_option("--limit", search->limit, "At most so many orders");
+    line->add_option_function<std::string>(
+        "--before", [search](const std::string& date) { search->before = dateOf(date); },
+        "Only before this date, such as 2024-03-05 or 2024-03-05T14:07:09.250Z");
+    return {line, [search](Session& session) { list(session, *search); }};
+}
+
+}  // namespace kavio::wallet

@@ -1,0 +1,73 @@
+#include "text.h"
+
+#include <kavio/platform/platform.h>
+
+#include <unicode/uchar.h>
+#include <unicode/unistr.h>
+
+#include <algorithm>
+#include <cctype>
+
+namespace kavio::wallet {
+
+namespace {
+
+/// Calls `visit` with each code point of the text; U+FFFD stands for bytes that are no UTF-8.
+template <class Visit>
+void forEachCodePoint(std::string_view text, Visit visit) {
+    const auto unicode = icu::UnicodeString::fromUTF8({text.data(), static_cast<std::int32_t>(text.size())});
+    for (std::int32_t i = 0; i < unicode.length(); i = unicode.moveIndex32(i, 1)) visit(unicode.char32At(i));
+}
+
+void append(std::string& text, UChar32 codePoint) { icu::UnicodeString(codePoint).toUTF8String(text); }
+
+std::size_t columnsOf(UChar32 codePoint) {
+    if (U_GET_GC_MASK(codePoint) & (U_GC_MN_MASK | U_GC_ME_MASK | U_GC_CF_MASK)) return 0;
+    const auto width = u_getIntPropertyValue(codePoint, UCHAR_EAST_ASIAN_WIDTH);
+    return width == U_EA_WIDE || width == U_EA_FULLWIDTH ? 2 : 1;
+}
+
+}  // namespace
+
+std::string printable(std::string_view text) {
+    std::string result;
+    forEachCodePoint(text, [&](UChar32 codePoint) {
+        // Controls move the cursor, format characters turn the direction of the text, separators break the line.
+        const bool isObeyed = U_GET_GC_MASK(codePoint) & (U_GC_CC_MASK | U_GC_CF_MASK | U_GC_ZL_MASK | U_GC_ZP_MASK);
+        append(result, isObeyed ? ' ' : codePoint);
+    });
+    return result;
+}
+
+std::size_t columnsOf(std::string_view text) {
+    std::size_t columns = 0;
+    forEachCodePoint(text, [&](UChar32 codePoint) { columns += columnsOf(codePoint); });
+    return columns;
+}
+
+std::string cutTo(std::size_t columns, std::string_view text) {
+    if (columnsOf(text) <= columns) return std::string{text};
+    std::string result;
+    std::size_t used = 1;  // the "…"
+    bool isFull = columns == 0;
+    forEachCodePoint(text, [&](UChar32 codePoint) {
+        used += columnsOf(codePoint);
+        isFull = isFull || used > columns;
+        if (!isFull) append(result, codePoint);
+    });
+    return columns == 0 ? result : result + "…";
+}
+
+std::string words(std::string_view enumerator) {
+    std::string result{enumerator};
+    std::ranges::transform(result, result.begin(), [](unsigned char letter) {
+        return letter == '_' ? ' ' : static_cast<char>(std::tolower(letter));
+    });
+    return result;
+}
+
+std::string localTime(Date date) {
+    return Platform::current().dateFormatter->format({"yyyy-MM-dd HH:mm", "en_US_POSIX", std::nullopt}, date);
+}
+
+}  // namespace kavio::wallet

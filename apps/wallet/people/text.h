@@ -1,0 +1,24 @@
+#pragma once
+
+#include <kavio/date.h>
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace kavio::wallet {
+
+/// The text without anything that a terminal would obey: what the service sends is shown, never executed.
+std::string printable(std::string_view text);
+
+/// How many columns of a terminal the text takes.
+std::size_t columnsOf(std::string_view text);
+/// At most `columns` wide; what is cut off is shown by "…".
+std::string cutTo(std::size_t columns, std::string_view text);
+
+/// The name of an enumerator as words: "HOT_DRINKS" as "hot drinks".
+std::string words(std::string_view enumerator);
+/// To the minute, in the user's own time zone.
+std::string localTime(Date date);
+
+}  // namespace kavio::wallet

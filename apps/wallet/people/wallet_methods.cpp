@@ -1,0 +1,71 @@
+#include "wallet_methods.h"
+
+#include "people/money.h"
+#include "people/text.h"
+
+#include <algorithm>
+
+namespace kavio::wallet {
+
+namespace {
+
+constexpr std::string_view walletName = "wallet";
+constexpr std::string_view cardPrefix = "card:";
+constexpr std::string_view prepaidPrefix = "prepaid:";
+
+}  // namespace
+
+WalletMethods::WalletMethods(Session& session)
+    : mMethods(session.list<PaymentMethods>("Asking for your payment methods",
+                                            [](Kavio& kavio) { kavio.getPaymentMethods(); })) {}
+
+std::shared_ptr<const PaymentMethod> WalletMethods::named(const std::string& name) const {
+    const auto found = std::ranges::find_if(mMethods, [&](const auto& method) { return nameOf(*method) == name; });
+    if (found != mMethods.end()) return *found;
+    throw Failure(ExitStatus::REFUSED,
+                  fmt::format("You have no {}. `kavio-wallet methods` lists what you have.", printable(name)));
+}
+
+std::shared_ptr<const DepositCard> WalletMethods::depositNamed(const std::string& name) const {
+    if (auto card = std::dynamic_pointer_cast<const DepositCard>(named(name))) return card;
+    throw Failure(ExitStatus::REFUSED, fmt::format("Money cannot be added to {}.", printable(name)));
+}
+
+std::shared_ptr<const DepositCard> WalletMethods::wallet() const { return depositNamed(std::string{walletName}); }
+
+std::string checkMethodName(const std::string& name) {
+    const bool isName = name == walletName || (name.starts_with(cardPrefix) && name.size() > cardPrefix.size()) ||
+                        (name.starts_with(prepaidPrefix) && name.size() > prepaidPrefix.size());
+    return isName ? std::string{} : fmt::format("'{}' is not wallet, card:ID or prepaid:ID", name);
+}
+
+std::string nameOf(const PaymentMethod& method) {
+    switch (method.type) {
+        case PaymentMethod::PaymentType::KAVIO:
+            return std::string{walletName};
+        case PaymentMethod::PaymentType::CREDIT_CARD:
+            return fmt::format("{}{}", cardPrefix, method.id);
+        case PaymentMethod::PaymentType::PREPAID:
+            return fmt::format("{}{}", prepaidPrefix, method.id);
+        case PaymentMethod::PaymentType::PAYPAL:
+        case PaymentMethod::PaymentType::UNKNOWN:
+            break;
+    }
+    return fmt::format("{}:{}", words(name(method.type)), method.id);
+}
+
+std::string nameOfCard(const std::string& nameOrId) {
+    return nameOrId.starts_with(cardPrefix) ? nameOrId : fmt::format("{}{}", cardPrefix, nameOrId);
+}
+
+std::int64_t unitsOf(const std::string& amount, const DepositCard& card) {
+    if (const auto units = smallestUnits(amount, card.currencyDecimalDigits)) return *units;
+    throw Failure(ExitStatus::REFUSED, fmt::format("'{}' is no amount, such as {}.", printable(amount),
+                                                   moneyText(1250, card.currencyDecimalDigits, card.currency)));
+}
+
+std::string balanceText(const DepositCard& card) {
+    return moneyText(card.balance, card.currencyDecimalDigits, card.currency);
+}
+
+}  // namespace kavio::wallet

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "people/session.h"
+
+#include <kavio/payment_method.h>
+
+#include <memory>
+#include <string>
+
+namespace kavio::wallet {
+
+/// What can be paid with, as the service lists it now.
+class WalletMethods {
+public:
+    explicit WalletMethods(Session& session);
+
+    const PaymentMethods& all() const { return mMethods; }
+
+    /// "wallet", "card:ID" or "prepaid:ID"; throws `Failure` for one that is not there.
+    std::shared_ptr<const PaymentMethod> named(const std::string& name) const;
+    /// The same, of those that money can be added to.
+    std::shared_ptr<const DepositCard> depositNamed(const std::string& name) const;
+    /// Throws `Failure` when there is none.
+    std::shared_ptr<const DepositCard> wallet() const;
+
+private:
+    PaymentMethods mMethods;
+};
+
+/// Empty for "wallet", "card:ID" and "prepaid:ID", else what is wrong: a check for the command line.
+std::string checkMethodName(const std::string& name);
+
+/// How the commands name a method.
+std::string nameOf(const PaymentMethod& method);
+/// The name of a credit card, which the user may have given without "card:".
+std::string nameOfCard(const std::string& nameOrId);
+
+/// The amount that the user wrote, in the smallest unit of the card's currency; throws `Failure` for what is no amount.
+std::int64_t unitsOf(const std::string& amount, const DepositCard& card);
+
+/// What is left on it, such as "12.50 EUR".
+std::string balanceText(const DepositCard& card);
+
+}  // namespace kavio::wallet

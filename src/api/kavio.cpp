@@ -1,0 +1,55 @@
+#include <kavio/kavio.h>
+
+#include "api/state.h"
+#include "network/environments.h"
+#include "util/auxiliary.h"
+
+namespace kavio {
+namespace {
+
+ApiType serviceOf(Kavio::EnvironmentType environment) {
+    switch (environment) {
+        case Kavio::EnvironmentType::TEST: return ApiType::ApiQA2;
+        case Kavio::EnvironmentType::TESTS: return ApiType::ApiQA2Stable;
+        case Kavio::EnvironmentType::PROD: return ApiType::ApiProduction;
+    }
+    return ApiType::ApiProduction;
+}
+
+}  // namespace
+
+std::optional<Kavio::EnvironmentType> Kavio::environmentType(std::int64_t rawValue) {
+    if (rawValue < 0 || rawValue > static_cast<std::int64_t>(EnvironmentType::PROD)) return std::nullopt;
+    return static_cast<EnvironmentType>(rawValue);
+}
+
+Kavio::Kavio(std::weak_ptr<KavioDelegate> delegate, std::string apiKey, EnvironmentType environment)
+    : mState(std::make_shared<State>(std::move(delegate))) {
+    auto& store = *mState->mKavioUserDefaults->defualt;
+    store.set(keys::apiKey, std::move(apiKey));
+    const auto service = serviceOf(environment);
+    if (service != currentApiType()) store.set(keys::serviceName, std::string(name(service)));
+}
+
+// A handler may be running right now, further up the stack, and keep the state for a moment longer.
+Kavio::~Kavio() { mState->mDelegate.reset(); }
+
+std::optional<std::string> Kavio::getVersion() const { return Auxiliary::version(); }
+
+std::optional<std::string> Kavio::getBuild() const { return Auxiliary::build(); }
+
+void Kavio::release(const void* caller) {
+    mState->release(caller == this ? mState.get() : caller);
+    mState->mIsBusy = false;
+    mState->mDelegate.reset();
+}
+
+ResultType Kavio::State::resultType(std::int64_t status) {
+    if (status == 401) return ResultType::ACCESS_DENIED;
+    if (status == 400) return ResultType::BAD_INPUT;
+    if (status == statusNoConnection) return ResultType::NETWORK_FAILED;
+    if (status >= 500 && status <= 599) return ResultType::SERVER_ERROR;
+    return ResultType::FAILURE;
+}
+
+}  // namespace kavio

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "models/campaign_model.h"
+#include "models/json/json_value.h"
+#include "models/order_vocabulary.h"
+#include "models/replies.h"
+
+#include <kavio/date.h>
+#include <kavio/order.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kavio {
+
+/// Reply to placing an order or asking for one: the order wrapped as "order".
+struct OrderModel {
+    std::optional<std::string> address;
+    std::optional<std::int64_t> amount;
+    std::optional<std::string> city;
+    std::optional<std::string> country;  // name of the region in the user's language
+    std::optional<std::string> countryCode;
+    std::optional<std::string> currency;
+    std::string orderId;
+    OrderStatus status = OrderStatus::unknown;
+    std::optional<std::int64_t> userAmount;
+    std::optional<std::int64_t> revalueAmount;
+    std::optional<std::string> machineName;
+    std::optional<std::int64_t> machineType;
+    PaymentProcessorType paymentProcessorType = PaymentProcessorType::unknown;
+    std::optional<std::string> paymentLabel;
+    OrderTypeStrings orderType = OrderTypeStrings::vending;
+    std::optional<std::vector<JsonObject>> items;
+    std::optional<std::string> prepaidCardId;
+    std::optional<std::string> prepaidCardIssuer;
+    std::optional<std::string> prepaidCardReference;
+    std::optional<std::string> externalPaymentReference;
+    std::optional<std::int64_t> prepaidDepositCardId;
+    std::optional<std::string> issuer;
+    std::optional<FeedbackType> feedbackType;
+    std::int64_t orderItemsCount = 0;
+    std::int64_t chargedAmount = 0;
+    std::optional<std::string> externalCampaignID;
+    std::optional<std::int64_t> punchesOnPunch;
+    std::optional<std::int64_t> totalPunches;
+    std::vector<JsonObject> orderItems;
+    Date dateCreated;
+    std::int64_t endingBalance = -1;
+    std::optional<LookAndFeelModel> lookAndFeel;
+    std::optional<OrderMachineReviewModel> machineReview;
+    static OrderModel decode(const KeyedContainer& in);
+    /// From the inner object.
+    static OrderModel decodeOrder(const KeyedContainer& order);
+};
+
+/// An order together with the text of a QR code.
+struct OrderModelResponse {
+    OrderModel orderModel;
+    std::optional<std::string> qr;
+    static OrderModelResponse decode(const KeyedContainer& in);
+};
+
+std::shared_ptr<const Order> publicObject(OrderModel model);
+
+}  // namespace kavio

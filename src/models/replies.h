@@ -1,0 +1,82 @@
+#pragma once
+
+#include <kavio/date.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace kavio {
+
+class KeyedContainer;
+
+/// One user's review of a machine.
+struct MachineReviewModel {
+    std::optional<std::string> userName;
+    std::string createdDT;
+    std::string updatedDT;
+    std::optional<bool> accountReview;
+    std::uint32_t machineRating = 0;
+    std::string machineReview;
+    static MachineReviewModel decode(const KeyedContainer& in);
+};
+
+/// The reviews of an order's machine in short.
+struct OrderMachineReviewModel {
+    std::uint32_t reviewsCount = 0;
+    float reviewsAvg = 0;
+    std::optional<bool> accountReview;
+    static OrderMachineReviewModel decode(const KeyedContainer& in);
+};
+
+struct PurchaseGameResponse {
+    bool ok = false;
+    std::int64_t winAmount = 0;
+    static PurchaseGameResponse decode(const KeyedContainer& in);
+};
+
+struct CheckGeoIPResponse {
+    std::string isoCode;
+    static CheckGeoIPResponse decode(const KeyedContainer& in);
+};
+
+struct PrepaidCreateVirtualCardResponse {
+    std::optional<std::string> token;
+    static PrepaidCreateVirtualCardResponse decode(const KeyedContainer& in);
+};
+
+struct PrepaidCreatePhysicalCardResponse {
+    std::optional<std::int64_t> id;
+    static PrepaidCreatePhysicalCardResponse decode(const KeyedContainer& in);
+};
+
+struct PrepaidGetPhysicalCreationResponse {};
+
+/// Reply that only acknowledges.
+struct BasicResponse {
+    bool ok = false;
+    std::optional<std::string> result;
+    static BasicResponse decode(const KeyedContainer& in);
+};
+
+/// Body of a reply that reports an error.
+struct ErrorKeys {
+    std::string message;
+    static ErrorKeys decode(const KeyedContainer& in);
+};
+
+/// The extended form of such a body.
+struct ErrorModel {
+    std::optional<std::string> message;
+    std::optional<std::string> code;
+    static ErrorModel decode(const KeyedContainer& in);
+};
+
+/// The service's clock. The device's own time stands in for whatever cannot be read.
+struct ServerTimeResponse {
+    Date expireTime;
+    Date serverTime;
+    static ServerTimeResponse decode(const KeyedContainer& in);
+};
+
+}  // namespace kavio

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "models/json/json_types.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace kavio {
+
+class KeyedContainer;
+
+/// Names a machine, by its identifier or by the text of a QR code.
+struct MachineByValueModel {
+    std::optional<std::uint64_t> machineId;
+    std::optional<std::string> qrScan;
+    std::optional<std::string> qrNumber;
+    static MachineByValueModel decode(const KeyedContainer& in);
+    JsonObject encode() const;
+};
+
+/// The parameters of a purchase, with where it was made.
+struct PlaceOrderModel {
+    std::optional<std::int64_t> amount;
+    std::optional<std::string> tokenLocator;
+    std::optional<std::int64_t> prepaidCardId;
+    std::optional<std::string> payPalMetadataId;
+    std::optional<double> longitude;
+    std::optional<double> latitude;
+    std::optional<double> accuracy;
+    std::optional<std::string> address;
+    std::optional<std::string> city;
+    std::optional<std::string> country;
+    std::optional<std::string> zipcode;
+    std::optional<std::string> streetNumber;
+    std::optional<bool> isQR;
+    static PlaceOrderModel decode(const KeyedContainer& in);
+    JsonObject encode() const;
+};
+
+}  // namespace kavio

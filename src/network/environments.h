@@ -1,0 +1,35 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace kavio {
+
+/// The deployments of the service, and three outside services. The order is the index.
+enum class ApiType {
+    ApiProduction,
+    ApiQA1,
+    ApiQA2,
+    ApiQA3,
+    ApiQA4,
+    ApiKavioIL,
+    ApiKavioDE,
+    geoIPApi,
+    mapsGoogleApi,
+    binlistApi,
+    ApiQA2Stable,
+};
+
+/// The case's name, which is what the store keeps.
+std::string_view name(ApiType type);
+/// The case's base URL, without a trailing "/".
+std::string_view urlString(ApiType type);
+
+/// The service that the store names; production when it names none.
+ApiType currentApiType();
+
+struct NetworkConfiguration {
+    std::string baseURL{urlString(ApiType::ApiProduction)};
+};
+
+}  // namespace kavio

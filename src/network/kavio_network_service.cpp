@@ -1,0 +1,185 @@
+#include "network/kavio_network_service.h"
+
+#include <kavio/platform/platform.h>
+
+#include <fstream>
+#include <iterator>
+#include <utility>
+
+#include "network/payload.h"
+#include "network/response_classification.h"
+#include "network/url_request.h"
+#include "storage/kavio_user_defaults.h"
+#include "util/kavio_utils.h"
+#include "util/shared_instance.h"
+#include "util/trace.h"
+
+namespace kavio {
+namespace {
+
+constexpr const char* traceTag = "KavioNetworkService";
+constexpr const char* fallbackApiKey = "529qtx";
+
+RawResult failed(APIError error, std::int64_t status, std::optional<std::string> message = std::nullopt) {
+    return RawResult::failed({error, status, std::move(message), std::nullopt});
+}
+
+HeaderFields serviceHeaders(const std::optional<std::string>& token) {
+    HeaderFields headers{
+        {"X-Zelto-Wallet-Api-Key", KavioUserDefaults::shared()->defualt->string(keys::apiKey).value_or(fallbackApiKey)},
+        {"Content-Type", "application/json; charset=utf-8"},
+        {"lang", Platform::current().locale->languageCode().value_or("en")},
+    };
+    if (token) headers.emplace_back("X-Zelto-Wallet-Session-Token", *token);
+    return headers;
+}
+
+std::optional<std::string> readFile(const std::filesystem::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    if (!in) return std::nullopt;
+    std::string bytes{std::istreambuf_iterator<char>(in), {}};
+    return in.bad() ? std::nullopt : std::optional(std::move(bytes));
+}
+
+// What a status comes to once a host's error handler has given its message.
+APIFailure handledStatus(int status, const std::optional<std::string>& body, std::optional<std::string> message) {
+    if (status == 417) return refusedSignature();
+    if (status == 488 && body) {
+        const auto model = decodedOrNone<ErrorModel>(*body).value_or(ErrorModel{});
+        return {APIError::responseUnsuccessful, status, model.message, model.code};
+    }
+    if (!message && body) message = errorMessage(*body);
+    return {APIError::responseUnsuccessful, status, std::move(message), std::nullopt};
+}
+
+// A download whose reply was lost after its head had arrived: the status is known, the body is not.
+APIFailure lostReply(int status, const UrlError& error) {
+    switch (status) {
+        case 401:
+        case 406:
+        case 417:
+        case 426: return classifyStatus(status, std::nullopt);
+        case 488: return {APIError::responseUnsuccessful, status, error.description, std::nullopt};
+        default: return {APIError::jsonConversionFailure, status, std::nullopt, std::nullopt};
+    }
+}
+
+}  // namespace
+
+std::shared_ptr<KavioNetworkService> KavioNetworkService::shared() { return sharedInstance<KavioNetworkService>(); }
+
+void KavioNetworkService::send(APIRequestPtr request, RawCompletion completion) {
+    Platform::current().urlSession->dataTask(
+        prepare(*request),
+        [weak = weak_from_this(), completion = std::move(completion)](std::variant<UrlReply, UrlError> outcome) {
+            if (const auto* error = std::get_if<UrlError>(&outcome)) return finish(weak, *error, completion);
+            auto& reply = std::get<UrlReply>(outcome);
+            finish(weak, {reply.status, std::move(reply.body)}, completion);
+        });
+}
+
+void KavioNetworkService::sendInBackground(APIRequestPtr request, RawCompletion completion) {
+    auto& session = *Platform::current().backgroundUrlSession;
+    session.onEventsDelivered([weak = weak_from_this()] {
+        if (const auto self = weak.lock()) self->backgroundEventsDelivered();
+    });
+    session.downloadTask(
+        prepare(*request),
+        [weak = weak_from_this(), completion = std::move(completion)](std::variant<DownloadReply, UrlError> outcome) {
+            if (const auto* error = std::get_if<UrlError>(&outcome)) {
+                if (!error->status) return finish(weak, *error, completion);
+                return completion(RawResult::failed(lostReply(*error->status, *error)));
+            }
+            const auto& reply = std::get<DownloadReply>(outcome);
+            auto body = readFile(reply.file);
+            if (!body) return completion(failed(APIError::jsonConversionFailure, reply.status));
+            finish(weak, {reply.status, std::move(body)}, completion);
+        });
+}
+
+UrlRequest KavioNetworkService::prepare(const APIRequestProtocol& request) {
+    const std::string baseURL{urlString(currentApiType())};
+    const auto endpoint = request.endpoint();
+    const auto url = request.url().value_or(appendingPathComponent(baseURL, endpoint));
+    const auto params = request.params();
+    const bool inQuery = request.encoding() == ParameterEncoding::path;
+
+    auto urlRequest = buildURLRequest(url, params, inQuery);
+    urlRequest.method = request.method();
+    urlRequest.idempotency = request.idempotency();
+    urlRequest.headers = request.headers().value_or(serviceHeaders(request.token()));
+    urlRequest.headers.emplace_back("X-Zelto-Sign", KavioUtils::signRequest(urlRequest.url, urlRequest.body.value_or("")));
+
+    note([&](LastExchange& last) {
+        last.url = url;
+        last.method = request.method();
+        last.request = urlRequest.url;
+        last.requestName = request.requestName();
+        last.networkConfiguration.baseURL = baseURL;
+    });
+    trace(traceTag, [&] { return "REQUEST[" + request.requestName() + "]: " + std::string(request.method()); });
+    return urlRequest;
+}
+
+void KavioNetworkService::finish(const std::weak_ptr<KavioNetworkService>& transport, const UrlError& error,
+                                 const RawCompletion& completion) {
+    auto failure = connectionFailure(error);
+    const auto self = transport.lock();
+    const auto handler = self ? self->errorHandler() : nullptr;
+    if (!handler) return completion(RawResult::failed(std::move(failure)));
+    handler->handle({}, [completion, status = failure.status](APIError handled, std::optional<std::string> message) {
+        completion(failed(handled, status, std::move(message)));
+    });
+}
+
+void KavioNetworkService::finish(const std::weak_ptr<KavioNetworkService>& transport, Reply reply,
+                                 const RawCompletion& completion) {
+    const auto self = transport.lock();
+    if (self) self->note([&](LastExchange& last) { last.status = reply.status; });
+    if (reply.status == 200) {
+        if (!reply.body) return completion(failed(APIError::invalidData, reply.status));
+        if (self) self->note([&](LastExchange& last) { last.response = *reply.body; });
+        return completion(RawResult::success(std::move(reply.body)));
+    }
+    const auto handler = self ? self->errorHandler() : nullptr;
+    if (!handler) return completion(RawResult::failed(classifyStatus(reply.status, reply.body)));
+    const UrlReply seen{reply.status, {}, reply.body};
+    handler->handle(seen, [completion, reply = std::move(reply)](APIError, std::optional<std::string> message) {
+        completion(RawResult::failed(handledStatus(reply.status, reply.body, std::move(message))));
+    });
+}
+
+void KavioNetworkService::backgroundEventsDelivered() {
+    Platform::current().mainQueue->post([weak = weak_from_this()] {
+        const auto self = weak.lock();
+        if (!self) return;
+        std::function<void()> handler;
+        {
+            const std::lock_guard lock(self->mMutex);
+            handler = std::exchange(self->mSavedBackgroundCompletionHandler, nullptr);
+        }
+        if (handler) handler();
+    });
+}
+
+void KavioNetworkService::setErrorHandler(std::shared_ptr<NetworkServiceErrorHandler> errorHandler) {
+    const std::lock_guard lock(mMutex);
+    mErrorHandler = std::move(errorHandler);
+}
+
+std::shared_ptr<NetworkServiceErrorHandler> KavioNetworkService::errorHandler() const {
+    const std::lock_guard lock(mMutex);
+    return mErrorHandler;
+}
+
+void KavioNetworkService::setSavedBackgroundCompletionHandler(std::function<void()> handler) {
+    const std::lock_guard lock(mMutex);
+    mSavedBackgroundCompletionHandler = std::move(handler);
+}
+
+KavioNetworkService::LastExchange KavioNetworkService::lastExchange() const {
+    const std::lock_guard lock(mMutex);
+    return mLast;
+}
+
+}  // namespace kavio

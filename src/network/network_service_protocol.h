@@ -1,0 +1,36 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "network/api_request.h"
+#include "network/api_result.h"
+
+namespace kavio {
+
+/// How a request ended before its body is decoded.
+using RawResult = APIResult<std::string>;
+using RawCompletion = std::function<void(RawResult)>;
+
+/// Sends requests. A completion is called exactly once, on a thread of the session's own, and never before the call has
+/// returned.
+class NetworkServiceProtocol {
+public:
+    virtual ~NetworkServiceProtocol() = default;
+    virtual void send(APIRequestPtr request, RawCompletion completion) = 0;
+    /// As `send`, on a session that waits for connectivity and sends at most once.
+    virtual void sendInBackground(APIRequestPtr request, RawCompletion completion) = 0;
+};
+
+/// Takes over the classification of failures where a host installs one.
+class NetworkServiceErrorHandler {
+public:
+    using Completion = std::function<void(APIError error, std::optional<std::string> message)>;
+
+    virtual ~NetworkServiceErrorHandler() = default;
+    /// `response` is empty for a request that got no reply. Calls `completion` once, on any thread.
+    virtual void handle(const UrlReply& response, Completion completion) = 0;
+};
+
+}  // namespace kavio

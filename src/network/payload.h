@@ -1,0 +1,54 @@
+#pragma once
+
+#include "models/json/decoding_error.h"
+#include "models/json/document.h"
+#include "network/network_service_protocol.h"
+#include "util/trace.h"
+
+#include <kavio/platform/platform.h>
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+namespace kavio {
+
+/// The decoded body; absent for the JSON text `null` and for a body that is no `T`.
+template <class T>
+std::optional<T> decodedOrNone(std::string_view body) {
+    try {
+        return decodeDocument<T>(body);
+    } catch (const DecodingError&) {
+        return std::nullopt;
+    }
+}
+
+/// The typed outcome of a request. The one place where a decoding error ends.
+template <class T>
+APIResult<T> decoded(RawResult raw) {
+    if (!raw) return APIResult<T>::failed(raw.failure());
+    if constexpr (std::is_same_v<T, std::string>) {
+        return raw;
+    } else {
+        if (!raw.payload()) return APIResult<T>::success(std::nullopt);
+        try {
+            return APIResult<T>::success(decodeDocument<T>(*raw.payload()));
+        } catch (const DecodingError& error) {
+            trace("KavioNetworkService",
+                  [&] { return "failed to parse a reply, error: " + std::string(error.what()); });
+            return APIResult<T>::failed({APIError::jsonConversionFailure, 400, std::nullopt, std::nullopt});
+        }
+    }
+}
+
+/// Decodes on the thread that brings the reply, and completes on the main queue.
+template <class T>
+RawCompletion decodePayload(Completion<T> completion) {
+    return [completion = std::move(completion)](RawResult raw) {
+        auto result = std::make_shared<APIResult<T>>(decoded<T>(std::move(raw)));
+        Platform::current().mainQueue->post([completion, result] { completion(std::move(*result)); });
+    };
+}
+
+}  // namespace kavio

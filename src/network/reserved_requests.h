@@ -1,0 +1,148 @@
+#pragma once
+
+#include "models/account_model.h"
+#include "models/payment_model.h"
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+
+/// Calls of the service that no operation of the library makes. Their inputs are settled; their paths and parameters
+/// are not, so they are records and no requests yet.
+namespace kavio {
+
+struct AddPayPalLocatorRequest {
+    std::string requestName;
+    std::string token;
+    std::string key;
+    std::string paypalAuthorizationResponse;
+};
+
+struct PurchaseGameRequest {
+    std::string requestName;
+    std::string token;
+    std::int64_t orderId;
+    std::int64_t winPercent;
+};
+
+struct FeedbackRequest {
+    std::string requestName;
+    std::optional<std::int64_t> alertType;
+    std::optional<std::string> token;
+    std::optional<std::string> name;
+    std::optional<std::string> email;
+    std::optional<std::string> subject;
+    std::optional<std::string> subType;
+    std::optional<std::string> description;
+    std::optional<std::int64_t> kavioId;
+    std::optional<std::string> orderId;
+    std::optional<std::int64_t> locatorId;
+    std::optional<std::int64_t> prepaidCardId;
+    std::optional<std::map<std::string, std::string>> dataFields;
+};
+
+struct PrepaidChangeStatusRequest {
+    std::string requestName;
+    std::string token;
+    std::int64_t prepaidId;
+    CardStatus prepaidStatus;
+};
+
+struct PurchaseCancelRequest {
+    std::string requestName;
+    std::string token;
+    std::string orderId;
+};
+
+struct VoucherByCampaignIdRequest {
+    std::string requestName;
+    std::string token;
+    std::string campaignId;
+};
+
+struct MachinesReviewGetRequest {
+    std::string requestName;
+    std::string token;
+    std::int64_t machineId;
+    std::string maxUpdatedDT;
+    std::int64_t limit;
+    bool isByAccount;
+};
+
+struct MachinesReviewPostRequest {
+    std::string requestName;
+    std::string token;
+    std::int64_t machineId;
+    std::int64_t machineRating;
+    std::string machineReview;
+};
+
+struct MachinesReviewDeleteRequest {
+    std::string requestName;
+    std::string token;
+    std::int64_t machineId;
+};
+
+struct PutAccountReuqest {
+    std::string requestName;
+    std::string token;
+    std::optional<std::string> firstName;
+    std::optional<std::string> lastName;
+    std::optional<std::string> email;
+    std::optional<bool> marketingConfirmation;
+    std::optional<std::int64_t> gamificationTotalGamePlayed;
+    std::optional<std::int64_t> gamificationHighScore;
+    std::optional<std::int64_t> gamificationTotalAmountOfCashback;
+    std::optional<AppData> appData;
+};
+
+struct PutMachineByAccount {
+    std::string requestName;
+    std::int64_t machineId;
+    std::string customLabel;
+    bool isFavorite;
+    std::string token;
+};
+
+struct DeleteMachineRequest {
+    std::string requestName;
+    std::string mToken;
+    std::string mMachine;
+};
+
+struct CheckGeoIPRequest {
+    std::string requestName;
+};
+
+struct SendMachineCodeRequest {
+    std::string requestName;
+    std::string machineCode;
+    std::string lat;
+    std::string lng;
+    std::string token;
+};
+
+struct PrepaidCreateVirtualCardRequest {
+    std::string requestName;
+    std::string token;
+    std::string machineCode;
+    std::string firstName;
+    std::string lastName;
+    std::string email;
+};
+
+struct PrepaidCreatePhsyicalCardRequest {
+    std::string requestName;
+    std::string token;
+    std::string machineCode;
+};
+
+struct PrepaidReplacePhysicalCardRequest {
+    std::string requestName;
+    std::string token;
+    std::string machineCode;
+    std::string cardID;
+};
+
+}  // namespace kavio

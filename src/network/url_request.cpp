@@ -1,0 +1,84 @@
+#include "network/url_request.h"
+
+namespace kavio {
+namespace {
+
+constexpr std::string_view pathCharacters = "!$&'()*+,-./:;=@_~";
+constexpr std::string_view queryCharacters = "!$&'()*+,-./:;=?@_~";
+
+bool isAsciiLetterOrDigit(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+}
+
+std::string percentEscaped(std::string_view text, std::string_view allowed) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string escaped;
+    escaped.reserve(text.size());
+    for (const char c : text) {
+        if (isAsciiLetterOrDigit(c) || allowed.find(c) != std::string_view::npos) {
+            escaped += c;
+        } else {
+            const auto byte = static_cast<unsigned char>(c);
+            escaped += {'%', digits[byte >> 4U], digits[byte & 0xFU]};
+        }
+    }
+    return escaped;
+}
+
+// A text as it is, anything else as JSON writes it: digits, true, false.
+std::string plainDescription(const JsonValue& value) {
+    return value.is_string() ? value.get<std::string>() : value.dump();
+}
+
+}  // namespace
+
+std::string appendingPathComponent(std::string_view base, std::string_view component) {
+    while (base.ends_with('/')) base.remove_suffix(1);
+    while (component.starts_with('/')) component.remove_prefix(1);
+    return std::string(base) + "/" + percentEscaped(component, pathCharacters);
+}
+
+std::string settingQuery(std::string_view url, std::string_view query) {
+    const auto fragmentAt = std::min(url.find('#'), url.size());
+    const auto head = url.substr(0, std::min(url.find('?'), fragmentAt));
+    return std::string(head) + "?" + percentEscaped(query, queryCharacters) + std::string(url.substr(fragmentAt));
+}
+
+std::string queryText(const std::optional<JsonObject>& params) {
+    std::string text;
+    if (!params) return text;
+    for (const auto& [key, value] : *params) {
+        if (!text.empty()) text += '&';
+        text += key + "=" + plainDescription(value);
+    }
+    return text;
+}
+
+bool isUrl(std::string_view text) {
+    const auto schemeEnd = text.find(':');
+    if (schemeEnd == std::string_view::npos || schemeEnd == 0 || schemeEnd + 1 == text.size()) return false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        const bool inScheme = i < schemeEnd;
+        if (!isAsciiLetterOrDigit(c) &&
+            (inScheme ? std::string_view("+-.") : std::string_view("!#$%&'()*+,-./:;=?@[]_~")).find(c) ==
+                std::string_view::npos) {
+            return false;
+        }
+    }
+    return true;
+}
+
+UrlRequest buildURLRequest(std::string_view url, const std::optional<JsonObject>& params, bool inQuery) {
+    UrlRequest request;
+    request.timeout = REQUEST_TIMEOUT;
+    if (inQuery) {
+        request.url = settingQuery(url, queryText(params));
+    } else {
+        request.url = std::string(url);
+        if (params && !params->empty()) request.body = serialise(*params);
+    }
+    return request;
+}
+
+}  // namespace kavio

@@ -1,0 +1,49 @@
+#include "repositories/machine_repository.h"
+
+#include <utility>
+
+namespace kavio {
+
+void MachineRepository::machines(MachineQuery query, Completion<std::vector<MachineModel>> completion) {
+    const bool single = query.kavioMachineId || query.qr_scan || query.qr_number;
+    {
+        const std::lock_guard lock(mMutex);
+        mLastMachineResponse.reset();
+        mLastMachineRequest.reset();
+        if (single) mLastMachineRequest = MachineByValueModel{query.kavioMachineId, query.qr_scan, query.qr_number};
+    }
+    MachineService::machines(std::move(query), [weak = weak_from_this(), completion = std::move(completion)](
+                                                   APIResult<std::vector<MachineModel>> reply) {
+        if (const auto self = weak.lock(); self && reply) {
+            const std::lock_guard lock(self->mMutex);
+            const bool found = reply.payload() && !reply.payload()->empty();
+            if (self->mLastMachineRequest) {
+                self->mLastMachineResponse = found ? std::optional(reply.payload()->front()) : std::nullopt;
+            }
+        }
+        completion(std::move(reply));
+    });
+}
+
+bool MachineRepository::machinesByCode(const std::string& text, std::int64_t limit,
+                                       std::optional<std::int64_t> operatorId,
+                                       Completion<std::vector<MachineModel>> completion) {
+    auto query = machineQueryForCode(text);
+    if (!query) return false;
+    query->limit = limit;
+    query->operatorId = operatorId;
+    machines(*std::move(query), std::move(completion));
+    return true;
+}
+
+std::optional<MachineByValueModel> MachineRepository::lastMachineRequest() const {
+    const std::lock_guard lock(mMutex);
+    return mLastMachineRequest;
+}
+
+std::optional<MachineModel> MachineRepository::lastMachineResponse() const {
+    const std::lock_guard lock(mMutex);
+    return mLastMachineResponse;
+}
+
+}  // namespace kavio

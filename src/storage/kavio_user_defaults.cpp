@@ -1,0 +1,60 @@
+#include "storage/kavio_user_defaults.h"
+
+#include "models/account_model.h"
+#include "models/json/json_value.h"
+#include "util/shared_instance.h"
+#include "util/trace.h"
+
+#include <kavio/platform/platform.h>
+#include <kavio/user_defaults.h>
+
+namespace kavio {
+namespace {
+
+// Hosts that set the same "KavioKey" share a suite; hosts with different ones do not.
+std::string suiteName() {
+    return "group.KavioSdkUserDefaults-" +
+           Platform::current().mainBundle->informationText("KavioKey").value_or("KavioE");
+}
+
+std::shared_ptr<KeyValueStore> openStore() {
+    auto& stores = *Platform::current().keyValueStores;
+    auto suite = stores.suite(suiteName());
+    return suite ? suite : stores.standard();
+}
+
+}  // namespace
+
+std::shared_ptr<KavioUserDefaults> KavioUserDefaults::shared() { return sharedInstance<KavioUserDefaults>(); }
+
+KavioUserDefaults::KavioUserDefaults() : defualt(openStore()) {}
+
+void KavioUserDefaults::saveAccount(const std::optional<AccountModel>& account) {
+    if (!account) {
+        defualt->remove(keys::account);
+        return;
+    }
+    const auto encoded = serialise(account->encode());
+    if (!encoded) {
+        trace("KavioUserDefaults", [] { return std::string("Error in saving account: it cannot be written as JSON"); });
+        return;
+    }
+    defualt->set(keys::account, Bytes(encoded->begin(), encoded->end()));
+}
+
+void KavioUserDefaults::setServerExpiredTime(std::optional<Date> date) {
+    if (date) {
+        defualt->set(keys::serverExpiredTime, *date);
+    } else {
+        defualt->remove(keys::serverExpiredTime);
+    }
+}
+
+Date KavioUserDefaults::getDate(std::string_view key) const {
+    const auto stored = defualt->date(key);
+    return stored ? *stored : Platform::current().clock->now();
+}
+
+std::shared_ptr<KeyValueStore> userDefaults() { return KavioUserDefaults::shared()->defualt; }
+
+}  // namespace kavio

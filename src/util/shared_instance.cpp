@@ -1,0 +1,36 @@
+#include "util/shared_instance.h"
+
+#include <map>
+#include <mutex>
+
+namespace kavio {
+namespace {
+
+struct Registry {
+    std::recursive_mutex mutex;
+    std::map<std::type_index, std::shared_ptr<void>> instances;
+};
+
+// Never destroyed: a reply may still arrive while the program's statics go.
+Registry& registry() {
+    static auto* instance = new Registry;
+    return *instance;
+}
+
+}  // namespace
+
+std::shared_ptr<void> detail::sharedInstance(std::type_index type, const std::function<std::shared_ptr<void>()>& make) {
+    auto& [mutex, instances] = registry();
+    const std::lock_guard lock(mutex);
+    if (const auto found = instances.find(type); found != instances.end()) return found->second;
+    auto made = make();
+    return instances.emplace(type, std::move(made)).first->second;
+}
+
+void forgetSharedInstances() {
+    auto& [mutex, instances] = registry();
+    const std::lock_guard lock(mutex);
+    instances.clear();
+}
+
+}  // namespace kavio

@@ -1,0 +1,76 @@
+#include <gmock/gmock.h>
+
+#include "support/sample_replies.h"
+#include "support/world.h"
+
+namespace kavio::test {
+namespace {
+
+using EnvironmentType = Kavio::EnvironmentType;
+
+TEST(Facade, ChoosesTheServiceForTheWholeProcess) {
+    struct Case {
+        std::optional<std::string> stored;
+        EnvironmentType environment;
+        std::optional<std::string> kept;
+    };
+    for (const auto& c : std::vector<Case>{
+             {std::nullopt, EnvironmentType::TEST, "ApiQA2"},
+             {std::nullopt, EnvironmentType::PROD, std::nullopt},  // what nothing stands for anyway
+             {"nonsense", EnvironmentType::PROD, "nonsense"},
+             {"ApiProduction", EnvironmentType::TESTS, "ApiQA2Stable"},
+             {"ApiQA2Stable", EnvironmentType::TEST, "ApiQA2"},
+             {"ApiQA2", EnvironmentType::PROD, "ApiProduction"},
+         }) {
+        World world;
+        world.store().remove("service_name");
+        if (c.stored) world.store().set("service_name", *c.stored);
+        world.makeFacade(c.environment);
+        EXPECT_EQ(world.store().string("service_name"), c.kept);
+        EXPECT_EQ(world.store().string("api_key"), "key");
+    }
+    EXPECT_EQ(Kavio::environmentType(1), EnvironmentType::TESTS);
+    EXPECT_EQ(Kavio::environmentType(3), std::nullopt);
+    EXPECT_EQ(Kavio::environmentType(-1), std::nullopt);
+}
+
+TEST(Facade, SendsToTheServiceThatTheStoreNames) {
+    World world;
+    for (const auto& [stored, url] : std::vector<std::pair<std::string, std::string>>{
+             {"ApiProduction", "https://api.kavio.example:443/v1/orders/1?statusOnly=false"},
+             {"ApiQA3", "https://api-qa3.kavio.example/v1/orders/1?statusOnly=false"},
+             {"ApiKavioDE", "https://api-de.kavio.example/v1/orders/1?statusOnly=false"},
+             {"apiqa3", "https://api.kavio.example:443/v1/orders/1?statusOnly=false"},
+         }) {
+        world.store().set("service_name", stored);
+        world.kavio().getOrder("1");
+        EXPECT_EQ(world.sent().back().url, url);
+        world.answer({503, ""});
+    }
+}
+
+TEST(Facade, IsIdleAndSilentAfterRelease) {
+    World world;
+    world.kavio().login("49", "501");
+    const int somebodyElse = 0;
+    world.kavio().release(&somebodyElse);
+    world.kavio().release(&world.kavio());
+    world.answer({200, replies::challenge});
+    world.kavio().getOrder("1");  // still runs; its result goes nowhere
+    world.answer({200, replies::order("created")});
+    EXPECT_THAT(world.reports(), testing::IsEmpty());
+    EXPECT_EQ(world.sent().size(), 2U);
+}
+
+TEST(Facade, KnowsItsVersionWhileBusyToo) {
+    World world;
+    world.kavio().login("49", "501");
+    auto& bundle = *world.device().libraryBundle;
+    bundle.setInformation("CFBundleShortVersionString", std::string("1.2"));
+    bundle.setInformation("CFBundleVersion", std::int64_t{3});
+    EXPECT_EQ(world.kavio().getVersion(), "1.2");
+    EXPECT_EQ(world.kavio().getBuild(), std::nullopt) << "a value that is no text is none";
+}
+
+}  // namespace
+}  // namespace kavio::test

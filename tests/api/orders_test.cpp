@@ -1,0 +1,281 @@
+#include <gmock/gmock.h>
+
+#include "models/json/json_value.h"
+#include "support/sample_replies.h"
+#include "support/world.h"
+
+namespace kavio::test {
+namespace {
+
+using std::chrono::milliseconds;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using PaymentType = PaymentMethod::PaymentType;
+using ProductList = std::vector<std::shared_ptr<const RemoteVendProduct>>;
+
+std::shared_ptr<const PaymentMethod> paying(PaymentType type) {
+    return std::make_shared<PaymentMethod>("id", "number", type);
+}
+
+Report placed(const std::string& order) { return {"onPlaceOrder", ResultType::SUCCESS, std::nullopt, order}; }
+const Report timedOut{"onPlaceOrder", ResultType::TIMEOUT, "polling status timed out"};
+
+void startOrder(World& world) { world.kavio().placeOrder(1234, paying(PaymentType::KAVIO), 150, {}); }
+
+// Buys, and has the purchase answered with an order of that status.
+void buy(World& world, const std::string& status = "created") {
+    startOrder(world);
+    world.answer({200, replies::order(status)});
+}
+
+void pollOnce(World& world, const Answer& answer) {
+    world.advance(milliseconds(1000));
+    world.answer(answer);
+}
+
+TEST(PlaceOrder, SendsWhatTheKindOfPaymentNeeds) {
+    const ProductList products{std::make_shared<RemoteVendProduct>(11, 2, 0),
+                               std::make_shared<RemoteVendProduct>(12, 1, 3)};
+    const std::string entries = R"([{"productCode":11,"quantityValue":2,"pulseLineNumber":0},
+                                    {"productCode":12,"quantityValue":1,"pulseLineNumber":3}])";
+    struct Case {
+        PaymentType type;
+        std::optional<ProductList> products;
+        std::string body;
+    };
+    for (const auto& c : std::vector<Case>{
+             {PaymentType::KAVIO, std::nullopt, R"({"amount":150,"products":[]})"},
+             {PaymentType::KAVIO, products, R"({"amount":150,"products":)" + entries + "}"},
+             {PaymentType::CREDIT_CARD, std::nullopt, R"({"tokenLocator":"id","amount":150,"products":[]})"},
+             {PaymentType::PREPAID, products, R"({"prepaidCardId":"id","products":)" + entries + "}"},
+         }) {
+        World world;
+        world.kavio().placeOrder(1234, paying(c.type), 150, c.products);
+        ASSERT_EQ(world.sentInBackground().size(), 1U);
+        const auto request = world.sentInBackground().front();
+        EXPECT_EQ(request.method, "POST");
+        EXPECT_EQ(request.url, "https://api-qa2.kavio.example/v1/machines/1234/orders");
+        EXPECT_EQ(request.idempotency, Idempotency::ONCE);
+        EXPECT_EQ(JsonValue::parse(*request.body), JsonValue::parse(c.body));
+        EXPECT_THAT(world.sent(), IsEmpty());
+    }
+}
+
+TEST(PlaceOrder, RefusesWhatCannotPay) {
+    struct Case {
+        std::shared_ptr<const PaymentMethod> method;
+        std::optional<ProductList> products;
+        std::string message;
+    };
+    for (const auto& c : std::vector<Case>{
+             {paying(PaymentType::PAYPAL), {}, "selected payment method PAYPAL is not supported"},
+             {paying(PaymentType::UNKNOWN), {}, "selected payment method UNKNOWN is not supported"},
+             {nullptr, {}, "selected payment method UNKNOWN is not supported"},
+             {paying(PaymentType::KAVIO), ProductList{nullptr}, "invalid product"},
+         }) {
+        World world;
+        world.kavio().placeOrder(1, c.method, 150, c.products);
+        EXPECT_THAT(world.reports(), ElementsAre(Report{"onPlaceOrder", ResultType::BAD_INPUT, c.message}));
+        EXPECT_THAT(world.sentInBackground(), IsEmpty());
+        EXPECT_FALSE(world.isBusy());
+    }
+}
+
+TEST(PlaceOrder, ReportsEachChangeOfTheStatusOnce) {
+    struct Case {
+        const char* name;
+        std::vector<std::string> statuses;  // of the placed order, then of each poll
+        std::vector<Report> reports;
+    };
+    for (const auto& c : std::vector<Case>{
+             {"to its end",
+              {"created", "started", "authorized", "Authorized", "completed"},
+              {placed("77 CREATED"), placed("77 AUTHORIZED"), placed("77 COMPLETED")}},
+             {"at once", {"created", "completed"}, {placed("77 CREATED"), placed("77 COMPLETED")}},
+             {"an end that is no change", {"unknown", "proccessing"}, {placed("77 UNKNOWN")}},
+             {"progress under other names",
+              {"created", "createdPreselection", "startedpreselection", "failed"},
+              {placed("77 CREATED"), placed("77 CANCELED")}},
+         }) {
+        SCOPED_TRACE(c.name);
+        World world;
+        buy(world, c.statuses.front());
+        for (std::size_t i = 1; i < c.statuses.size(); ++i) {
+            EXPECT_TRUE(world.isBusy());
+            pollOnce(world, {200, replies::order(c.statuses[i])});
+        }
+        EXPECT_EQ(world.reports(), c.reports);
+        EXPECT_FALSE(world.isBusy());
+        EXPECT_EQ(world.device().mainQueue->pending(), 0U) << "no further poll";
+        EXPECT_EQ(world.paths().back(), "/orders/77?statusOnly=true");
+    }
+}
+
+TEST(PlaceOrder, GivesUpAfterSixtyPollsASecondApart) {
+    const std::vector<Answer> answers{{503, "{}"}, UrlError::timedOut, {200, replies::order("started")}};
+    World world;
+    buy(world);
+    for (std::size_t i = 1; i <= 60; ++i) {
+        world.advance(milliseconds(999));
+        EXPECT_EQ(world.sent().size(), i - 1);
+        world.advance(milliseconds(1));
+        ASSERT_EQ(world.sent().size(), i);
+        ASSERT_THAT(world.reports(), ElementsAre(placed("77 CREATED")));
+        world.answer(answers[i % answers.size()]);  // a failed poll counts, and is no reason to stop
+    }
+    EXPECT_THAT(world.reports(), ElementsAre(placed("77 CREATED"), timedOut));
+    EXPECT_FALSE(world.isBusy());
+    world.advance(std::chrono::hours(1));
+    EXPECT_EQ(world.sent().size(), 60U);
+}
+
+TEST(PlaceOrder, ReportsAChangeThatTheLastPollBrings) {
+    World world;
+    buy(world);
+    for (int i = 1; i < 60; ++i) pollOnce(world, {200, replies::order("created")});
+    pollOnce(world, {200, replies::order("authorized")});
+    EXPECT_THAT(world.reports(), ElementsAre(placed("77 CREATED"), timedOut, placed("77 AUTHORIZED")));
+}
+
+TEST(PlaceOrder, EndsWhenTheServiceGivesNoOrder) {
+    World world;
+    startOrder(world);
+    world.answer({200, "null"});
+    world.advance(milliseconds(1000));
+    EXPECT_THAT(world.reports(), ElementsAre(placed("none")));
+    EXPECT_FALSE(world.isBusy());
+
+    buy(world);
+    pollOnce(world, {200, "null"});
+    EXPECT_THAT(world.reports(), ElementsAre(placed("none"), placed("77 CREATED"), placed("none")));
+    EXPECT_FALSE(world.isBusy());
+}
+
+TEST(PlaceOrder, GivesEveryOutcomeOfALostReplyOnce) {
+    struct Case {
+        const char* name;
+        UrlError error;
+        ResultType type;
+        std::optional<std::string> message;
+    };
+    const std::string failed = "failed to send request, error: gone";
+    const auto lostWith = [](std::optional<int> status) {
+        return UrlError{UrlError::networkConnectionLost, "gone", status};
+    };
+    for (const auto& c : std::vector<Case>{
+             {"before a reply", lostWith({}), ResultType::NETWORK_FAILED, failed},
+             {"not connected", {UrlError::cannotConnectToHost, "gone", {}}, ResultType::FAILURE, failed},
+             {"inside a reply", lostWith(200), ResultType::FAILURE, std::nullopt},
+             {"inside a refusal", lostWith(401), ResultType::ACCESS_DENIED, "Your session token is expaired"},
+             {"inside a refused signature", lostWith(417), ResultType::FAILURE, "invalid_signature"},
+             {"inside an error of the service's own", lostWith(488), ResultType::FAILURE, "gone"},
+             {"inside a server error", lostWith(503), ResultType::SERVER_ERROR, std::nullopt},
+         }) {
+        SCOPED_TRACE(c.name);
+        World world;
+        startOrder(world);
+        world.device().backgroundUrlSession->fail(c.error);
+        world.run();
+        EXPECT_THAT(world.reports(), ElementsAre(Report{"onPlaceOrder", c.type, c.message}));
+        EXPECT_FALSE(world.isBusy());
+    }
+    World world;
+    startOrder(world);
+    world.device().backgroundUrlSession->answerWithUnreadableFile(200);
+    world.run();
+    EXPECT_THAT(world.reports(), ElementsAre(Report{"onPlaceOrder", ResultType::FAILURE}));
+}
+
+using Loss = void (*)(World&);
+const std::vector<Loss> losses{[](World& world) { world.destroyFacade(); },
+                               [](World& world) { world.destroyDelegate(); },
+                               [](World& world) { world.kavio().release(&world.kavio()); }};
+
+TEST(PlaceOrder, IsSilentFromTheStepAtWhichTheApplicationLetsGo) {
+    const std::vector<std::string> polls{"created", "authorized", "completed"};
+    const auto lastStep = 2 * polls.size() + 1;
+    for (const auto lose : losses) {
+        for (std::size_t step = 0; step <= lastStep; ++step) {
+            SCOPED_TRACE(step);
+            World world;
+            std::size_t now = 0;
+            std::vector<Report> before;
+            const auto maybeLose = [&] {
+                if (now++ != step) return;
+                before = world.reports();
+                lose(world);
+            };
+            startOrder(world);
+            maybeLose();
+            world.answer({200, replies::order("created")});
+            for (const auto& status : polls) {
+                maybeLose();
+                world.advance(milliseconds(1000));
+                maybeLose();
+                if (world.device().urlSession->open() > 0) world.answer({200, replies::order(status)});
+            }
+            maybeLose();
+            world.advance(std::chrono::minutes(2));
+            EXPECT_EQ(world.reports(), before);
+        }
+    }
+}
+
+TEST(PlaceOrder, LetsTheApplicationGoFromInsideEveryReport) {
+    for (const auto lose : losses) {
+        for (std::size_t report = 1; report <= 3; ++report) {
+            SCOPED_TRACE(report);
+            World world;
+            std::size_t seen = 0;
+            world.delegate().onReport = [&](const Report&) {
+                if (++seen == report) lose(world);
+            };
+            buy(world);
+            for (const auto* status : {"authorized", "completed"}) {
+                world.advance(milliseconds(1000));
+                if (world.device().urlSession->open() > 0) world.answer({200, replies::order(status)});
+            }
+            EXPECT_EQ(seen, report);
+        }
+    }
+}
+
+TEST(PlaceOrder, GivesTwoFacadesTheirOwnOutcomes) {
+    World world;
+    const auto second = std::make_shared<RecordingDelegate>();
+    Kavio other(second, "key", Kavio::EnvironmentType::TEST);
+    startOrder(world);
+    other.placeOrder(2, paying(PaymentType::KAVIO), 1, {});
+    world.answer({200, replies::order("created", "1")});
+    world.answer({503, "{}"});
+    EXPECT_THAT(world.reports(), ElementsAre(placed("1 CREATED")));
+    EXPECT_THAT(second->reports, ElementsAre(Report{"onPlaceOrder", ResultType::SERVER_ERROR, "{}"}));
+}
+
+TEST(GetOrder, AsksForDecimalIntegersOnly) {
+    struct Case {
+        std::string id;
+        bool accepted;
+    };
+    for (const auto& [id, accepted] : std::vector<Case>{
+             {"77", true}, {"-5", true}, {"+5", true}, {"007", true}, {"9223372036854775807", true},
+             {"9223372036854775808", false}, {"", false}, {"12a", false}, {"+-5", false}, {"-", false}, {" 5", false},
+             {"5 ", false}, {"1.0", false}, {"0x10", false}, {"\u0665", false}}) {
+        SCOPED_TRACE(id);
+        World world;
+        world.kavio().getOrder(id);
+        if (!accepted) {
+            const Report refused{"onGetOrder", ResultType::BAD_INPUT, "{" + id + "} is invalid order ID"};
+            EXPECT_THAT(world.reports(), ElementsAre(refused));
+            EXPECT_THAT(world.sent(), IsEmpty());
+            continue;
+        }
+        EXPECT_THAT(world.paths(), ElementsAre("/orders/" + id + "?statusOnly=false"));
+        world.answer({200, replies::order("completed")});
+        EXPECT_THAT(world.reports(),
+                    ElementsAre(Report{"onGetOrder", ResultType::SUCCESS, std::nullopt, "77 COMPLETED"}));
+    }
+}
+
+}  // namespace
+}  // namespace kavio::test

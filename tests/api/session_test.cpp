@@ -1,0 +1,108 @@
+#include "models/json/json_value.h"
+#include "support/sample_replies.h"
+#include "support/world.h"
+
+#include <gmock/gmock.h>
+
+namespace kavio::test {
+namespace {
+
+using testing::ElementsAre;
+
+JsonValue body(const UrlRequest& request) { return JsonValue::parse(request.body.value_or("null")); }
+
+void logIn(World& world) {
+    world.kavio().login("49", "501");
+    world.answer({200, replies::challenge});
+    world.kavio().verify("123456", "DE", "49", "501");
+    world.answer({200, replies::token});
+    world.delegate().reports.clear();
+}
+
+TEST(Session, OpensWithTheCodeThatLoginAskedFor) {
+    World world;
+    world.kavio().verify("1", "DE", "49", "501");
+    world.kavio().login("49", "501");
+    world.answer({200, replies::challenge});
+    world.kavio().verify("1", "DE", "49", "501");
+    world.answer({400, R"({"message":"wrong code"})"});
+    world.kavio().verify("2", "DE", "49", "501");
+    world.answer({200, replies::token});
+    world.kavio().verify("2", "DE", "49", "501");
+
+    const Report loginFirst{"onVerify", ResultType::FAILURE, "please call login first"};
+    EXPECT_THAT(world.reports(), ElementsAre(loginFirst, Report{"onLogin", ResultType::SUCCESS},
+                                             Report{"onVerify", ResultType::BAD_INPUT, "wrong code"},
+                                             Report{"onVerify", ResultType::SUCCESS}, loginFirst));
+    EXPECT_EQ(world.store().string("session_token"), "t1");
+
+    const auto sent = world.sent();
+    ASSERT_EQ(sent.size(), 3U);
+    EXPECT_EQ(body(sent[0]),
+              JsonValue::parse(R"({"countryCode":"49","phoneNumber":"501","challenge":"","retry":"0"})"));
+    EXPECT_EQ(body(sent[2]), JsonValue::parse(R"({"verificationCode":"2","challenge":"c1","retryTimeoutSeconds":"0",
+                                                  "country":"DE","countryCode":"49","phoneNumber":"501"})"));
+    EXPECT_EQ(header(sent[2], "X-Zelto-Wallet-Session-Token"), "none");
+}
+
+TEST(Session, KeepsTheChallengeOfTheLastLoginThatSucceeded) {
+    World world;
+    world.kavio().login("49", "501");
+    world.answer({200, replies::challenge});
+    world.kavio().login("49", "502");
+    world.answer({503, "{}"});
+    world.kavio().verify("1", "DE", "49", "501");
+    EXPECT_EQ(body(world.sent().back())["challenge"], "c1");
+    world.answer({200, "null"});  // a success that carries no token
+    EXPECT_EQ(world.reports().back(), (Report{"onVerify", ResultType::SUCCESS}));
+    EXPECT_EQ(world.store().string("session_token"), std::nullopt);
+
+    world.kavio().login("49", "502");
+    world.answer({200, "null"});  // a success that carries no challenge
+    world.kavio().verify("1", "DE", "49", "501");
+    EXPECT_EQ(world.reports().back(), (Report{"onVerify", ResultType::FAILURE, "please call login first"}));
+}
+
+TEST(Session, EndsWhenTheServiceRefusesIt) {
+    for (const int status : {401, 406}) {
+        World world;
+        logIn(world);
+        world.kavio().isLoggedIn();
+        world.answer({status, "{}"});
+        world.kavio().isLoggedIn();
+        EXPECT_EQ(world.reports().back(), (Report{"onCheckIsUserLogin", ResultType::FAILURE, "Token is empty"}));
+        EXPECT_EQ(world.store().string("session_token"), "");
+        EXPECT_EQ(world.sent().size(), 3U) << "nothing is sent without a token";
+    }
+}
+
+TEST(Session, EndsWithTheLogout) {
+    World world;
+    world.device().libraryBundle->setInformation("DTPlatformName", std::string("fakeOS"));
+    world.device().libraryBundle->setInformation("DTPlatformVersion", std::string("1.0"));
+    logIn(world);
+    world.kavio().isLoggedIn();
+    EXPECT_EQ(header(world.sent().back(), "X-Zelto-Wallet-Session-Token"), "t1");
+    world.answer({200, replies::account});
+    ASSERT_TRUE(world.store().data("account"));
+    const auto account = *world.store().data("account");
+    EXPECT_EQ(JsonValue::parse(account.begin(), account.end())["account"]["phone"], "501");
+
+    world.kavio().logout();
+    world.answer({503, "{}"});
+    EXPECT_EQ(world.store().string("session_token"), "t1") << "a failed logout leaves the session";
+    world.kavio().logout();
+    world.answer({200, replies::ok});
+    EXPECT_EQ(world.store().string("session_token"), "");
+    EXPECT_EQ(world.store().date("server_expired_time"), std::nullopt);
+    EXPECT_THAT(world.reports(), ElementsAre(Report{"onCheckIsUserLogin", ResultType::SUCCESS},
+                                             Report{"onLogout", ResultType::SERVER_ERROR, "{}"},
+                                             Report{"onLogout", ResultType::SUCCESS}));
+    EXPECT_THAT(world.paths(),
+                ElementsAre("/account/challenge/", "/account/verify/",
+                            "/account?appVersion=2.5&os=fakeOS&osVersion=1.0", "/account/logout?", "/account/logout?"));
+    EXPECT_EQ(world.sent().back().method, "PUT");
+}
+
+}  // namespace
+}  // namespace kavio::test

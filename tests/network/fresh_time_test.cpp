@@ -1,0 +1,124 @@
+#include <gmock/gmock.h>
+
+#include "support/sample_replies.h"
+#include "support/world.h"
+#include "time/reliable_clock.h"
+#include "time/timer_tool.h"
+#include "util/kavio_utils.h"
+
+namespace kavio::test {
+namespace {
+
+using std::chrono::seconds;
+using testing::ElementsAre;
+
+const std::string order = "/orders/1?statusOnly=false";
+
+// A world without a time sample, as after a fresh install.
+struct FreshInstall : World {
+    FreshInstall() { store().remove("server_expired_time"); }
+};
+
+TEST(FreshTime, IsAskedForWhenNoMoreThan300SecondsAreLeft) {
+    for (const auto& [left, asked] :
+         std::vector<std::pair<int, bool>>{{301, false}, {300, true}, {299, true}, {-5, true}}) {
+        World world;
+        world.store().set("server_expired_time", serverNow() + seconds(left));
+        world.kavio().getOrder("1");
+        EXPECT_THAT(world.paths(), ElementsAre(asked ? "/time?" : order));
+    }
+}
+
+TEST(FreshTime, ComesBeforeTheRequestWhateverItBrings) {
+    const std::string deviceTime = "20240101000000";
+    struct Case {
+        const char* name;
+        Answer answer;
+        std::string stamp;  // of the request that waited
+        bool askedAgain;
+    };
+    for (const auto& c : std::vector<Case>{
+             {"a sample", {200, replies::time("1999")}, "19990601000000", false},
+             {"no members", {200, "{}"}, deviceTime, true},
+             {"texts that are no dates", {200, R"({"serverTime":"soon","expireTime":null})"}, deviceTime, true},
+             {"not JSON", {200, "<html>"}, deviceTime, true},
+             {"null", {200, "null"}, deviceTime, true},
+             {"refused", {500, "{}"}, deviceTime, true},
+             {"no network", UrlError::notConnectedToInternet, deviceTime, true},
+         }) {
+        SCOPED_TRACE(c.name);
+        FreshInstall world;
+        world.kavio().getOrder("1");
+        world.answer(c.answer);
+        ASSERT_THAT(world.paths(), ElementsAre("/time?", order));
+        EXPECT_EQ(header(world.sent().front(), "X-Zelto-Wallet-Session-Token"), "");
+        EXPECT_EQ(KavioUtils::serverTimeStamp(), c.stamp);
+        const auto request = world.sent().back();
+        EXPECT_EQ(header(request, "X-Zelto-Sign"), KavioUtils::signRequest(request.url, ""));
+        world.answer({200, replies::order("completed")});
+        EXPECT_THAT(world.reports(),
+                    ElementsAre(Report{"onGetOrder", ResultType::SUCCESS, std::nullopt, "77 COMPLETED"}))
+            << "the time request has no report of its own";
+        world.kavio().getOrder("1");
+        EXPECT_EQ(world.paths().back(), c.askedAgain ? "/time?" : order);
+    }
+}
+
+TEST(FreshTime, FollowsTheServersClock) {
+    FreshInstall world;
+    world.kavio().getOrder("1");
+    world.answer(
+        {200, R"({"serverTime":"2020-01-01T10:00:00.000+0000","expireTime":"2020-01-02T00:00:00.000+0100"})"});
+    world.device().clock->advance(seconds(90));
+    EXPECT_EQ(KavioUtils::serverTimeStamp(), "20200101100130");
+    EXPECT_EQ(world.store().date("server_expired_time"),
+              Date(std::chrono::sys_days(std::chrono::January / 1 / 2020) + std::chrono::hours(23)));
+}
+
+TEST(FreshTime, IsAskedForAfterARefusedSignatureAndAfterLogout) {
+    World world;
+    world.kavio().getOrder("1");
+    world.answer({417, "{}"});
+    world.kavio().getOrder("1");
+    world.answer({200, replies::time("2024")});
+    world.answer({503, ""});
+    world.kavio().logout();
+    world.answer({200, replies::ok});
+    world.kavio().getOrder("1");
+    EXPECT_THAT(world.paths(), ElementsAre(order, "/time?", order, "/account/logout?", "/time?"));
+}
+
+TEST(FreshTime, IsNotAskedForByLoginAndVerify) {
+    FreshInstall world;
+    world.kavio().login("49", "501");
+    world.answer({200, replies::challenge});
+    world.kavio().verify("1", "DE", "49", "501");
+    EXPECT_THAT(world.paths(), ElementsAre("/account/challenge/", "/account/verify/"));
+}
+
+TEST(FreshTime, ComesBeforeAnOrderToo) {
+    FreshInstall world;
+    const auto wallet = std::make_shared<PaymentMethod>("0", "501", PaymentMethod::PaymentType::KAVIO);
+    world.kavio().placeOrder(1, wallet, 1, {});
+    EXPECT_TRUE(world.sentInBackground().empty());
+    world.answer({200, replies::time("2024")});
+    EXPECT_EQ(world.sentInBackground().size(), 1U);
+}
+
+TEST(TimerTool, RunsOnALaterTurnOfTheMainQueueByTheMonotonicClock) {
+    World world;
+    int ran = 0;
+    TimerTool::delay([&] { ++ran; }, 0);
+    EXPECT_EQ(ran, 0);
+    world.run();
+    EXPECT_EQ(ran, 1);
+    TimerTool::delay([&] { ++ran; }, 1000);
+    world.device().clock->setWallClock(world.device().clock->now() + std::chrono::hours(5));
+    world.advance(std::chrono::milliseconds(999));
+    EXPECT_EQ(ran, 1);
+    world.advance(std::chrono::milliseconds(1));
+    EXPECT_EQ(ran, 2);
+}
+
+}  // namespace
+}  // namespace kavio::test

@@ -1,0 +1,73 @@
+#include "network/url_request.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace kavio::test {
+namespace {
+
+TEST(UrlRequest, AppendsPathComponents) {
+    const std::string base = "https://h:443/v1";
+    struct Case {
+        std::string component;
+        std::string url;
+    };
+    for (const auto& [component, url] : std::vector<Case>{
+             {"/account", base + "/account"},
+             {"machines/7/products", base + "/machines/7/products"},
+             {"/account/challenge/", base + "/account/challenge/"},
+             {"/a b?c#d%e", base + "/a%20b%3Fc%23d%25e"},
+             {"/ä\u200F", base + "/%C3%A4%E2%80%8F"},
+             {"/a\"<>[]^`{|}\\\n", base + "/a%22%3C%3E%5B%5D%5E%60%7B%7C%7D%5C%0A"},
+             {"/!$&'()*+,-.:;=@_~", base + "/!$&'()*+,-.:;=@_~"},
+         }) {
+        EXPECT_EQ(appendingPathComponent(base, component), url);
+        EXPECT_EQ(appendingPathComponent(base + "/", component), url);
+    }
+}
+
+TEST(UrlRequest, SetsTheQuery) {
+    struct Case {
+        std::string url;
+        std::string query;
+        std::string expected;
+    };
+    for (const auto& [url, query, expected] : std::vector<Case>{
+             {"https://h/p", "", "https://h/p?"},
+             {"https://h/p", "a=1&b=x y", "https://h/p?a=1&b=x%20y"},
+             {"https://h/p?old=1", "a=1", "https://h/p?a=1"},
+             {"https://h/p?old=1#f?", "a=1", "https://h/p?a=1#f?"},
+             {"https://h/p#f", "a=%#\"<>ä", "https://h/p?a=%25%23%22%3C%3E%C3%A4#f"},
+             {"https://h/p", "b64=+/=&!$'()*,-.:;?@_~", "https://h/p?b64=+/=&!$'()*,-.:;?@_~"},
+         }) {
+        EXPECT_EQ(settingQuery(url, query), expected);
+    }
+}
+
+TEST(UrlRequest, WritesParametersAsQueryOrBody) {
+    const JsonObject params{{"b", true}, {"i", -5}, {"d", 1.5}, {"t", "x&y"}};
+    EXPECT_EQ(buildURLRequest("https://h/p", params, true).url, "https://h/p?b=true&d=1.5&i=-5&t=x&y");
+    EXPECT_EQ(buildURLRequest("https://h/p", params, true).body, std::nullopt);
+    EXPECT_EQ(buildURLRequest("https://h/p", std::nullopt, true).url, "https://h/p?");
+    EXPECT_EQ(JsonValue::parse(*buildURLRequest("https://h/p", params, false).body), JsonValue(params));
+
+    const JsonObject notFinite{{"d", std::numeric_limits<double>::infinity()}};
+    for (const auto& bodiless : std::vector<std::optional<JsonObject>>{std::nullopt, JsonObject{}, notFinite}) {
+        const auto request = buildURLRequest("https://h/p", bodiless, false);
+        EXPECT_EQ(request.url, "https://h/p");
+        EXPECT_EQ(request.body, std::nullopt);
+    }
+}
+
+TEST(UrlRequest, TellsUrlsFromOtherTexts) {
+    for (const std::string url : {"https://h", "http://127.0.0.1/?g1=T", "about:blank", "HTTPS://h/%20?a=b#c"}) {
+        EXPECT_TRUE(isUrl(url)) << url;
+    }
+    for (const std::string text : {"", "h", "https:", "://h", "ht tp://h", "https://h/a b", "https://h/ä", "https://h/\n"}) {
+        EXPECT_FALSE(isUrl(text)) << text;
+    }
+}
+
+}  // namespace
+}  // namespace kavio::test

@@ -1,0 +1,157 @@
+#include <gmock/gmock.h>
+
+#include <array>
+
+#include "repositories/machine_repository.h"
+#include "support/world.h"
+
+namespace kavio::test {
+namespace {
+
+// What a code is looked up as, in short.
+std::string lookedUpAs(const std::string& text) {
+    const auto query = machineQueryForCode(text);
+    if (!query) return "nothing";
+    std::string described;
+    if (query->kavioMachineId) described += "kavio " + std::to_string(*query->kavioMachineId);
+    if (query->machineId) described += "machine " + std::to_string(*query->machineId);
+    if (query->qr_number) described += "number " + *query->qr_number;
+    if (query->qr_scan) described += "scan " + *query->qr_scan;
+    if (query->hwSerial) described += " serial " + *query->hwSerial;
+    return described;
+}
+
+// An independent table, written row by row as texts.
+int dammCheckDigit(const std::string& digits) {
+    static const std::array<std::string, 10> rows{"0317598642", "7092154863", "4206871359", "1750983426", "6123045978",
+                                                  "3674209581", "5869720134", "8945362017", "9438617205", "2581436790"};
+    std::size_t interim = 0;
+    for (const char digit : digits) interim = static_cast<std::size_t>(rows[interim][static_cast<std::size_t>(digit - '0')] - '0');
+    return static_cast<int>(interim);
+}
+
+TEST(MachineCode, StandsForALookUp) {
+    World world;
+    struct Case {
+        std::string text;
+        std::string lookedUp;
+    };
+    const std::string web = "https://go.kavio.example/";
+    for (const auto& [text, lookedUp] : std::vector<Case>{
+             // Links that go to the service as they are.
+             {"kavio://", "scan kavio://"},
+             {"kavio://m?id=12", "scan kavio://m?id=12"},
+             {"kavio://a\nb", "scan kavio://a\nb"},
+             {"Kavio://m", "nothing"},
+             {" kavio://m", "nothing"},
+             {"kavio:/m", "nothing"},
+             {"https://qr.kavio.example/x?MMID=12", "scan https://qr.kavio.example/x?MMID=12"},
+             {"https://qr.kavio.example", "scan https://qr.kavio.example"},
+             {"HTTPS://QR.kavio.example/x", "nothing"},
+             {"http://qr.kavio.example/x", "nothing"},
+             {"https://nfc.kavio.example/1", "scan https://nfc.kavio.example/1"},
+             {"https://nfc.kavio.exampl", "nothing"},
+             // Web links.
+             {web + "?MMID=12&NDS=99", "kavio 12 serial 99"},
+             {web + "?NDS=0099&MMID=0012", "kavio 12 serial 0099"},
+             {web + "?MMID=12", "kavio 12 serial "},
+             {web + "?MMID=12&NDS=", "kavio 12 serial "},
+             {web + "?MMID=12&MMID=13&NDS=1&NDS=2", "kavio 12 serial 1"},
+             {web + "?MMID=x&MMID=13", "kavio 13 serial "},
+             {web + "?XMMID=12", "kavio 12 serial "},
+             {web + "\n?MMID=12\nNDS=9", "kavio 12 serial 9"},
+             {web + "?mmid=12", "nothing"},
+             {web + "?MMID=", "nothing"},
+             {web + "?MMID=-12", "nothing"},
+             {web + "?NDS=99", "nothing"},
+             {web, "nothing"},
+             {web + "?MMID=9223372036854775807", "kavio 9223372036854775807 serial "},
+             {web + "?MMID=9223372036854775808", "nothing"},
+             {web + "?MMID=\u0661\u0662", "nothing"},
+             {web + "?MMID=12&NDS=\u0661", "kavio 12 serial \u0661"},
+             // Numbers.
+             {"5724", "kavio 5724"},
+             {"05724", "kavio 5724"},
+             {"005724", "kavio 5724"},
+             {"0", "kavio 0"},
+             {"00", "kavio 0"},
+             {"1", "machine 1"},
+             {"5725", "machine 5725"},
+             {"12345", "machine 12345"},
+             {"123456", "number 123456"},
+             {"000001", "number 000001"},
+             {"1234567", "machine 1234567"},
+             {"12345678", "number 12345678"},
+             {"123456789", "machine 123456789"},
+             {"+5724", "machine 5724"},
+             {"-5724", "machine -5724"},
+             {"+12345", "number +12345"},
+             {"-1234567", "number -1234567"},
+             {"-0", "machine 0"},
+             {"9223372036854775807", "machine 9223372036854775807"},
+             {"-9223372036854775808", "machine -9223372036854775808"},
+             {"9223372036854775808", "nothing"},
+             {"00000000000000000000000001", "machine 1"},
+             {"\u0661\u0662\u0663", "nothing"},
+             {"\uFF11\uFF12", "nothing"},
+             {"12 ", "nothing"},
+             {"12\n", "nothing"},
+             {"1.0", "nothing"},
+             {"1e2", "nothing"},
+             {"0x10", "nothing"},
+             {"+", "nothing"},
+             {"--1", "nothing"},
+             // Labels of terminals.
+             {"VPOS TERMINAL Kavio ID: 77 Serial Num: 123", "kavio 77 serial 123"},
+             {"VPOS TERMINAL\nSerial Num: 0123\nKavio ID: 0077", "kavio 77 serial 0123"},
+             {"VPOS TERMINAL Kavio ID: 77", "kavio 77 serial "},
+             {"VPOS TERMINAL Kavio ID:77 Serial Num: 123", "nothing"},
+             {"VPOS TERMINAL kavio id: 77", "nothing"},
+             {"VPOS TERMINAL Serial Num: 123", "nothing"},
+             {"VPOS TERMINAL Kavio ID: 99999999999999999999", "nothing"},
+             {"VPOS TERMINAL", "nothing"},
+             {"vpos terminal Kavio ID: 77", "nothing"},
+             // Anything else.
+             {"", "nothing"},
+             {"abc", "nothing"},
+             {std::string("12\0", 3), "nothing"},
+             {"\xff", "nothing"},
+         }) {
+        EXPECT_EQ(lookedUpAs(text), lookedUp) << "for \"" << text << "\"";
+    }
+}
+
+TEST(MachineCode, KnowsEveryCheckDigit) {
+    for (int number = 0; number < 20000; number += 7) {
+        const auto digits = std::to_string(number);
+        for (int digit = 0; digit < 10; ++digit) {
+            EXPECT_EQ(passesDammTest(digits + std::to_string(digit)), digit == dammCheckDigit(digits)) << digits << digit;
+        }
+    }
+}
+
+TEST(MachineRepository, RemembersTheLastLookUpOfASingleMachine) {
+    World world;
+    const auto repository = std::make_shared<MachineRepository>();
+    const auto lookUp = [&](const MachineQuery& query, const std::string& body) {
+        repository->machines(query, [](const auto&) {});
+        world.answer({200, body});
+    };
+    const std::string machine =
+        R"([{"name":1,"machineId":5,"machineType":1,"isRevalueOnly":false,"reviewsCount":0,"reviewsCount1":0,)"
+        R"("reviewsCount2":0,"reviewsCount3":0,"reviewsCount4":0,"reviewsCount5":0,"isPulse":false}])";
+
+    lookUp({.kavioMachineId = 7}, machine);
+    ASSERT_TRUE(repository->lastMachineRequest() && repository->lastMachineResponse());
+    EXPECT_EQ(repository->lastMachineRequest()->machineId, 7U);
+    EXPECT_EQ(repository->lastMachineResponse()->machineId, 5);
+    lookUp({.qr_number = "123456"}, "[]");
+    EXPECT_EQ(repository->lastMachineRequest()->qrNumber, "123456");
+    EXPECT_FALSE(repository->lastMachineResponse());
+    lookUp({.machineId = 7}, machine);
+    EXPECT_FALSE(repository->lastMachineRequest());
+    EXPECT_FALSE(repository->lastMachineResponse());
+}
+
+}  // namespace
+}  // namespace kavio::test

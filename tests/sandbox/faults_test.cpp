@@ -1,0 +1,105 @@
+#include "client.h"
+#include "support/eventually.h"
+
+#include <gmock/gmock.h>
+
+#include <future>
+
+namespace kavio::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr const char* coffee = "/v1/machines/42100107/orders";
+const json wallet{{"amount", 150}, {"products", json::array()}};
+
+TEST(Faults, SpoilTheRepliesTheyAreMeantFor) {
+    const std::string whole = R"({"ok":true,"result":"signed out"})";
+    struct Case {
+        const char* name;
+        sandbox::Fault fault;
+        int status;
+        std::string body;
+    };
+    for (const auto& c : std::vector<Case>{
+             {"another status", {.status = 503, .body = "<html>"}, 503, "<html>"},
+             {"another body", {.body = "null"}, 200, "null"},
+             {"no body", {.body = ""}, 200, ""},
+             {"padded", {.padTo = 200'000}, 200, whole + std::string(200'000 - whole.size(), ' ')},
+             {"late", {.delay = 1ms}, 200, whole},
+             {"cut off", {.cutAfter = 10}, 0, ""},
+             {"cut off at once", {.cutAfter = 0}, 0, ""},
+             {"dropped", {.drop = true}, 0, ""},
+             {"of another method", {.status = 503, .method = "GET"}, 200, whole},
+         }) {
+        SCOPED_TRACE(c.name);
+        Client client;
+        client.login();
+        client.service.fault("/account/log*", c.fault);
+        const auto spoilt = client.send("PUT", "/v1/account/logout?");
+        EXPECT_EQ(std::pair(spoilt.status, spoilt.body), std::pair(c.status, c.body));
+    }
+}
+
+TEST(Faults, MeetAsManyRequestsAsTheySay) {
+    Client client;
+    client.service.fault("/time", {.status = 500, .times = 2});
+    client.service.fault("/time", {.status = 502});
+    std::vector<int> seen;
+    for (int i = 0; i < 4; ++i) seen.push_back(client.send("GET", "/v1/time?").status);
+    client.service.fault("/*", {.status = 504, .times = -1});
+    for (int i = 0; i < 2; ++i) seen.push_back(client.send("GET", "/v1/time?").status);
+    client.service.clearFaults();
+    seen.push_back(client.send("GET", "/v1/time?").status);
+    EXPECT_THAT(seen, testing::ElementsAre(500, 500, 502, 200, 504, 504, 200));
+}
+
+TEST(Faults, LeaveAPurchaseUndoneUnlessHandled) {
+    Client client;
+    client.login();
+    for (const bool handled : {false, true}) {
+        client.service.fault("/machines/*/orders", {.drop = true, .handled = handled});
+        EXPECT_EQ(client.send("POST", coffee, wallet).status, 0);
+        EXPECT_EQ(client.service.state()["purchases"].size(), handled ? 1U : 0U);
+    }
+}
+
+TEST(Faults, DoNotHoldUpTheEnd) {
+    auto client = std::make_unique<Client>();
+    client->service.fault("/time", {.delay = 24h});
+    auto held = std::async(std::launch::async, [&held = *client] { return held.send("GET", "/v1/time?").status; });
+    ASSERT_TRUE(eventually([&] { return !client->service.requests().empty(); }));
+    client.reset();
+    EXPECT_EQ(held.get(), 0);
+}
+
+TEST(Control, SteersTheSandboxOverHttps) {
+    Client client;
+    const std::string base = "/_sandbox";
+    client.ok("POST", base + "/faults", {{"path", "/time"}, {"status", 500}});
+    EXPECT_EQ(client.send("GET", "/v1/time?").status, 500);
+    client.ok("PUT", base + "/clock", {{"offsetSeconds", 86400}});
+    EXPECT_EQ(client.get("/v1/time?")["serverTime"], "2024-03-06T14:07:09.250+0000");
+    client.ok("PUT", base + "/clock", {{"offsetSeconds", 0}});
+    client.login();
+    client.ok("DELETE", base + "/tokens");
+    EXPECT_EQ(client.send("GET", "/v1/account?").status, 401);
+    EXPECT_EQ(client.get(base + "/requests").size(), 5U);
+    EXPECT_EQ(client.get(base + "/state")["accounts"][0]["balance"], 5000);
+    EXPECT_EQ(client.send("POST", base + "/faults", {{"path", "/x"}, {"status", 99}}).message(),
+              "status must be 200 to 599");
+    EXPECT_EQ(client.send("GET", base + "/nothing").status, 404);
+}
+
+TEST(Requests, AreListedAsTheyArrived) {
+    Client client;
+    client.send("POST", "/v1/none?a=%20b", {{"x", 1}});
+    const auto requests = client.service.requests();
+    ASSERT_EQ(requests.size(), 1U);
+    EXPECT_EQ(requests[0].method + " " + requests[0].host + requests[0].target + " " + requests[0].body,
+              R"(POST api-qa2.kavio.example/v1/none?a=%20b {"x":1})");
+    EXPECT_EQ(requests[0].headers.at("x-zelto-wallet-api-key"), "demo-key");
+}
+
+}  // namespace
+}  // namespace kavio::test

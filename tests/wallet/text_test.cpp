@@ -1,0 +1,88 @@
+#include "people/text.h"
+
+#include "people/money.h"
+#include "people/table.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <limits>
+
+namespace kavio::wallet {
+
+using namespace ::testing;
+
+TEST(WalletMoney, IsWrittenInTheDecimalsOfItsCurrency) {
+    constexpr auto least = std::numeric_limits<std::int64_t>::min();
+    EXPECT_EQ(moneyText(1250, 2, "EUR"), "12.50 EUR");
+    EXPECT_EQ(moneyText(5, 2, "EUR"), "0.05 EUR");
+    EXPECT_EQ(moneyText(-5, 2, "EUR"), "-0.05 EUR");
+    EXPECT_EQ(moneyText(1250, 0, "JPY"), "1250 JPY");
+    EXPECT_EQ(moneyText(1250, 3, "KWD"), "1.250 KWD");
+    EXPECT_EQ(moneyText(least, 18, "X"), "-9.223372036854775808 X");
+    EXPECT_EQ(moneyText(1, -7, "X"), "1 X");
+    EXPECT_EQ(moneyText(1, 1'000'000'000, "X"), "0.000000000000000001 X");
+}
+
+TEST(WalletMoney, IsReadExactlyOrNotAtAll) {
+    struct Case {
+        const char* text;
+        std::int64_t digits;
+        std::optional<std::int64_t> units;
+    };
+    for (const auto& c : std::initializer_list<Case>{
+             {"12.50", 2, 1250},
+             {"12.5", 2, 1250},
+             {"12", 2, 1200},
+             {"0.01", 2, 1},
+             {"007", 0, 7},
+             {"92233720368547758.07", 2, std::numeric_limits<std::int64_t>::max()},
+             {"92233720368547758.08", 2, std::nullopt},
+             {"0.00", 2, std::nullopt},
+             {"12.505", 2, std::nullopt},
+             {"12.", 2, std::nullopt},
+             {".5", 2, std::nullopt},
+             {"1.2.3", 2, std::nullopt},
+             {"1,50", 2, std::nullopt},
+             {"-1", 2, std::nullopt},
+             {"+1", 2, std::nullopt},
+             {"", 2, std::nullopt},
+             {"1.5", 0, std::nullopt},
+         }) {
+        EXPECT_EQ(smallestUnits(c.text, c.digits), c.units) << c.text;
+    }
+}
+
+TEST(WalletMoney, IsDepositedWithoutLosingTheLastUnit) {
+    for (const std::int64_t digits : {0, 1, 2, 3}) {
+        for (std::int64_t units = 1; units < 20'000; ++units) {
+            double deposited = wholeUnits(units, digits);
+            for (std::int64_t i = 0; i < digits; ++i) deposited *= 10.0;
+            ASSERT_EQ(static_cast<std::int64_t>(deposited), units) << digits;
+        }
+    }
+}
+
+TEST(WalletText, ShowsNothingThatATerminalWouldObey) {
+    EXPECT_EQ(printable("a\033[31mb\r\nc\tq"), "a [31mb  c q");
+    EXPECT_EQ(printable("\u202eabc\u2028"), " abc ");
+    EXPECT_EQ(printable("caf\xc3\xa9 \xff"), "café \uFFFD");
+}
+
+TEST(WalletTable, CutsProseAndLeavesCodesWhole) {
+    using enum Column::Kind;
+    Table table{{{"CODE", NUMBER}, {"NAME"}, {"KEY", EXACT}}};
+    table.add({"7", "Kaffee am Platz", "abcdef"});
+    table.add({"1234567", "漢字漢字漢字漢字", "x"});
+    EXPECT_EQ(table.text(std::nullopt),
+              "   CODE  NAME              KEY\n"
+              "      7  Kaffee am Platz   abcdef\n"
+              "1234567  漢字漢字漢字漢字  x\n");
+    EXPECT_EQ(table.text(24),
+              "   CODE  NAME     KEY\n"
+              "      7  Kaffee…  abcdef\n"
+              "1234567  漢字漢…  x\n");
+    EXPECT_THAT(table.text(1), HasSubstr("1234567"));
+}
+
+}  // namespace kavio::wallet
