@@ -72,6 +72,13 @@ void checkParameters(const nlohmann::json& object, const Parameters& parameters,
     }
 }
 
+std::int64_t numberFrom(std::string_view text) {
+    std::int64_t number = 0;
+    const auto* const end = text.data() + text.size();
+    const auto read = std::from_chars(text.data(), end, number);
+    return read.ec == std::errc{} && read.ptr == end ? number : -1;
+}
+
 nlohmann::json queryParameters(const httplib::Params& query, const Parameters& parameters) {
     auto object = nlohmann::json::object();
     for (const auto& [name, text] : query) {
