@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 
 #include <limits>
-#include <regex>
 #include <set>
 #include <string>
 #include <vector>
@@ -135,11 +134,12 @@ TEST_P(Device, DigestsAndEncodes) {
 }
 
 TEST_P(Device, MakesFreshUuids) {
-    const std::regex shape("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}");
+    const testing::Matcher<std::string> isUuid =
+        testing::MatchesRegex("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}");
     std::set<std::string> made;
     for (int i = 0; i < 1000; ++i) {
         const auto uuid = platform.uuid->make();
-        EXPECT_TRUE(std::regex_match(uuid, shape)) << uuid;
+        EXPECT_THAT(uuid, isUuid);
         made.insert(uuid);
     }
     EXPECT_EQ(made.size(), 1000U);

@@ -6,7 +6,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -73,8 +72,8 @@ TEST(SqliteStores, SetADamagedFileAsideAndReportIt) {
         EXPECT_TRUE(suite->set("new", "1"));
         ASSERT_THAT(store.setAside, SizeIs(c.isDamaged ? 1 : 0));
         if (c.isDamaged) {
-            const std::regex name("suite\\.suite\\.sqlite\\.damaged-\\d{8}-\\d{6}(-\\d+)?");
-            EXPECT_TRUE(std::regex_match(store.setAside[0].filename().string(), name)) << store.setAside[0];
+            EXPECT_THAT(store.setAside[0].filename().string(),
+                        testing::MatchesRegex("suite\\.suite\\.sqlite\\.damaged-[0-9]{8}-[0-9]{6}(-[0-9]+)?"));
             EXPECT_EQ(StoreFolder::contents(store.setAside[0]).size(), c.bytes.size());
         }
     }
