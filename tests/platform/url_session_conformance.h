@@ -95,9 +95,10 @@ TEST_P(UrlSessionConformance, GivesEveryStatusAsAReply) {
         {httpReply(200, gzip("packed packed"), "Content-Encoding: gzip\r\n"), "200 packed packed"},
         {httpReply(200, whole), "200 " + whole},
     };
-    for (const auto& [reply, expected] : cases) {
+    for (const auto& c : cases) {
+        const std::string& expected = c.second;
         SCOPED_TRACE(expected.substr(0, 20));
-        const RawServer server(service().identity, answering([&](const auto&) { return reply; }));
+        const RawServer server(service().identity, answering([&](const auto&) { return c.first; }));
         EXPECT_TRUE(text(fetch(*session(server), get(host))) == expected);
     }
 }
@@ -113,7 +114,7 @@ TEST_P(UrlSessionConformance, GivesTheHeadersOfTheReply) {
 
 TEST_P(UrlSessionConformance, EndsAReplyThatIsTooLarge) {
     const std::string head = "HTTP/1.1 200 OK\r\n";
-    const std::string megabyte = std::string(1024 * 1024, 'x');
+    const std::string megabyte = std::string(1 << 20, 'x');
     struct Case {
         const char* name;
         std::string start;

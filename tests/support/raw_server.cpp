@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstdlib>
 #include <stdexcept>
 #include <utility>
 
@@ -62,7 +63,7 @@ std::size_t requestLength(const std::string& text) {
     const auto head = text.find("\r\n\r\n");
     if (head == std::string::npos) return 0;
     const auto field = text.find("Content-Length: ");
-    return head + 4 + (field < head ? std::stoul(text.substr(field + 16)) : 0);
+    return head + 4 + (field < head ? std::strtoul(text.c_str() + field + 16, nullptr, 10) : 0);
 }
 
 }  // namespace
@@ -158,7 +159,7 @@ std::string RawServer::Connection::read(std::size_t count) {
 std::string RawServer::Connection::readRequest() {
     std::string request;
     while (requestLength(request) == 0 || request.size() < requestLength(request)) {
-        const std::string more = readSome(16 * 1024);
+        const std::string more = readSome(16'384);
         if (more.empty()) return {};
         request += more;
     }

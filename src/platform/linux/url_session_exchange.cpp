@@ -8,13 +8,14 @@
 #include <array>
 #include <chrono>
 #include <exception>
+#include <new>
 #include <optional>
 #include <utility>
 
 namespace kavio {
 namespace {
 
-constexpr std::size_t maximumHeaderBytes = 300 * 1024;
+constexpr std::size_t maximumHeaderBytes = 300'000;
 constexpr int maximumRedirects = 10;
 // A mobile network forgets idle connections without a word; what is sent on such a one is lost.
 constexpr long maximumIdleSeconds = 30;
@@ -122,7 +123,9 @@ struct UrlExchange::Callbacks {
 
 UrlConduct::UrlConduct(const UrlSessionConfiguration& configuration, bool isBackground)
     : certificateAuthorities(configuration.certificateAuthorities), background(isBackground) {
-    if (!configuration.connectTo.empty()) connectTo.append(("::" + configuration.connectTo).c_str());
+    if (!configuration.connectTo.empty() && !connectTo.append(("::" + configuration.connectTo).c_str())) {
+        throw std::bad_alloc();
+    }
 }
 
 UrlExchange::UrlExchange(UrlRequest request, const UrlConduct& conduct)
@@ -205,7 +208,9 @@ void UrlExchange::setHeaders(Options& options) {
     for (const char* name : {"Content-Type:", "Expect:"}) options.append(mHeaderLines, name);
     for (const auto& [name, value] : mRequest.headers) {
         const bool blank = value.find_first_not_of(" \t") == std::string::npos;
-        options.append(mHeaderLines, blank ? name + ";" : name + ": " + value);  // "NAME:" would take the header away
+        std::string line = name;
+        line.append(blank ? ";" : ": ").append(value);  // "NAME:" alone would take the header away
+        options.append(mHeaderLines, line);
     }
     options.set(CURLOPT_HTTPHEADER, mHeaderLines.get());
 }
@@ -248,7 +253,9 @@ UrlReply UrlExchange::takeReply(CURL* easy, int status) {
 }
 
 void UrlExchange::forgetBody() {
-    if (mRequest.body) OPENSSL_cleanse(mRequest.body->data(), mRequest.body->size());
+    if (!mRequest.body) return;
+    std::string& body = *mRequest.body;
+    OPENSSL_cleanse(body.data(), body.size());
     mRequest.body.reset();
 }
 

@@ -14,13 +14,13 @@ namespace kavio {
 namespace {
 
 UrlError::Code classify(CURL* easy, CURLcode code, bool sent);
-std::string reason(CURL* easy, CURLcode code);
+std::string reason(CURL* easy, CURLcode code, bool sent);
 
 }  // namespace
 
 UrlError describeFailure(CURL* easy, CURLcode code, bool sent) {
     UrlError error = urlError(classify(easy, code, sent));
-    const std::string detail = reason(easy, code);
+    const std::string detail = reason(easy, code, sent);
     if (!detail.empty()) error.description.replace(error.description.size() - 1, 1, ": " + detail + ".");
     return error;
 }
@@ -69,15 +69,15 @@ bool hasRouteTo(int family, const void* address, socklen_t length) {
 
 /// Whether packets for the world outside would go anywhere. The addresses are those set apart for documentation.
 bool hasRoute() {
-    sockaddr_in six4{};
-    six4.sin_family = AF_INET;
-    six4.sin_port = htons(443);
-    ::inet_pton(AF_INET, "198.51.100.1", &six4.sin_addr);
-    sockaddr_in6 six{};
-    six.sin6_family = AF_INET6;
-    six.sin6_port = htons(443);
-    ::inet_pton(AF_INET6, "2001:db8::1", &six.sin6_addr);
-    return hasRouteTo(AF_INET, &six4, sizeof six4) || hasRouteTo(AF_INET6, &six, sizeof six);
+    sockaddr_in v4{};
+    v4.sin_family = AF_INET;
+    v4.sin_port = htons(443);
+    ::inet_pton(AF_INET, "198.51.100.1", &v4.sin_addr);
+    sockaddr_in6 v6{};
+    v6.sin6_family = AF_INET6;
+    v6.sin6_port = htons(443);
+    ::inet_pton(AF_INET6, "2001:db8::1", &v6.sin6_addr);
+    return hasRouteTo(AF_INET, &v4, sizeof v4) || hasRouteTo(AF_INET6, &v6, sizeof v6);
 }
 
 int connectErrno(CURL* easy) {
@@ -137,21 +137,26 @@ UrlError::Code classify(CURL* easy, CURLcode code, bool sent) {
     }
 }
 
-std::string reason(CURL* easy, CURLcode code) {
+std::string certificateVerdict(CURL* easy) {
+    long verdict = X509_V_OK;
+    curl_easy_getinfo(easy, CURLINFO_SSL_VERIFYRESULT, &verdict);
+    // In a chain that is in order libcurl looks at the name, and leaves no verdict of its own.
+    if (verdict == X509_V_OK || verdict == X509_V_ERR_UNSPECIFIED) return "it was issued for another host";
+    return X509_verify_cert_error_string(verdict);
+}
+
+/// Empty where the sentence for the error says it all. Never libcurl's message of the exchange: it may quote the
+/// request.
+std::string reason(CURL* easy, CURLcode code, bool sent) {
     switch (code) {
-        case CURLE_COULDNT_CONNECT:
-            return std::generic_category().message(connectErrno(easy));
-        case CURLE_PEER_FAILED_VERIFICATION: {
-            long verdict = X509_V_OK;
-            curl_easy_getinfo(easy, CURLINFO_SSL_VERIFYRESULT, &verdict);
-            // In a chain that is in order libcurl looks at the name, and leaves no verdict of its own.
-            if (verdict == X509_V_OK || verdict == X509_V_ERR_UNSPECIFIED) return "it was issued for another host";
-            return X509_verify_cert_error_string(verdict);
-        }
         case CURLE_OPERATION_TIMEDOUT:
         case CURLE_OUT_OF_MEMORY:
+        case CURLE_ABORTED_BY_CALLBACK:
             return "";
-        // Never libcurl's own message of the exchange: it may quote the request.
+        case CURLE_COULDNT_CONNECT:
+            return sent ? "" : std::generic_category().message(connectErrno(easy));
+        case CURLE_PEER_FAILED_VERIFICATION:
+            return sent ? "" : certificateVerdict(easy);
         default:
             return curl_easy_strerror(code);
     }
