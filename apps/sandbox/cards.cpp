@@ -1,6 +1,7 @@
 #include "cards.h"
 
 #include "reply.h"
+#include "world.h"
 
 #include <fmt/chrono.h>
 
@@ -50,7 +51,8 @@ void checkCard(const CardData& card, TimePoint now, const std::string& where) {
     if (card.month < 1 || card.month > 12) refuse("month");
     const auto today = fmt::gmtime(std::chrono::system_clock::to_time_t(now));
     const auto year = fullYear(card.year);
-    if (year > 9999 || year * 12 + card.month < (today.tm_year + 1900) * 12 + today.tm_mon + 1) refuse("year");
+    if (card.year < 0 || year > 9999 || year * 12 + card.month < (today.tm_year + 1900) * 12 + today.tm_mon + 1)
+        refuse("year");
     if (card.securityCode.empty() || card.securityCode.size() > 4 || !onlyDigits(card.securityCode))
         refuse("securityCode");
 }

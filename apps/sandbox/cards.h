@@ -1,12 +1,16 @@
 #pragma once
 
-#include "world.h"
+#include "sandbox.h"
 
 #include <nlohmann/json.hpp>
 
 #include <string>
 
 namespace kavio::sandbox {
+
+struct Account;
+struct StoredCard;
+struct World;
 
 /// A card as a client enters it. Checked by `checkCard`.
 struct CardData {

@@ -9,6 +9,14 @@ namespace {
 constexpr int workers = 48;  // an idle connection holds one, and so does a request that a fault holds up
 constexpr std::size_t bodyLimit = 1 << 20;
 
+/// The HTTP server takes a POST or PUT without a length for one whose body ends with the connection. To HTTP/1.1 it is
+/// a request without a body.
+httplib::Server::HandlerResponse noLengthIsNoBody(const httplib::Request& request, httplib::Response& /*response*/) {
+    if (!request.has_header("Content-Length") && !request.has_header("Transfer-Encoding"))
+        const_cast<httplib::Request&>(request).headers.emplace("Content-Length", "0");
+    return httplib::Server::HandlerResponse::Unhandled;
+}
+
 }  // namespace
 
 /// Lives as long as the TLS object of its connection, which the HTTP server frees before it closes the socket.
@@ -55,9 +63,11 @@ void Connections::close() {
 Listener::Listener(const Authority* authority, std::uint16_t port, Handler handler) : mServer(makeServer(authority)) {
     mServer->new_task_queue = [] { return new httplib::ThreadPool(workers); };
     mServer->set_tcp_nodelay(true);
+    mServer->set_pre_routing_handler(noLengthIsNoBody);
     mServer->set_payload_max_length(bodyLimit);
-    mServer->Get(".*", handler).Post(".*", handler).Put(".*", handler).Patch(".*", handler).Delete(".*", handler);
-    mServer->Options(".*", handler);
+    const auto every = [this, handler](const auto& request, auto& response) { handler(*this, request, response); };
+    mServer->Get(".*", every).Post(".*", every).Put(".*", every).Patch(".*", every).Delete(".*", every);
+    mServer->Options(".*", every);
 
     const int bound = port == 0 ? mServer->bind_to_any_port("127.0.0.1")
                                 : (mServer->bind_to_port("127.0.0.1", port) ? int(port) : -1);

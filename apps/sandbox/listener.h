@@ -32,10 +32,11 @@ private:
     bool mClosed = false;
 };
 
-/// A listening socket on 127.0.0.1 and the threads behind it. Every request of every method goes to the one handler.
+/// A listening socket on 127.0.0.1 and the threads behind it. Every request of every method goes to the one handler,
+/// from the first moment on: also before the constructor has returned.
 class Listener {
 public:
-    using Handler = std::function<void(const httplib::Request&, httplib::Response&)>;
+    using Handler = std::function<void(Listener&, const httplib::Request&, httplib::Response&)>;
 
     /// Over TLS with an authority's server certificate, plain without one. Throws when the port cannot be had.
     Listener(const Authority* authority, std::uint16_t port, Handler handler);

@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <numbers>
 
@@ -21,13 +20,10 @@ double distanceBetween(double latitude1, double longitude1, double latitude2, do
     return 2 * earthRadius * std::asin(std::sqrt(h));
 }
 
-/// A scanned text ends in "/" and the machine's number, maybe with a query after it; 0 when it does not.
+/// The machine's number follows the last "/" of a scanned text; a query may come after it.
 std::int64_t scannedNumber(std::string_view text) {
     text = text.substr(0, text.find('?'));
-    const auto slash = text.rfind('/');
-    std::int64_t number = 0;
-    if (slash != std::string_view::npos) std::from_chars(text.data() + slash + 1, text.data() + text.size(), number);
-    return number;
+    return numberFrom(text.substr(text.rfind('/') + 1));
 }
 
 bool hadOrder(const Account& account, const Machine& machine) {

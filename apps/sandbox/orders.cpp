@@ -3,19 +3,12 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
 
 namespace kavio::sandbox {
 namespace {
 
 /// What a purchase without an amount and without products costs, in euros.
 constexpr double defaultPrice = 1.0;
-
-std::int64_t numberFrom(const std::string& text) {
-    std::int64_t number = -1;
-    std::from_chars(text.data(), text.data() + text.size(), number);
-    return number;
-}
 
 std::string_view wireName(Source source) {
     switch (source) {

@@ -3,7 +3,9 @@
 #include <httplib.h>
 #include <nlohmann/json.hpp>
 
+#include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace kavio::sandbox {
@@ -20,6 +22,9 @@ using Parameters = std::vector<Parameter>;
 /// Throws a Refusal (400) that names the first parameter that is missing, of another kind, or not known.
 /// `where` stands before the name, as in "paymentCard.number".
 void checkParameters(const nlohmann::json& object, const Parameters& parameters, const std::string& where = {});
+
+/// The number that a text is, all of it; -1 when it is none.
+std::int64_t numberFrom(std::string_view text);
 
 /// A query as an object, each value read as the kind that the parameter has; what cannot be read so stays a text.
 nlohmann::json queryParameters(const httplib::Params& query, const Parameters& parameters);

@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <chrono>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -10,9 +11,10 @@ namespace kavio::sandbox {
 
 struct Reply {
     int status = 200;
-    std::string body;
+    std::string body = {};
     std::string type = "application/json";
     std::map<std::string, std::string> headers = {};
+    std::chrono::milliseconds delay{0};
 };
 
 inline Reply jsonReply(const nlohmann::json& body, int status = 200) { return {.status = status, .body = body.dump()}; }

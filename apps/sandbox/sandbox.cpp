@@ -3,6 +3,7 @@
 #include "authority.h"
 #include "control.h"
 #include "faults.h"
+#include "issuer.h"
 #include "listener.h"
 #include "service.h"
 
@@ -95,9 +96,14 @@ struct Sandbox::Parts {
           world(std::move(options)),
           service(world) {}
 
-    void serve(const httplib::Request& request, httplib::Response& response);
+    void listen();
+    void serve(Listener& from, const httplib::Request& request, httplib::Response& response);
+    /// Pages only: the API never goes over plain HTTP.
+    void serveIssuerPage(Listener& from, const httplib::Request& request, httplib::Response& response);
+    void record(const httplib::Request& request);
     Reply answer(const httplib::Request& request);
-    void spoil(const Fault& fault, const httplib::Request& request, Reply& reply, httplib::Response& response);
+    void spoil(const Fault& fault, Listener& from, const httplib::Request& request, Reply& reply,
+               httplib::Response& response);
 
     Sandbox& sandbox;
     Authority authority;
@@ -107,33 +113,59 @@ struct Sandbox::Parts {
     std::vector<Request> requests;
     Faults faults;
     Service service;
-    std::optional<Listener> listener;  // last: its threads use everything above
+    std::optional<Listener> listener;  // these two last: their threads use everything above
+    std::optional<Listener> issuerListener;
 };
 
-void Sandbox::Parts::serve(const httplib::Request& request, httplib::Response& response) {
-    if (request.path.rfind(controlPath, 0) == 0) return send(control(sandbox, request), response);
-    {
-        const std::lock_guard lock(mutex);
-        requests.push_back(recordOf(request));
+// Not in the constructor: a request may come at once, and the control endpoints use the whole sandbox.
+void Sandbox::Parts::listen() {
+    world.challengeBase = "https://acs.kavio.example";
+    if (world.options.issuerPort) {
+        issuerListener.emplace(
+            nullptr, *world.options.issuerPort,
+            [this](auto& from, const auto& request, auto& response) { serveIssuerPage(from, request, response); });
+        // Not 127.0.0.1: to the library an address that begins so is the end of a page.
+        world.challengeBase = fmt::format("http://localhost:{}", issuerListener->port());
     }
-    const bool below = request.path.rfind(basePath, 0) == 0;
-    const auto fault = faults.take(request.method, below ? request.path.substr(basePath.size()) : request.path);
+    listener.emplace(&authority, world.options.port,
+                     [this](auto& from, const auto& request, auto& response) { serve(from, request, response); });
+}
+
+void Sandbox::Parts::serve(Listener& from, const httplib::Request& request, httplib::Response& response) {
+    if (request.path.starts_with(controlPath)) return send(control(sandbox, request), response);
+    record(request);
+    const bool isApi = request.path.starts_with(basePath);
+    const auto fault = faults.take(request.method, isApi ? request.path.substr(basePath.size()) : request.path);
     const bool replaced = fault && (fault->status || fault->body || fault->drop);
     Reply reply;
     if (!replaced || fault->handled) reply = answer(request);
-    if (fault) spoil(*fault, request, reply, response);
+    from.pause(reply.delay);
+    if (fault) spoil(*fault, from, request, reply, response);
     send(reply, response);
+}
+
+void Sandbox::Parts::serveIssuerPage(Listener& from, const httplib::Request& request, httplib::Response& response) {
+    record(request);
+    const auto reply = request.path.starts_with(issuerPath) ? answer(request) : Reply{.status = 404};
+    from.pause(reply.delay);
+    send(reply, response);
+}
+
+void Sandbox::Parts::record(const httplib::Request& request) {
+    const std::lock_guard lock(mutex);
+    requests.push_back(recordOf(request));
 }
 
 Reply Sandbox::Parts::answer(const httplib::Request& request) {
     const std::lock_guard lock(mutex);
+    if (request.path.starts_with(issuerPath)) return issuerPage(world, request);
     world.settleOrders();
     return service.handle(request);
 }
 
-void Sandbox::Parts::spoil(const Fault& fault, const httplib::Request& request, Reply& reply,
+void Sandbox::Parts::spoil(const Fault& fault, Listener& from, const httplib::Request& request, Reply& reply,
                            httplib::Response& response) {
-    listener->pause(fault.delay);
+    from.pause(fault.delay);
     if (fault.drop) Listener::drop(request);
     reply.status = fault.status.value_or(reply.status);
     reply.body = fault.body.value_or(reply.body);
@@ -141,15 +173,12 @@ void Sandbox::Parts::spoil(const Fault& fault, const httplib::Request& request, 
     if (fault.cutAfter) cut(response, reply.body, *fault.cutAfter, reply.type);
 }
 
-Sandbox::Sandbox(Options options) : mParts(std::make_unique<Parts>(*this, std::move(options))) {
-    mParts->listener.emplace(&mParts->authority, mParts->world.options.port,
-                             [this](const auto& request, auto& response) { mParts->serve(request, response); });
-}
+Sandbox::Sandbox(Options options) : mParts(std::make_unique<Parts>(*this, std::move(options))) { mParts->listen(); }
 Sandbox::~Sandbox() = default;
 
 std::uint16_t Sandbox::port() const { return mParts->listener->port(); }
 std::string Sandbox::address() const { return fmt::format("127.0.0.1:{}", port()); }
-std::uint16_t Sandbox::issuerPort() const { return 0; }
+std::uint16_t Sandbox::issuerPort() const { return mParts->issuerListener ? mParts->issuerListener->port() : 0; }
 const std::filesystem::path& Sandbox::authorityFile() const { return mParts->authorityFile.path(); }
 
 void Sandbox::fault(const std::string& path, Fault fault) { mParts->faults.add(path, std::move(fault)); }

@@ -66,7 +66,7 @@ void requireSignature(const httplib::Request& request, const World& world) {
 Service::Service(World& world)
     : mWorld(world), mRoutes([] {
           Routes all;
-          for (auto routes : {sessionRoutes(), machineRoutes(), orderRoutes(), paymentRoutes()})
+          for (auto routes : {sessionRoutes(), machineRoutes(), orderRoutes(), paymentRoutes(), tdSecureRoutes()})
               std::move(routes.begin(), routes.end(), std::back_inserter(all));
           return all;
       }()) {}
@@ -80,7 +80,7 @@ Reply Service::handle(const httplib::Request& request) {
 }
 
 Reply Service::dispatch(const httplib::Request& request) {
-    if (request.path.rfind(basePath, 0) != 0) throw Refusal(404, "nothing here: " + request.path);
+    if (!request.path.starts_with(basePath)) throw Refusal(404, "nothing here: " + request.path);
     const auto path = std::string_view(request.path).substr(basePath.size());
     bool pathKnown = false;
     for (const auto& route : mRoutes) {
@@ -115,8 +115,8 @@ void Service::checkHeaders(const httplib::Request& request) const {
 
 nlohmann::json Service::parametersOf(const httplib::Request& request, const Route& route) const {
     if (route.input == Input::query && !request.body.empty()) throw Refusal(400, "this request has no body");
-    const auto parameters = route.input == Input::query ? queryParameters(request.params, route.parameters)
-                                                        : nlohmann::json::parse(request.body, nullptr, false);
+    auto parameters = route.input == Input::query ? queryParameters(request.params, route.parameters)
+                                                  : nlohmann::json::parse(request.body, nullptr, false);
     checkParameters(parameters, route.parameters);
     return parameters;
 }

@@ -38,6 +38,7 @@ Routes sessionRoutes();
 Routes machineRoutes();
 Routes orderRoutes();
 Routes paymentRoutes();
+Routes tdSecureRoutes();
 
 /// A campaign's look as machines, orders and transactions carry it.
 nlohmann::json lookAndFeelReply(const Campaign& campaign);

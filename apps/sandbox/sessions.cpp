@@ -12,10 +12,6 @@ namespace {
 constexpr auto challengeLifetime = std::chrono::minutes{5};
 constexpr int retryTimeoutSeconds = 30;
 
-bool endsWith(const std::string& text, std::string_view end) {
-    return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
-}
-
 std::string digits(const nlohmann::json& in, const char* name, std::size_t shortest, std::size_t longest) {
     auto text = in.at(name).get<std::string>();
     const bool onlyDigits = std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isdigit(c) != 0; });
@@ -44,7 +40,7 @@ nlohmann::json time(Call& call) {
 
 nlohmann::json challenge(Call& call) {
     const auto phone = phoneFrom(call.in);
-    if (endsWith(phone.number, "999")) throw Refusal(403, "this number is blocked");
+    if (phone.number.ends_with("999")) throw Refusal(403, "this number is blocked");
     const auto set = call.world.codes.find(phone.full());
     const auto code = set == call.world.codes.end() ? call.world.options.code : set->second;
 

@@ -12,10 +12,6 @@ namespace {
 
 constexpr int pastOrders = 3;
 
-bool endsWith(const std::string& text, std::string_view end) {
-    return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
-}
-
 void addSampleInstruments(World& world, Account& account) {
     const auto money = [&](double euros) { return account.currency->smallestUnits(euros * account.currency->perEuro); };
     account.balance = money(50);
@@ -88,7 +84,7 @@ Account& World::openAccount(const std::string& countryCode, const std::string& p
     account.phone = fmt::format("+{} {}", countryCode, phoneNumber);
     account.country = country;
     account.currency = &countryOf(countryCode).currency;
-    if (endsWith(phoneNumber, "000")) return account;
+    if (phoneNumber.ends_with("000")) return account;
     addSampleInstruments(*this, account);
     addHistory(*this, account);
     return account;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "data.h"
+#include "enrolment.h"
 #include "sandbox.h"
 
 #include <nlohmann/json.hpp>
@@ -98,6 +99,8 @@ struct World {
     std::map<std::string, Challenge> challenges;  // by challenge text
     std::map<std::string, Session> sessions;      // by token
     std::map<std::string, std::string> codes;     // by number
+    std::map<std::string, Enrolment> enrolments;  // by transaction
+    std::string challengeBase;                    // scheme and host of the issuer's visible pages
     nlohmann::json purchases = nlohmann::json::array();
 
     /// The clock that moves orders and lets tokens expire.

@@ -215,7 +215,7 @@ gboolean GtkWebView::onDecidePolicy(WebKitPolicyDecision* decision, int type) {
     if (offer(url) && isWithinReach(url)) {
         webkit_policy_decision_use(decision);
     } else {
-        webkit_policy_decision_ignore(decision);
+        refuse(decision);
     }
     return TRUE;
 }
@@ -223,8 +223,13 @@ gboolean GtkWebView::onDecidePolicy(WebKitPolicyDecision* decision, int type) {
 gboolean GtkWebView::onResponse(WebKitPolicyDecision* decision) {
     // What the view cannot show would become a download.
     if (webkit_response_policy_decision_is_mime_type_supported(WEBKIT_RESPONSE_POLICY_DECISION(decision))) return FALSE;
-    webkit_policy_decision_ignore(decision);
+    refuse(decision);
     return TRUE;
+}
+
+void GtkWebView::refuse(WebKitPolicyDecision* decision) {
+    webkit_policy_decision_ignore(decision);
+    if (!mPage.hasArrived && !mPage.isHidden) fail();  // else the page that tried stays
 }
 
 GtkWidget* GtkWebView::onCreate(gpointer action) {
@@ -256,11 +261,14 @@ void GtkWebView::onLoadChanged(int event) {
 }
 
 gboolean GtkWebView::onLoadFailed(int, const char* url, GError* error) {
-    const bool replaced = g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED);
-    const bool ignored = error->domain == WEBKIT_POLICY_ERROR;
+    // Another load took its place, or it was refused, which is dealt with there.
+    const bool isOver =
+        g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED) ||
+        g_error_matches(error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE);
+    if (isOver) return TRUE;
     if (isLoopback(url)) {
         change(Page::Phase::WORKING);
-    } else if (!replaced && !(ignored && mPage.hasArrived)) {
+    } else {
         fail();
     }
     return TRUE;  // else an error page would take the place of the content

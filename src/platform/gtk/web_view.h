@@ -68,6 +68,7 @@ private:
 
     gboolean onDecidePolicy(WebKitPolicyDecision* decision, int type);
     gboolean onResponse(WebKitPolicyDecision* decision);
+    void refuse(WebKitPolicyDecision* decision);
     GtkWidget* onCreate(gpointer action);
     void onLoadChanged(int event);
     gboolean onLoadFailed(int event, const char* url, GError* error);

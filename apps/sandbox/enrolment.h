@@ -1,0 +1,50 @@
+#pragma once
+
+#include "cards.h"
+
+#include <string>
+#include <string_view>
+
+namespace kavio::sandbox {
+
+/// What happens to a card on its way through 3-D Secure.
+enum class Course {
+    frictionless,
+    fingerprint,
+    fingerprintThenChallenge,
+    challenge,
+    challengeAnswersItself,
+    challengeDeclines,
+    challengeNeverEnds,
+    challengeEndsInFrame,
+    challengeIsSlow,
+    challengeCannotLoad,
+    addCardFails,
+    addCardUnknown,
+    fingerprintIsNoUrl,
+    locatorFails,
+    locatorUnknown,
+};
+
+/// The course of a test card; any other card is stored at once.
+Course courseOf(std::string_view cardNumber);
+
+/// A 3-D Secure reply's kind, as clients send it back.
+enum class Flow { fingerprint = 2, challenge = 3 };
+
+/// A card between the request to add it and the reply that gives its locator.
+struct Enrolment {
+    std::string id;  // the transaction
+    std::string accountNumber;
+    CardData card;
+    Course course = Course::frictionless;
+    Flow flow = Flow::challenge;
+    std::string token;  // what the page of the present flow hands to the client
+    int triesLeft = 3;
+    // What the page ended with.
+    bool ended = false;
+    std::string result;
+    std::string description;
+};
+
+}  // namespace kavio::sandbox

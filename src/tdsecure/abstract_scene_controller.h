@@ -1,0 +1,52 @@
+#pragma once
+
+#include "tdsecure/abstract_scene.h"
+#include "util/service_object.h"
+
+#include <kavio/platform/platform.h>
+
+#include <memory>
+#include <string_view>
+#include <utility>
+
+namespace kavio {
+
+/// Owns a scene of type `Scene` while there is one, and hears what happens to its view.
+template <class Scene>
+class AbstractSceneController : public ServiceObject,
+                                public ViewLifecycle,
+                                public std::enable_shared_from_this<AbstractSceneController<Scene>> {
+public:
+    /// The scene of the library's storyboard, made anew when there is none. Null where it cannot be made.
+    std::shared_ptr<Scene> createScene(std::string_view storyboardName) {
+        if (mScene) return mScene;
+        const auto windows = Platform::current().windows;
+        const auto view = windows ? windows->instantiateScene(storyboardName, Scene::identifier) : nullptr;
+        if (!view) return nullptr;
+        mScene = std::make_shared<Scene>(view);
+        mScene->lifecycleDelegate = this->weak_from_this();
+        view->setObserver(mScene);
+        return mScene;
+    }
+
+    /// Harmless without a scene.
+    void close(bool animated) {
+        if (const auto closing = std::exchange(mScene, nullptr)) closing->dismiss(animated);
+    }
+
+    const std::shared_ptr<Scene>& scene() const { return mScene; }
+    bool isVisible() const { return mIsVisible; }
+
+    void onViewDidLoad() override {}
+    void onViewWillAppear() override { mIsVisible = true; }
+    void onViewDidAppear() override {}
+    void onViewWillDisappear() override { mIsVisible = false; }
+    void onViewDidDisappear() override {}
+    void onDidReceiveMemoryWarning() override {}
+
+private:
+    std::shared_ptr<Scene> mScene;
+    bool mIsVisible = false;
+};
+
+}  // namespace kavio

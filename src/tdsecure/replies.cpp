@@ -1,0 +1,99 @@
+#include "tdsecure/replies.h"
+
+#include "models/json/decoding_error.h"
+
+namespace kavio {
+namespace {
+
+// The raw values go from 0 to that of `last`, without a gap.
+template <class Enumeration>
+Enumeration requiredCase(const KeyedContainer& in, Key key, Enumeration last) {
+    const auto raw = in.required<std::int64_t>(key);
+    if (raw < 0 || raw > static_cast<std::int64_t>(last)) {
+        throw DecodingError(std::string(key.name()) + ": expected one of the known values, found another");
+    }
+    return static_cast<Enumeration>(raw);
+}
+
+TDSFlowType flowType(const KeyedContainer& in) { return requiredCase(in, "type", TDSFlowType::ERROR); }
+
+TDSGetCardBaseResponse::ResultType resultType(const KeyedContainer& in) {
+    return requiredCase(in, "result", TDSGetCardBaseResponse::ResultType::NOT_READY);
+}
+
+// The first alternative that decodes, in their order; the last one, which has no members, when none does.
+template <class Reply, std::size_t I = 0>
+Reply decodeFirst(const DecodedValue& value) {
+    if constexpr (I + 1 == std::variant_size_v<Reply>) {
+        return std::monostate();
+    } else {
+        try {
+            return value.as<std::variant_alternative_t<I, Reply>>();
+        } catch (const DecodingError&) {
+            return decodeFirst<Reply, I + 1>(value);
+        }
+    }
+}
+
+}  // namespace
+
+TDSAddCardFrictionlessResponse TDSAddCardFrictionlessResponse::decode(const KeyedContainer& in) {
+    TDSAddCardFrictionlessResponse reply;
+    reply.locator = in.required<std::string>("locator");
+    reply.type = flowType(in);
+    return reply;
+}
+
+TDSAddCardFingerprintResponse TDSAddCardFingerprintResponse::decode(const KeyedContainer& in) {
+    TDSAddCardFingerprintResponse reply;
+    reply.page = in.required<std::string>("page");
+    reply.id = in.required<std::string>("id");
+    reply.type = flowType(in);
+    return reply;
+}
+
+TDSAddCardChallengeResponse TDSAddCardChallengeResponse::decode(const KeyedContainer& in) {
+    TDSAddCardChallengeResponse reply;
+    reply.url = in.required<std::string>("url");
+    reply.id = in.required<std::string>("id");
+    reply.type = flowType(in);
+    return reply;
+}
+
+TDSAddCardErrorResponse TDSAddCardErrorResponse::decode(const KeyedContainer& in) {
+    TDSAddCardErrorResponse reply;
+    reply.message = in.required<std::string>("message");
+    reply.type = flowType(in);
+    return reply;
+}
+
+TDSAddCardResponseFactory TDSAddCardResponseFactory::decode(const DecodedValue& value) {
+    return {decodeFirst<decltype(reply)>(value)};
+}
+
+TDSGetCardLocatorResponse TDSGetCardLocatorResponse::decode(const KeyedContainer& in) {
+    TDSGetCardLocatorResponse reply;
+    reply.locator = in.required<std::string>("locator");
+    reply.result = resultType(in);
+    return reply;
+}
+
+TDSGetCardChallengeResponse TDSGetCardChallengeResponse::decode(const KeyedContainer& in) {
+    TDSGetCardChallengeResponse reply;
+    reply.url = in.required<std::string>("url");
+    reply.result = resultType(in);
+    return reply;
+}
+
+TDSGetCardErrorResponse TDSGetCardErrorResponse::decode(const KeyedContainer& in) {
+    TDSGetCardErrorResponse reply;
+    reply.message = in.required<std::string>("message");
+    reply.result = resultType(in);
+    return reply;
+}
+
+TDSGetCardResponseFactory TDSGetCardResponseFactory::decode(const DecodedValue& value) {
+    return {decodeFirst<decltype(reply)>(value)};
+}
+
+}  // namespace kavio

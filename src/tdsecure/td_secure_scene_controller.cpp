@@ -1,0 +1,70 @@
+#include "tdsecure/td_secure_scene_controller.h"
+
+#include "util/trace.h"
+
+#include <utility>
+
+namespace kavio {
+namespace {
+
+constexpr const char* traceTag = "TDSecureSceneController";
+
+}  // namespace
+
+// Never destroyed: a facade that is still alive when the program's statics go may yet release it.
+std::shared_ptr<TDSecureSceneController>& TDSecureSceneController::shared() {
+    static auto* shared = new std::shared_ptr<TDSecureSceneController>;
+    return *shared;
+}
+
+std::shared_ptr<TDSecureSceneController> TDSecureSceneController::make() {
+    const std::shared_ptr<TDSecureSceneController> made(new TDSecureSceneController);
+    made->tdSecureFinished = std::make_shared<SceneEvent>(made);
+    made->tdSecureWindowClosed = std::make_shared<SceneEvent>(made);
+    return made;
+}
+
+std::shared_ptr<TDSecureSceneController> TDSecureSceneController::takeUse() {
+    if (!shared()) shared() = make();
+    ++shared()->mUserCount;
+    return shared();
+}
+
+void TDSecureSceneController::release(const void* owner) {
+    if (mUserCount == 0) return trace(traceTag, [] { return std::string("released without a user"); });
+    ServiceObject::release(owner);
+    tdSecureFinished->detach(owner);
+    tdSecureWindowClosed->detach(owner);
+    if (--mUserCount > 0) return;
+
+    const auto last = std::exchange(shared(), nullptr);
+    ServiceObject::release(this);
+    close(true);
+}
+
+void TDSecureSceneController::loadContent() {
+    if (!scene()) return;
+    switch (mFlow) {
+        case TDSFlowType::CHALLENGE:
+            return scene()->load(mUrl, false);
+        case TDSFlowType::FINGERPRINT:
+            return scene()->load(mUrl, true);
+        case TDSFlowType::UNKNOWN:
+        case TDSFlowType::FRICTIONLESS:
+        case TDSFlowType::ERROR:
+            return trace(traceTag, [this] { return "unsupported flow: " + std::to_string(static_cast<int>(mFlow)); });
+    }
+}
+
+void TDSecureSceneController::onRedirect(const std::optional<std::string>& url) {
+    if (!url || !url->starts_with(loopbackUrl)) return;
+    mRedirectedUrl = url;
+    tdSecureFinished->invokeAll();
+}
+
+void TDSecureSceneController::onCloseClicked() {
+    close(true);
+    tdSecureWindowClosed->invokeAll();
+}
+
+}  // namespace kavio

@@ -1,0 +1,235 @@
+#include "gtk/gtk_world.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+
+namespace kavio::test {
+namespace {
+
+using ::testing::Each;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class SceneTest : public GtkWorld {
+protected:
+    /// Everything that the page before it has begun was offered by then.
+    void openAnotherPage() {
+        server.servePage("/another", "another");
+        scene->webView()->loadUrl(server.url("/another"), std::chrono::seconds(60));
+        EXPECT_TRUE(until([&] { return std::count(log->urls.begin(), log->urls.end(), server.url("/another")) > 0; }));
+    }
+};
+
+TEST_F(SceneTest, OffersEachWayToTheEndOfAPageOnce) {
+    const std::string end = "http://127.0.0.1/?g1=a%20b&g1=&z2=%C3%A9+&z50=";
+    const std::string form =
+        "method=post action='" + end + "'><input name=x></form><script>document.forms[0].submit()</script>";
+    server.serveRedirect("/end", end);
+    server.serveRedirect("/chain", server.url("/end"));
+    server.servePage("/form", "<form " + form);
+    present();
+    struct Case {
+        const char* name;
+        std::string html;
+        bool isShown = false;  // a few stand for all: a shown page costs a new web process
+    };
+    for (const auto& [name, html, isShown] : std::initializer_list<Case>{
+             {"a script", "<script>location='" + end + "'</script>"},
+             {"a refresh", "<meta http-equiv=refresh content=\"0;url=" + end + "\">"},
+             {"a redirect", "<script>location='" + server.url("/end") + "'</script>"},
+             {"a chain of redirects", "<script>location='" + server.url("/chain") + "'</script>"},
+             {"a form", "<form " + form},
+             {"a frame", "<iframe src='" + end + "'></iframe>"},
+             {"a form in a frame", "<iframe src='" + server.url("/form") + "'></iframe>"},
+             {"a form into a frame", "<iframe name=f></iframe><form target=f " + form},
+             {"a redirect in a frame", "<iframe src='" + server.url("/chain") + "'></iframe>"},
+             {"a script, shown", "<script>location='" + end + "'</script>", true},
+             {"a redirect, shown", "<script>location='" + server.url("/chain") + "'</script>", true},
+             {"a form in a frame, shown", "<iframe src='" + server.url("/form") + "'></iframe>", true},
+         }) {
+        SCOPED_TRACE(name);
+        log->urls.clear();
+        isShown ? showPage(html) : runHidden(html);
+        EXPECT_TRUE(until([&] { return !log->loopbacks().empty(); })) << testing::PrintToString(log->urls);
+        EXPECT_NE(shown(), "failed");
+        openAnotherPage();
+        EXPECT_THAT(log->loopbacks(), ElementsAre(end));
+    }
+}
+
+TEST_F(SceneTest, OpensANewWindowOfThePersonsInItself) {
+    present();
+    const std::string end = "http://127.0.0.1/?z2=0";
+    const std::string large = "style='position:fixed;inset:0'";  // a click anywhere will do
+    for (const auto& way :
+         {"<a target=_blank href='" + end + "' " + large + ">x</a>",
+          "<form target=_blank method=post action='" + end + "'><button " + large + ">x</button></form>",
+          "<button onclick=\"window.open('" + end + "')\" " + large + ">x</button>"}) {
+        SCOPED_TRACE(way);
+        showPage(way);
+        ASSERT_TRUE(until([&] { return shown() == "page"; }));
+        ASSERT_TRUE(until([&] {
+            if (log->loopbacks().empty()) click("webView");  // one that comes before the page is drawn misses
+            return !log->loopbacks().empty();
+        }));
+        openAnotherPage();
+        EXPECT_THAT(log->loopbacks(), Each(end));
+        EXPECT_EQ(windowCount(), 2U);
+        log->urls.clear();
+    }
+}
+
+TEST_F(SceneTest, CoversTheScreenAndIsTheTopMostThen) {
+    const auto& windows = *Platform::current().windows;
+    EXPECT_FALSE(windows.keyWindow()->rootViewController()->presentedViewController());
+    showPage("<p>Enter your code");
+    ASSERT_TRUE(until([&] { return shown() == "page"; }));
+    EXPECT_THAT(log->events, ElementsAre(ViewEvent::DID_LOAD, ViewEvent::WILL_APPEAR, ViewEvent::DID_APPEAR));
+    EXPECT_TRUE(scene->presentedViewController() == nullptr);
+
+    log->events.clear();
+    present();
+    EXPECT_THAT(log->events, IsEmpty());
+    scene->dismiss(true);
+    EXPECT_THAT(log->events, ElementsAre(ViewEvent::WILL_DISAPPEAR, ViewEvent::DID_DISAPPEAR));
+    EXPECT_EQ(shown(), "nothing");
+    scene->dismiss(true);
+    present();
+    EXPECT_EQ(shown(), "nothing");
+}
+
+TEST_F(SceneTest, KnowsItsOwnStoryboardOnly) {
+    auto& windows = *Platform::current().windows;
+    EXPECT_FALSE(windows.instantiateScene("libOther", "TDSecureScene"));
+    EXPECT_FALSE(windows.instantiateScene("libKavio", "OtherScene"));
+    EXPECT_FALSE(windows.instantiateScene("libKavio", "session"));  // is there, and no scene
+}
+
+TEST_F(SceneTest, IsClosedByThePersonOnly) {
+    const std::string page =
+        "<script>addEventListener('keydown', e => { e.preventDefault(); e.stopPropagation() }, true); "
+        "window.close()</script>";
+    for (const bool escape : {false, true}) {
+        log->onClose = [&] { scene->dismiss(true); };
+        showPage(page);
+        ASSERT_TRUE(until([&] { return shown() == "page"; }));
+        EXPECT_EQ(log->closes, 0);
+        escape ? press("Escape") : click("close");
+        EXPECT_TRUE(until([&] { return shown() == "nothing"; }));
+        EXPECT_EQ(log->closes, 1);
+        renew();
+    }
+}
+
+TEST_F(SceneTest, RunsAPageHiddenAndShowsAnotherLater) {
+    runHidden("<title>fingerprint</title><script>location='http://127.0.0.1/?z2=1'</script>");
+    EXPECT_TRUE(until([&] { return shown() == "working"; }));
+    EXPECT_EQ(text("working"), "Your card is being checked…");
+    ASSERT_TRUE(until([&] { return !log->loopbacks().empty(); }));
+    EXPECT_EQ(shown(), "working");
+    EXPECT_EQ(text("host"), "Card check");
+
+    showPage("<p>Enter your code");
+    EXPECT_EQ(text("working"), "One moment, please…");
+    ASSERT_TRUE(until([&] { return shown() == "page"; }));
+    EXPECT_EQ(text("host"), "localhost");
+    EXPECT_EQ(text("security"), "The connection is not secure");
+}
+
+TEST_F(SceneTest, NamesTheHostOfThePageThatIsThereAndNotOfOneThatIsOnItsWay) {
+    server.serveNothing("/slow");
+    showPage("<script>location='http://user@localhost.:" + server.port() + "/slow'</script>");
+    ASSERT_TRUE(until([&] { return std::ranges::count(server.requests(), "GET /slow") > 0; }));
+    EXPECT_EQ(text("host"), "localhost");
+}
+
+TEST_F(SceneTest, SaysWhenAPageCannotBeLoadedAndOffersAWayBack) {
+    const std::string nowhere = PageServer().url("/");  // a server that is gone
+    scene->webView()->loadUrl(nowhere, std::chrono::seconds(60));
+    present();
+    ASSERT_TRUE(until([&] { return shown() == "failed"; }));
+    EXPECT_EQ(text("back"), "Try again");
+    log->urls.clear();
+    click("back");
+    ASSERT_TRUE(until([&] { return !log->urls.empty() && shown() == "failed"; }));
+    EXPECT_THAT(log->urls, ElementsAre(nowhere));
+
+    showPage("<p>Enter your code<script>setTimeout(() => location='" + nowhere + "')</script>");
+    ASSERT_TRUE(until([&] { return shown() == "failed"; }));
+    EXPECT_EQ(text("back"), "Back");
+    click("back");
+    EXPECT_TRUE(until([&] { return shown() == "page"; }));
+}
+
+TEST_F(SceneTest, GivesAPageUpOfWhichNothingComes) {
+    server.serveNothing("/slow");
+    scene->webView()->loadUrl(server.url("/slow"), std::chrono::seconds(1));
+    present();
+    EXPECT_TRUE(until([&] { return shown() == "failed"; }));
+}
+
+TEST_F(SceneTest, StaysInTheHandsOfThePersonWhateverThePageDoes) {
+    server.serveDownload("/download");
+    server.servePage("/again", "<script>location='/again'</script>");
+    server.servePage("/large", "<p>" + std::string(50'000'000, 'x'));
+    for (const auto& [name, html] : std::initializer_list<std::pair<const char*, std::string>>{
+             {"alerts", "<script>for (;;) alert(confirm(prompt('')))</script>"},
+             {"a busy script", "<script>onload = () => setTimeout(() => { for (;;); })</script>"},
+             {"a storm of windows", "<script>setInterval(() => { open('" + server.url("/another") + "') })</script>"},
+             {"endless redirects", "<script>location='/again'</script>"},
+             {"a refusal to leave", "<script>onbeforeunload = () => 'stay'; location='/again'</script>"},
+             {"a large document", "<script>location='/large'</script>"},
+             {"a download", "<script>location='/download'</script>"},
+             {"a file", "<script>location='file:///etc/passwd'</script>"},
+             {"a program", "<script>location='mailto:a@b.example'; location='kavio-test:x'</script>"},
+             {"permissions",
+              "<script>Notification.requestPermission(); navigator.geolocation.getCurrentPosition(() => 0)"
+              "</script><input type=file autofocus>"},
+             {"full screen", "<script>document.documentElement.requestFullscreen(); print()</script>"},
+         }) {
+        SCOPED_TRACE(name);
+        log->onClose = [&] { scene->dismiss(true); };
+        showPage(html + std::string("<p>page"));
+        ASSERT_TRUE(until([&] { return shown() != "working"; }));
+        EXPECT_EQ(shown(), "page");
+        EXPECT_EQ(windowCount(), 2U);
+        press("Escape");
+        EXPECT_TRUE(until([&] { return shown() == "nothing"; }));
+        EXPECT_EQ(log->closes, 1);
+        EXPECT_THAT(log->loopbacks(), IsEmpty());
+        renew();
+    }
+}
+
+TEST_F(SceneTest, OutlivesItsWebProcess) {
+    showPage("<p>page");
+    ASSERT_TRUE(until([&] { return shown() == "page"; }));
+    endWebProcess();
+    ASSERT_TRUE(until([&] { return shown() == "failed"; }));
+    click("back");
+    EXPECT_TRUE(until([&] { return shown() == "page"; }));
+}
+
+TEST_F(SceneTest, MayBeDismissedOrLoadedAnewWhereAPageEnds) {
+    for (const bool dismissed : {true, false}) {
+        log->onLoad = [&](const std::string& url) {
+            if (!url.starts_with("http://127.0.0.1")) return;
+            dismissed ? scene->dismiss(true) : showPage("<p>challenge");
+        };
+        runHidden("<script>location='http://127.0.0.1/?z2=1'</script>");
+        EXPECT_TRUE(until([&] { return shown() == (dismissed ? "nothing" : "page"); }));
+        renew();
+    }
+}
+
+TEST_F(SceneTest, TellsThatThePersonIsGoneWhenTheHostDestroysIt) {
+    showPage("<p>page");
+    gtk_window_destroy(window());
+    EXPECT_EQ(log->closes, 1);
+    scene->dismiss(true);
+    EXPECT_EQ(log->closes, 1);
+}
+
+}  // namespace
+}  // namespace kavio::test
