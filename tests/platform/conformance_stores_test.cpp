@@ -72,7 +72,7 @@ TEST_P(Stores, TellAnyTwoNamesApart) {
                                             "a%2Fb",
                                             "a:b",
                                             "A:b",
-                                            "nul\0inside",
+                                            std::string("nul\0inside", 10),
                                             "\xF0\x9F\x98\x80",
                                             cut + "end",
                                             cut + "en",
@@ -98,6 +98,7 @@ TEST_P(Stores, GiveTheSameStoreForTheSameName) {
 TEST_P(Stores, MayBeUsedFromSeveralThreads) {
     const auto store = suite();
     std::vector<std::thread> threads;
+    threads.reserve(3);
     for (int thread = 0; thread < 3; ++thread) {
         threads.emplace_back([&, key = std::to_string(thread)] {
             for (int i = 0; i < 20; ++i) store->set(key, store->string(key).value_or("") + "x");

@@ -136,7 +136,7 @@ void SuiteFile::expectUnmoved() const {
 std::filesystem::path SuiteFile::setAside() {
     mDatabase.lockForGood();
     expectUnmoved();
-    const auto target = unusedDamagedPath(mPath);
+    auto target = unusedDamagedPath(mPath);
     // The journal first: left behind alone, it would be rolled back into the file that is made next.
     moveIfThere(mPath.string() + "-journal", target.string() + "-journal");
     std::filesystem::rename(mPath, target);
