@@ -180,6 +180,8 @@ TEST_F(WalletCommands, TellHowAnOrderThatFailedEnded) {
 }
 
 TEST_F(WalletCommands, NeedADisplayForAWindow) {
+    unsetenv("DISPLAY");
+    unsetenv("WAYLAND_DISPLAY");
     const auto refused = run({"status", "--window"});
     EXPECT_EQ(refused.status, 2);
     EXPECT_THAT(refused.errors, StartsWith("kavio-wallet: --window: "));

@@ -17,7 +17,6 @@ enum class ExitStatus : int {
     TIMED_OUT = 5,
     REFUSED = 6,
     SERVICE_FAILED = 7,
-    INTERRUPTED = 130,  // as shells report a program that SIGINT ended
 };
 
 /// Why a command ends without having done its work, as a sentence for people.

@@ -4,6 +4,7 @@
 #include "people/terminal.h"
 
 #include <chrono>
+#include <cstdio>
 
 namespace kavio::wallet {
 
@@ -41,7 +42,9 @@ void Session::follow(std::string what, const Operation& operation, const std::fu
 }
 
 void Session::say(std::string_view sentence) const {
-    if (!mIsJson) fmt::print("{}\n", sentence);
+    if (mIsJson) return;
+    fmt::print("{}\n", sentence);
+    std::fflush(stdout);  // at once in a pipe too: an order is followed live
 }
 
 void Session::show(const Table& table, std::string_view whenEmpty) const {

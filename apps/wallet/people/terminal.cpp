@@ -1,13 +1,13 @@
 #include "terminal.h"
 
 #include "jsonl/line_reader.h"
-#include "people/failure.h"
 
 #include <fmt/format.h>
 #include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
+#include <array>
 #include <csignal>
 #include <iostream>
 #include <iterator>
@@ -17,39 +17,42 @@ namespace kavio::wallet {
 
 namespace {
 
-volatile std::sig_atomic_t wasInterrupted = 0;
+/// The terminal as it was; for the signal handler, which can reach nothing else.
+termios terminalBefore{};
 
-/// The terminal without echo. SIGINT is noted meanwhile, because the terminal must be put back before the program ends.
+void putBackAndEnd(int signal) {
+    tcsetattr(STDIN_FILENO, TCSANOW, &terminalBefore);
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+}
+
+/// The terminal without echo. A program that is ended meanwhile must not leave it so.
 class Silence {
 public:
     Silence() {
-        if (tcgetattr(STDIN_FILENO, &mBefore) != 0) return;
+        if (tcgetattr(STDIN_FILENO, &terminalBefore) != 0) return;
         mIsSilent = true;
-        struct sigaction note {};
-        note.sa_handler = [](int) { wasInterrupted = 1; };  // without SA_RESTART: the read under way must end
-        sigaction(SIGINT, &note, &mBeforeSignal);
-        auto silent = mBefore;
+        for (const int signal : ending) std::signal(signal, putBackAndEnd);
+        auto silent = terminalBefore;
         silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
         tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent);
     }
     ~Silence() {
         if (!mIsSilent) return;
-        tcsetattr(STDIN_FILENO, TCSAFLUSH, &mBefore);
-        sigaction(SIGINT, &mBeforeSignal, nullptr);
+        tcsetattr(STDIN_FILENO, TCSAFLUSH, &terminalBefore);
+        for (const int signal : ending) std::signal(signal, SIG_DFL);
         fmt::print(stderr, "\n");  // the one that the user typed did not show
     }
     Silence(const Silence&) = delete;
     Silence& operator=(const Silence&) = delete;
 
 private:
-    termios mBefore{};
-    struct sigaction mBeforeSignal {};
+    static constexpr std::array ending{SIGHUP, SIGINT, SIGTERM};
     bool mIsSilent = false;
 };
 
 std::optional<std::string> nextLine() {
     auto line = LineReader{std::cin}.next();
-    if (wasInterrupted != 0) throw Failure(ExitStatus::INTERRUPTED, "Interrupted.");
     if (!line) return std::nullopt;
     if (line->text.ends_with('\r')) line->text.pop_back();
     return std::move(line->text);
@@ -69,9 +72,9 @@ bool isInputTerminal() { return isatty(STDIN_FILENO) != 0; }
 
 std::optional<std::string> readLine(std::string_view prompt, Echo echo) {
     if (!isInputTerminal()) return nextLine();
+    std::optional<Silence> silence;
+    if (echo == Echo::OFF) silence.emplace();  // before the prompt: what follows that may be secret
     fmt::print(stderr, "{}: ", prompt);
-    if (echo == Echo::ON) return nextLine();
-    const Silence silence;
     return nextLine();
 }
 
