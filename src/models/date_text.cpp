@@ -36,39 +36,46 @@ constexpr std::string_view debugLayout = "0000-00-00 00:00:00";
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 bool matches(std::string_view text, std::string_view layout) {
-    return std::equal(text.begin(), text.end(), layout.begin(), layout.end(),
-                      [](char c, char expected) { return expected == '0' ? isDigit(c) : c == expected; });
+    if (text.size() != layout.size()) return false;
+    bool isMatch = true;  // no early way out: most texts match, and so it takes a few wide instructions
+    for (std::size_t i = 0; i < layout.size(); ++i) {
+        isMatch &= layout[i] == '0' ? isDigit(text[i]) : text[i] == layout[i];
+    }
+    return isMatch;
 }
 
-int number(std::string_view text, std::size_t position, std::size_t digits) {
+template <int Digits>
+int number(const char* digit) {
     int value = 0;
-    for (const char digit : text.substr(position, digits)) value = value * 10 + (digit - '0');
+    for (int i = 0; i < Digits; ++i) value = value * 10 + (digit[i] - '0');
     return value;
 }
 
 /// An ordinary text, "2024-03-05T14:07:09" with whatever fraction `layout` has. Absent: ask the platform.
 std::optional<Milliseconds> parseOrdinary(std::string_view text, std::string_view layout) {
     if (!matches(text, layout)) return std::nullopt;
-    const std::chrono::year_month_day date{std::chrono::year(number(text, 0, 4)),
-                                           std::chrono::month(static_cast<unsigned>(number(text, 5, 2))),
-                                           std::chrono::day(static_cast<unsigned>(number(text, 8, 2)))};
-    const hours hour(number(text, 11, 2));
-    const minutes minute(number(text, 14, 2));
-    const seconds second(number(text, 17, 2));
+    const char* const digits = text.data();
+    const std::chrono::year_month_day date{std::chrono::year(number<4>(digits)),
+                                           std::chrono::month(static_cast<unsigned>(number<2>(digits + 5))),
+                                           std::chrono::day(static_cast<unsigned>(number<2>(digits + 8)))};
+    const hours hour(number<2>(digits + 11));
+    const minutes minute(number<2>(digits + 14));
+    const seconds second(number<2>(digits + 17));
     if (!date.ok() || date.year() < std::chrono::year(firstOrdinaryYear) || hour >= days(1) || minute >= hours(1) ||
         second >= minutes(1)) {
         return std::nullopt;
     }
-    const milliseconds fraction(layout == millisecondsLayout ? number(text, 20, 3) : 0);
+    const milliseconds fraction(layout.size() == millisecondsLayout.size() ? number<3>(digits + 20) : 0);
     return std::chrono::sys_days(date) + hour + minute + second + fraction;
 }
 
 /// "+0100". Absent: ask the platform.
 std::optional<minutes> parseOffset(std::string_view text) {
     if (!matches(text, "+0000") && !matches(text, "-0000")) return std::nullopt;
-    const auto offset = hours(number(text, 1, 2)) + minutes(number(text, 3, 2));
-    if (offset > hours(12) || number(text, 3, 2) >= 60) return std::nullopt;
-    return text[0] == '-' ? -offset : offset;
+    const hours hour(number<2>(text.data() + 1));
+    const minutes minute(number<2>(text.data() + 3));
+    if (hour >= hours(12) || minute >= hours(1)) return std::nullopt;
+    return text[0] == '-' ? -(hour + minute) : hour + minute;
 }
 
 Date toDate(Milliseconds instant) {
@@ -87,7 +94,7 @@ bool isLocaleGregorian() {
         bool isGregorian = false;
     };
     thread_local Answer known;
-    const std::shared_ptr<const DateFormatter> formatter = Platform::current().dateFormatter;
+    const auto& formatter = Platform::current().dateFormatter;
     if (formatter.owner_before(known.formatter) || known.formatter.owner_before(formatter)) {
         constexpr std::string_view probe = "2001-02-03T04:05:06.789";
         const auto expected = parseOrdinary(probe, millisecondsLayout);

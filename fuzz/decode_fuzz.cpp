@@ -1,0 +1,83 @@
+// Decodes any bytes as any record, and takes what decodes all the way to the public object and its debug text.
+// The first byte of the input selects the record.
+
+#include "models/account_model.h"
+#include "models/json/decoding_error.h"
+#include "models/json/document.h"
+#include "models/json/json_value.h"
+#include "models/machine_model.h"
+#include "models/order_activity_model.h"
+#include "models/order_model.h"
+#include "models/product_model.h"
+#include "models/public_objects.h"
+#include "models/request_models.h"
+#include "support/fakes/fake_device.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace kavio {
+namespace {
+
+template <class T>
+void use(T&& record) {
+    if constexpr (requires { publicObject(std::move(record)); }) {
+        publicObject(std::move(record))->debugDescription();
+    } else if constexpr (requires { record.encode(); }) {
+        serialise(record.encode());
+    } else if constexpr (isList<T>) {
+        for (const auto& object : publicObjects(std::move(record))) object->debugDescription();
+    }
+}
+
+template <class T>
+void decode(const std::string& body) {
+    try {
+        if (auto record = decodeDocument<T>(body)) use(*std::move(record));
+    } catch (const DecodingError&) {  // what most inputs are for
+    }
+}
+
+constexpr void (*decoders[])(const std::string&) = {
+    decode<std::vector<MachineModel>>,
+    decode<std::vector<MachineProduct>>,
+    decode<OrderModel>,
+    decode<OrderModelResponse>,
+    decode<std::vector<OrderActivityModel>>,
+    decode<AccountModel>,
+    decode<Configuration>,
+    decode<Challenge>,
+    decode<Token>,
+    decode<LogOutResponse>,
+    decode<KavioCardModel>,
+    decode<AddCreditCardResponse>,
+    decode<DeleteCreditResponse>,
+    decode<PrepaidsList>,
+    decode<DepositModel>,
+    decode<VoucherModel>,
+    decode<CampainModel>,
+    decode<MachineReviewModel>,
+    decode<PurchaseGameResponse>,
+    decode<CheckGeoIPResponse>,
+    decode<PrepaidCreateVirtualCardResponse>,
+    decode<PrepaidCreatePhysicalCardResponse>,
+    decode<ServerTimeResponse>,
+    decode<BasicResponse>,
+    decode<ErrorKeys>,
+    decode<ErrorModel>,
+    decode<MachineByValueModel>,
+    decode<PlaceOrderModel>,
+    decode<JsonValue>,
+};
+
+}  // namespace
+}  // namespace kavio
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static const auto* const platform = new kavio::test::InstalledPlatform(kavio::test::FakeDevice().platform());
+    static_cast<void>(platform);
+    if (size == 0) return 0;
+    kavio::decoders[data[0] % std::size(kavio::decoders)]({reinterpret_cast<const char*>(data + 1), size - 1});
+    return 0;
+}

@@ -1,0 +1,171 @@
+#include "models/date_text.h"
+
+#include "models/json/document.h"
+#include "models/replies.h"
+#include "support/fakes/fake_device.h"
+
+#include <gmock/gmock.h>
+
+#include <limits>
+#include <random>
+
+namespace kavio::test {
+namespace {
+
+using namespace std::chrono_literals;
+using std::chrono::sys_days;
+
+const DateFormat posix{"yyyy-MM-dd'T'HH:mm:ss.SSS", "en_US_POSIX", "UTC"};
+const DateFormat local{"yyyy-MM-dd'T'HH:mm:ss.SSS", std::nullopt, "UTC"};
+const DateFormat whole{"yyyy-MM-dd'T'HH:mm:ss", "en_US_POSIX", "UTC"};
+const DateFormat offset{"yyyy-MM-dd'T'HH:mm:ss.SSSZ", std::nullopt, std::nullopt};
+
+class DateTexts : public testing::Test {
+protected:
+    const FakeDevice device;
+    const InstalledPlatform installed{device.platform()};
+    const std::shared_ptr<DateFormatter> formatter = Platform::current().dateFormatter;
+};
+
+TEST_F(DateTexts, MeanWhatThePlatformSaysTheyMean) {
+    std::vector<std::string> texts{
+        "",
+        " ",
+        "x",
+        "2024-03-05",
+        "2024-03-05T14:07:09",
+        "2024-03-05T14:07:09.25",
+        "2024-03-05T14:07:09.2500",
+        "2024-03-05T14:07:09.250",
+        "2024-02-29T00:00:00.000",
+        "2023-02-29T00:00:00.000",
+        "2100-02-29T00:00:00.000",
+        "2000-02-29T23:59:59.999",
+        "2024-13-01T00:00:00.000",
+        "2024-00-01T00:00:00.000",
+        "2024-01-00T00:00:00.000",
+        "2024-01-32T00:00:00.000",
+        "2024-01-01T24:00:00.000",
+        "2024-01-01T00:60:00.000",
+        "2024-01-01T00:00:60.000",
+        "1582-10-04T00:00:00.000",
+        "1582-10-10T00:00:00.000",
+        "1583-01-01T00:00:00.000",
+        "1000-01-01T00:00:00.000",
+        "0001-01-01T00:00:00.000",
+        "0000-01-01T00:00:00.000",
+        "-001-01-01T00:00:00.000",
+        "9999-12-31T23:59:59.999",
+        "12024-03-05T14:07:09.250",
+        "24-03-05T14:07:09.250",
+        "2024-3-5T4:7:9.250",
+        "2024-03-05t14:07:09.250",
+        " 2024-03-05T14:07:09.250",
+        "2024-03-05T14:07:09.250 ",
+        "2024-03-05T14:07:09.250Z",
+        "2024-03-05T14:07:09.250+0000",
+        "2024-03-05T14:07:09.250-0000",
+        "2024-03-05T14:07:09.250+0530",
+        "2024-03-05T14:07:09.250-1159",
+        "2024-03-05T14:07:09.250+1200",
+        "2024-03-05T14:07:09.250+1400",
+        "2024-03-05T14:07:09.250+9999",
+        "2024-03-05T14:07:09.250+0060",
+        "2024-03-05T14:07:09.250+01:00",
+        "2024-03-05T14:07:09.250GMT",
+        "2024-03-05T14:07:09.250+00",
+        "2024-03-05T14:07:09,250",
+        "2024/03/05T14:07:09.250",
+        "\u0662\u0660\u0662\u0664-03-05T14:07:09.250",
+        std::string("2024-03-05T14:07:09\0 250", 23),
+    };
+    // And ordinary ones with a character or two changed.
+    std::mt19937 random(7);
+    const auto below = [&](std::size_t limit) { return random() % limit; };
+    for (int i = 0; i < 20000; ++i) {
+        std::string text = i % 3 == 0   ? "2024-03-05T14:07:09"
+                           : i % 3 == 1 ? "1999-12-31T23:59:58.250"
+                                        : "2024-02-28T10:20:30.125+0130";
+        for (std::size_t changes = 1 + below(3); changes > 0; --changes)
+            text[below(text.size())] = "0123456789-:T.+ Z"[below(17)];
+        texts.push_back(text);
+    }
+    for (const auto& text : texts) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(DateText::parse(text), formatter->parse(posix, text));
+        EXPECT_EQ(DateText::parseLocalized(text), formatter->parse(local, text));
+        EXPECT_EQ(DateText::parseSeconds(text), formatter->parse(whole, text));
+        EXPECT_EQ(DateText::parseWithOffset(text), formatter->parse(offset, text));
+    }
+}
+
+TEST_F(DateTexts, AreWrittenAsThePlatformWritesThem) {
+    std::mt19937_64 random(7);
+    std::uniform_int_distribution<std::int64_t> quarters(-60'000'000'000 * 4, 260'000'000'000 * 4);
+    std::vector<Date> dates{Date(sys_days(1583y / 1 / 1)), Date(sys_days(1582y / 12 / 31)),
+                            Date(sys_days(9999y / 12 / 31)), Date(sys_days(10000y / 1 / 1)),
+                            Date(Date::duration(1e18))};
+    // Quarters of a second are exact in a double.
+    for (int i = 0; i < 5000; ++i) dates.emplace_back(Date::duration(static_cast<double>(quarters(random)) / 4));
+    for (const auto date : dates) {
+        SCOPED_TRACE(date.time_since_epoch().count());
+        EXPECT_EQ(DateText::format(date), formatter->format(posix, date));
+        EXPECT_EQ(DateText::stamp(date), formatter->format({"yyyyMMddHHmmss", "en_US_POSIX", "UTC"}, date));
+        EXPECT_EQ(DateText::debug(date), formatter->format({"yyyy-MM-dd HH:mm:ss xx", "en_US_POSIX", "UTC"}, date));
+    }
+    EXPECT_EQ(DateText::format(Date(Date::duration(std::numeric_limits<double>::quiet_NaN()))), "");
+}
+
+TEST_F(DateTexts, KeepEveryMillisecond) {
+    for (int millisecond = 0; millisecond < 1000; ++millisecond) {
+        const auto digits = std::to_string(1000 + millisecond).substr(1);
+        const auto text = "2024-03-05T14:07:09." + digits;
+        EXPECT_EQ(DateText::format(*DateText::parse(text)), text);
+    }
+}
+
+TEST(LocalizedDates, AreInTheCalendarOfTheLocale) {
+    /// Counts years from 543 before ours.
+    struct OtherCalendar final : DateFormatter {
+        std::optional<Date> parse(const DateFormat&, std::string_view text) const override {
+            ++calls;
+            return text.starts_with("20") ? std::optional(Date(sys_days(1481y / 3 / 5))) : std::nullopt;
+        }
+        std::string format(const DateFormat&, Date) const override { return {}; }
+        mutable int calls = 0;
+    };
+    const auto formatter = std::make_shared<OtherCalendar>();
+    auto platform = FakeDevice().platform();
+    platform.dateFormatter = formatter;
+    const InstalledPlatform installed(platform);
+
+    EXPECT_EQ(DateText::parseLocalized("2024-03-05T00:00:00.000"), Date(sys_days(1481y / 3 / 5)));
+    EXPECT_EQ(DateText::parseWithOffset("2024-03-05T00:00:00.000+0000"), Date(sys_days(1481y / 3 / 5)));
+    EXPECT_EQ(formatter->calls, 3) << "one to find out, one for each date";
+    EXPECT_EQ(DateText::parse("2024-03-05T00:00:00.000"), Date(sys_days(2024y / 3 / 5)));
+}
+
+TEST_F(DateTexts, OfTheServersClockFallBackOneByOne) {
+    const auto now = device.clock->now();
+    struct Case {
+        const char* reply;
+        Date expireTime;
+        Date serverTime;
+    };
+    for (const auto& c : std::initializer_list<Case>{
+             {R"({"expireTime":"2020-01-01T10:00:00.500+0200","serverTime":"2020-01-01T10:00:00.000+0000"})",
+              Date(sys_days(2020y / 1 / 1)) + 8h + 500ms, Date(sys_days(2020y / 1 / 1)) + 10h},
+             {R"({"expireTime":"soon","serverTime":"2020-01-01T10:00:00.000+0000"})", now,
+              Date(sys_days(2020y / 1 / 1)) + 10h},
+             {R"({"expireTime":7,"serverTime":null})", now, now},
+             {"{}", now, now},
+         }) {
+        SCOPED_TRACE(c.reply);
+        const auto time = decodeDocument<ServerTimeResponse>(c.reply);
+        EXPECT_EQ(time->expireTime, c.expireTime);
+        EXPECT_EQ(time->serverTime, c.serverTime);
+    }
+}
+
+}  // namespace
+}  // namespace kavio::test

@@ -1,0 +1,186 @@
+#include "models/json/decoding_error.h"
+#include "models/json/document.h"
+#include "models/json/json_value.h"
+#include "models/machine_model.h"
+#include "samples.h"
+
+#include <gmock/gmock.h>
+
+#include <limits>
+
+namespace kavio::test {
+namespace {
+
+template <class T>
+std::optional<T> valueOf(const std::string& json) {
+    try {
+        return decodeDocument<T>(json);
+    } catch (const DecodingError&) {
+        return std::nullopt;
+    }
+}
+
+std::string errorOf(const std::string& json) {
+    try {
+        decodeDocument<JsonValue>(json);
+        return "none";
+    } catch (const DecodingError& error) {
+        return error.what();
+    }
+}
+
+TEST(Numbers, AreIntegersWhenTheirValueIs) {
+    struct Case {
+        const char* json;
+        std::optional<std::int64_t> integer;
+        std::optional<std::uint64_t> natural;
+        std::optional<std::int32_t> small;
+    };
+    for (const auto& c : std::initializer_list<Case>{
+             {"1", 1, 1U, 1},
+             {"1.0", 1, 1U, 1},
+             {"1e2", 100, 100U, 100},
+             {"-0.0", 0, 0U, 0},
+             {"-7", -7, {}, -7},
+             {"1.5", {}, {}, {}},
+             {"1e-400", 0, 0U, 0},
+             {"2147483647", 2147483647, 2147483647U, 2147483647},
+             {"2147483648.0", 2147483648, 2147483648U, {}},
+             {"10000000000", 10000000000, 10000000000U, {}},
+             {"9223372036854775807", std::numeric_limits<std::int64_t>::max(), 9223372036854775807U, {}},
+             {"9223372036854775808", {}, 9223372036854775808U, {}},
+             {"9223372036854775808.0", {}, 9223372036854775808U, {}},
+             {"-9223372036854775808.0", std::numeric_limits<std::int64_t>::min(), {}, {}},
+             {"18446744073709551615", {}, std::numeric_limits<std::uint64_t>::max(), {}},
+             {"18446744073709551616", {}, {}, {}},
+             {"-9223372036854775809", {}, {}, {}},
+             {"1e300", {}, {}, {}},
+             {"true", {}, {}, {}},
+             {"\"1\"", {}, {}, {}},
+         }) {
+        SCOPED_TRACE(c.json);
+        EXPECT_EQ(valueOf<std::int64_t>(c.json), c.integer);
+        EXPECT_EQ(valueOf<std::uint64_t>(c.json), c.natural);
+        EXPECT_EQ(valueOf<std::int32_t>(c.json), c.small);
+    }
+}
+
+TEST(Numbers, BeyondTheIntegersAreStillNumbers) {
+    EXPECT_EQ(valueOf<double>("18446744073709551616"), 0x1p64);
+    EXPECT_EQ(valueOf<double>("-123456789012345678901234567890"), -123456789012345678901234567890.0);
+    // Next to one, what else looks like a number, and integers that fit, keep their values.
+    EXPECT_EQ(
+        valueOf<JsonValue>(R"({"a":99999999999999999999,"b":9007199254740993,"c":"99999999999999999999\"9",)"
+                           R"("d":-1e0000000000000000000001,"e":"\\"})"),
+        JsonValue({{"a", 1e20}, {"b", 9007199254740993}, {"c", "99999999999999999999\"9"}, {"d", -10}, {"e", "\\"}}));
+}
+
+TEST(Members, OfARepeatedOneTheLastCounts) {
+    const std::string repeated = R"({"message":"first","code":"c","message":"last"})";
+    EXPECT_EQ(decodeDocument<JsonObject>(repeated), (JsonObject{{"code", "c"}, {"message", "last"}}));
+    EXPECT_EQ(decodeDocument<JsonObject>(R"({"a":1,"a":null})"), JsonObject());
+
+    struct Message {
+        std::string text;
+        static Message decode(const KeyedContainer& in) { return {in.required<std::string>("message")}; }
+    };
+    EXPECT_EQ(decodeDocument<Message>(repeated)->text, "last");
+    EXPECT_EQ(decodeDocument<Message>(R"({"mess\u0061ge":"escaped"})")->text, "escaped");
+}
+
+TEST(Members, AreFoundInObjectsOfAnySize) {
+    struct Ends {
+        std::int64_t first;
+        std::int64_t middle;
+        std::optional<std::int64_t> missing;
+        static Ends decode(const KeyedContainer& in) {
+            return {in.required<std::int64_t>("first"), in.required<std::int64_t>("member-100-with-a-long-name"),
+                    in.optional<std::int64_t>("member-1000000-with-a-long-name")};
+        }
+    };
+    for (const int size : {101, 126, 127, 128, 129, 20000}) {
+        SCOPED_TRACE(size);
+        std::string json = R"({"first":1)";
+        // Alike at both ends and of one length, as somebody would make them who wants them to collide.
+        for (int i = 0; i < size; ++i)
+            json += R"(,"member-)" + std::to_string(i) + R"(-with-a-long-name":)" + std::to_string(i);
+        const auto ends = decodeDocument<Ends>(json + R"(,"first":2})");
+        EXPECT_EQ(ends->first, 2);
+        EXPECT_EQ(ends->middle, 100);
+        EXPECT_EQ(ends->missing, std::nullopt);
+    }
+}
+
+TEST(LooseValues, TakeTheFirstKindThatFits) {
+    const auto loose = decodeDocument<JsonObject>(
+        R"({"a":1,"b":1.5,"c":"x","d":true,"e":null,"f":[1,"y",true,{"n":2.0},null,3],"g":{"h":1e2,"i":null},"j":18446744073709551615})");
+    ASSERT_TRUE(loose);
+    EXPECT_EQ(
+        JsonValue(*loose).dump(),
+        R"({"a":1,"b":1.5,"c":"x","d":true,"f":[1.0,"y",true,{"n":2}],"g":{"h":100},"j":1.8446744073709552e+19})");
+}
+
+TEST(Documents, ThatAreNotJsonAreRefused) {
+    for (const auto* json :
+         {"", " ", "{", "nul", "{\"a\":1,}", "[1,]", "{'a':1}", "1 2", "\xEF\xBB\xBF{}", "{\"a\":\"\xC3\x28\"}",
+          "\"\xED\xA0\x80\"", "\"\\ud800\"", "\"\x01\"", "01", "1e400", "-", "+1", "NaN"}) {
+        EXPECT_NE(errorOf(json), "none") << json;
+    }
+    EXPECT_FALSE(decodeDocument<JsonObject>("null"));
+    EXPECT_EQ(decodeDocument<std::string>("\"\\u00e9\\ud83d\\ude00\""), "\u00e9\U0001F600");
+}
+
+TEST(Documents, NestedTooDeeplyAreRefused) {
+    const auto nested = [](std::size_t depth) { return std::string(depth, '[') + "1" + std::string(depth, ']'); };
+    EXPECT_EQ(errorOf(nested(500)), "none");
+    EXPECT_NE(errorOf(nested(5000)), "none");
+    EXPECT_NE(errorOf(std::string(5'000'000, '[')), "none");
+    std::string objects;
+    for (int i = 0; i < 5000; ++i) objects += R"({"a":)";
+    EXPECT_NE(errorOf(objects), "none");
+}
+
+TEST(Documents, CutOffAnywhereAreRefused) {
+    for (std::size_t size = 0; size < samples::machine.size(); ++size) {
+        EXPECT_EQ(valueOf<MachineModel>(samples::machine.substr(0, size)).has_value(), false) << size;
+    }
+}
+
+TEST(Documents, OfOneThreadCanBeOpenTogether) {
+    const Document outer(R"({"a":"outer"})");
+    const Document inner(R"({"a":"inner","b":[1,2,3]})");
+    EXPECT_EQ(KeyedContainer(outer.root()).required<std::string>("a"), "outer");
+    EXPECT_EQ(KeyedContainer(inner.root()).required<std::string>("a"), "inner");
+}
+
+TEST(Errors, NeverShowAValue) {
+    const std::string secret = R"({"token":{"token":["4111111111111111"]}})";
+    struct Secret {
+        static std::string decode(const KeyedContainer& in) {
+            const auto token = in.nested("token");
+            return token.required<std::string>("token");
+        }
+    };
+    const Document document(secret);
+    try {
+        Secret::decode(KeyedContainer(document.root()));
+        FAIL();
+    } catch (const DecodingError& error) {
+        EXPECT_STREQ(error.what(), "token.token: expected text, found an array");
+    }
+}
+
+TEST(Serialising, FailsForWhatJsonCannotHold) {
+    EXPECT_EQ(serialise({{"b", "\u00e9\""}, {"a", {1, 2.5, nullptr, true}}, {"n", 18446744073709551615U}}),
+              R"({"a":[1,2.5,null,true],"b":")"
+              "\u00e9"
+              R"(\"","n":18446744073709551615})");
+    EXPECT_EQ(serialise({}), "{}");
+    EXPECT_EQ(serialise({{"a", {{"b", {1, std::numeric_limits<double>::infinity()}}}}}), std::nullopt);
+    EXPECT_EQ(serialise({{"a", std::nan("")}}), std::nullopt);
+    EXPECT_EQ(serialise({{"a", "\xC3\x28"}}), std::nullopt);
+    EXPECT_EQ(serialise({{"\xC3\x28", 1}}), std::nullopt);
+}
+
+}  // namespace
+}  // namespace kavio::test
