@@ -31,7 +31,7 @@ std::shared_ptr<TDSecureSceneController> TDSecureSceneController::takeUse() {
 }
 
 void TDSecureSceneController::release(const void* owner) {
-    if (mUserCount == 0) return trace(traceTag, [] { return std::string("released without a user"); });
+    if (mUserCount == 0) return trace(traceTag, [] { return SafeMessage{"released without a user"}; });
     ServiceObject::release(owner);
     tdSecureFinished->detach(owner);
     tdSecureWindowClosed->detach(owner);
@@ -52,7 +52,9 @@ void TDSecureSceneController::loadContent() {
         case TDSFlowType::UNKNOWN:
         case TDSFlowType::FRICTIONLESS:
         case TDSFlowType::ERROR:
-            return trace(traceTag, [this] { return "unsupported flow: " + std::to_string(static_cast<int>(mFlow)); });
+            return trace(traceTag, [this] {
+                return SafeMessage{"unsupported flow: " + std::to_string(static_cast<int>(mFlow))};
+            });
     }
 }
 
