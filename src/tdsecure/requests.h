@@ -1,12 +1,13 @@
 #pragma once
 
-#include "network/api_request.h"
-#include "tdsecure/messages.h"
-
 #include <optional>
 #include <string>
 
-/// The requests of an enrolment. Each is sent once: every one of them moves the issuer's check on.
+#include "network/api_request.h"
+#include "network/deployment.h"
+#include "tdsecure/messages.h"
+
+/// The requests of an enrolment.
 namespace kavio {
 
 struct TDSAddCardRequestProto {
@@ -25,16 +26,20 @@ struct TDSGetCardRequestProto {
     std::optional<JsonObject> params() const { return encode(mBody); }
 };
 
-/// Goes to the card issuer, who is told nothing of the service's: neither API key nor session token.
+/// Goes to the issuer, not to the service: it carries neither the API key nor the session token.
 struct TDSGetPageRequestProto {
     static constexpr RequestForm form{"POST", ParameterEncoding::path, Idempotency::ONCE};
     TDSGetPage mBody;
     std::string mUrl;
 
     std::string endpoint() const { return ""; }
-    std::optional<std::string> url() const { return mUrl; }
     std::optional<JsonObject> params() const { return encode(mBody); }
-    HeaderFields headers() const;
+    std::optional<std::string> url() const { return mUrl; }
+    std::optional<HeaderFields> headers() const {
+        return HeaderFields{{"Content-Type", "application/x-www-form-urlencoded"},
+                            {"Cache-Control", "no-cache"},
+                            {"Host", std::string(deployment::issuerHost)}};
+    }
 };
 
 }  // namespace kavio

@@ -1,4 +1,5 @@
 #include "gtk/gtk_world.h"
+#include "support/raw_server.h"
 
 #include <gmock/gmock.h>
 
@@ -144,6 +145,42 @@ TEST_F(SceneTest, NamesTheHostOfThePageThatIsThereAndNotOfOneThatIsOnItsWay) {
     EXPECT_EQ(text("host"), "localhost");
 }
 
+std::string secureUrl(const RawServer& secure, const std::string& path) {
+    const auto address = secure.address();
+    return "https://localhost" + address.substr(address.find(':')) + path;
+}
+
+TEST_F(SceneTest, EndsAPageInAFrameOfASecurePageWhoseAuthorityTheHostTrusts) {
+    const RawServer secure(authority().issue("localhost"), answering([](const std::string& request) {
+                               if (!request.starts_with("GET /frame")) {
+                                   return httpReply(200, "<iframe src=/frame></iframe>", "Content-Type: text/html\r\n");
+                               }
+                               return httpReply(302, "", "Location: http://127.0.0.1/?z2=0\r\n");
+                           }));
+    scene->webView()->loadUrl(secureUrl(secure, "/"), std::chrono::seconds(60));
+    present();
+    EXPECT_TRUE(until([&] { return !log->loopbacks().empty(); }));
+    openAnotherPage();
+    EXPECT_THAT(log->loopbacks(), ElementsAre("http://127.0.0.1/?z2=0"));
+
+    scene->webView()->loadUrl(secureUrl(secure, "/"), std::chrono::seconds(60));
+    EXPECT_TRUE(until([&] { return text("security") == "Secure connection"; }));
+    EXPECT_EQ(text("host"), "localhost");
+}
+
+TEST_F(SceneTest, ShowsNothingThatACertificateDoesNotProve) {
+    present();
+    for (const auto& identity : {selfSigned("localhost"), authority().issue("other.example"),
+                                 authority().issue("localhost", std::chrono::hours(-1)),
+                                 CertificateAuthority().issue("localhost")}) {
+        const RawServer secure(identity, answering([](const std::string&) { return httpReply(200, "page"); }));
+        scene->webView()->loadUrl(secureUrl(secure, "/"), std::chrono::seconds(60));
+        EXPECT_NE(shown(), "failed");
+        EXPECT_TRUE(until([&] { return shown() == "failed"; }));
+        EXPECT_THAT(secure.requests(), IsEmpty());
+    }
+}
+
 TEST_F(SceneTest, SaysWhenAPageCannotBeLoadedAndOffersAWayBack) {
     const std::string nowhere = PageServer().url("/");  // a server that is gone
     scene->webView()->loadUrl(nowhere, std::chrono::seconds(60));
@@ -223,12 +260,12 @@ TEST_F(SceneTest, MayBeDismissedOrLoadedAnewWhereAPageEnds) {
     }
 }
 
-TEST_F(SceneTest, TellsThatThePersonIsGoneWhenTheHostDestroysIt) {
+TEST_F(SceneTest, TakesItForACloseWhenTheHostDestroysItsWindow) {
+    log->onClose = [&] { scene->dismiss(true); };
     showPage("<p>page");
     gtk_window_destroy(window());
     EXPECT_EQ(log->closes, 1);
-    scene->dismiss(true);
-    EXPECT_EQ(log->closes, 1);
+    EXPECT_EQ(log->events.back(), ViewEvent::DID_DISAPPEAR);
 }
 
 }  // namespace

@@ -1,8 +1,9 @@
 #include "models/json/document.h"
 #include "models/json/json_value.h"
-#include "storage/kavio_user_defaults.h"
+#include "network/send_with_fresh_time.h"
 #include "support/world.h"
-#include "tdsecure/td_secure_service.h"
+#include "tdsecure/replies.h"
+#include "tdsecure/requests.h"
 
 #include <gmock/gmock.h>
 
@@ -102,12 +103,14 @@ TEST(Messages, TellGetCardRepliesApartByTheirMembers) {
 
 TEST(Requests, GoToTheServiceWithTheSessionAndToTheIssuerWithout) {
     World world;
-    world.store().set(keys::sessionToken, "session");
-    const TDSecureService service;
-    service.addCard({card, "KEY", {}}, [](auto) {});
-    service.getCard({.card = card}, [](auto) {});
     std::optional<std::string> page;
-    service.getPage("https://acs.example/f/1?a=b", {"e30+/w=="}, [&](auto reply) { page = reply.payload(); });
+    sendWithFreshTime<TDSAddCardResponseFactory>(
+        makeRequest<TDSAddCardRequestProto>({"add", "session"}, TDSAddCard{card, "KEY", {}}), [](auto) {});
+    sendWithFreshTime<TDSGetCardResponseFactory>(
+        makeRequest<TDSGetCardRequestProto>({"get", "session"}, TDSGetCard{.card = card}), [](auto) {});
+    sendWithFreshTime<std::string>(makeRequest<TDSGetPageRequestProto>({"page"}, TDSGetPage{"e30+/w=="},
+                                                                       std::string("https://acs.example/f/1?a=b")),
+                                   [&](auto reply) { page = reply.payload(); });
 
     const auto sent = world.sent();
     ASSERT_EQ(sent.size(), 3U);
