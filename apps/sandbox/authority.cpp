@@ -1,7 +1,6 @@
 #include "authority.h"
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 #include <openssl/bio.h>
 #include <openssl/err.h>
 #include <openssl/pem.h>
@@ -32,7 +31,7 @@ void addExtension(X509* certificate, X509* issuer, int kind, const std::string& 
 }
 
 Certificate newCertificate(const std::string& name, EVP_PKEY* key) {
-    constexpr long day = 24 * 60 * 60;
+    constexpr long day = 86'400;  // seconds
     Certificate certificate(check(X509_new()));
     X509_set_version(certificate.get(), X509_VERSION_3);
     // Random serials: a client that remembers an earlier run's certificates must not meet the same number again.
@@ -64,14 +63,15 @@ Authority::Authority(const std::vector<std::string>& names) {
     addExtension(authority.get(), authority.get(), NID_key_usage, "critical,keyCertSign,cRLSign");
     sign(authority.get(), authority.get(), authorityKey.get());
 
-    std::vector<std::string> alternatives;
-    for (const auto& name : names) alternatives.push_back((isAddress(name) ? "IP:" : "DNS:") + name);
+    std::string alternatives;
+    for (const auto& name : names)
+        alternatives += fmt::format("{}{}:{}", alternatives.empty() ? "" : ",", isAddress(name) ? "IP" : "DNS", name);
     serverKey = newKey();
     server = newCertificate("Kavio Sandbox", serverKey.get());
     addExtension(server.get(), authority.get(), NID_basic_constraints, "critical,CA:FALSE");
     addExtension(server.get(), authority.get(), NID_key_usage, "critical,digitalSignature");
     addExtension(server.get(), authority.get(), NID_ext_key_usage, "serverAuth");
-    addExtension(server.get(), authority.get(), NID_subject_alt_name, fmt::format("{}", fmt::join(alternatives, ",")));
+    addExtension(server.get(), authority.get(), NID_subject_alt_name, alternatives);
     addExtension(server.get(), authority.get(), NID_authority_key_identifier, "keyid");
     sign(server.get(), authority.get(), authorityKey.get());
 }

@@ -152,6 +152,7 @@ Machine makeMachine(const Row& row, int index) {
 
 std::vector<Machine> makeMachines() {
     std::vector<Machine> all;
+    all.reserve(rows.size() + endings.size());
     for (const auto& row : rows) all.push_back(makeMachine(row, int(all.size())));
     for (const auto* ending : endings) {
         const auto name = fmt::format("Ends as {}", ending);

@@ -54,7 +54,7 @@ Fault faultFrom(const nlohmann::json& object) {
                              {"drop", Kind::boolean},
                              {"handled", Kind::boolean},
                              {"times", Kind::integer}});
-    constexpr std::int64_t day = 24 * 60 * 60 * 1000, gigabyte = 1 << 30;
+    constexpr std::int64_t day = 86'400'000, gigabyte = 1 << 30;
     Fault fault;
     read(object, "status", 200, 599, fault.status);
     read(object, "cutAfter", 0, gigabyte, fault.cutAfter);

@@ -65,10 +65,10 @@ void checkParameters(const nlohmann::json& object, const Parameters& parameters,
             throw Refusal(400, fmt::format("{} must be {}", full(parameter.name), article(parameter.kind)));
         }
     }
-    for (const auto& [name, value] : object.items()) {
-        const auto known = [&](const Parameter& parameter) { return name == parameter.name; };
+    for (const auto& member : object.items()) {
+        const auto known = [&](const Parameter& parameter) { return member.key() == parameter.name; };
         if (std::none_of(parameters.begin(), parameters.end(), known))
-            throw Refusal(400, full(name) + " is no parameter of this request");
+            throw Refusal(400, full(member.key()) + " is no parameter of this request");
     }
 }
 

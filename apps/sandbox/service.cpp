@@ -115,8 +115,8 @@ void Service::checkHeaders(const httplib::Request& request) const {
 
 nlohmann::json Service::parametersOf(const httplib::Request& request, const Route& route) const {
     if (route.input == Input::query && !request.body.empty()) throw Refusal(400, "this request has no body");
-    const auto parameters = route.input == Input::query ? queryParameters(request.params, route.parameters)
-                                                        : nlohmann::json::parse(request.body, nullptr, false);
+    auto parameters = route.input == Input::query ? queryParameters(request.params, route.parameters)
+                                                  : nlohmann::json::parse(request.body, nullptr, false);
     checkParameters(parameters, route.parameters);
     return parameters;
 }

@@ -1,17 +1,20 @@
-#include <kavio/kavio.h>
-
 #include "api/state.h"
 #include "network/environments.h"
 #include "util/auxiliary.h"
+
+#include <kavio/kavio.h>
 
 namespace kavio {
 namespace {
 
 ApiType serviceOf(Kavio::EnvironmentType environment) {
     switch (environment) {
-        case Kavio::EnvironmentType::TEST: return ApiType::ApiQA2;
-        case Kavio::EnvironmentType::TESTS: return ApiType::ApiQA2Stable;
-        case Kavio::EnvironmentType::PROD: return ApiType::ApiProduction;
+        case Kavio::EnvironmentType::TEST:
+            return ApiType::ApiQA2;
+        case Kavio::EnvironmentType::TESTS:
+            return ApiType::ApiQA2Stable;
+        case Kavio::EnvironmentType::PROD:
+            return ApiType::ApiProduction;
     }
     return ApiType::ApiProduction;
 }
@@ -29,6 +32,7 @@ Kavio::Kavio(std::weak_ptr<KavioDelegate> delegate, std::string apiKey, Environm
     store.set(keys::apiKey, std::move(apiKey));
     const auto service = serviceOf(environment);
     if (service != currentApiType()) store.set(keys::serviceName, std::string(name(service)));
+    mState->attachToScene();
 }
 
 // A handler may be running right now, further up the stack, and keep the state for a moment longer.
@@ -40,6 +44,7 @@ std::optional<std::string> Kavio::getBuild() const { return Auxiliary::build(); 
 
 void Kavio::release(const void* caller) {
     mState->release(caller == this ? mState.get() : caller);
+    mState->mTDSecSceneController->release(mState.get());
     mState->mIsBusy = false;
     mState->mDelegate.reset();
 }

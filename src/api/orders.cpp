@@ -58,8 +58,8 @@ bool isInProgress(OrderStatus status) {
     }
 }
 
-std::shared_ptr<const Order> orderOf(const std::optional<OrderModel>& model) {
-    return model ? publicObject(*model) : nullptr;
+std::shared_ptr<const Order> orderOf(std::optional<OrderModel> model) {
+    return model ? publicObject(*std::move(model)) : nullptr;
 }
 
 // An absent order counts as a status of its own.
@@ -92,7 +92,7 @@ void Kavio::State::placeOrderResponse(APIResult<OrderModel> reply) {
         mIsBusy = false;
         return fail(&KavioDelegate::onPlaceOrder, reply.failure());
     }
-    mLastOrder = orderOf(reply.payload());
+    mLastOrder = orderOf(std::move(reply).payload());
     mPollingCounter = 0;
     scheduleNextPoll();
     succeed(&KavioDelegate::onPlaceOrder, mLastOrder);
@@ -121,11 +121,11 @@ void Kavio::State::poll() {
 
 void Kavio::State::pollResponse(APIResult<OrderModel> reply) {
     if (!reply) return scheduleNextPoll();
-    const auto& model = reply.payload();
-    auto order = orderOf(model);
+    const bool goesOn = reply.payload() && isInProgress(reply.payload()->status);
+    auto order = orderOf(std::move(reply).payload());
     const bool changed = statusOf(order) != statusOf(mLastOrder);
     if (changed) mLastOrder = order;
-    if (model && isInProgress(model->status)) {
+    if (goesOn) {
         scheduleNextPoll();  // may report TIMEOUT, and the delegate may then destroy the facade
     } else {
         mIsBusy = false;
@@ -145,7 +145,7 @@ void Kavio::getOrder(std::string orderId) {
 void Kavio::State::orderStatusResponse(APIResult<OrderModel> reply) {
     mIsBusy = false;
     if (!reply) return fail(&KavioDelegate::onGetOrder, reply.failure());
-    succeed(&KavioDelegate::onGetOrder, orderOf(reply.payload()));
+    succeed(&KavioDelegate::onGetOrder, orderOf(std::move(reply).payload()));
 }
 
 }  // namespace kavio

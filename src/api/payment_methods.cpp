@@ -44,8 +44,8 @@ void Kavio::State::paymentMethodsAccountResponse(APIResult<AccountModel> reply) 
 void Kavio::State::prepaidsResponse(PaymentMethods methods, APIResult<PrepaidsList> reply) {
     mIsBusy = false;
     if (!reply) return fail(&KavioDelegate::onGetPaymentMethods, reply.failure());
-    if (const auto& list = reply.payload()) {
-        for (const auto& card : list->prepaids) methods.push_back(publicObject(card));
+    if (auto list = std::move(reply).payload()) {
+        for (auto& card : list->prepaids) methods.push_back(publicObject(std::move(card)));
     }
     succeed(&KavioDelegate::onGetPaymentMethods, std::move(methods));
 }
@@ -66,7 +66,8 @@ void Kavio::addCreditCard(std::shared_ptr<const Card> card) {
 void Kavio::State::addCreditCardResponse(APIResult<AddCreditCardResponse> reply) {
     mIsBusy = false;
     if (!reply) return fail(&KavioDelegate::onAddCreditCard, reply.failure());
-    succeed(&KavioDelegate::onAddCreditCard, reply.payload() ? publicObject(reply.payload()->creditCard) : nullptr);
+    auto added = std::move(reply).payload();
+    succeed(&KavioDelegate::onAddCreditCard, added ? publicObject(std::move(added->creditCard)) : nullptr);
 }
 
 void Kavio::removeCard(std::string id) {

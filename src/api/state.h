@@ -5,6 +5,8 @@
 #include "repositories/machine_repository.h"
 #include "repositories/repositories.h"
 #include "storage/kavio_user_defaults.h"
+#include "tdsecure/replies.h"
+#include "tdsecure/td_secure_scene_controller.h"
 #include "util/service_object.h"
 #include "util/shared_instance.h"
 
@@ -43,6 +45,19 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     void addCreditCardResponse(APIResult<AddCreditCardResponse> reply);
     void removeCreditCardResponse(APIResult<DeleteCreditResponse> reply);
     void depositResponse(APIResult<DepositModel> reply);
+
+    void addCreditCardTDSecureResponse(APIResult<TDSAddCardResponseFactory> reply);
+
+    // The steps of a 3-D Secure enrolment that follow the reply to its card.
+    void startFingerprint(const TDSAddCardFingerprintResponse& fingerprint);
+    void fingerprintPageResponse(APIResult<std::string> reply);
+    void tdSecureFinished(const TDSecureSceneController& controller);
+    void getCardResponse(APIResult<TDSGetCardResponseFactory> reply);
+    void showNextChallenge(const std::string& url);
+    void tdSecureWindowClosed();
+    bool presentPage(TDSFlowType flow, const std::string& content);
+    void finishEnrolment(ResultType type, std::optional<std::string> message);
+    void attachToScene();
 
     void fetchAccount();
     void scheduleNextPoll();
@@ -97,10 +112,14 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     const std::shared_ptr<PurchaseRepository> mPurchaseRepo = sharedInstance<PurchaseRepository>();
     const std::shared_ptr<PaymentMethodRepository> mPaymentMethodRepo = sharedInstance<PaymentMethodRepository>();
     const std::shared_ptr<KavioUserDefaults> mKavioUserDefaults = KavioUserDefaults::shared();
+    const std::shared_ptr<TDSecureSceneController> mTDSecSceneController = TDSecureSceneController::takeUse();
     std::shared_ptr<const Order> mLastOrder;
     std::optional<std::string> mLastChallenge;
+    std::optional<TDSPaymentCard> mLastPaymentCard;
+    TDSFlowType mLastFlow = TDSFlowType::UNKNOWN;
     std::int64_t mPollingCounter = 0;
     bool mIsBusy = false;
+    bool mReceivedTDSRedirect = true;
     bool mIsUserLogin = false;
 };
 

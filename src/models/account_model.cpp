@@ -164,7 +164,7 @@ JsonObject KavioCardModel::encode() const {
     return {{"amount", amount}, {"decimalDigits", decimalDigits}, {"currency", currency}};
 }
 
-PaymentMethods paymentMethods(AccountModel account) {
+PaymentMethods paymentMethods(AccountModel&& account) {
     PaymentMethods methods;
     methods.push_back(std::make_shared<DepositCard>("0", std::move(account.phone), PaymentMethod::PaymentType::KAVIO,
                                                     saturatingInteger(account.balance), std::move(account.currency),

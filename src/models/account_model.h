@@ -99,6 +99,6 @@ struct KavioCardModel {
 };
 
 /// What the account pays with: the wallet, then the stored cards in their order.
-PaymentMethods paymentMethods(AccountModel account);
+PaymentMethods paymentMethods(AccountModel&& account);
 
 }  // namespace kavio

@@ -59,17 +59,17 @@ VoucherModel VoucherModel::decode(const KeyedContainer& in) {
     return {.campaigns = in.required<std::vector<CampainModel>>("vouchers")};
 }
 
-std::shared_ptr<const Image> publicObject(ImageMetaModel model) {
+std::shared_ptr<const Image> publicObject(ImageMetaModel&& model) {
     return std::make_shared<Image>(std::move(model.file), model.w, model.h, model.wasUploaded, model.dpi, model.ios);
 }
 
-std::shared_ptr<const LookAndFeel> publicObject(LookAndFeelModel model) {
+std::shared_ptr<const LookAndFeel> publicObject(LookAndFeelModel&& model) {
     return std::make_shared<LookAndFeel>(std::move(model.imageUrl), std::move(model.backgroundColor),
                                          std::move(model.textColor), std::move(model.receiptText),
                                          std::move(model.punchCardText), publicObjects(std::move(model.images)));
 }
 
-std::shared_ptr<const Campaign> publicObject(CampainModel model) {
+std::shared_ptr<const Campaign> publicObject(CampainModel&& model) {
     const auto date = [](const std::optional<std::string>& text) {
         return text ? DateText::parseLocalized(*text) : std::nullopt;
     };

@@ -56,8 +56,8 @@ struct VoucherModel {
     static VoucherModel decode(const KeyedContainer& in);
 };
 
-std::shared_ptr<const Image> publicObject(ImageMetaModel model);
-std::shared_ptr<const LookAndFeel> publicObject(LookAndFeelModel model);
-std::shared_ptr<const Campaign> publicObject(CampainModel model);
+std::shared_ptr<const Image> publicObject(ImageMetaModel&& model);
+std::shared_ptr<const LookAndFeel> publicObject(LookAndFeelModel&& model);
+std::shared_ptr<const Campaign> publicObject(CampainModel&& model);
 
 }  // namespace kavio

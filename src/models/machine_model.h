@@ -13,34 +13,33 @@
 
 namespace kavio {
 
-/// One machine of the machines reply.
+/// One machine of the machines reply, its members in the order in which they are read.
 struct MachineModel {
     std::optional<std::uint64_t> kavioID;
     std::optional<std::string> operatorName;
     std::string name;  // arrives as an integer
-    std::optional<std::string> machineName;
     std::int64_t machineId = 0;
+    std::optional<std::string> machineName;
     std::optional<std::string> machineConnectivityStatus;
     std::int32_t machineStatusId = 0;
-    std::optional<std::string> country;
-    std::optional<std::string> city;
     std::optional<std::string> zipCode;
-    double longitude = 0;
-    double latitude = 0;
-    std::string currency;
+    std::optional<std::string> city;
+    std::optional<std::string> country;
+    bool isWalletAllowed = true;
+    std::optional<double> distance;
     std::int64_t machineType = 0;
     std::optional<std::int64_t> machineModel;
+    std::string currency;
+    std::optional<std::string> location;
     bool isRevalueOnly = false;
-    std::optional<bool> isFavorite;
+    std::vector<CampainModel> campaigns;
     std::optional<std::string> customLabel;
+    std::optional<bool> isFavorite;
+    double latitude = 0;
+    double longitude = 0;
     std::int64_t decimalPlace = 2;
     std::vector<double> fullTreeOperatorsField;
-    std::optional<double> distance;
-    std::vector<CampainModel> campaigns;
-    bool isWalletAllowed = true;
-    std::optional<std::string> location;
-    Date createdDate;
-    std::string createdDateStr;
+    std::string createdDateStr;  // "lastOrderDT"
     std::optional<std::int32_t> reviewsCount;
     std::optional<float> reviewsAvg;
     std::optional<std::int32_t> reviewsCount1;
@@ -50,7 +49,6 @@ struct MachineModel {
     std::optional<std::int32_t> reviewsCount5;
     std::optional<bool> isPulse;
     std::optional<std::int64_t> uniQR;
-    std::optional<std::string> smartStickerIdUrl;
     std::optional<bool> evNozzle;
     std::optional<bool> evNozzleLeft;
     std::optional<bool> evNozzleRight;
@@ -63,12 +61,14 @@ struct MachineModel {
     std::int64_t multiVendCount = 0;
     std::optional<std::string> machineSerial;
     std::optional<std::string> supportDcsImageUpdatedDt;
+    std::optional<std::string> smartStickerIdUrl;
     std::optional<std::string> defaultCredit;
     std::optional<double> extraCharge;
     std::optional<std::int32_t> extraChargeType;
+    Date createdDate;
     static MachineModel decode(const KeyedContainer& in);
 };
 
-std::shared_ptr<const Machine> publicObject(MachineModel model);
+std::shared_ptr<const Machine> publicObject(MachineModel&& model);
 
 }  // namespace kavio

@@ -78,7 +78,7 @@ OrderActivityModel OrderActivityModel::decode(const KeyedContainer& in) {
     return model;
 }
 
-std::shared_ptr<const Order> publicObject(OrderActivityModel model) {
+std::shared_ptr<const Order> publicObject(OrderActivityModel&& model) {
     const auto type = model.orderTypeName.value_or(typeByCode(model.orderType));
     return std::make_shared<Order>(std::move(model.orderId), std::string(wireText(type)),
                                    publicStatus(model.orderStatus), std::string(wireText(model.paymentSource)),

@@ -48,6 +48,6 @@ struct OrderActivityModel {
     static OrderActivityModel decode(const KeyedContainer& in);
 };
 
-std::shared_ptr<const Order> publicObject(OrderActivityModel model);
+std::shared_ptr<const Order> publicObject(OrderActivityModel&& model);
 
 }  // namespace kavio

@@ -87,7 +87,7 @@ OrderModelResponse OrderModelResponse::decode(const KeyedContainer& in) {
     };
 }
 
-std::shared_ptr<const Order> publicObject(OrderModel model) {
+std::shared_ptr<const Order> publicObject(OrderModel&& model) {
     return std::make_shared<Order>(std::move(model.orderId), std::string(wireText(model.orderType)),
                                    publicStatus(model.status), std::string(wireText(model.paymentProcessorType)),
                                    model.amount.value_or(-1), model.dateCreated, std::move(model.currency),

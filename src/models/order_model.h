@@ -63,6 +63,6 @@ struct OrderModelResponse {
     static OrderModelResponse decode(const KeyedContainer& in);
 };
 
-std::shared_ptr<const Order> publicObject(OrderModel model);
+std::shared_ptr<const Order> publicObject(OrderModel&& model);
 
 }  // namespace kavio

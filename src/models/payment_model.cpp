@@ -122,13 +122,13 @@ DepositModel DepositModel::decode(const KeyedContainer& in) {
     return {.balance = deposit.required<std::int64_t>("balance")};
 }
 
-std::shared_ptr<const CreditCard> publicObject(PaymentCardModel model) {
+std::shared_ptr<const CreditCard> publicObject(PaymentCardModel&& model) {
     return std::make_shared<CreditCard>(std::move(model.locator), std::move(model.label),
                                         PaymentMethod::PaymentType::CREDIT_CARD,
                                         std::move(model.issuer).value_or(std::string()));
 }
 
-std::shared_ptr<const PrepaidCard> publicObject(PrepaidCardModel model) {
+std::shared_ptr<const PrepaidCard> publicObject(PrepaidCardModel&& model) {
     const auto available = model.cardLimit < 0 ? model.balance : saturatingSum(model.balance, model.cardLimit);
     return std::make_shared<PrepaidCard>(std::move(model.cardId), std::move(model.cardNumber),
                                          PaymentMethod::PaymentType::PREPAID, available,

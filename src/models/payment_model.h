@@ -88,7 +88,7 @@ struct DepositModel {
     static DepositModel decode(const KeyedContainer& in);
 };
 
-std::shared_ptr<const CreditCard> publicObject(PaymentCardModel model);
-std::shared_ptr<const PrepaidCard> publicObject(PrepaidCardModel model);
+std::shared_ptr<const CreditCard> publicObject(PaymentCardModel&& model);
+std::shared_ptr<const PrepaidCard> publicObject(PrepaidCardModel&& model);
 
 }  // namespace kavio

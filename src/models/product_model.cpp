@@ -38,7 +38,7 @@ MachineProduct MachineProduct::decode(const KeyedContainer& in) {
     };
 }
 
-std::shared_ptr<const Product> publicObject(MachineProduct model) {
+std::shared_ptr<const Product> publicObject(MachineProduct&& model) {
     return std::make_shared<Product>(
         model.machineProductID, model.productID, std::move(model.productName), std::move(model.groupName),
         model.cashPrice, model.cardPrice, model.exPrepaidPrice, model.machinePrice, model.preapidPrice,

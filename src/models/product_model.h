@@ -46,6 +46,6 @@ struct MachineProduct {
     static MachineProduct decode(const KeyedContainer& in);
 };
 
-std::shared_ptr<const Product> publicObject(MachineProduct model);
+std::shared_ptr<const Product> publicObject(MachineProduct&& model);
 
 }  // namespace kavio

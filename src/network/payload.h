@@ -18,7 +18,7 @@ namespace kavio {
 template <class T>
 std::optional<T> decodedOrNone(std::string_view body) {
     try {
-        return decodeDocument<T>(body);
+        return decodeDocument<T>(std::string(body));
     } catch (const DecodingError&) {
         return std::nullopt;
     }

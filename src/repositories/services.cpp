@@ -80,6 +80,21 @@ void PaymentMethodService::deposit(Deposit deposit, Completion<DepositModel> com
     sendWithFreshTime(makeRequest<PostDepositRequest>(session("deposit"), std::move(deposit)), std::move(completion));
 }
 
+void PaymentMethodService::addCardTDSecure(TDSAddCard body, Completion<TDSAddCardResponseFactory> completion) const {
+    sendWithFreshTime(makeRequest<TDSAddCardRequestProto>(session("TDSAddCardRequestProto"), std::move(body)),
+                      std::move(completion));
+}
+
+void PaymentMethodService::getCardTDSecure(TDSGetCard body, Completion<TDSGetCardResponseFactory> completion) const {
+    sendWithFreshTime(makeRequest<TDSGetCardRequestProto>(session("TDSGetCardRequestProto"), std::move(body)),
+                      std::move(completion));
+}
+
+void PaymentMethodService::pageTDSecure(TDSGetPage body, std::string url, Completion<std::string> completion) const {
+    sendWithFreshTime(makeRequest<TDSGetPageRequestProto>({"TDSGetPageRequestProto"}, std::move(body), std::move(url)),
+                      std::move(completion));
+}
+
 void PrepaidService::prepaidCards(Completion<PrepaidsList> completion) const {
     sendWithFreshTime(makeRequest<GeneralGetRequest>(session("getPrepaidRequest"), "/prepaidCards"),
                       std::move(completion));

@@ -8,6 +8,8 @@
 #include "models/product_model.h"
 #include "network/api_result.h"
 #include "network/requests.h"
+#include "tdsecure/replies.h"
+#include "tdsecure/requests.h"
 
 #include <cstdint>
 #include <map>
@@ -53,6 +55,10 @@ public:
                  Completion<AddCreditCardResponse> completion) const;
     void removeCard(std::string tokenLocator, Completion<DeleteCreditResponse> completion) const;
     void deposit(Deposit deposit, Completion<DepositModel> completion) const;
+    void addCardTDSecure(TDSAddCard body, Completion<TDSAddCardResponseFactory> completion) const;
+    void getCardTDSecure(TDSGetCard body, Completion<TDSGetCardResponseFactory> completion) const;
+    /// The text of the issuer's page at `url`.
+    void pageTDSecure(TDSGetPage body, std::string url, Completion<std::string> completion) const;
 };
 
 class PrepaidService {

@@ -10,7 +10,7 @@ template <class Enumeration>
 Enumeration requiredCase(const KeyedContainer& in, Key key, Enumeration last) {
     const auto raw = in.required<std::int64_t>(key);
     if (raw < 0 || raw > static_cast<std::int64_t>(last)) {
-        throw DecodingError(std::string(key.name) + ": expected one of the known values, found another");
+        throw DecodingError(std::string(key.name()) + ": expected one of the known values, found another");
     }
     return static_cast<Enumeration>(raw);
 }

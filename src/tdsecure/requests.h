@@ -1,11 +1,11 @@
 #pragma once
 
-#include <optional>
-#include <string>
-
 #include "network/api_request.h"
 #include "network/deployment.h"
 #include "tdsecure/messages.h"
+
+#include <optional>
+#include <string>
 
 /// The requests of an enrolment.
 namespace kavio {

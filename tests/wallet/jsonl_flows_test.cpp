@@ -43,24 +43,32 @@ TEST_F(WalletFlows, LogInBuyAndLogOut) {
     for (const auto& event : run.events()) EXPECT_EQ(event.at("onMainThread"), true);
 }
 
-TEST_F(WalletFlows, FollowAnOrderToItsEnd) {
+/// An order gets on only when the test lets it.
+class WalletOrders : public WalletTest {
+protected:
+    static constexpr std::chrono::hours step{1};
+    WalletOrders() : WalletTest(step) {}
+};
+
+TEST_F(WalletOrders, AreFollowedToTheirEnd) {
     logIn();
     const auto machine = drive({R"({"op":"getMachines","filter":{"latitude":52.5219,"longitude":13.4132,"limit":1}})"})
                              .events()
                              .at(0)
                              .at("machines")
                              .at(0);
-    const auto run = drive({
-        R"({"op":"placeOrder","kavioId":)" + machine.at("kavioId").dump() +
-            R"(,"amount":150,"paymentMethod":{"id":"0","number":"","type":"KAVIO"},"await":3})",
-        R"({"op":"getMachineProducts","machineId":)" + machine.at("id").dump() + "}",
-    });
-    std::vector<std::string> statuses;
-    for (const auto& event : run.events()) {
-        if (event.contains("order")) statuses.push_back(event["order"].at("status"));
-    }
-    EXPECT_THAT(statuses, ElementsAre("CREATED", "AUTHORIZED", "COMPLETED"));
-    EXPECT_THAT(run.summary().back(), "main onGetMachineProducts SUCCESS");
+    LiveWallet wallet{options({"--jsonl"})};
+    wallet.write(R"({"op":"placeOrder","kavioId":)" + machine.at("kavioId").dump() +
+                 R"(,"amount":150,"paymentMethod":{"id":"0","number":"","type":"KAVIO"},"await":3})");
+    const auto status = [&] { return Json::parse(wallet.read()).at("order").at("status").get<std::string>(); };
+    EXPECT_EQ(status(), "CREATED");
+    advanceOrders(2 * step);
+    EXPECT_EQ(status(), "AUTHORIZED");
+    advanceOrders(step);
+    EXPECT_EQ(status(), "COMPLETED");
+
+    wallet.write(R"({"op":"getMachineProducts","machineId":)" + machine.at("id").dump() + "}");
+    EXPECT_EQ(Json::parse(wallet.read()).at("result").at("type"), "SUCCESS");
 }
 
 TEST_F(WalletFlows, WriteObjectsWithAllTheirMembers) {

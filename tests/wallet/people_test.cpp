@@ -17,10 +17,13 @@ const std::string secureLines = "4111111111111111\n12\n2039\n123\nRobin Sample\n
 
 class WalletCommands : public WalletTest {
 protected:
-    /// The code of a machine near the centre of Berlin.
+    /// The code of a machine in Berlin that sells coffee.
     std::string machineCode() const {
-        const auto found = run({"machines", "--near", "52.5219,13.4132", "--limit", "1", "--json"}).events();
-        return found.at(0).at("machines").at(0).at("kavioId").dump();
+        const auto found = run({"machines", "--near", "52.5219,13.4132", "--limit", "9", "--json"}).events();
+        for (const auto& machine : found.at(0).at("machines")) {
+            if (machine.at("type") == "HOT_DRINKS") return machine.at("kavioId").dump();
+        }
+        return "none";
     }
     /// Its ID, as `methods` shows it.
     std::string storedCard() const {

@@ -131,6 +131,8 @@ int LiveWallet::waitForEnd() {
     return status;
 }
 
+WalletTest::WalletTest(std::chrono::milliseconds orderStep) : sandbox(sandboxOptions(orderStep)) {}
+
 std::vector<std::string> WalletTest::options(std::vector<std::string> more) const {
     std::vector<std::string> all{"--store-dir", mFolder.path() / "store", "--connect-to", sandbox.address(),
                                  "--ca-file",   sandbox.authorityFile()};
@@ -151,9 +153,16 @@ void WalletTest::logIn() const {
     ASSERT_EQ(run({"login", "49", "151234567", "--country", "DE"}, "123456\n").status, 0);
 }
 
-sandbox::Options WalletTest::sandboxOptions() {
+void WalletTest::advanceOrders(std::chrono::seconds time) {
+    mAhead = mAhead.load() + time;
+    sandbox.setClockOffset(-mAhead.load());  // what is signed is still compared with the time that it really is
+}
+
+sandbox::Options WalletTest::sandboxOptions(std::chrono::milliseconds orderStep) const {
     sandbox::Options options;
-    options.orderStep = std::chrono::milliseconds{300};
+    options.orderStep = orderStep;
+    options.signatureWindow = std::chrono::hours{24};
+    options.clock = [this] { return std::chrono::system_clock::now() + mAhead.load(); };
     return options;
 }
 

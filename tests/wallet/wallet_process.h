@@ -7,6 +7,8 @@
 #include <nlohmann/json.hpp>
 #include <sys/types.h>
 
+#include <atomic>
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -50,19 +52,25 @@ private:
 /// kavio-wallet on a sandbox, with a store of its own.
 class WalletTest : public ::testing::Test {
 protected:
+    explicit WalletTest(std::chrono::milliseconds orderStep = std::chrono::milliseconds{300});
+
     std::vector<std::string> options(std::vector<std::string> more = {}) const;
     Outcome run(const std::vector<std::string>& arguments, const std::string& input = {}) const;
     /// One line an operation.
     Outcome drive(const std::vector<std::string>& lines, std::vector<std::string> more = {}) const;
     /// Logs in, so that the store holds a session.
     void logIn() const;
-
-    sandbox::Sandbox sandbox{sandboxOptions()};
+    /// Lets orders get on by `time` at once.
+    void advanceOrders(std::chrono::seconds time);
 
 private:
-    static sandbox::Options sandboxOptions();
+    sandbox::Options sandboxOptions(std::chrono::milliseconds orderStep) const;
 
     TemporaryFolder mFolder;
+    std::atomic<std::chrono::seconds> mAhead{};
+
+protected:
+    sandbox::Sandbox sandbox;
 };
 
 /// Lines joined for standard input.

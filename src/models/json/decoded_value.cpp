@@ -1,14 +1,9 @@
 #include "models/json/decoded_value.h"
 
 #include "models/json/decoding_error.h"
-#include "models/json/json_value.h"
-#include "models/json/loose_value.h"
-#include "models/json/simdjson_element.h"
+#include "models/json/read_element.h"
 
-#include <algorithm>
 #include <bit>
-#include <cmath>
-#include <limits>
 
 namespace kavio {
 namespace {
@@ -31,13 +26,6 @@ std::string_view nameOf(DecodedValue::Kind kind) {
             return "an array";
     }
     return {};
-}
-
-template <class Integer>
-Integer integer(const DecodedValue& value, std::string_view expected) {
-    const auto integer = integerOf<Integer>(domElement(value.element()));
-    if (!integer) value.refuse(expected);
-    return *integer;
 }
 
 }  // namespace
@@ -76,77 +64,31 @@ void DecodedValue::refuse(std::string_view expected) const {
     throw DecodingError(message.append("expected ").append(expected).append(", found ").append(nameOf(kind())));
 }
 
-template <>
-bool DecodedValue::simple() const {
-    bool value = false;
-    if (domElement(mElement).get_bool().get(value) != simdjson::SUCCESS) refuse("a boolean");
-    return value;
+template <SimpleValue T>
+T DecodedValue::simple() const {
+    auto value = Reading<T>::read(domElement(mElement));
+    if (!value) refuse(Reading<T>::expectation);
+    return *std::move(value);
 }
 
-template <>
-std::string DecodedValue::simple() const {
-    std::string_view value;
-    if (domElement(mElement).get_string().get(value) != simdjson::SUCCESS) refuse("text");
-    return std::string(value);
-}
-
-template <>
-double DecodedValue::simple() const {
-    double value = 0;
-    if (domElement(mElement).get_double().get(value) != simdjson::SUCCESS) refuse("a number");
-    return value;
-}
-
-template <>
-float DecodedValue::simple() const {
-    const auto value = simple<double>();
-    if (std::abs(value) > std::numeric_limits<float>::max()) refuse("a single-precision number");
-    return static_cast<float>(value);
-}
-
-template <>
-std::int64_t DecodedValue::simple() const {
-    return integer<std::int64_t>(*this, "an integer");
-}
-
-template <>
-std::int32_t DecodedValue::simple() const {
-    return integer<std::int32_t>(*this, "a 32-bit integer");
-}
-
-template <>
-std::uint64_t DecodedValue::simple() const {
-    return integer<std::uint64_t>(*this, "an unsigned integer");
-}
-
-template <>
-std::uint32_t DecodedValue::simple() const {
-    return integer<std::uint32_t>(*this, "an unsigned 32-bit integer");
-}
-
-template <>
-Date DecodedValue::simple() const {
-    constexpr std::chrono::sys_seconds reference = std::chrono::sys_days(std::chrono::January / 1 / 2001);
-    return reference + Date::duration(simple<double>());
-}
-
-template <>
-JsonObject DecodedValue::simple() const {
-    if (kind() != Kind::object) refuse("an object");
-    return looseObject(mElement);
-}
-
-template <>
-JsonValue DecodedValue::simple() const {
-    return looseValue(mElement).value_or(nullptr);
-}
+template bool DecodedValue::simple() const;
+template std::string DecodedValue::simple() const;
+template double DecodedValue::simple() const;
+template float DecodedValue::simple() const;
+template std::int32_t DecodedValue::simple() const;
+template std::int64_t DecodedValue::simple() const;
+template std::uint32_t DecodedValue::simple() const;
+template std::uint64_t DecodedValue::simple() const;
+template Date DecodedValue::simple() const;
+template JsonObject DecodedValue::simple() const;
+template JsonValue DecodedValue::simple() const;
 
 ArrayReader::ArrayReader(const DecodedValue& value) : mDocument(value.element().document), mPath(value.path()) {
     simdjson::dom::array array;
     if (domElement(value.element()).get_array().get(array) != simdjson::SUCCESS) value.refuse("an array");
     mNext = fromDom(*array.begin()).index;
     mEnd = fromDom(*array.end()).index;
-    mExpectedCount = std::min<std::size_t>(array.size(), 1000);
+    mSize = array.size();
 }
 
 DecodedValue ArrayReader::next() {

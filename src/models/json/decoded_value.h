@@ -4,6 +4,8 @@
 
 #include <kavio/date.h>
 
+#include <algorithm>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -30,6 +32,13 @@ struct Element {
     const void* document = nullptr;
     std::size_t index = 0;
 };
+
+/// What is read without the help of its type.
+template <class T>
+concept SimpleValue = std::same_as<T, bool> || std::same_as<T, std::string> || std::same_as<T, double> ||
+    std::same_as<T, float> || std::same_as<T, std::int32_t> || std::same_as<T, std::int64_t> ||
+    std::same_as<T, std::uint32_t> || std::same_as<T, std::uint64_t> || std::same_as<T, Date> ||
+    std::same_as<T, JsonObject> || std::same_as<T, JsonValue>;
 
 /// One value of a parsed document, valid as long as that. Everything about strictness is decided here.
 class DecodedValue {
@@ -59,8 +68,8 @@ public:
     [[noreturn]] void refuse(std::string_view expected) const;
 
 private:
-    template <class T>
-    T simple() const = delete;
+    template <SimpleValue T>
+    T simple() const;
 
     Element mElement;
     Path mPath;
@@ -73,41 +82,27 @@ public:
 
     bool atEnd() const { return mNext == mEnd; }
     DecodedValue next();
-    /// Number of elements that is safe to reserve room for: a short hostile reply must not make us allocate gigabytes.
-    std::size_t expectedCount() const { return mExpectedCount; }
+    /// Number of elements; of more than 16 million it may be less.
+    std::size_t size() const { return mSize; }
 
 private:
     const void* mDocument;
     std::size_t mNext;
     std::size_t mEnd;
-    std::size_t mExpectedCount;
+    std::size_t mSize;
     std::size_t mPosition = 0;
     Path mPath;
 };
 
-// The types that `as` reads itself; a type that is no record and not among these does not compile.
-template <>
-bool DecodedValue::simple() const;
-template <>
-std::string DecodedValue::simple() const;
-template <>
-double DecodedValue::simple() const;
-template <>
-float DecodedValue::simple() const;
-template <>
-std::int64_t DecodedValue::simple() const;
-template <>
-std::int32_t DecodedValue::simple() const;
-template <>
-std::uint64_t DecodedValue::simple() const;
-template <>
-std::uint32_t DecodedValue::simple() const;
-template <>
-Date DecodedValue::simple() const;
-template <>
-JsonObject DecodedValue::simple() const;
-template <>
-JsonValue DecodedValue::simple() const;
+/// Converts to whatever is to be decoded, so that a list's elements are made in their place instead of being moved
+/// there.
+struct Decoding {
+    DecodedValue value;
+    template <class T>
+    operator T() const {  // NOLINT(google-explicit-constructor)
+        return value.as<T>();
+    }
+};
 
 template <class T>
 inline constexpr bool isList = false;
@@ -116,20 +111,23 @@ inline constexpr bool isList<std::vector<T>> = true;
 
 template <class T>
 T DecodedValue::as() const {
-    if constexpr (std::is_empty_v<T>) {
+    if constexpr (SimpleValue<T>) {
+        return simple<T>();
+    } else if constexpr (std::is_empty_v<T>) {
         return T{};
     } else if constexpr (isList<T>) {
         ArrayReader reader(*this);
         T list;
-        list.reserve(reader.expectedCount());
-        while (!reader.atEnd()) list.push_back(reader.next().template as<typename T::value_type>());
+        // Room that nothing is written to costs nothing, up to a point: a short hostile reply can announce many
+        // elements.
+        constexpr std::size_t reservedBytes = std::size_t{16} * 1024 * 1024;
+        list.reserve(std::min(reader.size(), reservedBytes / sizeof(typename T::value_type)));
+        while (!reader.atEnd()) list.emplace_back(Decoding{reader.next()});
         return list;
     } else if constexpr (requires { T::decode(*this); }) {
         return T::decode(*this);
-    } else if constexpr (requires(const KeyedContainer& in) { T::decode(in); }) {
-        return T::decode(KeyedContainer(*this));
     } else {
-        return simple<T>();
+        return T::decode(KeyedContainer(*this));
     }
 }
 

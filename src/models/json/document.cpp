@@ -65,12 +65,10 @@ std::unique_ptr<Document::Parser>& Document::idleParser() {
     return idle;
 }
 
-Document::Document(std::string_view json) : mParser(std::move(idleParser())) {
+Document::Document(const std::string& json) : mParser(std::move(idleParser())) {
     if (json.empty()) throw DecodingError("empty");
     if (!mParser) mParser = std::make_unique<Parser>();
-    const auto parse = [this](std::string_view text) {
-        return mParser->parser.parse(text.data(), text.size()).get(mParser->root);
-    };
+    const auto parse = [this](const std::string& text) { return mParser->parser.parse(text).get(mParser->root); };
     auto error = parse(json);
     if (error == simdjson::NUMBER_ERROR) error = parse(withLargeIntegersAsDoubles(json));
     if (error != simdjson::SUCCESS) throw DecodingError(simdjson::error_message(error));

@@ -5,14 +5,15 @@
 
 #include <memory>
 #include <optional>
-#include <string_view>
+#include <string>
 
 namespace kavio {
 
 /// A parsed JSON text. `DecodingError` for a text that is not JSON, is not UTF-8, or nests deeper than 1024 levels.
 class Document {
 public:
-    explicit Document(std::string_view json);
+    /// Spare capacity of `json` saves a copy of it.
+    explicit Document(const std::string& json);
     ~Document();
     Document(const Document&) = delete;
     Document& operator=(const Document&) = delete;
@@ -28,7 +29,7 @@ private:
 
 /// The payload of a reply; absent for a JSON null. `DecodingError` when the body is not what a `T` decodes from.
 template <class T>
-std::optional<T> decodeDocument(std::string_view body) {
+std::optional<T> decodeDocument(const std::string& body) {
     const Document document(body);
     const auto root = document.root();
     if (root.kind() == DecodedValue::Kind::null) return std::nullopt;

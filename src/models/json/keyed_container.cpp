@@ -1,7 +1,7 @@
 #include "models/json/keyed_container.h"
 
 #include "models/json/decoding_error.h"
-#include "models/json/simdjson_element.h"
+#include "models/json/read_element.h"
 
 #include <algorithm>
 #include <bit>
@@ -24,17 +24,17 @@ KeyedContainer::KeyedContainer(const DecodedValue& value) : mDocument(value.elem
         for (auto position = object.begin(); position != object.end(); ++position)
             mSorted->push_back(memberAt(position));
         std::stable_sort(mSorted->begin(), mSorted->end(),
-                         [](const Member& a, const Member& b) { return nameOf(a) < nameOf(b); });
+                         [](const Member& a, const Member& b) { return a.name() < b.name(); });
         return;
     }
 
     const auto slots = std::bit_ceil(2 * size + 2);  // at least half of them stay free
-    mHashShift = 64 - std::countr_zero(slots);
+    mHashShift = 32 - std::countr_zero(slots);
     std::fill_n(mSlots.begin(), slots, Slot{0});
     Slot count = 0;
     for (auto position = object.begin(); position != object.end(); ++position) {
         const auto member = memberAt(position);
-        auto& slot = mSlots[slotOf(nameOf(member), keyHash(nameOf(member)))];
+        auto& slot = mSlots[slotOf(member.name(), nameHash(member.name()))];
         if (slot == 0) slot = ++count;
         mMembers[slot - 1U] = member;
     }
@@ -59,36 +59,70 @@ std::optional<std::string> KeyedContainer::textIfText(Key key) const {
 }
 
 DecodedValue KeyedContainer::value(Key key) const {
-    const auto* member = find(key);
-    if (!member) throw DecodingError(Path{&mPath, key.name}.text() + ": missing");
-    return {{mDocument, member->index}, {&mPath, key.name}};
+    const auto found = valueIfPresent(key);
+    if (!found) refuseMissing(key);
+    return *found;
 }
 
 std::optional<DecodedValue> KeyedContainer::valueIfPresent(Key key) const {
-    const auto* member = find(key);
-    if (!member) return std::nullopt;
-    const Element element{mDocument, member->index};
-    if (domElement(element).is_null()) return std::nullopt;
-    return DecodedValue(element, {&mPath, key.name});
+    const auto element = find(key);
+    if (!element) return std::nullopt;
+    return DecodedValue(*element, {&mPath, key.name()});
 }
 
-const KeyedContainer::Member* KeyedContainer::find(Key key) const {
-    if (mSorted) {
-        const auto after =
-            std::upper_bound(mSorted->begin(), mSorted->end(), key.name,
-                             [](std::string_view name, const Member& member) { return name < nameOf(member); });
-        return after != mSorted->begin() && nameOf(*(after - 1)) == key.name ? &*(after - 1) : nullptr;
-    }
-    const auto slot = mSlots[slotOf(key.name, key.hash)];
+void KeyedContainer::refuseMissing(Key key) const {
+    throw DecodingError(Path{&mPath, key.name()}.text() + ": missing");
+}
+
+void KeyedContainer::refuse(Key key, Element element, std::string_view expected) const {
+    DecodedValue(element, {&mPath, key.name()}).refuse(expected);
+}
+
+/// The value of the member; absent when it is missing or null.
+inline std::optional<Element> KeyedContainer::find(Key key) const {
+    const auto* member = mSorted ? findSorted(key) : findInTable(key);
+    if (!member) return std::nullopt;
+    const Element element{mDocument, member->index};
+    return domElement(element).is_null() ? std::nullopt : std::optional(element);
+}
+
+inline const KeyedContainer::Member* KeyedContainer::findInTable(Key key) const {
+    const auto slot = mSlots[slotOf(key.name(), key.hash())];
     return slot == 0 ? nullptr : &mMembers[slot - 1U];
 }
 
+const KeyedContainer::Member* KeyedContainer::findSorted(Key key) const {
+    const auto isBefore = [](std::string_view name, const Member& member) { return name < member.name(); };
+    const auto after = std::upper_bound(mSorted->begin(), mSorted->end(), key.name(), isBefore);
+    return after != mSorted->begin() && (after - 1)->name() == key.name() ? &*(after - 1) : nullptr;
+}
+
 /// The slot of the member of that name, or the free one where it belongs.
-std::size_t KeyedContainer::slotOf(std::string_view name, std::uint64_t hash) const {
-    const auto mask = (std::size_t{1} << (64 - mHashShift)) - 1;
+inline std::size_t KeyedContainer::slotOf(std::string_view name, std::uint32_t hash) const {
+    const auto mask = (std::size_t{1} << (32 - mHashShift)) - 1;
     auto slot = static_cast<std::size_t>(hash >> mHashShift);
-    while (mSlots[slot] != 0 && nameOf(mMembers[mSlots[slot] - 1U]) != name) slot = (slot + 1) & mask;
+    while (mSlots[slot] != 0 && !isSameName(mMembers[mSlots[slot] - 1U].name(), name)) slot = (slot + 1) & mask;
     return slot;
 }
+
+template <SimpleValue T>
+std::optional<T> KeyedContainer::simple(Key key) const {
+    const auto element = find(key);
+    if (!element) return std::nullopt;
+    auto value = Reading<T>::read(domElement(*element));
+    if (!value) refuse(key, *element, Reading<T>::expectation);
+    return value;
+}
+
+template std::optional<bool> KeyedContainer::simple(Key) const;
+template std::optional<std::string> KeyedContainer::simple(Key) const;
+template std::optional<double> KeyedContainer::simple(Key) const;
+template std::optional<float> KeyedContainer::simple(Key) const;
+template std::optional<std::int32_t> KeyedContainer::simple(Key) const;
+template std::optional<std::int64_t> KeyedContainer::simple(Key) const;
+template std::optional<std::uint32_t> KeyedContainer::simple(Key) const;
+template std::optional<std::uint64_t> KeyedContainer::simple(Key) const;
+template std::optional<Date> KeyedContainer::simple(Key) const;
+template std::optional<JsonObject> KeyedContainer::simple(Key) const;
 
 }  // namespace kavio

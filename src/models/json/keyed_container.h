@@ -28,18 +28,28 @@ public:
 
     template <class T>
     T required(Key key) const {
-        return value(key).template as<T>();
+        if constexpr (SimpleValue<T>) {
+            auto found = simple<T>(key);
+            if (!found) refuseMissing(key);
+            return *std::move(found);
+        } else {
+            return value(key).template as<T>();
+        }
     }
     template <class T>
     std::optional<T> optional(Key key) const {
-        const auto found = valueIfPresent(key);
-        if (!found) return std::nullopt;
-        return found->template as<T>();
+        if constexpr (SimpleValue<T>) {
+            return simple<T>(key);
+        } else {
+            const auto found = valueIfPresent(key);
+            if (!found) return std::nullopt;
+            return found->template as<T>();
+        }
     }
     template <class T>
     T optional(Key key, T fallback) const {
-        const auto found = valueIfPresent(key);
-        return found ? found->template as<T>() : std::move(fallback);
+        auto found = optional<T>(key);
+        return found ? *std::move(found) : std::move(fallback);
     }
 
     // The container that they give holds on to this one for the path in its errors, hence not from a temporary.
@@ -55,9 +65,10 @@ public:
 
 private:
     struct Member {
-        const char* name;
-        std::uint32_t nameSize;
+        const char* text;
+        std::uint32_t size;
         std::uint32_t index;
+        std::string_view name() const { return {text, size}; }
     };
     // Objects of up to this many members have their index on the stack. Larger ones, which no record of ours has, are
     // sorted instead, so that names made to collide cannot make them quadratic.
@@ -65,11 +76,16 @@ private:
     // A slot is 0 when it is free, else one more than the position of its member.
     using Slot = std::uint8_t;
 
-    static std::string_view nameOf(const Member& member) { return {member.name, member.nameSize}; }
+    template <SimpleValue T>
+    std::optional<T> simple(Key key) const;
     DecodedValue value(Key key) const;
     std::optional<DecodedValue> valueIfPresent(Key key) const;
-    const Member* find(Key key) const;
-    std::size_t slotOf(std::string_view name, std::uint64_t hash) const;
+    std::optional<Element> find(Key key) const;
+    const Member* findInTable(Key key) const;
+    const Member* findSorted(Key key) const;
+    std::size_t slotOf(std::string_view name, std::uint32_t hash) const;
+    [[noreturn]] void refuseMissing(Key key) const;
+    [[noreturn]] void refuse(Key key, Element element, std::string_view expected) const;
 
     const void* mDocument;
     Path mPath;

@@ -20,6 +20,16 @@ static_assert(sizeof(Element) == sizeof(simdjson::dom::element));
 inline simdjson::dom::element domElement(Element element) { return std::bit_cast<simdjson::dom::element>(element); }
 inline Element fromDom(simdjson::dom::element element) { return std::bit_cast<Element>(element); }
 
+/// A double that is integral and in range.
+template <class Integer>
+std::optional<Integer> integerOf(double value) {
+    // A double holds both of these bounds exactly; the type's maximum itself it may not.
+    const auto lowest = static_cast<double>(std::numeric_limits<Integer>::min());
+    const auto beyond = std::ldexp(1.0, std::numeric_limits<Integer>::digits);
+    const bool fits = value >= lowest && value < beyond && value == std::trunc(value);
+    return fits ? std::optional(static_cast<Integer>(value)) : std::nullopt;
+}
+
 /// The value of a number that is integral and in range, however it is spelled.
 template <class Integer>
 std::optional<Integer> integerOf(simdjson::dom::element element) {
@@ -28,14 +38,8 @@ std::optional<Integer> integerOf(simdjson::dom::element element) {
     };
     if (std::int64_t value = 0; element.get_int64().get(value) == simdjson::SUCCESS) return inRange(value);
     if (std::uint64_t value = 0; element.get_uint64().get(value) == simdjson::SUCCESS) return inRange(value);
-
-    double value = 0;
-    if (element.get_double().get(value) != simdjson::SUCCESS) return std::nullopt;
-    // A double holds both of these bounds exactly; the type's maximum itself it may not.
-    const auto lowest = static_cast<double>(std::numeric_limits<Integer>::min());
-    const auto beyond = std::ldexp(1.0, std::numeric_limits<Integer>::digits);
-    const bool fits = value >= lowest && value < beyond && value == std::trunc(value);
-    return fits ? std::optional(static_cast<Integer>(value)) : std::nullopt;
+    if (double value = 0; element.get_double().get(value) == simdjson::SUCCESS) return integerOf<Integer>(value);
+    return std::nullopt;
 }
 
 }  // namespace kavio

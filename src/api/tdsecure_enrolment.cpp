@@ -1,0 +1,184 @@
+#include "api/state.h"
+#include "models/json/json_value.h"
+#include "network/url_request.h"
+
+#include <kavio/platform/platform.h>
+
+namespace kavio {
+namespace {
+
+constexpr std::string_view storyboard = "libKavio";
+constexpr const char* cannotParse = "failed to parse server reponse";
+constexpr const char* cannotStart = "failed to start 3DS authentication";
+constexpr const char* cannotStartPage = "failed to start 3DS authentication page";
+
+template <class... Handlers>
+struct Overloaded : Handlers... {
+    using Handlers::operator()...;
+};
+
+// What the issuer's fingerprint page is told: where to go when it has ended, and for which transaction it runs.
+std::string threeDSMethodData(const std::string& transaction) {
+    const JsonValue data{{"threeDSMethodNotificationURL", loopbackUrl}, {"threeDSServerTransID", transaction}};
+    return Platform::current().base64->encode(data.dump(2));
+}
+
+// "%41" is "A"; what is no escape stays, and so does "+".
+std::string percentDecoded(std::string_view text) {
+    const auto digit = [](char c) {
+        if (c >= '0' && c <= '9') return c - '0';
+        const char lower = static_cast<char>(c | 0x20);
+        return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+    };
+    std::string decoded;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const bool escape = text[i] == '%' && i + 2 < text.size() && digit(text[i + 1]) >= 0 && digit(text[i + 2]) >= 0;
+        decoded += escape ? static_cast<char>(digit(text[i + 1]) * 16 + digit(text[i + 2])) : text[i];
+        if (escape) i += 2;
+    }
+    return Platform::current().characters->wellFormed(decoded);
+}
+
+// Puts what the page sent back into the body: of a repeated item the last counts, one without "=" has no value.
+void readRedirect(const std::string& url, TDSGetCard& body) {
+    const auto queryAt = url.find('?');
+    if (queryAt == std::string::npos) return;
+    std::string_view rest = std::string_view(url).substr(queryAt + 1);
+    rest = rest.substr(0, rest.find('#'));
+    while (!rest.empty()) {
+        const auto item = rest.substr(0, rest.find('&'));
+        rest.remove_prefix(std::min(item.size() + 1, rest.size()));
+        const auto equals = item.find('=');
+        const auto name = percentDecoded(item.substr(0, equals));
+        const auto value =
+            equals == std::string_view::npos ? std::nullopt : std::optional(percentDecoded(item.substr(equals + 1)));
+        if (name == "g1") body.token = value;
+        if (name == "z2") body.result = value;
+        if (name == "z3") body.description = value;
+        if (name == "z50") body.transaction = value;
+    }
+}
+
+}  // namespace
+
+void Kavio::addCreditCardTDSecure(TDSPaymentCard paymentCard, TDSCardHolder cardHolder) {
+    if (!mState->isIdle(&KavioDelegate::onAddCreditCard)) return;
+    mState->mIsBusy = true;
+    mState->mLastPaymentCard = paymentCard;
+    mState->mPaymentMethodRepo->addCardTDSecure(
+        {std::move(paymentCard), Platform::current().uuid->make(), {.holder = std::move(cardHolder)}},
+        mState->handled(&State::addCreditCardTDSecureResponse));
+}
+
+void Kavio::State::addCreditCardTDSecureResponse(APIResult<TDSAddCardResponseFactory> reply) {
+    if (!reply) {
+        mIsBusy = false;
+        return fail(&KavioDelegate::onAddCreditCard, reply.failure());
+    }
+    const auto payload = std::move(reply).payload();
+    if (!payload) return finishEnrolment(ResultType::SERVER_ERROR, cannotParse);
+    std::visit(
+        Overloaded{
+            [&](const TDSAddCardFrictionlessResponse&) { finishEnrolment(ResultType::SUCCESS, std::nullopt); },
+            [&](const TDSAddCardFingerprintResponse& fingerprint) { startFingerprint(fingerprint); },
+            [&](const TDSAddCardChallengeResponse& challenge) {
+                mLastFlow = TDSFlowType::CHALLENGE;
+                if (!presentPage(TDSFlowType::CHALLENGE, challenge.url)) {
+                    finishEnrolment(ResultType::FAILURE, cannotStart);
+                }
+            },
+            [&](const TDSAddCardErrorResponse& error) { finishEnrolment(ResultType::SERVER_ERROR, error.message); },
+            [&](std::monostate) { finishEnrolment(ResultType::SERVER_ERROR, cannotParse); },
+        },
+        payload->reply);
+}
+
+void Kavio::State::startFingerprint(const TDSAddCardFingerprintResponse& fingerprint) {
+    mLastFlow = TDSFlowType::FINGERPRINT;
+    if (!isUrl(fingerprint.page)) return finishEnrolment(ResultType::SERVER_ERROR, "invalid URL");
+    mPaymentMethodRepo->pageTDSecure({threeDSMethodData(fingerprint.id)}, fingerprint.page,
+                                     handled(&State::fingerprintPageResponse));
+}
+
+void Kavio::State::fingerprintPageResponse(APIResult<std::string> reply) {
+    if (!reply) {
+        mIsBusy = false;
+        return fail(&KavioDelegate::onAddCreditCard, reply.failure());
+    }
+    const auto page = std::move(reply).payload();
+    if (!page || !presentPage(TDSFlowType::FINGERPRINT, *page)) finishEnrolment(ResultType::FAILURE, cannotStart);
+}
+
+// A page has ended: the service is asked what that means.
+void Kavio::State::tdSecureFinished(const TDSecureSceneController& controller) {
+    if (!controller.mRedirectedUrl || !mLastPaymentCard) return;
+    mReceivedTDSRedirect = true;
+    TDSGetCard body{.flow = mLastFlow, .card = *mLastPaymentCard};
+    readRedirect(*controller.mRedirectedUrl, body);
+    mPaymentMethodRepo->getCardTDSecure(std::move(body), handled(&State::getCardResponse));
+}
+
+void Kavio::State::getCardResponse(APIResult<TDSGetCardResponseFactory> reply) {
+    const auto payload = reply ? reply.payload() : std::nullopt;
+    if (payload) {
+        if (const auto* challenge = std::get_if<TDSGetCardChallengeResponse>(&payload->reply)) {
+            return showNextChallenge(challenge->url);
+        }
+    }
+    mIsBusy = false;
+    mTDSecSceneController->close(true);
+    if (!reply) return fail(&KavioDelegate::onAddCreditCard, reply.failure());
+    if (payload && std::holds_alternative<TDSGetCardLocatorResponse>(payload->reply)) {
+        return finishEnrolment(ResultType::SUCCESS, std::nullopt);
+    }
+    const auto* error = payload ? std::get_if<TDSGetCardErrorResponse>(&payload->reply) : nullptr;
+    finishEnrolment(ResultType::SERVER_ERROR, error ? "error: " + error->message : cannotParse);
+}
+
+void Kavio::State::showNextChallenge(const std::string& url) {
+    mLastFlow = TDSFlowType::CHALLENGE;
+    if (const auto scene = mTDSecSceneController->scene()) {
+        mReceivedTDSRedirect = false;
+        return scene->load(url, false);
+    }
+    if (!presentPage(TDSFlowType::CHALLENGE, url)) finishEnrolment(ResultType::FAILURE, cannotStartPage);
+}
+
+// The person closed the page. Past its end that changes nothing: the answer of the service is on its way.
+void Kavio::State::tdSecureWindowClosed() {
+    if (mReceivedTDSRedirect) return;
+    finishEnrolment(ResultType::FAILURE, "canceled by user");
+}
+
+// False when there is nothing to present on.
+bool Kavio::State::presentPage(TDSFlowType flow, const std::string& content) {
+    const auto topMost = topMostViewController();
+    if (!topMost) return false;
+    mTDSecSceneController->mUrl = content;
+    mTDSecSceneController->mFlow = flow;
+    const auto scene = mTDSecSceneController->createScene(storyboard);
+    if (!scene) return false;
+    mReceivedTDSRedirect = false;
+    scene->delegate = mTDSecSceneController;
+    scene->presentOn(*topMost, true);
+    return true;
+}
+
+void Kavio::State::finishEnrolment(ResultType type, std::optional<std::string> message) {
+    mIsBusy = false;
+    report(&KavioDelegate::onAddCreditCard, type, std::move(message), nullptr);
+}
+
+void Kavio::State::attachToScene() {
+    using Observer = TDSecureSceneController::SceneEvent::Observer;
+    mTDSecSceneController->tdSecureFinished->attach(
+        std::make_shared<Observer>(weak_from_this(), [weak = weak_from_this()](TDSecureSceneController& controller) {
+            if (const auto self = weak.lock()) self->tdSecureFinished(controller);
+        }));
+    mTDSecSceneController->tdSecureWindowClosed->attach(
+        std::make_shared<Observer>(weak_from_this(), [weak = weak_from_this()](TDSecureSceneController&) {
+            if (const auto self = weak.lock()) self->tdSecureWindowClosed();
+        }));
+}
+
+}  // namespace kavio
