@@ -1,5 +1,6 @@
 #include "tdsecure/td_secure_scene_controller.h"
 
+#include "util/shared_instance.h"
 #include "util/trace.h"
 
 #include <utility>
@@ -11,10 +12,11 @@ constexpr const char* traceTag = "TDSecureSceneController";
 
 }  // namespace
 
-// Never destroyed: a facade that is still alive when the program's statics go may yet release it.
 std::shared_ptr<TDSecureSceneController>& TDSecureSceneController::shared() {
-    static auto* shared = new std::shared_ptr<TDSecureSceneController>;
-    return *shared;
+    struct Slot {
+        std::shared_ptr<TDSecureSceneController> controller;
+    };
+    return sharedInstance<Slot>()->controller;
 }
 
 std::shared_ptr<TDSecureSceneController> TDSecureSceneController::make() {

@@ -1,7 +1,7 @@
-#include "platform/current_platform.h"
 #include "support/fakes/fake_device.h"
 #include "support/fakes/fake_windows.h"
 #include "tdsecure/td_secure_scene_controller.h"
+#include "util/shared_instance.h"
 
 #include <gmock/gmock.h>
 
@@ -37,7 +37,10 @@ private:
 
 class SceneControllerTest : public testing::Test {
 protected:
-    SceneControllerTest() { Platform::current().windows = windows; }
+    SceneControllerTest() {
+        forgetSharedInstances();
+        Platform::current().windows = windows;
+    }
 
     bool present(const User& user, TDSFlowType flow, const std::string& content) {
         const auto topMost = topMostViewController();

@@ -85,7 +85,7 @@ void GtkScene::connect(const std::filesystem::path& authorities) {
     mConnections.connect<&GtkScene::onCloseClicked>(widget<GtkButton>("close"), "clicked", this);
     mConnections.connect<&GtkScene::onBackClicked>(widget<GtkButton>("back"), "clicked", this);
     mConnections.connect<&GtkScene::onCloseRequest>(mWindow, "close-request", this);
-    mConnections.connect<&GtkScene::onHidden>(mWindow, "hide", this);
+    mConnections.connect<&GtkScene::onUnrealized>(mWindow, "unrealize", this);
     mWebView = GtkWebView::make(widget<GtkWidget>("webView"), authorities);
     mWebView->observer = weak_from_this();
 }

@@ -39,8 +39,8 @@ private:
     void onCloseClicked() { askToClose(); }
     gboolean onCloseRequest();
     gboolean onKeyPressed(guint key, guint code, int modifiers);
-    /// The host application has taken the window away, with all its windows perhaps: for the library the person left.
-    void onHidden() { askToClose(); }
+    /// The host application has destroyed the window, with all its windows perhaps: for the library the person left.
+    void onUnrealized() { askToClose(); }
     void askToClose();
     void onBackClicked() { mWebView->goBack(); }
 
