@@ -103,9 +103,9 @@ Listener::~Listener() {
     mThread.join();
 }
 
-void Listener::pause(std::chrono::milliseconds time) {
+bool Listener::pause(std::chrono::milliseconds time) {
     std::unique_lock lock(mMutex);
-    mStop.wait_for(lock, time, [this] { return mStopped; });
+    return !mStop.wait_for(lock, time, [this] { return mStopped; });
 }
 
 void Listener::drop(const httplib::Request& request) { shutdown(SSL_get_fd(request.ssl), SHUT_RDWR); }

@@ -45,8 +45,8 @@ public:
     Listener& operator=(const Listener&) = delete;
 
     std::uint16_t port() const { return mPort; }
-    /// Holds the calling handler up; a stop ends it early.
-    void pause(std::chrono::milliseconds time);
+    /// Holds the calling handler up. False when a stop has ended that early: its reply is not due then.
+    bool pause(std::chrono::milliseconds time);
     /// Closes the connection of a request that has come over TLS; whatever reply its handler makes is lost.
     static void drop(const httplib::Request& request);
 

@@ -139,7 +139,7 @@ void Sandbox::Parts::serve(Listener& from, const httplib::Request& request, http
     const bool replaced = fault && (fault->status || fault->body || fault->drop);
     Reply reply;
     if (!replaced || fault->handled) reply = answer(request);
-    from.pause(reply.delay);
+    if (!from.pause(reply.delay)) Listener::drop(request);
     if (fault) spoil(*fault, from, request, reply, response);
     send(reply, response);
 }
@@ -165,8 +165,7 @@ Reply Sandbox::Parts::answer(const httplib::Request& request) {
 
 void Sandbox::Parts::spoil(const Fault& fault, Listener& from, const httplib::Request& request, Reply& reply,
                            httplib::Response& response) {
-    from.pause(fault.delay);
-    if (fault.drop) Listener::drop(request);
+    if (!from.pause(fault.delay) || fault.drop) Listener::drop(request);
     reply.status = fault.status.value_or(reply.status);
     reply.body = fault.body.value_or(reply.body);
     reply.body.resize(std::max(reply.body.size(), fault.padTo), ' ');

@@ -16,6 +16,8 @@ template <class... Handlers>
 struct Overloaded : Handlers... {
     using Handlers::operator()...;
 };
+template <class... Handlers>
+Overloaded(Handlers...) -> Overloaded<Handlers...>;
 
 // What the issuer's fingerprint page is told: where to go when it has ended, and for which transaction it runs.
 std::string threeDSMethodData(const std::string& transaction) {

@@ -94,41 +94,4 @@ private:
     Path mPath;
 };
 
-/// Converts to whatever is to be decoded, so that a list's elements are made in their place instead of being moved
-/// there.
-struct Decoding {
-    DecodedValue value;
-    template <class T>
-    operator T() const {  // NOLINT(google-explicit-constructor)
-        return value.as<T>();
-    }
-};
-
-template <class T>
-inline constexpr bool isList = false;
-template <class T>
-inline constexpr bool isList<std::vector<T>> = true;
-
-template <class T>
-T DecodedValue::as() const {
-    if constexpr (SimpleValue<T>) {
-        return simple<T>();
-    } else if constexpr (std::is_empty_v<T>) {
-        return T{};
-    } else if constexpr (isList<T>) {
-        ArrayReader reader(*this);
-        T list;
-        // Room that nothing is written to costs nothing, up to a point: a short hostile reply can announce many
-        // elements.
-        constexpr std::size_t reservedBytes = std::size_t{16} * 1024 * 1024;
-        list.reserve(std::min(reader.size(), reservedBytes / sizeof(typename T::value_type)));
-        while (!reader.atEnd()) list.emplace_back(Decoding{reader.next()});
-        return list;
-    } else if constexpr (requires { T::decode(*this); }) {
-        return T::decode(*this);
-    } else {
-        return T::decode(KeyedContainer(*this));
-    }
-}
-
 }  // namespace kavio

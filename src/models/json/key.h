@@ -11,6 +11,13 @@ namespace kavio {
 
 /// The first and the last characters of a member's name as numbers. Up to 16 characters they are the whole name.
 struct NameEnds {
+    template <class Word>
+    static constexpr std::uint64_t load(const char* from) {
+        std::array<char, sizeof(Word)> bytes{};
+        std::copy_n(from, sizeof(Word), bytes.begin());
+        return std::bit_cast<Word>(bytes);
+    }
+
     std::uint64_t first = 0;
     std::uint64_t last = 0;
 
@@ -29,14 +36,6 @@ struct NameEnds {
         }
     }
     bool operator==(const NameEnds&) const = default;
-
-private:
-    template <class Word>
-    static constexpr std::uint64_t load(const char* from) {
-        std::array<char, sizeof(Word)> bytes{};
-        std::copy_n(from, sizeof(Word), bytes.begin());
-        return std::bit_cast<Word>(bytes);
-    }
 };
 
 /// Good in its upper bits. Names can be made to collide; whoever uses it bounds what that costs.

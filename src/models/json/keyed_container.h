@@ -3,6 +3,7 @@
 #include "models/json/decoded_value.h"
 #include "models/json/key.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -10,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -94,5 +96,42 @@ private:
     std::array<Member, maximumTableMembers> mMembers;
     std::unique_ptr<std::vector<Member>> mSorted;
 };
+
+/// Converts to whatever is to be decoded, so that a list's elements are made in their place instead of being moved
+/// there.
+struct Decoding {
+    DecodedValue value;
+    template <class T>
+    operator T() const {  // NOLINT(google-explicit-constructor)
+        return value.as<T>();
+    }
+};
+
+template <class T>
+inline constexpr bool isList = false;
+template <class T>
+inline constexpr bool isList<std::vector<T>> = true;
+
+template <class T>
+T DecodedValue::as() const {
+    if constexpr (SimpleValue<T>) {
+        return simple<T>();
+    } else if constexpr (std::is_empty_v<T>) {
+        return T{};
+    } else if constexpr (isList<T>) {
+        ArrayReader reader(*this);
+        T list;
+        // Room that nothing is written to costs nothing, up to a point: a short hostile reply can announce many
+        // elements.
+        constexpr std::size_t reservedBytes = std::size_t{16} * 1024 * 1024;
+        list.reserve(std::min(reader.size(), reservedBytes / sizeof(typename T::value_type)));
+        while (!reader.atEnd()) list.emplace_back(Decoding{reader.next()});
+        return list;
+    } else if constexpr (requires { T::decode(*this); }) {
+        return T::decode(*this);
+    } else {
+        return T::decode(KeyedContainer(*this));
+    }
+}
 
 }  // namespace kavio

@@ -1,6 +1,7 @@
 #include "models/json/loose_value.h"
 
 #include "models/json/json_value.h"
+#include "models/json/keyed_container.h"
 #include "models/json/simdjson_element.h"
 
 namespace kavio {
