@@ -1,5 +1,6 @@
 #include "tdsecure/td_secure_scene_controller.h"
 
+#include "util/shared_instance.h"
 #include "util/trace.h"
 
 #include <utility>
@@ -11,10 +12,11 @@ constexpr const char* traceTag = "TDSecureSceneController";
 
 }  // namespace
 
-// Never destroyed: a facade that is still alive when the program's statics go may yet release it.
 std::shared_ptr<TDSecureSceneController>& TDSecureSceneController::shared() {
-    static auto* shared = new std::shared_ptr<TDSecureSceneController>;
-    return *shared;
+    struct Slot {
+        std::shared_ptr<TDSecureSceneController> controller;
+    };
+    return sharedInstance<Slot>()->controller;
 }
 
 std::shared_ptr<TDSecureSceneController> TDSecureSceneController::make() {
@@ -31,7 +33,7 @@ std::shared_ptr<TDSecureSceneController> TDSecureSceneController::takeUse() {
 }
 
 void TDSecureSceneController::release(const void* owner) {
-    if (mUserCount == 0) return trace(traceTag, [] { return std::string("released without a user"); });
+    if (mUserCount == 0) return trace(traceTag, [] { return SafeMessage{"released without a user"}; });
     ServiceObject::release(owner);
     tdSecureFinished->detach(owner);
     tdSecureWindowClosed->detach(owner);
@@ -52,7 +54,9 @@ void TDSecureSceneController::loadContent() {
         case TDSFlowType::UNKNOWN:
         case TDSFlowType::FRICTIONLESS:
         case TDSFlowType::ERROR:
-            return trace(traceTag, [this] { return "unsupported flow: " + std::to_string(static_cast<int>(mFlow)); });
+            return trace(traceTag, [this] {
+                return SafeMessage{"unsupported flow: " + std::to_string(static_cast<int>(mFlow))};
+            });
     }
 }
 

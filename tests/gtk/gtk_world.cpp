@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <fstream>
 #include <iterator>
 
 // All that is needed of a header that takes seconds to compile.
@@ -15,13 +16,15 @@ namespace kavio::test {
 namespace {
 
 // One for the whole run, as in a real program.
-GtkApplication* application() {
-    static GtkApplication* made = [] {
+GtkApplication* application(const CertificateAuthority& authority) {
+    static GtkApplication* made = [&authority] {
         static const TemporaryFolder folder;
         auto* app = gtk_application_new(nullptr, G_APPLICATION_NON_UNIQUE);
         g_application_register(G_APPLICATION(app), nullptr, nullptr);
         LinuxPlatformOptions options;
         options.storeDirectory = folder.path();
+        options.session.certificateAuthorities = folder.path() / "authority.pem";
+        std::ofstream(options.session.certificateAuthorities) << authority.certificate();
         Platform::install(makeGtkPlatform(app, options));
         return app;
     }();
@@ -48,11 +51,16 @@ std::vector<std::string> SceneLog::loopbacks() const {
     return found;
 }
 
-GtkWorld::GtkWorld() : host(GTK_WINDOW(gtk_application_window_new(application()))) {
+GtkWorld::GtkWorld() : host(GTK_WINDOW(gtk_application_window_new(application(authority())))) {
     gtk_window_set_default_size(host, 200, 200);
     gtk_window_present(host);
     EXPECT_TRUE(until([this] { return gtk_widget_get_mapped(GTK_WIDGET(host)); }));
     renew();
+}
+
+const CertificateAuthority& GtkWorld::authority() {
+    static const CertificateAuthority authority;
+    return authority;
 }
 
 GtkWorld::~GtkWorld() {

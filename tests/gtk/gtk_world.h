@@ -1,6 +1,7 @@
 #pragma once
 
 #include "gtk/page_server.h"
+#include "support/certificates.h"
 #include "support/temporary_folder.h"
 
 #include <kavio/platform/platform.h>
@@ -62,6 +63,9 @@ protected:
     /// The person at the screen.
     void click(const char* widget) const;
     void press(const std::string& key) const;
+
+    /// One that the host trusts.
+    static const CertificateAuthority& authority();
 
     PageServer server;
     GtkWindow* host;

@@ -40,7 +40,7 @@ PageServer::PageServer() : mState(std::make_unique<State>()) {
     const auto answer = [state = mState.get()](const auto& request, auto& response) {
         state->answer(request, response);
     };
-    mState->server.set_keep_alive_max_count(1);  // an idle connection would hold up the end
+    mState->server.set_keep_alive_timeout(1);  // an idle connection would hold up the end
     mState->server.Get(".*", answer);
     mState->server.Post(".*", answer);
     mState->port = mState->server.bind_to_any_port("127.0.0.1");

@@ -1,4 +1,5 @@
 #include "gtk/gtk_world.h"
+#include "support/raw_server.h"
 
 #include <gmock/gmock.h>
 
@@ -52,6 +53,40 @@ TEST_F(SceneTest, OffersEachWayToTheEndOfAPageOnce) {
         log->urls.clear();
         isShown ? showPage(html) : runHidden(html);
         EXPECT_TRUE(until([&] { return !log->loopbacks().empty(); })) << testing::PrintToString(log->urls);
+        EXPECT_NE(shown(), "failed");
+        openAnotherPage();
+        EXPECT_THAT(log->loopbacks(), ElementsAre(end));
+    }
+}
+
+TEST_F(SceneTest, Stress) {
+    const std::string end = "http://127.0.0.1/?g1=a%20b&g1=&z2=%C3%A9+&z50=";
+    const std::string form =
+        "method=post action='" + end + "'><input name=x></form><script>document.forms[0].submit()</script>";
+    server.serveRedirect("/end", end);
+    server.serveRedirect("/chain", server.url("/end"));
+    server.servePage("/form", "<form " + form);
+    present();
+    struct Case {
+        const char* name;
+        std::string html;
+        bool isShown = false;  // a few stand for all: a shown page costs a new web process
+    };
+    for (int round = 0; round < 25; ++round) for (const auto& [name, html, isShown] : std::initializer_list<Case>{
+             {"a script", "<script>location='" + end + "'</script>"},
+             {"a refresh", "<meta http-equiv=refresh content=\"0;url=" + end + "\">"},
+             {"a redirect", "<script>location='" + server.url("/end") + "'</script>"},
+             {"a chain of redirects", "<script>location='" + server.url("/chain") + "'</script>"},
+             {"a form", "<form " + form},
+             {"a frame", "<iframe src='" + end + "'></iframe>"},
+             {"a form in a frame", "<iframe src='" + server.url("/form") + "'></iframe>"},
+             {"a form into a frame", "<iframe name=f></iframe><form target=f " + form},
+             {"a redirect in a frame", "<iframe src='" + server.url("/chain") + "'></iframe>"},
+         }) {
+        SCOPED_TRACE(name);
+        log->urls.clear();
+        isShown ? showPage(html) : runHidden(html);
+        const auto limit = g_get_monotonic_time() + 6000000; until([&] { return !log->loopbacks().empty() || g_get_monotonic_time() > limit; }); if (log->loopbacks().empty()) fprintf(stderr, "lost %d %s %s %s\n", round, name, shown().c_str(), testing::PrintToString(log->urls).c_str());
         EXPECT_NE(shown(), "failed");
         openAnotherPage();
         EXPECT_THAT(log->loopbacks(), ElementsAre(end));
@@ -144,6 +179,42 @@ TEST_F(SceneTest, NamesTheHostOfThePageThatIsThereAndNotOfOneThatIsOnItsWay) {
     EXPECT_EQ(text("host"), "localhost");
 }
 
+std::string secureUrl(const RawServer& secure, const std::string& path) {
+    const auto address = secure.address();
+    return "https://localhost" + address.substr(address.find(':')) + path;
+}
+
+TEST_F(SceneTest, EndsAPageInAFrameOfASecurePageWhoseAuthorityTheHostTrusts) {
+    const RawServer secure(authority().issue("localhost"), answering([](const std::string& request) {
+                               if (!request.starts_with("GET /frame")) {
+                                   return httpReply(200, "<iframe src=/frame></iframe>", "Content-Type: text/html\r\n");
+                               }
+                               return httpReply(302, "", "Location: http://127.0.0.1/?z2=0\r\n");
+                           }));
+    scene->webView()->loadUrl(secureUrl(secure, "/"), std::chrono::seconds(60));
+    present();
+    EXPECT_TRUE(until([&] { return !log->loopbacks().empty(); }));
+    openAnotherPage();
+    EXPECT_THAT(log->loopbacks(), ElementsAre("http://127.0.0.1/?z2=0"));
+
+    scene->webView()->loadUrl(secureUrl(secure, "/"), std::chrono::seconds(60));
+    EXPECT_TRUE(until([&] { return text("security") == "Secure connection"; }));
+    EXPECT_EQ(text("host"), "localhost");
+}
+
+TEST_F(SceneTest, ShowsNothingThatACertificateDoesNotProve) {
+    present();
+    for (const auto& identity : {selfSigned("localhost"), authority().issue("other.example"),
+                                 authority().issue("localhost", std::chrono::hours(-1)),
+                                 CertificateAuthority().issue("localhost")}) {
+        const RawServer secure(identity, answering([](const std::string&) { return httpReply(200, "page"); }));
+        scene->webView()->loadUrl(secureUrl(secure, "/"), std::chrono::seconds(60));
+        EXPECT_NE(shown(), "failed");
+        EXPECT_TRUE(until([&] { return shown() == "failed"; }));
+        EXPECT_THAT(secure.requests(), IsEmpty());
+    }
+}
+
 TEST_F(SceneTest, SaysWhenAPageCannotBeLoadedAndOffersAWayBack) {
     const std::string nowhere = PageServer().url("/");  // a server that is gone
     scene->webView()->loadUrl(nowhere, std::chrono::seconds(60));
@@ -223,12 +294,12 @@ TEST_F(SceneTest, MayBeDismissedOrLoadedAnewWhereAPageEnds) {
     }
 }
 
-TEST_F(SceneTest, TellsThatThePersonIsGoneWhenTheHostDestroysIt) {
+TEST_F(SceneTest, TakesItForACloseWhenTheHostDestroysItsWindow) {
+    log->onClose = [&] { scene->dismiss(true); };
     showPage("<p>page");
     gtk_window_destroy(window());
     EXPECT_EQ(log->closes, 1);
-    scene->dismiss(true);
-    EXPECT_EQ(log->closes, 1);
+    EXPECT_EQ(log->events.back(), ViewEvent::DID_DISAPPEAR);
 }
 
 }  // namespace

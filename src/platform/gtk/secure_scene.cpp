@@ -85,7 +85,7 @@ void GtkScene::connect(const std::filesystem::path& authorities) {
     mConnections.connect<&GtkScene::onCloseClicked>(widget<GtkButton>("close"), "clicked", this);
     mConnections.connect<&GtkScene::onBackClicked>(widget<GtkButton>("back"), "clicked", this);
     mConnections.connect<&GtkScene::onCloseRequest>(mWindow, "close-request", this);
-    mConnections.connect<&GtkScene::onDestroyed>(mWindow, "destroy", this);
+    mConnections.connect<&GtkScene::onUnrealized>(mWindow, "unrealize", this);
     mWebView = GtkWebView::make(widget<GtkWidget>("webView"), authorities);
     mWebView->observer = weak_from_this();
 }
@@ -116,16 +116,15 @@ void GtkScene::showAbove(GtkWindow* parent) {
 }
 
 void GtkScene::dismiss(bool) {
-    if (GtkWindow* window = leave()) {
-        if (mIsShown) tell(ViewEvent::WILL_DISAPPEAR);
-        gtk_window_destroy(window);
-        if (mIsShown) tell(ViewEvent::DID_DISAPPEAR);
-    }
-}
-
-GtkWindow* GtkScene::leave() {
+    GtkWindow* window = std::exchange(mWindow, nullptr);
+    if (!window) return;
     mConnections.clear();
-    return std::exchange(mWindow, nullptr);
+    if (mIsShown) tell(ViewEvent::WILL_DISAPPEAR);
+    gtk_window_destroy(window);
+    if (mIsShown) tell(ViewEvent::DID_DISAPPEAR);
+    // With the last references the web process goes, although somebody may hold the scene for a while.
+    mWebView.reset();
+    mBuilder.reset();
 }
 
 bool GtkScene::shouldStartLoad(const std::optional<std::string>& url) {
@@ -178,14 +177,6 @@ gboolean GtkScene::onKeyPressed(guint key, guint, int) {
     if (key != GDK_KEY_Escape) return FALSE;
     askToClose();
     return TRUE;
-}
-
-// The host application has destroyed the window: for the library the person has left.
-void GtkScene::onDestroyed() {
-    leave();
-    tell(ViewEvent::WILL_DISAPPEAR);
-    tell(ViewEvent::DID_DISAPPEAR);
-    askToClose();
 }
 
 }  // namespace kavio

@@ -35,13 +35,12 @@ private:
     }
     void setText(const char* label, const char* text) const;
     void tell(ViewEvent event);
-    /// Lets go of the window, and gives it when there was one.
-    GtkWindow* leave();
 
     void onCloseClicked() { askToClose(); }
     gboolean onCloseRequest();
     gboolean onKeyPressed(guint key, guint code, int modifiers);
-    void onDestroyed();
+    /// The host application has destroyed the window, with all its windows perhaps: for the library the person left.
+    void onUnrealized() { askToClose(); }
     void askToClose();
     void onBackClicked() { mWebView->goBack(); }
 
