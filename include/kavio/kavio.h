@@ -23,9 +23,9 @@ namespace kavio {
 ///
 /// Every operation but `getVersion`, `getBuild` and `release` returns at once and reports to its callback of
 /// `KavioDelegate`. One operation at a time: while one is under way every other reports `BUSY` at once and changes
-/// nothing. Transport and service failures are reported alike by all: `NETWORK_FAILED` without a connection or when it was
-/// lost, `ACCESS_DENIED` when the session is refused (the stored session is then empty), `BAD_INPUT` for a request or a
-/// reply that is not understood, `SERVER_ERROR`, else `FAILURE`; the message is for people.
+/// nothing. Transport and service failures are reported alike by all: `NETWORK_FAILED` without a connection or when it
+/// was lost, `ACCESS_DENIED` when the session is refused (the stored session is then empty), `BAD_INPUT` for a request
+/// or a reply that is not understood, `SERVER_ERROR`, else `FAILURE`; the message is for people.
 ///
 /// Amounts are whole numbers of the currency's smallest unit, but for `deposit`.
 class KAVIO_API Kavio {
@@ -49,23 +49,24 @@ public:
     /// Gives back what the facade shares with others and drops the delegate. `caller` is the facade itself.
     void release(const void* caller);
 
-    /// Whether the stored session is still accepted; reports to `onCheckIsUserLogin`. `FAILURE` "Token is empty", before
-    /// returning, when there is none.
+    /// Whether the stored session is still accepted; reports to `onCheckIsUserLogin`. `FAILURE` "Token is empty",
+    /// before returning, when there is none.
     void isLoggedIn();
     /// Asks for a one-time code; reports to `onLogin`. `countryCode` is the telephone prefix, such as "49".
     void login(std::string countryCode, std::string phoneNumber);
-    /// Answers the one-time code that `login` asked for and opens the session; reports to `onVerify`. `country` is the ISO
-    /// code, such as "DE". `FAILURE` "please call login first", before returning, without a login that succeeded. After a
-    /// wrong code call again.
+    /// Answers the one-time code that `login` asked for and opens the session; reports to `onVerify`. `country` is the
+    /// ISO code, such as "DE". `FAILURE` "please call login first", before returning, without a login that succeeded.
+    /// After a wrong code call again.
     void verify(std::string otp, std::string country, std::string countryCode, std::string phoneNumber);
     /// Ends the session; reports to `onLogout`.
     void logout();
 
     /// Wallet, stored credit cards and prepaid cards; reports to `onGetPaymentMethods`.
     void getPaymentMethods();
-    /// Machines by code or QR text, by serial, near a position, or the user's own; reports to `onGetMachines`. The first
-    /// that the filter holds decides: `value`, `hwSerial`, `latitude` with `longitude`, `limit` alone (1 to 500); without
-    /// a filter the user's own. `BAD_INPUT`, before returning, for a value that is no code, or for any other filter.
+    /// Machines by code or QR text, by serial, near a position, or the user's own; reports to `onGetMachines`. The
+    /// first that the filter holds decides: `value`, `hwSerial`, `latitude` with `longitude`, `limit` alone (1 to 500);
+    /// without a filter the user's own. `BAD_INPUT`, before returning, for a value that is no code, or for any other
+    /// filter.
     void getMachines(std::shared_ptr<const MachineFilter> filter);
     /// What the machine sells; reports to `onGetMachineProducts`.
     void getMachineProducts(std::int64_t machineId);
@@ -75,24 +76,25 @@ public:
     void getOrder(std::string orderId);
 
     /// Buys at a machine and follows the order; reports to `onPlaceOrder`: once when it is placed, then once at each
-    /// change of its status. The order is followed by one request a second, 60 at most; then `TIMEOUT` is reported, which
-    /// says nothing about the order itself: ask `getOrder`. The purchase is sent at most once; without connectivity it
-    /// waits. The facade is busy until the order is no longer followed.
-    /// `kavioId`: the machine's `kavioId`. `paymentMethod`: wallet, credit card or prepaid card; any other type is
-    /// `BAD_INPUT` before returning. `amount` is not sent for a prepaid card.
+    /// change of its status. The order is followed by one request a second, 60 at most; then `TIMEOUT` is reported,
+    /// which says nothing about the order itself: ask `getOrder`. The purchase is sent at most once; without
+    /// connectivity it waits. The facade is busy until the order is no longer followed. `kavioId`: the machine's
+    /// `kavioId`. `paymentMethod`: wallet, credit card or prepaid card; any other type is `BAD_INPUT` before returning.
+    /// `amount` is not sent for a prepaid card.
     void placeOrder(std::int64_t kavioId, std::shared_ptr<const PaymentMethod> paymentMethod, std::int64_t amount,
                     std::optional<std::vector<std::shared_ptr<const RemoteVendProduct>>> products);
 
     /// Stores a card without 3-D Secure; reports to `onAddCreditCard`.
     void addCreditCard(std::shared_ptr<const Card> card);
-    /// Stores a card, with the issuer's page when the issuer asks for it; reports to `onAddCreditCard`, always without a
-    /// card. Waits for as long as the page is open.
+    /// Stores a card, with the issuer's page when the issuer asks for it; reports to `onAddCreditCard`, always without
+    /// a card. Waits for as long as the page is open.
     void addCreditCardTDSecure(TDSPaymentCard paymentCard, TDSCardHolder cardHolder);
     /// Removes the stored card whose `id` is given; reports to `onRemoveCard`.
     void removeCard(std::string id);
     /// Charges the stored card `chargedCardId` and adds to the wallet or a prepaid card; reports to `onDeposit`.
-    /// `amount` is in whole units of the currency (12.5 is 12 units and a half); what is finer than the smallest unit is
-    /// cut off. `BAD_INPUT`, before returning, for another type of card, and for an amount that is not finite or too large.
+    /// `amount` is in whole units of the currency (12.5 is 12 units and a half); what is finer than the smallest unit
+    /// is cut off. `BAD_INPUT`, before returning, for another type of card, and for an amount that is not finite or too
+    /// large.
     void deposit(std::shared_ptr<const DepositCard> depositCard, double amount, std::string chargedCardId);
 
 private:

@@ -7,7 +7,8 @@
 
 namespace kavio {
 
-/// The key/value suite in which the library keeps its state across launches; the host application may read and write it.
+/// The key/value suite in which the library keeps its state across launches; the host application may read and write
+/// it.
 KAVIO_API std::shared_ptr<KeyValueStore> userDefaults();
 
 }  // namespace kavio

@@ -1,9 +1,9 @@
 #include "network/environments.h"
 
-#include <array>
-
 #include "network/deployment.h"
 #include "storage/kavio_user_defaults.h"
+
+#include <array>
 
 namespace kavio {
 namespace {

@@ -1,11 +1,5 @@
 #include "network/kavio_network_service.h"
 
-#include <kavio/platform/platform.h>
-
-#include <fstream>
-#include <iterator>
-#include <utility>
-
 #include "network/payload.h"
 #include "network/response_classification.h"
 #include "network/url_request.h"
@@ -13,6 +7,12 @@
 #include "util/kavio_utils.h"
 #include "util/shared_instance.h"
 #include "util/trace.h"
+
+#include <kavio/platform/platform.h>
+
+#include <fstream>
+#include <iterator>
+#include <utility>
 
 namespace kavio {
 namespace {
@@ -58,9 +58,12 @@ APIFailure lostReply(int status, const UrlError& error) {
         case 401:
         case 406:
         case 417:
-        case 426: return classifyStatus(status, std::nullopt);
-        case 488: return {APIError::responseUnsuccessful, status, error.description, std::nullopt};
-        default: return {APIError::jsonConversionFailure, status, std::nullopt, std::nullopt};
+        case 426:
+            return classifyStatus(status, std::nullopt);
+        case 488:
+            return {APIError::responseUnsuccessful, status, error.description, std::nullopt};
+        default:
+            return {APIError::jsonConversionFailure, status, std::nullopt, std::nullopt};
     }
 }
 
@@ -83,18 +86,17 @@ void KavioNetworkService::sendInBackground(APIRequestPtr request, RawCompletion 
     session.onEventsDelivered([weak = weak_from_this()] {
         if (const auto self = weak.lock()) self->backgroundEventsDelivered();
     });
-    session.downloadTask(
-        prepare(*request),
-        [weak = weak_from_this(), completion = std::move(completion)](std::variant<DownloadReply, UrlError> outcome) {
-            if (const auto* error = std::get_if<UrlError>(&outcome)) {
-                if (!error->status) return finish(weak, *error, completion);
-                return completion(RawResult::failed(lostReply(*error->status, *error)));
-            }
-            const auto& reply = std::get<DownloadReply>(outcome);
-            auto body = readFile(reply.file);
-            if (!body) return completion(failed(APIError::jsonConversionFailure, reply.status));
-            finish(weak, {reply.status, std::move(body)}, completion);
-        });
+    session.downloadTask(prepare(*request), [weak = weak_from_this(), completion = std::move(completion)](
+                                                std::variant<DownloadReply, UrlError> outcome) {
+        if (const auto* error = std::get_if<UrlError>(&outcome)) {
+            if (!error->status) return finish(weak, *error, completion);
+            return completion(RawResult::failed(lostReply(*error->status, *error)));
+        }
+        const auto& reply = std::get<DownloadReply>(outcome);
+        auto body = readFile(reply.file);
+        if (!body) return completion(failed(APIError::jsonConversionFailure, reply.status));
+        finish(weak, {reply.status, std::move(body)}, completion);
+    });
 }
 
 UrlRequest KavioNetworkService::prepare(const APIRequestProtocol& request) {
@@ -108,7 +110,8 @@ UrlRequest KavioNetworkService::prepare(const APIRequestProtocol& request) {
     urlRequest.method = request.method();
     urlRequest.idempotency = request.idempotency();
     urlRequest.headers = request.headers().value_or(serviceHeaders(request.token()));
-    urlRequest.headers.emplace_back("X-Zelto-Sign", KavioUtils::signRequest(urlRequest.url, urlRequest.body.value_or("")));
+    urlRequest.headers.emplace_back("X-Zelto-Sign",
+                                    KavioUtils::signRequest(urlRequest.url, urlRequest.body.value_or("")));
 
     note([&](LastExchange& last) {
         last.url = url;

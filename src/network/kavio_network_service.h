@@ -1,5 +1,9 @@
 #pragma once
 
+#include "models/replies.h"
+#include "network/environments.h"
+#include "network/network_service_protocol.h"
+
 #include <kavio/platform/url_session.h>
 
 #include <cstdint>
@@ -8,15 +12,12 @@
 #include <optional>
 #include <string>
 
-#include "models/replies.h"
-#include "network/environments.h"
-#include "network/network_service_protocol.h"
-
 namespace kavio {
 
-/// The one component that talks HTTP: turns a request object into a signed HTTP request against the selected service, sends
-/// it and classifies the outcome. Safe from any thread.
-class KavioNetworkService final : public NetworkServiceProtocol, public std::enable_shared_from_this<KavioNetworkService> {
+/// The one component that talks HTTP: turns a request object into a signed HTTP request against the selected service,
+/// sends it and classifies the outcome. Safe from any thread.
+class KavioNetworkService final : public NetworkServiceProtocol,
+                                  public std::enable_shared_from_this<KavioNetworkService> {
 public:
     using errorKeys = ErrorKeys;
 
@@ -53,7 +54,8 @@ private:
 
     static void finish(const std::weak_ptr<KavioNetworkService>& transport, const UrlError& error,
                        const RawCompletion& completion);
-    static void finish(const std::weak_ptr<KavioNetworkService>& transport, Reply reply, const RawCompletion& completion);
+    static void finish(const std::weak_ptr<KavioNetworkService>& transport, Reply reply,
+                       const RawCompletion& completion);
     void backgroundEventsDelivered();
     std::shared_ptr<NetworkServiceErrorHandler> errorHandler() const;
     /// Changes what `lastExchange` gives.

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "network/api_request.h"
+#include "network/api_result.h"
+
 #include <functional>
 #include <optional>
 #include <string>
-
-#include "network/api_request.h"
-#include "network/api_result.h"
 
 namespace kavio {
 

@@ -34,8 +34,8 @@ std::optional<JsonObject> ChallengeRequest::params() const {
 }
 
 std::optional<JsonObject> VerifyRequest::params() const {
-    return JsonObject{{"verificationCode", verifyCode},    {"challenge", challenge},
-                      {"retryTimeoutSeconds", retry},      {"country", countryIsoCode},
+    return JsonObject{{"verificationCode", verifyCode},  {"challenge", challenge},
+                      {"retryTimeoutSeconds", retry},    {"country", countryIsoCode},
                       {"countryCode", countryPhoneCode}, {"phoneNumber", phoneNumber}};
 }
 

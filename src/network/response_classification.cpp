@@ -1,10 +1,10 @@
 #include "network/response_classification.h"
 
-#include <kavio/platform/platform.h>
-
 #include "models/replies.h"
 #include "network/payload.h"
 #include "storage/kavio_user_defaults.h"
+
+#include <kavio/platform/platform.h>
 
 namespace kavio {
 namespace {
@@ -25,7 +25,8 @@ std::optional<std::string> shownMessage(const std::optional<std::string>& body) 
 }  // namespace
 
 APIFailure connectionFailure(const UrlError& error) {
-    const bool noConnection = error.code == UrlError::notConnectedToInternet || error.code == UrlError::networkConnectionLost;
+    const bool noConnection =
+        error.code == UrlError::notConnectedToInternet || error.code == UrlError::networkConnectionLost;
     return {APIError::requestFailed, noConnection ? statusNoConnection : statusConnectionFailure,
             "failed to send request, error: " + error.description, std::nullopt};
 }
@@ -36,9 +37,12 @@ APIFailure classifyStatus(int status, const std::optional<std::string>& body) {
         case 406:
             KavioUserDefaults::shared()->defualt->set(keys::sessionToken, std::string());
             return unsuccessful(status, localized("Your session token is expaired"));
-        case 417: return refusedSignature();
-        case 426: return unsuccessful(status, localized("Upgrade version is required"));
-        default: return unsuccessful(status, shownMessage(body));
+        case 417:
+            return refusedSignature();
+        case 426:
+            return unsuccessful(status, localized("Upgrade version is required"));
+        default:
+            return unsuccessful(status, shownMessage(body));
     }
 }
 

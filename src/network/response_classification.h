@@ -1,20 +1,20 @@
 #pragma once
 
+#include "network/api_result.h"
+
 #include <kavio/platform/url_session.h>
 
 #include <optional>
 #include <string>
 #include <string_view>
 
-#include "network/api_result.h"
-
 namespace kavio {
 
 /// The failure of a request that got no reply.
 APIFailure connectionFailure(const UrlError& error);
 
-/// The failure that a status other than 200 stands for. Carries out what the status demands of the stored state: 401 and
-/// 406 empty the session token, 417 clears the time sample's expiry.
+/// The failure that a status other than 200 stands for. Carries out what the status demands of the stored state: 401
+/// and 406 empty the session token, 417 clears the time sample's expiry.
 APIFailure classifyStatus(int status, const std::optional<std::string>& body);
 
 /// The `message` of a server's error body; absent when the body is not of that shape.

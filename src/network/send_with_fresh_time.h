@@ -1,19 +1,19 @@
 #pragma once
 
-#include <functional>
-#include <memory>
-#include <utility>
-
 #include "models/replies.h"
 #include "network/kavio_network_service.h"
 #include "network/payload.h"
+
+#include <functional>
+#include <memory>
+#include <utility>
 
 namespace kavio {
 
 enum class SendPath { ordinary, background };
 
-/// Calls `next` once the time sample is good for `request`, or once an attempt to renew it has failed: then the device's
-/// clock stands in.
+/// Calls `next` once the time sample is good for `request`, or once an attempt to renew it has failed: then the
+/// device's clock stands in.
 void withFreshTime(const APIRequestProtocol& request, const std::shared_ptr<KavioNetworkService>& transport,
                    std::function<void()> next);
 

@@ -6,9 +6,7 @@ namespace {
 constexpr std::string_view pathCharacters = "!$&'()*+,-./:;=@_~";
 constexpr std::string_view queryCharacters = "!$&'()*+,-./:;=?@_~";
 
-bool isAsciiLetterOrDigit(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
-}
+bool isAsciiLetterOrDigit(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9'); }
 
 std::string percentEscaped(std::string_view text, std::string_view allowed) {
     constexpr std::string_view digits = "0123456789ABCDEF";

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "models/json/json_value.h"
+
 #include <kavio/platform/url_session.h>
 
 #include <optional>
 #include <string>
 #include <string_view>
-
-#include "models/json/json_value.h"
 
 namespace kavio {
 

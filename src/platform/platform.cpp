@@ -1,10 +1,10 @@
+#include "platform/current_platform.h"
+
 #include <kavio/platform/linux.h>
 #include <kavio/platform/platform.h>
 
 #include <mutex>
 #include <utility>
-
-#include "platform/current_platform.h"
 
 namespace kavio {
 namespace {

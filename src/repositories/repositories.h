@@ -1,13 +1,13 @@
 #pragma once
 
+#include "repositories/services.h"
+
 #include <optional>
 #include <string>
 #include <utility>
 
-#include "repositories/services.h"
-
-/// The facade's ways into the services: one repository an area, one of each in the process (`sharedInstance`). A repository
-/// that adds nothing of its own is its service under the repository's name.
+/// The facade's ways into the services: one repository an area, one of each in the process (`sharedInstance`). A
+/// repository that adds nothing of its own is its service under the repository's name.
 namespace kavio {
 
 class LoginRepository : public LoginService {};

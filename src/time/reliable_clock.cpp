@@ -1,9 +1,9 @@
 #include "time/reliable_clock.h"
 
-#include <kavio/platform/platform.h>
-
 #include "models/replies.h"
 #include "storage/kavio_user_defaults.h"
+
+#include <kavio/platform/platform.h>
 
 namespace kavio {
 

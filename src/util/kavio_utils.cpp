@@ -1,12 +1,12 @@
 #include "util/kavio_utils.h"
 
-#include <kavio/platform/platform.h>
-
-#include <algorithm>
-
 #include "models/date_text.h"
 #include "time/reliable_clock.h"
 #include "util/trace.h"
+
+#include <kavio/platform/platform.h>
+
+#include <algorithm>
 
 namespace kavio {
 namespace {

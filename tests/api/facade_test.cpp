@@ -1,7 +1,7 @@
-#include <gmock/gmock.h>
-
 #include "support/sample_replies.h"
 #include "support/world.h"
+
+#include <gmock/gmock.h>
 
 namespace kavio::test {
 namespace {

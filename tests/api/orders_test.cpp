@@ -1,8 +1,8 @@
-#include <gmock/gmock.h>
-
 #include "models/json/json_value.h"
 #include "support/sample_replies.h"
 #include "support/world.h"
+
+#include <gmock/gmock.h>
 
 namespace kavio::test {
 namespace {
@@ -257,10 +257,21 @@ TEST(GetOrder, AsksForDecimalIntegersOnly) {
         std::string id;
         bool accepted;
     };
-    for (const auto& [id, accepted] : std::vector<Case>{
-             {"77", true}, {"-5", true}, {"+5", true}, {"007", true}, {"9223372036854775807", true},
-             {"9223372036854775808", false}, {"", false}, {"12a", false}, {"+-5", false}, {"-", false}, {" 5", false},
-             {"5 ", false}, {"1.0", false}, {"0x10", false}, {"\u0665", false}}) {
+    for (const auto& [id, accepted] : std::vector<Case>{{"77", true},
+                                                        {"-5", true},
+                                                        {"+5", true},
+                                                        {"007", true},
+                                                        {"9223372036854775807", true},
+                                                        {"9223372036854775808", false},
+                                                        {"", false},
+                                                        {"12a", false},
+                                                        {"+-5", false},
+                                                        {"-", false},
+                                                        {" 5", false},
+                                                        {"5 ", false},
+                                                        {"1.0", false},
+                                                        {"0x10", false},
+                                                        {"\u0665", false}}) {
         SCOPED_TRACE(id);
         World world;
         world.kavio().getOrder(id);

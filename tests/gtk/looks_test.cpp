@@ -37,8 +37,8 @@ TEST_F(Looks, ArePictured) {
         bool isDark;
         int textPercent;
     };
-    for (const auto& [name, isDark, textPercent] : std::initializer_list<Style>{
-             {"light", false, 100}, {"dark", true, 100}, {"large", false, 175}}) {
+    for (const auto& [name, isDark, textPercent] :
+         std::initializer_list<Style>{{"light", false, 100}, {"dark", true, 100}, {"large", false, 175}}) {
         setStyle(isDark, textPercent);
         renew();
         runHidden("<p>fingerprint");

@@ -1,10 +1,10 @@
-#include <gmock/gmock.h>
-
 #include "support/sample_replies.h"
 #include "support/world.h"
 #include "time/reliable_clock.h"
 #include "time/timer_tool.h"
 #include "util/kavio_utils.h"
+
+#include <gmock/gmock.h>
 
 namespace kavio::test {
 namespace {
@@ -67,8 +67,7 @@ TEST(FreshTime, ComesBeforeTheRequestWhateverItBrings) {
 TEST(FreshTime, FollowsTheServersClock) {
     FreshInstall world;
     world.kavio().getOrder("1");
-    world.answer(
-        {200, R"({"serverTime":"2020-01-01T10:00:00.000+0000","expireTime":"2020-01-02T00:00:00.000+0100"})"});
+    world.answer({200, R"({"serverTime":"2020-01-01T10:00:00.000+0000","expireTime":"2020-01-02T00:00:00.000+0100"})"});
     world.device().clock->advance(seconds(90));
     EXPECT_EQ(KavioUtils::serverTimeStamp(), "20200101100130");
     EXPECT_EQ(world.store().date("server_expired_time"),

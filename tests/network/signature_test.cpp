@@ -1,12 +1,12 @@
+#include "support/world.h"
+#include "util/kavio_utils.h"
+
 #include <gtest/gtest.h>
 #include <openssl/evp.h>
 #include <openssl/sha.h>
 
 #include <algorithm>
 #include <array>
-
-#include "support/world.h"
-#include "util/kavio_utils.h"
 
 namespace kavio::test {
 namespace {
@@ -25,7 +25,8 @@ std::string hexSha1(const std::string& bytes) {
 
 std::string fromHex(const std::string& hex) {
     std::string bytes;
-    for (std::size_t i = 0; i < hex.size(); i += 2) bytes += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
+    for (std::size_t i = 0; i < hex.size(); i += 2)
+        bytes += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
     return bytes;
 }
 
@@ -35,8 +36,8 @@ std::string longSignature(const std::string& url, const std::string& body, const
     const auto d = hexSha1(fromHex(h1 + hexSha1(body) + hexSha1(stamp)));
     const auto bytes = fromHex(h1.substr(0, 2) + d);
     std::string text(29, '\0');
-    EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()),
-                    reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<int>(bytes.size()));
+    EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()), reinterpret_cast<const unsigned char*>(bytes.data()),
+                    static_cast<int>(bytes.size()));
     text.pop_back();
     std::replace(text.begin(), text.end(), '+', '-');
     std::replace(text.begin(), text.end(), '/', '_');

@@ -1,8 +1,8 @@
-#include <gmock/gmock.h>
-
 #include "network/kavio_network_service.h"
 #include "support/sample_replies.h"
 #include "support/world.h"
+
+#include <gmock/gmock.h>
 
 namespace kavio::test {
 namespace {

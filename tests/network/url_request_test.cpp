@@ -64,7 +64,8 @@ TEST(UrlRequest, TellsUrlsFromOtherTexts) {
     for (const std::string url : {"https://h", "http://127.0.0.1/?g1=T", "about:blank", "HTTPS://h/%20?a=b#c"}) {
         EXPECT_TRUE(isUrl(url)) << url;
     }
-    for (const std::string text : {"", "h", "https:", "://h", "ht tp://h", "https://h/a b", "https://h/ä", "https://h/\n"}) {
+    for (const std::string text :
+         {"", "h", "https:", "://h", "ht tp://h", "https://h/a b", "https://h/ä", "https://h/\n"}) {
         EXPECT_FALSE(isUrl(text)) << text;
     }
 }

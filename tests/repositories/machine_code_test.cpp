@@ -1,9 +1,9 @@
+#include "repositories/machine_repository.h"
+#include "support/world.h"
+
 #include <gmock/gmock.h>
 
 #include <array>
-
-#include "repositories/machine_repository.h"
-#include "support/world.h"
 
 namespace kavio::test {
 namespace {
@@ -26,7 +26,8 @@ int dammCheckDigit(const std::string& digits) {
     static const std::array<std::string, 10> rows{"0317598642", "7092154863", "4206871359", "1750983426", "6123045978",
                                                   "3674209581", "5869720134", "8945362017", "9438617205", "2581436790"};
     std::size_t interim = 0;
-    for (const char digit : digits) interim = static_cast<std::size_t>(rows[interim][static_cast<std::size_t>(digit - '0')] - '0');
+    for (const char digit : digits)
+        interim = static_cast<std::size_t>(rows[interim][static_cast<std::size_t>(digit - '0')] - '0');
     return static_cast<int>(interim);
 }
 
@@ -125,7 +126,8 @@ TEST(MachineCode, KnowsEveryCheckDigit) {
     for (int number = 0; number < 20000; number += 7) {
         const auto digits = std::to_string(number);
         for (int digit = 0; digit < 10; ++digit) {
-            EXPECT_EQ(passesDammTest(digits + std::to_string(digit)), digit == dammCheckDigit(digits)) << digits << digit;
+            EXPECT_EQ(passesDammTest(digits + std::to_string(digit)), digit == dammCheckDigit(digits))
+                << digits << digit;
         }
     }
 }

@@ -1,11 +1,11 @@
 #include "support/world.h"
 
+#include "storage/kavio_user_defaults.h"
+#include "util/shared_instance.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
-
-#include "storage/kavio_user_defaults.h"
-#include "util/shared_instance.h"
 
 namespace kavio::test {
 
@@ -52,7 +52,8 @@ void World::answer(const Answer& answer) {
 
 std::vector<std::string> World::paths() const {
     std::vector<std::string> paths;
-    for (const auto& request : sent()) paths.push_back(request.url.substr(std::min(request.url.find("/v1") + 3, request.url.size())));
+    for (const auto& request : sent())
+        paths.push_back(request.url.substr(std::min(request.url.find("/v1") + 3, request.url.size())));
     return paths;
 }
 

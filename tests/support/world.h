@@ -1,14 +1,14 @@
 #pragma once
 
+#include "support/fakes/fake_device.h"
+#include "support/recording_delegate.h"
+
 #include <kavio/kavio.h>
 
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "support/fakes/fake_device.h"
-#include "support/recording_delegate.h"
 
 namespace kavio::test {
 
@@ -22,8 +22,8 @@ struct Answer {
     Answer(UrlError::Code code) : error(code) {}
 };
 
-/// The whole library on a scripted device: the network, the clock and the main thread are driven by hand, the store lives in
-/// memory; the library itself is real. Every instance starts over.
+/// The whole library on a scripted device: the network, the clock and the main thread are driven by hand, the store
+/// lives in memory; the library itself is real. Every instance starts over.
 class World {
 public:
     /// With a time sample that is fresh for a day, so that no time request comes between.

@@ -70,7 +70,8 @@ public:
     virtual ~RegularExpression() = default;
     /// All non-overlapping matches anywhere in `text`, in order of position. A search that the engine gives up, because
     /// it takes too long, has no match.
-    virtual std::variant<std::vector<Match>, Invalid> matches(std::string_view pattern, std::string_view text) const = 0;
+    virtual std::variant<std::vector<Match>, Invalid> matches(std::string_view pattern,
+                                                              std::string_view text) const = 0;
 };
 
 /// User-perceived characters.

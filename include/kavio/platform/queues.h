@@ -20,8 +20,8 @@ public:
 };
 
 /// A queue of background threads. A serial one runs one piece of work at a time, in order; a concurrent one runs
-/// several side by side. Work never runs on the caller's thread. Destroying the queue waits for work under way and drops
-/// what has not begun.
+/// several side by side. Work never runs on the caller's thread. Destroying the queue waits for work under way and
+/// drops what has not begun.
 class KAVIO_API WorkQueue {
 public:
     virtual ~WorkQueue() = default;
