@@ -6,6 +6,7 @@
 #include "models/machine_model.h"
 #include "models/public_objects.h"
 
+#include <kavio/delegate.h>
 #include <kavio/platform/platform.h>
 
 #include <benchmark/benchmark.h>

@@ -84,9 +84,9 @@ const std::vector<Record> records{
      "opButtonCode=text? "
      "opRowCode=integer? opColCode=integer? imageURL=text? ageVerification=integer? productMemberType=boolean "
      "productPicture=text? codeInMap=integer? missingProduct=integer? vendOut=boolean retailPrice=number? par=integer? "
-     "missingStockByMdb=integer? mdbMissingStockLastUpdated=number? dexMissingStockLastUpdated=number? "
-     "lastSaleDt=number? "
-     "lastSaleMdbDt=number? slowMover=boolean"},
+     "missingStockByMdb=integer? mdbMissingStockLastUpdated=date? dexMissingStockLastUpdated=date? "
+     "lastSaleDt=date? "
+     "lastSaleMdbDt=date? slowMover=boolean"},
     {"MachineByValueModel", outcome<MachineByValueModel>,
      R"({"kavioMachineId":1,"uni_qr_scan":"s","uni_qr_number":"n"})",
      "kavioMachineId=unsigned? uni_qr_scan=text? uni_qr_number=text?"},
@@ -191,6 +191,7 @@ const std::vector<Kind> kinds{
     {"unsigned", "an unsigned integer", {1, 4}},
     {"unsigned32", "an unsigned 32-bit integer", {1}},
     {"number", "a number", {1, 2, 3, 4, 5}},
+    {"date", "a date as a number", {1, 2, 3, 4, 5}},
     {"float", "a single-precision number", {1, 2, 3, 4}},
     {"boolean", "a boolean", {6}},
     {"array", "an array", {7}},
