@@ -59,45 +59,6 @@ TEST_F(SceneTest, OffersEachWayToTheEndOfAPageOnce) {
     }
 }
 
-TEST_F(SceneTest, Stress) {
-    const std::string end = "http://127.0.0.1/?g1=a%20b&g1=&z2=%C3%A9+&z50=";
-    const std::string form =
-        "method=post action='" + end + "'><input name=x></form><script>document.forms[0].submit()</script>";
-    server.serveRedirect("/end", end);
-    server.serveRedirect("/chain", server.url("/end"));
-    server.servePage("/form", "<form " + form);
-    present();
-    struct Case {
-        const char* name;
-        std::string html;
-        bool isShown = false;  // a few stand for all: a shown page costs a new web process
-    };
-    for (int round = 0; round < 25; ++round)
-        for (const auto& [name, html, isShown] : std::initializer_list<Case>{
-                 {"a script", "<script>location='" + end + "'</script>"},
-                 {"a refresh", "<meta http-equiv=refresh content=\"0;url=" + end + "\">"},
-                 {"a redirect", "<script>location='" + server.url("/end") + "'</script>"},
-                 {"a chain of redirects", "<script>location='" + server.url("/chain") + "'</script>"},
-                 {"a form", "<form " + form},
-                 {"a frame", "<iframe src='" + end + "'></iframe>"},
-                 {"a form in a frame", "<iframe src='" + server.url("/form") + "'></iframe>"},
-                 {"a form into a frame", "<iframe name=f></iframe><form target=f " + form},
-                 {"a redirect in a frame", "<iframe src='" + server.url("/chain") + "'></iframe>"},
-             }) {
-            SCOPED_TRACE(name);
-            log->urls.clear();
-            isShown ? showPage(html) : runHidden(html);
-            const auto limit = g_get_monotonic_time() + 6000000;
-            until([&] { return !log->loopbacks().empty() || g_get_monotonic_time() > limit; });
-            if (log->loopbacks().empty())
-                fprintf(stderr, "lost %d %s %s %s\n", round, name, shown().c_str(),
-                        testing::PrintToString(log->urls).c_str());
-            EXPECT_NE(shown(), "failed");
-            openAnotherPage();
-            EXPECT_THAT(log->loopbacks(), ElementsAre(end));
-        }
-}
-
 TEST_F(SceneTest, OpensANewWindowOfThePersonsInItself) {
     present();
     const std::string end = "http://127.0.0.1/?z2=0";

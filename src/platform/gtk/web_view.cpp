@@ -167,7 +167,6 @@ void GtkWebView::goBack() {
 }
 
 void GtkWebView::begin(std::function<void()> load) {
-    g_printerr("begin\n");
     webkit_web_view_stop_loading(mView.get());
     endTimeout();
     mLoad = load;
@@ -242,13 +241,11 @@ GtkWidget* GtkWebView::onCreate(gpointer action) {
 }
 
 bool GtkWebView::offer(const char* url) {
-    g_printerr("offer %s\n", url);
     const auto asked = observer.lock();
     return !asked || asked->shouldStartLoad(url ? std::optional<std::string>(url) : std::nullopt);
 }
 
 void GtkWebView::onLoadChanged(int event) {
-    g_printerr("load-changed %d %s\n", event, webkit_web_view_get_uri(mView.get()));
     if (event == WEBKIT_LOAD_COMMITTED) {
         endTimeout();
         // Not before: the address of a page that is still on its way would stand over the content of another.
@@ -265,7 +262,6 @@ void GtkWebView::onLoadChanged(int event) {
 }
 
 gboolean GtkWebView::onLoadFailed(int, const char* url, GError* error) {
-    g_printerr("load-failed %s %s %d %s\n", url, g_quark_to_string(error->domain), error->code, error->message);
     // Another load took its place, or it was refused, which is dealt with there.
     const bool isOver =
         g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED) ||
