@@ -60,7 +60,6 @@ TEST_F(SceneTest, OffersEachWayToTheEndOfAPageOnce) {
 }
 
 TEST_F(SceneTest, OpensANewWindowOfThePersonsInItself) {
-    present();
     const std::string end = "http://127.0.0.1/?z2=0";
     const std::string large = "style='position:fixed;inset:0'";  // a click anywhere will do
     for (const auto& way :
@@ -68,16 +67,15 @@ TEST_F(SceneTest, OpensANewWindowOfThePersonsInItself) {
           "<form target=_blank method=post action='" + end + "'><button " + large + ">x</button></form>",
           "<button onclick=\"window.open('" + end + "')\" " + large + ">x</button>"}) {
         SCOPED_TRACE(way);
+        int tries = 10;
+        renew();  // of the clicks below one may come late, and would end the page after this
         showPage(way);
         ASSERT_TRUE(until([&] { return shown() == "page"; }));
-        ASSERT_TRUE(until([&] {
-            if (log->loopbacks().empty()) click("webView");  // one that comes before the page is drawn misses
-            return !log->loopbacks().empty();
-        }));
-        openAnotherPage();
+        const auto isOver = [&] { return !log->loopbacks().empty(); };
+        do click("webView");  // one that comes before the page is drawn misses
+        while (!until(isOver, std::chrono::seconds(2)) && --tries > 0);
         EXPECT_THAT(log->loopbacks(), Each(end));
         EXPECT_EQ(windowCount(), 2U);
-        log->urls.clear();
     }
 }
 
@@ -204,39 +202,6 @@ TEST_F(SceneTest, GivesAPageUpOfWhichNothingComes) {
     scene->webView()->loadUrl(server.url("/slow"), std::chrono::seconds(1));
     present();
     EXPECT_TRUE(until([&] { return shown() == "failed"; }));
-}
-
-TEST_F(SceneTest, StaysInTheHandsOfThePersonWhateverThePageDoes) {
-    server.serveDownload("/download");
-    server.servePage("/again", "<script>location='/again'</script>");
-    server.servePage("/large", "<p>" + std::string(50'000'000, 'x'));
-    for (const auto& [name, html] : std::initializer_list<std::pair<const char*, std::string>>{
-             {"alerts", "<script>for (;;) alert(confirm(prompt('')))</script>"},
-             {"a busy script", "<script>onload = () => setTimeout(() => { for (;;); })</script>"},
-             {"a storm of windows", "<script>setInterval(() => { open('" + server.url("/another") + "') })</script>"},
-             {"endless redirects", "<script>location='/again'</script>"},
-             {"a refusal to leave", "<script>onbeforeunload = () => 'stay'; location='/again'</script>"},
-             {"a large document", "<script>location='/large'</script>"},
-             {"a download", "<script>location='/download'</script>"},
-             {"a file", "<script>location='file:///etc/passwd'</script>"},
-             {"a program", "<script>location='mailto:a@b.example'; location='kavio-test:x'</script>"},
-             {"permissions",
-              "<script>Notification.requestPermission(); navigator.geolocation.getCurrentPosition(() => 0)"
-              "</script><input type=file autofocus>"},
-             {"full screen", "<script>document.documentElement.requestFullscreen(); print()</script>"},
-         }) {
-        SCOPED_TRACE(name);
-        log->onClose = [&] { scene->dismiss(true); };
-        showPage(html + std::string("<p>page"));
-        ASSERT_TRUE(until([&] { return shown() != "working"; }));
-        EXPECT_EQ(shown(), "page");
-        EXPECT_EQ(windowCount(), 2U);
-        press("Escape");
-        EXPECT_TRUE(until([&] { return shown() == "nothing"; }));
-        EXPECT_EQ(log->closes, 1);
-        EXPECT_THAT(log->loopbacks(), IsEmpty());
-        renew();
-    }
 }
 
 TEST_F(SceneTest, OutlivesItsWebProcess) {

@@ -55,6 +55,7 @@ void setFeature(WebKitSettings* settings, std::string_view identifier, bool enab
 void limitSettings(WebKitSettings* settings) {
     webkit_settings_set_enable_fullscreen(settings,
                                           FALSE);  // the bar with the host and the close button stays in sight
+    webkit_settings_set_hardware_acceleration_policy(settings, WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER);
     webkit_settings_set_enable_media_stream(settings, FALSE);
     webkit_settings_set_enable_page_cache(settings, FALSE);
     webkit_settings_set_enable_webrtc(settings, FALSE);
@@ -251,6 +252,8 @@ void GtkWebView::onLoadChanged(int event) {
         // Not before: the address of a page that is still on its way would stand over the content of another.
         const char* url = webkit_web_view_get_uri(mView.get());
         if (isLoopback(url)) return change(Page::Phase::WORKING);
+        // What WebKit puts in the place of a page at a port that it never connects to, without calling that a failure.
+        if (!mPage.isHidden && !mPage.hasArrived && url == std::string_view("about:blank")) return fail();
         mPage.hasArrived = !mPage.isHidden;
         mPage.host = hostOf(url);
         mPage.isSecure = hasScheme(url, {"https"});
