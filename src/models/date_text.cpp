@@ -109,8 +109,10 @@ std::optional<Milliseconds> ordinary(Date date) {
     constexpr auto end = std::chrono::sys_days(std::chrono::year(lastOrdinaryYear + 1) / 1 / 1);
     if (!(date >= first && date < end)) return std::nullopt;
     // A double cannot hold most milliseconds exactly, so 0.25 may be a little less; to the microsecond it is right.
-    const auto microseconds = std::chrono::round<std::chrono::microseconds>(date);
-    return std::min(std::chrono::floor<milliseconds>(microseconds), Milliseconds(end) - milliseconds(1));
+    // Seconds apart: microseconds since 1970 are too many for a double.
+    const auto second = std::chrono::floor<seconds>(date);
+    const auto fraction = std::chrono::round<std::chrono::microseconds>(date - second);
+    return std::min(second + std::chrono::floor<milliseconds>(fraction), Milliseconds(end) - milliseconds(1));
 }
 
 /// The first digits of year, month, day, hour, minute, second and millisecond, as many as `layout` has room for.
