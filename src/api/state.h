@@ -85,8 +85,9 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     /// The gate of every operation: true when it may go on. Otherwise reports `BUSY` to its callback.
     template <class... Payload>
     bool isIdle(Callback<Payload...> callback) {
-        if (mIsBusy) fail(callback, ResultType::BUSY);
-        return !mIsBusy;
+        if (!mIsBusy) return true;
+        fail(callback, ResultType::BUSY);
+        return false;
     }
 
     /// Reports to the delegate, if it still exists. Always the last thing that an operation does: the delegate may

@@ -11,9 +11,7 @@ Date serverNow() {
     const auto defaults = KavioUserDefaults::shared();
     const auto now = Platform::current().clock->now();
     // One reading of the device's clock for all three: with no sample the sum is exactly that reading.
-    const auto serverTime = defaults->defualt->date(keys::serverTime).value_or(now);
-    const auto savedCpuTime = defaults->defualt->date(keys::savedCpuTime).value_or(now);
-    return serverTime + (now - savedCpuTime);
+    return defaults->getServerTime(now) + (now - defaults->getSavedCpuTime(now));
 }
 
 bool isTimeSampleFresh() {
@@ -24,9 +22,10 @@ bool isTimeSampleFresh() {
 void storeTimeSample(const std::optional<ServerTimeResponse>& response) {
     const auto defaults = KavioUserDefaults::shared();
     const auto now = Platform::current().clock->now();
-    defaults->defualt->set(keys::serverTime, response ? response->serverTime : now);
-    defaults->defualt->set(keys::savedCpuTime, now);
-    if (response) defaults->setServerExpiredTime(response->expireTime);
+    StoreChanges sample{{std::string(keys::serverTime), response ? response->serverTime : now},
+                        {std::string(keys::savedCpuTime), now}};
+    if (response) sample.emplace(keys::serverExpiredTime, response->expireTime);
+    defaults->defualt->write(sample);  // one write: a sample of which half is lost would set the clock wrong
 }
 
 }  // namespace kavio

@@ -152,7 +152,8 @@ TEST_F(Conversions, OrdersForgiveWhatIsNotEssential) {
                              R"({"AlertType":"5000"})", "{}", "[]", "null"}) {
         EXPECT_EQ(feedback(text), std::nullopt) << text;
     }
-    EXPECT_EQ(feedback(7), std::nullopt);
+    for (const auto& noText : std::initializer_list<JsonValue>{nullptr, 7, {{"AlertType", 5000}}})
+        EXPECT_EQ(feedback(noText), std::nullopt) << noText;
     EXPECT_THROW(feedback("{"), DecodingError);
     EXPECT_THROW(order({{"orderItems", {1}}}), DecodingError);
 }
@@ -252,16 +253,32 @@ TEST_F(Conversions, AccountsForgiveBrokenApplicationData) {
 }
 
 TEST_F(Conversions, ConfigurationsSkipWhatIsNoCurrency) {
-    const auto configuration = decodeDocument<Configuration>(
-        R"({"currencies":{"EUR":{"decimalDigits":2,"minimumAmount":1,"maximumAmount":9,"currencySign":"E"},"A":5,"B":{"decimalDigits":2},)"
-        R"("ILS":{"decimalDigits":2.0,"minimumAmount":1,"maximumAmount":9,"balanceFallsJumps":50,"currencySign":7},)"
-        R"("C":{"decimalDigits":"2","minimumAmount":1,"maximumAmount":9}}})");
-    std::vector<std::string> found;
-    for (const auto& [code, currency] : configuration->currencies) {
-        found.push_back(code + " " + currency.currencyName + " " + std::to_string(currency.balanceFallsJumps) +
-                        currency.currencySign.value_or("-"));
+    const auto euro = JsonValue::parse(
+        R"({"decimalDigits":2.0,"minimumAmount":1,"maximumAmount":9,"balanceFallsJumps":50,"currencySign":"E"})");
+    const auto text = [](const JsonValue& entry) -> std::string {
+        const auto currencies =
+            decodeDocument<Configuration>(JsonValue{{"currencies", {{"EUR", entry}}}}.dump())->currencies;
+        if (currencies.empty()) return "skipped";
+        const auto& [code, currency] = *currencies.begin();
+        return code + currency.currencyName + std::to_string(currency.decimalDigits) +
+               std::to_string(currency.minimumAmount) + std::to_string(currency.maximumAmount) + " " +
+               std::to_string(currency.balanceFallsJumps) + currency.currencySign.value_or("-");
+    };
+    EXPECT_EQ(text(euro), "EUREUR219 50E");
+    EXPECT_EQ(text(7), "skipped");
+    for (const auto& [key, otherwise] : std::map<std::string, std::string>{{"decimalDigits", "skipped"},
+                                                                           {"minimumAmount", "skipped"},
+                                                                           {"maximumAmount", "skipped"},
+                                                                           {"balanceFallsJumps", "EUREUR219 100E"},
+                                                                           {"currencySign", "EUREUR219 50-"}}) {
+        auto entry = euro;
+        entry.erase(key);
+        EXPECT_EQ(text(entry), otherwise) << key;
+        for (const auto& wrong : std::initializer_list<JsonValue>{nullptr, true, 1.5, {{"a", 1}}}) {
+            entry[key] = wrong;
+            EXPECT_EQ(text(entry), otherwise) << entry;
+        }
     }
-    EXPECT_THAT(found, ElementsAre("EUR EUR 100E", "ILS ILS 50-"));
 }
 
 TEST_F(Conversions, EncodedRecordsDecodeToThemselves) {

@@ -88,6 +88,17 @@ TEST(DebugTexts, OfProducts) {
         "\n\tdexMissingStockLastUpdated: Optional(2001-01-02 00:00:00 +0000),"
         "\n\tlastSaleDt: Optional(2001-01-01 00:00:01 +0000),\n\tlastSaleMdbDt: Optional(2001-01-01 00:00:02 +0000),"
         "\n\tslowMover: Optional(true)}");
+    const auto none = std::nullopt;
+    EXPECT_EQ(
+        Product(1, 2, none, none, none, none, none, none, none, none, none, none, none, none, none, none, false, none,
+                none, none, true, none, none, none, none, none, none, none, none)
+            .debugDescription(),
+        "\n\t{machineProductId: 1,\n\tID: 2,\n\tname: nil,\n\tdepartment: nil,\n\tcashPrice: nil,\n\tcardPrice: nil,"
+        "\n\texPrepaidPrice: nil,\n\tmachinePrice: nil,\n\tpreapidPrice: nil,\n\tcommissionValue: nil,\n\tpaCode: nil,"
+        "\n\topButtonCode: nil,\n\topRowCode: nil,\n\topColCode: nil,\n\timageUrl: nil,\n\tageVerification: nil,"
+        "\n\tmemberType: false,\n\timage: nil,\n\tcodeInMap: nil,\n\tmissingProduct: nil,\n\tvendOut: true,"
+        "\n\tretailPrice: nil,\n\tpar: nil,\n\tmissingStockByMdb: nil,\n\tmdbMissingStockLastUpdated: nil,"
+        "\n\tdexMissingStockLastUpdated: nil,\n\tlastSaleDt: nil,\n\tlastSaleMdbDt: nil,\n\tslowMover: nil}");
     EXPECT_EQ(RemoteVendProduct(1, 2, 3).debugDescription(),
               "\n\t{ref codeInMap: 1,\n\tquantity: 2,\n\tpulseLineNumber: 3}");
 }
@@ -97,6 +108,10 @@ TEST(DebugTexts, OfOrders) {
               "\n\t{ID: 77,\n\ttype: prePaidDeposit,\n\tstatus: COMPLETED,\n\tsource: ecommerce,\n\tamount: 150,"
               "\n\tdate: 2021-05-06 07:08:09 +0000,\n\tcurrency: Optional(\"EUR\"),\n\titems count: 3,\n\tending "
               "balance: 500}");
+    EXPECT_EQ(
+        Order("1", "vending", Order::Status::UNKNOWN, "unknown", -1, Date(), std::nullopt, 0, -1).debugDescription(),
+        "\n\t{ID: 1,\n\ttype: vending,\n\tstatus: UNKNOWN,\n\tsource: unknown,\n\tamount: -1,"
+        "\n\tdate: 1970-01-01 00:00:00 +0000,\n\tcurrency: nil,\n\titems count: 0,\n\tending balance: -1}");
 }
 
 TEST(DebugTexts, OfPaymentMethods) {

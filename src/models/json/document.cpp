@@ -27,6 +27,16 @@ bool holds(std::string_view literal) {
     return std::from_chars(literal.data(), literal.data() + literal.size(), value).ec == std::errc();
 }
 
+// The double next below the smallest integer.
+constexpr std::string_view belowIntegers = "-9223372036854777856";
+
+/// Whether a literal too small for an integer would, as a double, be the smallest one.
+bool roundsToAnInteger(std::string_view literal) {
+    double value = 0;
+    std::from_chars(literal.data(), literal.data() + literal.size(), value);
+    return value == -0x1p63;
+}
+
 /// The same text with every integer beyond 64 bits spelled as a double: the parser refuses the whole text because of
 /// such a literal, even where no record reads it.
 std::string withLargeIntegersAsDoubles(std::string_view json) {
@@ -50,7 +60,11 @@ std::string withLargeIntegersAsDoubles(std::string_view json) {
             copyTo(json.find_first_not_of("+-.0123456789Ee", position));
             const auto literal = std::string_view(json).substr(start, position - start);
             const bool isInteger = literal.find_first_of(".Ee") == std::string_view::npos;
-            if (isInteger && !holds<std::int64_t>(literal) && !holds<std::uint64_t>(literal)) result += "e0";
+            if (isInteger && !holds<std::int64_t>(literal) && !holds<std::uint64_t>(literal)) {
+                if (roundsToAnInteger(literal))
+                    result.replace(result.size() - literal.size(), literal.size(), belowIntegers);
+                result += "e0";
+            }
         }
     }
     return result;

@@ -8,8 +8,10 @@
 #include <array>
 #include <chrono>
 #include <exception>
+#include <filesystem>
 #include <new>
 #include <optional>
+#include <system_error>
 #include <utility>
 
 namespace kavio {
@@ -45,6 +47,17 @@ std::optional<std::string> origin(const char* url) {
     std::transform(text.begin(), text.end(), text.begin(),
                    [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
     return text;
+}
+
+/// Whether OpenSSL finds authorities in `folder`: by the hash of a name, as in "3513523f.0".
+bool isLookUpFolder(const char* folder) {
+    if (folder == nullptr) return false;
+    std::error_code failure;
+    const std::filesystem::directory_iterator end;
+    for (std::filesystem::directory_iterator file(folder, failure); file != end; file.increment(failure)) {
+        if (file->path().extension() == ".0") return true;
+    }
+    return false;
 }
 
 int responseStatus(CURL* easy) {
@@ -122,7 +135,17 @@ struct UrlExchange::Callbacks {
 };
 
 UrlConduct::UrlConduct(const UrlSessionConfiguration& configuration, bool isBackground)
-    : certificateAuthorities(configuration.certificateAuthorities), background(isBackground) {
+    : authorityFile(configuration.certificateAuthorities), background(isBackground) {
+    // Reading all of the system's authorities takes longer than all else in an exchange. From a folder OpenSSL reads
+    // the one that it needs; of a file libcurl at least keeps what it has read, if it has no folder to look into.
+    if (authorityFile.empty()) {
+        const auto* system = curl_version_info(CURLVERSION_NOW);
+        if (isLookUpFolder(system->capath)) {
+            authorityFolder = system->capath;
+        } else if (system->cainfo != nullptr) {
+            authorityFile = system->cainfo;
+        }
+    }
     if (!configuration.connectTo.empty() && !connectTo.append(("::" + configuration.connectTo).c_str())) {
         throw std::bad_alloc();
     }
@@ -163,12 +186,9 @@ void UrlExchange::setConnection(Options& options) const {
     options.set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
     options.set(CURLOPT_SSL_VERIFYPEER, 1L);
     options.set(CURLOPT_SSL_VERIFYHOST, 2L);
-    // Reading the system's authorities takes longer than all else in an exchange. libcurl keeps them for a day, but
-    // only those of a file: there is no folder to look into.
-    options.set(CURLOPT_CAPATH, static_cast<char*>(nullptr));
-    if (!mConduct.certificateAuthorities.empty()) {
-        options.set(CURLOPT_CAINFO, mConduct.certificateAuthorities.c_str());
-    }
+    const auto pathOrNone = [](const std::string& path) { return path.empty() ? nullptr : path.c_str(); };
+    options.set(CURLOPT_CAINFO, pathOrNone(mConduct.authorityFile));
+    options.set(CURLOPT_CAPATH, pathOrNone(mConduct.authorityFolder));
     if (mConduct.connectTo.get() != nullptr) {
         options.set(CURLOPT_CONNECT_TO, mConduct.connectTo.get());
         options.set(CURLOPT_PROXY, "");
@@ -191,6 +211,7 @@ void UrlExchange::setLimits(Options& options) const {
 void UrlExchange::setRequest(Options& options) {
     const std::string& method = mRequest.method;
     options.set(CURLOPT_URL, mRequest.url.c_str());
+    options.set(CURLOPT_PATH_AS_IS, 1L);  // a ".." in an identifier must not lead to a resource that was not signed
     options.set(CURLOPT_ACCEPT_ENCODING, "");
     if (mRequest.body || (method != "GET" && method != "HEAD" && method != "DELETE")) {
         const std::string_view body = mRequest.body ? std::string_view(*mRequest.body) : std::string_view("");

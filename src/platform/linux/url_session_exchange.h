@@ -19,7 +19,9 @@ using UrlOutcome = std::variant<UrlReply, UrlError>;
 struct UrlConduct {
     UrlConduct(const UrlSessionConfiguration& configuration, bool isBackground);
 
-    std::string certificateAuthorities;
+    /// The authorities to trust: in one PEM file, or in a folder that OpenSSL looks them up in. The other one is empty.
+    std::string authorityFile;
+    std::string authorityFolder;
     CurlList connectTo;
     /// As a background session promises: each request on a connection of its own, and at most once.
     bool background;

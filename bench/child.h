@@ -1,0 +1,22 @@
+#pragma once
+
+#include "setup.h"
+
+#include <string>
+
+namespace kavio::bench {
+
+/// A measurement in a process of its own, in which nothing has been used before.
+/// - "library-call", "bare-call": processor time of the first HTTPS call, in nanoseconds
+/// - "idle": private memory that the platform and an idle facade take, in bytes
+/// - "start": a facade begins its first request
+constexpr const char* childFlag = "--child";
+
+/// In the child: writes the figure to the standard output.
+int runChild(const std::string& measurement, const Setup& setup);
+/// In the parent: the figure of the child.
+double measureInChild(const std::string& measurement, const Setup& setup);
+/// Nanoseconds from the start of a process to the first byte of its first request.
+double timeToFirstRequest(const Setup& setup);
+
+}  // namespace kavio::bench

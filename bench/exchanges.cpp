@@ -1,0 +1,122 @@
+#include "exchanges.h"
+
+#include "network/kavio_network_service.h"
+#include "network/requests.h"
+#include "repositories/services.h"
+#include "storage/kavio_user_defaults.h"
+
+#include <kavio/platform/linux.h>
+
+#include <future>
+#include <optional>
+#include <stdexcept>
+#include <utility>
+
+namespace kavio::bench {
+namespace {
+
+constexpr MachineQuery query{.kavioMachineId = 42100107};
+
+std::shared_ptr<RunLoop> mainQueue() {
+    static const auto queue = std::make_shared<RunLoop>();
+    return queue;
+}
+
+/// Sends, and runs the main queue until the result is there.
+template <class T, class Send>
+T resultOf(Send send) {
+    std::optional<APIResult<T>> result;
+    send([&result](APIResult<T> reported) { result = std::move(reported); });
+    mainQueue()->runUntil([&result] { return result.has_value(); }, std::chrono::seconds(30));
+    if (!result || !*result) throw std::runtime_error("The service refused a request.");
+    return *(*std::move(result)).payload();
+}
+
+std::size_t append(char* data, std::size_t size, std::size_t count, void* text) {
+    static_cast<std::string*>(text)->append(data, size * count);
+    return size * count;
+}
+
+UrlConduct conduct(const Setup& setup, const std::filesystem::path& authorities) {
+    UrlConduct made({{}, setup.address}, false);
+    made.authorityFile.clear();
+    made.authorityFolder = authorities;
+    return made;
+}
+
+}  // namespace
+
+void openSession(const Setup& setup) {
+    LinuxPlatformOptions options;
+    options.session = {setup.authority(), setup.address};
+    options.storeDirectory = setup.folder / "store";
+    options.mainQueue = mainQueue();
+    Platform::install(makeLinuxPlatform(std::move(options)));
+
+    const LoginService service;
+    const auto challenge = resultOf<Challenge>(
+        [&](Completion<Challenge> done) { service.challenge("49", "151234567", "", "", std::move(done)); });
+    const auto token = resultOf<Token>([&](Completion<Token> done) {
+        service.verify("123456", "DE", "49", "151234567", challenge.challenge, challenge.retryTimeoutSeconds,
+                       std::move(done));
+    });
+    KavioUserDefaults::shared()->defualt->set(keys::sessionToken, token.token);
+    if (lookUpMachine().size() != 1) throw std::runtime_error("The service does not know the machine.");
+}
+
+APIRequestPtr machineRequest() {
+    return makeRequest<MachineByValueRequest>({"machines", KavioUserDefaults::shared()->sessionToken()}, query);
+}
+
+std::vector<MachineModel> lookUpMachine() {
+    return resultOf<std::vector<MachineModel>>([](auto done) { MachineService().machines(query, std::move(done)); });
+}
+
+BareExchange::BareExchange(const Setup& setup, const UrlRequest& request) : mRequest(request) {
+    mConnectTo.append(("::" + setup.address).c_str());
+    for (const auto& [name, value] : request.headers) mHeaders.append((name + ": " + value).c_str());
+    CURL* const easy = mEasy.get();
+    curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(easy, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
+    curl_easy_setopt(easy, CURLOPT_CAPATH, static_cast<char*>(nullptr));
+    curl_easy_setopt(easy, CURLOPT_CAINFO, setup.authority().c_str());
+    curl_easy_setopt(easy, CURLOPT_CONNECT_TO, mConnectTo.get());
+    curl_easy_setopt(easy, CURLOPT_PROXY, "");
+    curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");
+    curl_easy_setopt(easy, CURLOPT_URL, mRequest.url.c_str());
+    curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, mRequest.method.c_str());
+    curl_easy_setopt(easy, CURLOPT_HTTPHEADER, mHeaders.get());
+    if (mRequest.body) {
+        curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE, static_cast<long>(mRequest.body->size()));
+        curl_easy_setopt(easy, CURLOPT_POSTFIELDS, mRequest.body->c_str());
+    }
+    curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, append);
+    curl_easy_setopt(easy, CURLOPT_WRITEDATA, &mBody);
+}
+
+long BareExchange::run() {
+    mBody.clear();
+    curl_multi_add_handle(mMulti.get(), mEasy.get());
+    for (int running = 1; running > 0;) {
+        curl_multi_perform(mMulti.get(), &running);
+        if (running > 0) curl_multi_poll(mMulti.get(), nullptr, 0, 1000, nullptr);
+    }
+    curl_multi_remove_handle(mMulti.get(), mEasy.get());
+    long status = 0;
+    curl_easy_getinfo(mEasy.get(), CURLINFO_RESPONSE_CODE, &status);
+    return status;
+}
+
+LibraryExchange::LibraryExchange(const Setup& setup, const std::filesystem::path& authorities)
+    : mEngine(conduct(setup, authorities)) {}
+
+long LibraryExchange::run(const UrlRequest& request) {
+    std::promise<long> status;
+    mEngine.submit(request, [&status](const UrlOutcome& outcome) {
+        const auto* reply = std::get_if<UrlReply>(&outcome);
+        status.set_value(reply != nullptr ? reply->status : 0);
+    });
+    return status.get_future().get();
+}
+
+}  // namespace kavio::bench

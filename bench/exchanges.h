@@ -1,0 +1,51 @@
+#pragma once
+
+#include "models/machine_model.h"
+#include "network/api_request.h"
+#include "platform/linux/url_session_curl.h"
+#include "platform/linux/url_session_engine.h"
+#include "setup.h"
+
+#include <kavio/platform/url_session.h>
+
+#include <string>
+#include <vector>
+
+namespace kavio::bench {
+
+/// The look-up of one machine, which the benchmarks send.
+APIRequestPtr machineRequest();
+/// As an application has it: signed, sent, decoded, and reported on the main thread.
+std::vector<MachineModel> lookUpMachine();
+
+/// A request written straight on libcurl, with the settings of the library that reach the wire.
+class BareExchange {
+public:
+    BareExchange(const Setup& setup, const UrlRequest& request);
+
+    /// Status of the reply, whose body is then `body()`.
+    long run();
+    const std::string& body() const { return mBody; }
+
+private:
+    const UrlRequest mRequest;
+    CurlMulti mMulti{curl_multi_init()};
+    CurlEasy mEasy{curl_easy_init()};
+    CurlList mHeaders;
+    CurlList mConnectTo;
+    std::string mBody;
+};
+
+/// The library's session, trusting `authorities` in the place of the system's.
+class LibraryExchange {
+public:
+    LibraryExchange(const Setup& setup, const std::filesystem::path& authorities);
+
+    /// Status of the reply.
+    long run(const UrlRequest& request);
+
+private:
+    UrlEngine mEngine;
+};
+
+}  // namespace kavio::bench

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace kavio::bench {
+
+/// A reply of so many machines with all their keys, every second one with a campaign. It has spare capacity, as a body
+/// that comes from the network.
+std::string machinesReply(std::int64_t count);
+
+}  // namespace kavio::bench

@@ -1,0 +1,115 @@
+#include "report.h"
+
+#include "allocations.h"
+#include "child.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <iostream>
+#include <limits>
+#include <stdexcept>
+
+namespace kavio::bench {
+namespace {
+
+enum class Aim { atMost, atLeast };
+
+std::string text(double value, const char* unit) {
+    char written[32];
+    std::snprintf(written, sizeof written, value < 9.995 ? "%.2f%s" : value < 99.95 ? "%.1f%s" : "%.0f%s", value, unit);
+    return written;
+}
+
+std::string duration(double nanoseconds) {
+    if (nanoseconds < 1e3) return text(nanoseconds, " ns");
+    if (nanoseconds < 1e6) return text(nanoseconds / 1e3, " µs");
+    return text(nanoseconds / 1e6, " ms");
+}
+
+std::string bytes(double count) { return count < 1e6 ? text(count / 1e3, " kB") : text(count / 1e6, " MB"); }
+
+class Table {
+public:
+    using Unit = std::string (*)(double);
+
+    void ratio(const std::string& name, double figure, double baseline, Aim aim, double limit, Unit unit = duration) {
+        const double ratio = aim == Aim::atMost ? figure / baseline : baseline / figure;
+        const bool holds = aim == Aim::atMost ? ratio <= limit : ratio >= limit;
+        row({name, unit(figure), unit(baseline), text(ratio, ""),
+             (aim == Aim::atMost ? "at most " : "at least ") + text(limit, ""), holds ? "yes" : "**no**"});
+    }
+    void difference(const std::string& name, double figure, double baseline, double limit) {
+        row({name, duration(figure), duration(baseline), "+" + duration(std::max(0.0, figure - baseline)),
+             "at most +" + duration(limit), figure - baseline <= limit ? "yes" : "**no**"});
+    }
+    void alone(const std::string& name, const std::string& figure) { row({name, figure, "", "", "", ""}); }
+
+    const std::string& markdown() const { return mText; }
+
+private:
+    void row(const std::array<std::string, 6>& cells) {
+        for (const auto& cell : cells) mText += "| " + cell + ' ';
+        mText += "|\n";
+    }
+
+    std::string mText =
+        "| what | figure | baseline | ratio | aim | holds |\n| --- | ---: | ---: | ---: | ---: | --- |\n";
+};
+
+void addDecoding(Table& table, const BestRuns& best) {
+    const double decoding = best["decodeMachines/500"];
+    table.ratio("decode 500 machines, over a bare parse of the bytes", decoding, best["bareParse/500"], Aim::atMost, 3);
+    table.ratio("decode 500 machines, the plain way over ours", decoding, best["decodePlainly/500"], Aim::atLeast, 12);
+    for (const std::int64_t count : {10, 100, 1000, 10000}) {
+        const auto more = std::to_string(count);
+        const auto fewer = std::to_string(count / 10);
+        const auto name = more + " machines over " + fewer;
+        table.ratio("decode " + name, best["decodeMachines/" + more], best["decodeMachines/" + fewer], Aim::atMost, 11);
+        table.ratio("memory taken to decode " + name, decodingBytes(count), decodingBytes(count / 10), Aim::atMost, 11,
+                    bytes);
+    }
+}
+
+void addCalls(Table& table, const BestRuns& best, const Setup& setup) {
+    table.ratio("prepare a request, over its four digests", best["prepareRequest"], best["bareDigests"], Aim::atMost,
+                6);
+    table.ratio("read a value of the store, over a query for it", best["readStore"], best["queryStore"], Aim::atMost,
+                0.5);
+    table.ratio("whole call on a reused connection, over bare libcurl", best["wholeCall/process_time/real_time"],
+                best["bareCall/process_time/real_time"], Aim::atMost, 1.15);
+    constexpr double limit = 3e6;
+    table.difference("first call of a process, all the system's authorities over one",
+                     measureInChild("library-call", setup), measureInChild("bare-call", setup), limit);
+    table.difference("first call of a later session, all the system's authorities over one",
+                     best["firstCallOfSession/process_time/real_time"],
+                     best["bareFirstCallOfSession/process_time/real_time"], limit);
+}
+
+}  // namespace
+
+void BestRuns::ReportRuns(const std::vector<Run>& runs) {
+    for (const auto& run : runs) {
+        if (run.error_occurred) throw std::runtime_error(run.benchmark_name() + ": " + run.error_message);
+        if (run.run_type != Run::RT_Iteration) continue;
+        auto& best = mBest.emplace(run.run_name.str(), std::numeric_limits<double>::infinity()).first->second;
+        best = std::min(best, run.cpu_accumulated_time / static_cast<double>(run.iterations) * 1e9);
+    }
+}
+
+double BestRuns::operator[](const std::string& benchmark) const {
+    const auto found = mBest.find(benchmark);
+    return found == mBest.end() ? std::nan("") : found->second;
+}
+
+std::string report(const BestRuns& best, const Setup& setup) {
+    Table table;
+    addDecoding(table, best);
+    addCalls(table, best, setup);
+    table.alone("start of a process to the first byte of its first request", duration(timeToFirstRequest(setup)));
+    table.alone("private memory of the platform and an idle facade", bytes(measureInChild("idle", setup)));
+    return table.markdown();
+}
+
+}  // namespace kavio::bench
