@@ -119,16 +119,17 @@ struct Sandbox::Parts {
 
 // Not in the constructor: a request may come at once, and the control endpoints use the whole sandbox.
 void Sandbox::Parts::listen() {
-    world.challengeBase = "https://acs.kavio.example";
     if (world.options.issuerPort) {
         issuerListener.emplace(
             nullptr, *world.options.issuerPort,
             [this](auto& from, const auto& request, auto& response) { serveIssuerPage(from, request, response); });
-        // Not 127.0.0.1: to the library an address that begins so is the end of a page.
-        world.challengeBase = fmt::format("http://localhost:{}", issuerListener->port());
     }
     listener.emplace(&authority, world.options.port,
                      [this](auto& from, const auto& request, auto& response) { serve(from, request, response); });
+    const std::lock_guard lock(mutex);
+    // Not 127.0.0.1: to the library an address that begins so is the end of a page.
+    world.challengeBase = issuerListener ? fmt::format("http://localhost:{}", issuerListener->port())
+                                         : fmt::format("https://localhost:{}", listener->port());
 }
 
 void Sandbox::Parts::serve(Listener& from, const httplib::Request& request, httplib::Response& response) {

@@ -39,7 +39,9 @@ LinuxPlatformOptions deviceOptions(const Options& options, std::shared_ptr<MainQ
     if (options.bundleVersion) device.information.emplace("CFBundleVersion", *options.bundleVersion);
     device.mainQueue = std::move(mainQueue);
     device.onStoreDamaged = [](const std::filesystem::path& damaged, const std::filesystem::path& setAside) {
-        fmt::print(stderr, "kavio-wallet: {} was damaged; it is kept as {}\n", damaged.string(), setAside.string());
+        fmt::print(stderr, "kavio-wallet: {} was damaged; {}\n", damaged.string(),
+                   setAside.empty() ? "it could not be moved, so what you do now may be forgotten"
+                                    : "it is kept as " + setAside.string());
     };
     return device;
 }

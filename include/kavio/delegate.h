@@ -51,4 +51,22 @@ public:
     virtual void onRemoveCard(Result result) = 0;
 };
 
+/// Takes every report and does nothing: a base for an application that wants to hear of a few operations only.
+class KAVIO_API QuietDelegate : public KavioDelegate {
+public:
+    void onCheckIsUserLogin(Result /*result*/) override {}
+    void onLogin(Result /*result*/) override {}
+    void onVerify(Result /*result*/) override {}
+    void onLogout(Result /*result*/) override {}
+    void onGetPaymentMethods(Result /*result*/, std::optional<PaymentMethods> /*paymentMethods*/) override {}
+    void onGetMachines(Result /*result*/, std::optional<Machines> /*machines*/) override {}
+    void onGetMachineProducts(Result /*result*/, std::optional<Products> /*products*/) override {}
+    void onPlaceOrder(Result /*result*/, std::shared_ptr<const Order> /*order*/) override {}
+    void onDeposit(Result /*result*/, std::optional<std::int64_t> /*balance*/) override {}
+    void onGetOrder(Result /*result*/, std::shared_ptr<const Order> /*order*/) override {}
+    void onGetTransactions(Result /*result*/, std::optional<Orders> /*transactions*/) override {}
+    void onAddCreditCard(Result /*result*/, std::shared_ptr<const CreditCard> /*card*/) override {}
+    void onRemoveCard(Result /*result*/) override {}
+};
+
 }  // namespace kavio

@@ -64,9 +64,9 @@ public:
     /// Wallet, stored credit cards and prepaid cards; reports to `onGetPaymentMethods`.
     void getPaymentMethods();
     /// Machines by code or QR text, by serial, near a position, or the user's own; reports to `onGetMachines`. The
-    /// first that the filter holds decides: `value`, `hwSerial`, `latitude` with `longitude`, `limit` alone (1 to 500);
-    /// without a filter the user's own. `BAD_INPUT`, before returning, for a value that is no code, or for any other
-    /// filter.
+    /// first that the filter holds decides: a `value` or an `hwSerial` that is not empty, `latitude` with `longitude`,
+    /// a `limit` of 1 to 500 (the user's own); without a filter the user's own. `BAD_INPUT`, before returning: "{VALUE}
+    /// is invalid machine ID or QR code" for a value that is neither, "invalid filter" for any other filter.
     void getMachines(std::shared_ptr<const MachineFilter> filter);
     /// What the machine sells; reports to `onGetMachineProducts`.
     void getMachineProducts(std::int64_t machineId);
@@ -77,14 +77,16 @@ public:
 
     /// Buys at a machine and follows the order; reports to `onPlaceOrder`: once when it is placed, then once at each
     /// change of its status. The order is followed by one request a second, 60 at most; then `TIMEOUT` is reported,
-    /// which says nothing about the order itself: ask `getOrder`. The purchase is sent at most once; without
-    /// connectivity it waits. The facade is busy until the order is no longer followed. `kavioId`: the machine's
-    /// `kavioId`. `paymentMethod`: wallet, credit card or prepaid card; any other type is `BAD_INPUT` before returning.
-    /// `amount` is not sent for a prepaid card.
+    /// which says nothing about the order itself: ask `getOrder`. A change that the last request brings is still
+    /// reported, after it. There is no report of the end as such: an order that stays as it is, or that the reply to
+    /// the purchase does not hold, ends in silence, and the next operation is welcome. The purchase is sent at most
+    /// once; without connectivity it waits. The facade is busy until the order is no longer followed. `kavioId`: the
+    /// machine's `kavioId`. `paymentMethod`: wallet, credit card or prepaid card; any other type is `BAD_INPUT` before
+    /// returning, as is a null product ("invalid product"). `amount` is not sent for a prepaid card.
     void placeOrder(std::int64_t kavioId, std::shared_ptr<const PaymentMethod> paymentMethod, std::int64_t amount,
                     std::optional<std::vector<std::shared_ptr<const RemoteVendProduct>>> products);
 
-    /// Stores a card without 3-D Secure; reports to `onAddCreditCard`.
+    /// Stores a card without 3-D Secure; reports to `onAddCreditCard`. `BAD_INPUT` "invalid card" for a null one.
     void addCreditCard(std::shared_ptr<const Card> card);
     /// Stores a card, with the issuer's page when the issuer asks for it; reports to `onAddCreditCard`, always without
     /// a card. Waits for as long as the page is open.
@@ -93,8 +95,8 @@ public:
     void removeCard(std::string id);
     /// Charges the stored card `chargedCardId` and adds to the wallet or a prepaid card; reports to `onDeposit`.
     /// `amount` is in whole units of the currency (12.5 is 12 units and a half); what is finer than the smallest unit
-    /// is cut off. `BAD_INPUT`, before returning, for another type of card, and for an amount that is not finite or too
-    /// large.
+    /// is cut off. `BAD_INPUT`, before returning: "invalid amount" for one that is not finite or too large, "cannot
+    /// deposit to TYPE card" for another type of card.
     void deposit(std::shared_ptr<const DepositCard> depositCard, double amount, std::string chargedCardId);
 
 private:

@@ -18,12 +18,12 @@ struct TDSPaymentCard {
 struct TDSCardHolder {
     std::string name;
     std::string email;
-    std::optional<std::int64_t> streetNumber;
-    std::optional<std::string> streetName;
-    std::optional<std::string> city;
-    std::optional<std::string> territory;
-    std::optional<std::string> country;
-    std::optional<std::string> postal;
+    std::optional<std::int64_t> streetNumber = std::nullopt;
+    std::optional<std::string> streetName = std::nullopt;
+    std::optional<std::string> city = std::nullopt;
+    std::optional<std::string> territory = std::nullopt;
+    std::optional<std::string> country = std::nullopt;
+    std::optional<std::string> postal = std::nullopt;
 };
 
 }  // namespace kavio

@@ -23,10 +23,10 @@ JsonValue productEntries(const ProductList& products) {
     return entries;
 }
 
-// Absent for a payment method that cannot pay an order.
+// How an order is paid. Absent for a payment method that cannot pay one.
 std::optional<JsonObject> purchaseParameters(PaymentMethod::PaymentType type, const std::string& id,
-                                             std::int64_t amount, const ProductList& products) {
-    JsonObject params{{"products", productEntries(products)}};
+                                             std::int64_t amount) {
+    JsonObject params;
     switch (type) {
         case PaymentMethod::PaymentType::KAVIO:
             params["amount"] = amount;
@@ -72,16 +72,17 @@ std::optional<Order::Status> statusOf(const std::shared_ptr<const Order>& order)
 void Kavio::placeOrder(std::int64_t kavioId, std::shared_ptr<const PaymentMethod> paymentMethod, std::int64_t amount,
                        std::optional<ProductList> products) {
     if (!mState->isIdle(&KavioDelegate::onPlaceOrder)) return;
-    const auto list = products.value_or(ProductList{});
-    if (std::find(list.begin(), list.end(), nullptr) != list.end()) {
-        return mState->fail(&KavioDelegate::onPlaceOrder, ResultType::BAD_INPUT, "invalid product");
-    }
     const auto type = paymentMethod ? paymentMethod->type : PaymentMethod::PaymentType::UNKNOWN;
-    auto params = purchaseParameters(type, paymentMethod ? paymentMethod->id : "", amount, list);
+    auto params = purchaseParameters(type, paymentMethod ? paymentMethod->id : "", amount);
     if (!params) {
         return mState->fail(&KavioDelegate::onPlaceOrder, ResultType::BAD_INPUT,
                             "selected payment method " + std::string(name(type)) + " is not supported");
     }
+    const auto list = std::move(products).value_or(ProductList{});
+    if (std::find(list.begin(), list.end(), nullptr) != list.end()) {
+        return mState->fail(&KavioDelegate::onPlaceOrder, ResultType::BAD_INPUT, "invalid product");
+    }
+    params->emplace("products", productEntries(list));
     mState->mIsBusy = true;
     mState->mPurchaseRepo->purchase(*std::move(params), std::to_string(kavioId),
                                     mState->handled(&State::placeOrderResponse));

@@ -85,13 +85,13 @@ void Kavio::State::removeCreditCardResponse(APIResult<DeleteCreditResponse> repl
 void Kavio::deposit(std::shared_ptr<const DepositCard> depositCard, double amount, std::string chargedCardId) {
     using PaymentType = PaymentMethod::PaymentType;
     if (!mState->isIdle(&KavioDelegate::onDeposit)) return;
+    const auto units = depositCard ? smallestUnits(amount, depositCard->currencyDecimalDigits) : 0;
+    if (!units) return mState->fail(&KavioDelegate::onDeposit, ResultType::BAD_INPUT, invalidAmount);
     const auto type = depositCard ? depositCard->type : PaymentType::UNKNOWN;
     if (type != PaymentType::KAVIO && type != PaymentType::PREPAID) {
         return mState->fail(&KavioDelegate::onDeposit, ResultType::BAD_INPUT,
                             "cannot deposit to " + std::string(name(type)) + " card");
     }
-    const auto units = smallestUnits(amount, depositCard->currencyDecimalDigits);
-    if (!units) return mState->fail(&KavioDelegate::onDeposit, ResultType::BAD_INPUT, invalidAmount);
 
     mState->mIsBusy = true;
     Deposit deposit{.tokenLocator = std::move(chargedCardId),

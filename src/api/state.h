@@ -72,11 +72,22 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
         };
     }
 
+    /// As `handled`, but nothing happens either once `release` has ended the operation: no page may come up then, and
+    /// the one of another facade stays.
+    template <class P>
+    Completion<P> whileBusy(void (State::*handler)(APIResult<P>)) {
+        return [weak = weak_from_this(), handler](APIResult<P> reply) {
+            const auto self = weak.lock();
+            if (self && self->mIsBusy) ((*self).*handler)(std::move(reply));
+        };
+    }
+
     /// The gate of every operation: true when it may go on. Otherwise reports `BUSY` to its callback.
     template <class... Payload>
     bool isIdle(Callback<Payload...> callback) {
-        if (mIsBusy) fail(callback, ResultType::BUSY);
-        return !mIsBusy;
+        if (!mIsBusy) return true;
+        fail(callback, ResultType::BUSY);
+        return false;
     }
 
     /// Reports to the delegate, if it still exists. Always the last thing that an operation does: the delegate may

@@ -69,7 +69,7 @@ void Kavio::addCreditCardTDSecure(TDSPaymentCard paymentCard, TDSCardHolder card
     mState->mLastPaymentCard = paymentCard;
     mState->mPaymentMethodRepo->addCardTDSecure(
         {std::move(paymentCard), Platform::current().uuid->make(), {.holder = std::move(cardHolder)}},
-        mState->handled(&State::addCreditCardTDSecureResponse));
+        mState->whileBusy(&State::addCreditCardTDSecureResponse));
 }
 
 void Kavio::State::addCreditCardTDSecureResponse(APIResult<TDSAddCardResponseFactory> reply) {
@@ -99,7 +99,7 @@ void Kavio::State::startFingerprint(const TDSAddCardFingerprintResponse& fingerp
     mLastFlow = TDSFlowType::FINGERPRINT;
     if (!isUrl(fingerprint.page)) return finishEnrolment(ResultType::SERVER_ERROR, "invalid URL");
     mPaymentMethodRepo->pageTDSecure({threeDSMethodData(fingerprint.id)}, fingerprint.page,
-                                     handled(&State::fingerprintPageResponse));
+                                     whileBusy(&State::fingerprintPageResponse));
 }
 
 void Kavio::State::fingerprintPageResponse(APIResult<std::string> reply) {
@@ -108,16 +108,18 @@ void Kavio::State::fingerprintPageResponse(APIResult<std::string> reply) {
         return fail(&KavioDelegate::onAddCreditCard, reply.failure());
     }
     const auto page = std::move(reply).payload();
-    if (!page || !presentPage(TDSFlowType::FINGERPRINT, *page)) finishEnrolment(ResultType::FAILURE, cannotStart);
+    const bool isText = page && Platform::current().characters->wellFormed(*page) == *page;
+    if (!isText || !presentPage(TDSFlowType::FINGERPRINT, *page)) finishEnrolment(ResultType::FAILURE, cannotStart);
 }
 
-// A page has ended: the service is asked what that means.
+// A page has ended: the service is asked what that means. Once a page: it may go to the loopback address twice, and so
+// may the page of another facade, for which nobody waits here.
 void Kavio::State::tdSecureFinished(const TDSecureSceneController& controller) {
-    if (!controller.mRedirectedUrl || !mLastPaymentCard) return;
+    if (mReceivedTDSRedirect || !controller.mRedirectedUrl || !mLastPaymentCard) return;
     mReceivedTDSRedirect = true;
     TDSGetCard body{.flow = mLastFlow, .card = *mLastPaymentCard};
     readRedirect(*controller.mRedirectedUrl, body);
-    mPaymentMethodRepo->getCardTDSecure(std::move(body), handled(&State::getCardResponse));
+    mPaymentMethodRepo->getCardTDSecure(std::move(body), whileBusy(&State::getCardResponse));
 }
 
 void Kavio::State::getCardResponse(APIResult<TDSGetCardResponseFactory> reply) {
@@ -149,6 +151,7 @@ void Kavio::State::showNextChallenge(const std::string& url) {
 // The person closed the page. Past its end that changes nothing: the answer of the service is on its way.
 void Kavio::State::tdSecureWindowClosed() {
     if (mReceivedTDSRedirect) return;
+    mReceivedTDSRedirect = true;  // the page is gone: what another facade's page does later is no concern of this one
     finishEnrolment(ResultType::FAILURE, "canceled by user");
 }
 

@@ -16,12 +16,26 @@ using std::chrono::minutes;
 using std::chrono::seconds;
 using Milliseconds = std::chrono::sys_time<milliseconds>;
 
-const DateFormat posixFormat{"yyyy-MM-dd'T'HH:mm:ss.SSS", "en_US_POSIX", "UTC"};
-const DateFormat localFormat{"yyyy-MM-dd'T'HH:mm:ss.SSS", std::nullopt, "UTC"};
-const DateFormat secondsFormat{"yyyy-MM-dd'T'HH:mm:ss", "en_US_POSIX", "UTC"};
-const DateFormat offsetFormat{"yyyy-MM-dd'T'HH:mm:ss.SSSZ", std::nullopt, std::nullopt};
-const DateFormat stampFormat{"yyyyMMddHHmmss", "en_US_POSIX", "UTC"};
-const DateFormat debugFormat{"yyyy-MM-dd HH:mm:ss xx", "en_US_POSIX", "UTC"};
+// A date's pattern, and whether its locale and zone are the fixed ones or the device's own. Constants without a
+// destructor: a reply may still be read while the program's statics go.
+struct Layout {
+    const char* pattern;
+    const char* locale;
+    const char* timeZone;
+};
+constexpr Layout posixFormat{"yyyy-MM-dd'T'HH:mm:ss.SSS", "en_US_POSIX", "UTC"};
+constexpr Layout localFormat{"yyyy-MM-dd'T'HH:mm:ss.SSS", nullptr, "UTC"};
+constexpr Layout secondsFormat{"yyyy-MM-dd'T'HH:mm:ss", "en_US_POSIX", "UTC"};
+constexpr Layout offsetFormat{"yyyy-MM-dd'T'HH:mm:ss.SSSZ", nullptr, nullptr};
+constexpr Layout stampFormat{"yyyyMMddHHmmss", "en_US_POSIX", "UTC"};
+constexpr Layout debugFormat{"yyyy-MM-dd HH:mm:ss xx", "en_US_POSIX", "UTC"};
+
+DateFormat dateFormat(const Layout& layout) {
+    const auto optional = [](const char* text) {
+        return text == nullptr ? std::nullopt : std::optional<std::string>(text);
+    };
+    return {layout.pattern, optional(layout.locale), optional(layout.timeZone)};
+}
 
 // Years for which the formatter's calendar is the civil one, the Gregorian reform behind it, and has four digits.
 constexpr int firstOrdinaryYear = 1583;
@@ -82,25 +96,13 @@ Date toDate(Milliseconds instant) {
     return Date(Date::duration(static_cast<double>(instant.time_since_epoch().count()) / 1000));
 }
 
-std::optional<Date> parseByPlatform(const DateFormat& format, std::string_view text) {
+std::optional<Date> parseByPlatform(const Layout& layout, std::string_view text) {
     if (text.empty()) return std::nullopt;  // the service's way to say "never"
-    return Platform::current().dateFormatter->parse(format, text);
+    return Platform::current().dateFormatter->parse(dateFormat(layout), text);
 }
 
-/// Whether the current locale's calendar reads an ordinary text as the civil one does: it may count other years.
-bool isLocaleGregorian() {
-    struct Answer {
-        std::weak_ptr<const DateFormatter> formatter;
-        bool isGregorian = false;
-    };
-    thread_local Answer known;
-    const auto& formatter = Platform::current().dateFormatter;
-    if (formatter.owner_before(known.formatter) || known.formatter.owner_before(formatter)) {
-        constexpr std::string_view probe = "2001-02-03T04:05:06.789";
-        const auto expected = parseOrdinary(probe, millisecondsLayout);
-        known = {formatter, formatter->parse(localFormat, probe) == toDate(*expected)};
-    }
-    return known.isGregorian;
+std::string formatByPlatform(const Layout& layout, Date date) {
+    return Platform::current().dateFormatter->format(dateFormat(layout), date);
 }
 
 /// A date in whole milliseconds, the start of the one that it lies in; absent outside the ordinary years.
@@ -150,8 +152,7 @@ std::optional<Date> DateText::parse(std::string_view text) {
 }
 
 std::optional<Date> DateText::parseLocalized(std::string_view text) {
-    const auto instant = parseOrdinary(text, millisecondsLayout);
-    if (instant && isLocaleGregorian()) return toDate(*instant);
+    if (const auto instant = parseOrdinary(text, millisecondsLayout)) return toDate(*instant);
     return parseByPlatform(localFormat, text);
 }
 
@@ -164,24 +165,23 @@ std::optional<Date> DateText::parseWithOffset(std::string_view text) {
     const auto split = std::min(text.size(), millisecondsLayout.size());
     const auto instant = parseOrdinary(text.substr(0, split), millisecondsLayout);
     const auto offset = parseOffset(text.substr(split));
-    if (instant && offset && isLocaleGregorian()) return toDate(*instant - *offset);
+    if (instant && offset) return toDate(*instant - *offset);
     return parseByPlatform(offsetFormat, text);
 }
 
 std::string DateText::format(Date date) {
     const auto instant = ordinary(date);
-    return instant ? write(*instant, millisecondsLayout) : Platform::current().dateFormatter->format(posixFormat, date);
+    return instant ? write(*instant, millisecondsLayout) : formatByPlatform(posixFormat, date);
 }
 
 std::string DateText::stamp(Date date) {
     const auto instant = ordinary(date);
-    return instant ? write(*instant, stampLayout) : Platform::current().dateFormatter->format(stampFormat, date);
+    return instant ? write(*instant, stampLayout) : formatByPlatform(stampFormat, date);
 }
 
 std::string DateText::debug(Date date) {
     const auto instant = ordinary(date);
-    return instant ? write(*instant, debugLayout) + " +0000"
-                   : Platform::current().dateFormatter->format(debugFormat, date);
+    return instant ? write(*instant, debugLayout) + " +0000" : formatByPlatform(debugFormat, date);
 }
 
 Date DateText::now() { return Platform::current().clock->now(); }

@@ -18,11 +18,11 @@ public:
 
     /// "2024-03-05T14:07:09.250", UTC.
     static std::optional<Date> parse(std::string_view text);
-    /// The same form, in the calendar of the device's current locale.
+    /// The same form; a text that is not ordinary is read as in the device's current locale.
     static std::optional<Date> parseLocalized(std::string_view text);
     /// "2024-03-05T14:07:09", UTC.
     static std::optional<Date> parseSeconds(std::string_view text);
-    /// "2024-03-05T14:07:09.250+0100", in the calendar of the device's current locale.
+    /// "2024-03-05T14:07:09.250+0100"; a text that is not ordinary is read as in the device's current locale.
     static std::optional<Date> parseWithOffset(std::string_view text);
 
     /// "2024-03-05T14:07:09.250", UTC.

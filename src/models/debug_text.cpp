@@ -10,6 +10,30 @@ namespace kavio {
 
 std::string debugText(std::int64_t value) { return std::to_string(value); }
 
+std::string quoted(std::string_view text) {
+    std::string quoted = "\"";
+    for (const char c : text) {
+        switch (c) {
+            case '\n':
+                quoted += "\\n";
+                break;
+            case '\t':
+                quoted += "\\t";
+                break;
+            case '\r':
+                quoted += "\\r";
+                break;
+            case '"':
+            case '\\':
+                quoted += '\\';
+                [[fallthrough]];
+            default:
+                quoted += c;
+        }
+    }
+    return quoted + '"';
+}
+
 std::string debugText(double value) {
     // Plain digits for the magnitudes that people write so, an exponent beyond.
     const auto magnitude = std::abs(value);

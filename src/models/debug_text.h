@@ -22,6 +22,9 @@ std::string debugText(Date value);
 inline std::string debugText(std::same_as<bool> auto value) { return value ? "true" : "false"; }
 inline std::string debugText(const std::string& value) { return value; }
 
+/// In double quotes, with a backslash before what would end the text or its line.
+std::string quoted(std::string_view text);
+
 /// An enumerator's own name.
 template <class T>
 requires std::is_enum_v<T> std::string debugText(T value) { return std::string(name(value)); }
@@ -34,8 +37,11 @@ std::string debugText(const std::shared_ptr<const T>& object) {
 template <class T>
 std::string debugText(const std::optional<T>& value) {
     if (!value) return "nil";
-    const std::string_view quote = std::is_same_v<T, std::string> ? "\"" : "";
-    return std::string("Optional(").append(quote).append(debugText(*value)).append(quote).append(")");
+    if constexpr (std::is_same_v<T, std::string>) {
+        return "Optional(" + quoted(*value) + ")";
+    } else {
+        return "Optional(" + debugText(*value) + ")";
+    }
 }
 
 template <class T>

@@ -90,7 +90,8 @@ void KavioNetworkService::sendInBackground(APIRequestPtr request, RawCompletion 
                                                 std::variant<DownloadReply, UrlError> outcome) {
         if (const auto* error = std::get_if<UrlError>(&outcome)) {
             if (!error->status) return finish(weak, *error, completion);
-            return completion(RawResult::failed(lostReply(*error->status, *error)));
+            return finishUnsuccessful(weak, {*error->status, std::nullopt}, completion,
+                                      [error = *error](const Reply& reply) { return lostReply(reply.status, error); });
         }
         const auto& reply = std::get<DownloadReply>(outcome);
         auto body = readFile(reply.file);
@@ -140,15 +141,23 @@ void KavioNetworkService::finish(const std::weak_ptr<KavioNetworkService>& trans
 
 void KavioNetworkService::finish(const std::weak_ptr<KavioNetworkService>& transport, Reply reply,
                                  const RawCompletion& completion) {
+    if (reply.status != 200) {
+        return finishUnsuccessful(transport, std::move(reply), completion,
+                                  [](const Reply& known) { return classifyStatus(known.status, known.body); });
+    }
     const auto self = transport.lock();
     if (self) self->note([&](LastExchange& last) { last.status = reply.status; });
-    if (reply.status == 200) {
-        if (!reply.body) return completion(failed(APIError::invalidData, reply.status));
-        if (self) self->note([&](LastExchange& last) { last.response = *reply.body; });
-        return completion(RawResult::success(std::move(reply.body)));
-    }
+    if (!reply.body) return completion(failed(APIError::invalidData, reply.status));
+    if (self) self->note([&](LastExchange& last) { last.response = *reply.body; });
+    completion(RawResult::success(std::move(reply.body)));
+}
+
+void KavioNetworkService::finishUnsuccessful(const std::weak_ptr<KavioNetworkService>& transport, Reply reply,
+                                             const RawCompletion& completion, const Classification& classify) {
+    const auto self = transport.lock();
+    if (self) self->note([&](LastExchange& last) { last.status = reply.status; });
     const auto handler = self ? self->errorHandler() : nullptr;
-    if (!handler) return completion(RawResult::failed(classifyStatus(reply.status, reply.body)));
+    if (!handler) return completion(RawResult::failed(classify(reply)));
     const UrlReply seen{reply.status, {}, reply.body};
     handler->handle(seen, [completion, reply = std::move(reply)](APIError, std::optional<std::string> message) {
         completion(RawResult::failed(handledStatus(reply.status, reply.body, std::move(message))));

@@ -56,6 +56,10 @@ private:
                        const RawCompletion& completion);
     static void finish(const std::weak_ptr<KavioNetworkService>& transport, Reply reply,
                        const RawCompletion& completion);
+    using Classification = std::function<APIFailure(const Reply&)>;
+    /// `classify` says what the failure is, unless a host's error handler does.
+    static void finishUnsuccessful(const std::weak_ptr<KavioNetworkService>& transport, Reply reply,
+                                   const RawCompletion& completion, const Classification& classify);
     void backgroundEventsDelivered();
     std::shared_ptr<NetworkServiceErrorHandler> errorHandler() const;
     /// Changes what `lastExchange` gives.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "network/api_request.h"
+#include "network/reserved_requests.h"
 
 #include <cstdint>
 #include <map>

@@ -10,7 +10,11 @@
 /// repository that adds nothing of its own is its service under the repository's name.
 namespace kavio {
 
-class LoginRepository : public LoginService {};
+class LoginRepository : public LoginService {
+public:
+    /// The challenge of a log-in under way, where a caller wants it kept here; the facade keeps its own.
+    std::optional<std::string> challenge;
+};
 
 class AccountRepository : private AccountService {
 public:

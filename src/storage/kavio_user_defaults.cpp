@@ -2,6 +2,7 @@
 
 #include "models/account_model.h"
 #include "models/json/json_value.h"
+#include "storage/retaining_store.h"
 #include "util/shared_instance.h"
 #include "util/trace.h"
 
@@ -20,7 +21,7 @@ std::string suiteName() {
 std::shared_ptr<KeyValueStore> openStore() {
     auto& stores = *Platform::current().keyValueStores;
     auto suite = stores.suite(suiteName());
-    return suite ? suite : stores.standard();
+    return std::make_shared<RetainingStore>(suite ? std::move(suite) : stores.standard());
 }
 
 }  // namespace
@@ -43,17 +44,10 @@ void KavioUserDefaults::saveAccount(const std::optional<AccountModel>& account) 
 }
 
 void KavioUserDefaults::setServerExpiredTime(std::optional<Date> date) {
-    if (date) {
-        defualt->set(keys::serverExpiredTime, *date);
-    } else {
-        defualt->remove(keys::serverExpiredTime);
-    }
+    defualt->write({{std::string(keys::serverExpiredTime), date}});
 }
 
-Date KavioUserDefaults::getDate(std::string_view key) const {
-    const auto stored = defualt->date(key);
-    return stored ? *stored : Platform::current().clock->now();
-}
+Date KavioUserDefaults::deviceTime() { return Platform::current().clock->now(); }
 
 std::shared_ptr<KeyValueStore> userDefaults() { return KavioUserDefaults::shared()->defualt; }
 

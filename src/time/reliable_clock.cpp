@@ -36,9 +36,10 @@ bool isTimeSampleFresh() {
 void storeTimeSample(const std::optional<ServerTimeResponse>& response) {
     const auto defaults = KavioUserDefaults::shared();
     const auto now = Platform::current().clock->now();
-    defaults->defualt->set(keys::serverTime, response ? response->serverTime : now);
-    defaults->defualt->set(keys::savedCpuTime, now);
-    if (response) defaults->setServerExpiredTime(response->expireTime);
+    StoreChanges sample{{std::string(keys::serverTime), response ? response->serverTime : now},
+                        {std::string(keys::savedCpuTime), now}};
+    if (response) sample.emplace(keys::serverExpiredTime, response->expireTime);
+    defaults->defualt->write(sample);  // one write: a sample of which half is lost would set the clock wrong
 }
 
 }  // namespace kavio

@@ -47,7 +47,9 @@ std::vector<RegularExpression::Match> allMatches(std::string_view pattern, std::
 std::string KavioUtils::signRequest(std::string_view url, std::string_view body) {
     const auto stamp = serverTimeStamp();
     const auto urlDigest = sha1(signedUrl(url));
-    const auto bodyDigest = sha1(Platform::current().characters->prefix(body, signedBodyCharacters));
+    const auto& characters = *Platform::current().characters;
+    const bool isText = characters.wellFormed(body) == body;
+    const auto bodyDigest = sha1(isText ? characters.prefix(body, signedBodyCharacters) : std::string_view());
     const auto stampDigest = sha1(stamp);
 
     std::string digests;

@@ -7,7 +7,7 @@ namespace kavio {
 namespace {
 
 struct Registry {
-    std::recursive_mutex mutex;
+    std::mutex mutex;
     std::map<std::type_index, std::shared_ptr<void>> instances;
 };
 
@@ -21,9 +21,14 @@ Registry& registry() {
 
 std::shared_ptr<void> detail::sharedInstance(std::type_index type, const std::function<std::shared_ptr<void>()>& make) {
     auto& [mutex, instances] = registry();
-    const std::lock_guard lock(mutex);
-    if (const auto found = instances.find(type); found != instances.end()) return found->second;
+    {
+        const std::lock_guard lock(mutex);
+        if (const auto found = instances.find(type); found != instances.end()) return found->second;
+    }
+    // Without the lock: what is made may need other instances, wait for a disk or call the host. Where two threads make
+    // the same, the first one's stays.
     auto made = make();
+    const std::lock_guard lock(mutex);
     return instances.emplace(type, std::move(made)).first->second;
 }
 

@@ -129,6 +129,23 @@ TEST(EveryOperation, IsSilentOnceFacadeOrDelegateIsGone) {
     }
 }
 
+// A refusal is reported before the call returns, so the facade may go away under the operation that is refused.
+TEST(EveryOperation, SendsNothingWhenFacadeOrDelegateGoesAwayInItsRefusal) {
+    for (const auto lose : losses) {
+        for (const auto& operation : operations) {
+            SCOPED_TRACE(operation.callback);
+            World world;
+            prepare(world);
+            world.kavio().login("49", "502");
+            const auto sent = world.sent().size();
+            world.delegate().onReport = [&](const Report&) { lose(world); };
+            operation.start(world);
+            EXPECT_THAT(world.reports(), ElementsAre(Report{operation.callback, ResultType::BUSY}));
+            EXPECT_EQ(world.sent().size() + world.sentInBackground().size(), sent);
+        }
+    }
+}
+
 TEST(EveryOperation, MayStartTheNextFromItsCallbackAndDestroyTheFacade) {
     for (const auto& operation : operations) {
         SCOPED_TRACE(operation.callback);

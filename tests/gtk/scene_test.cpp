@@ -59,47 +59,7 @@ TEST_F(SceneTest, OffersEachWayToTheEndOfAPageOnce) {
     }
 }
 
-TEST_F(SceneTest, Stress) {
-    const std::string end = "http://127.0.0.1/?g1=a%20b&g1=&z2=%C3%A9+&z50=";
-    const std::string form =
-        "method=post action='" + end + "'><input name=x></form><script>document.forms[0].submit()</script>";
-    server.serveRedirect("/end", end);
-    server.serveRedirect("/chain", server.url("/end"));
-    server.servePage("/form", "<form " + form);
-    present();
-    struct Case {
-        const char* name;
-        std::string html;
-        bool isShown = false;  // a few stand for all: a shown page costs a new web process
-    };
-    for (int round = 0; round < 25; ++round)
-        for (const auto& [name, html, isShown] : std::initializer_list<Case>{
-                 {"a script", "<script>location='" + end + "'</script>"},
-                 {"a refresh", "<meta http-equiv=refresh content=\"0;url=" + end + "\">"},
-                 {"a redirect", "<script>location='" + server.url("/end") + "'</script>"},
-                 {"a chain of redirects", "<script>location='" + server.url("/chain") + "'</script>"},
-                 {"a form", "<form " + form},
-                 {"a frame", "<iframe src='" + end + "'></iframe>"},
-                 {"a form in a frame", "<iframe src='" + server.url("/form") + "'></iframe>"},
-                 {"a form into a frame", "<iframe name=f></iframe><form target=f " + form},
-                 {"a redirect in a frame", "<iframe src='" + server.url("/chain") + "'></iframe>"},
-             }) {
-            SCOPED_TRACE(name);
-            log->urls.clear();
-            isShown ? showPage(html) : runHidden(html);
-            const auto limit = g_get_monotonic_time() + 6000000;
-            until([&] { return !log->loopbacks().empty() || g_get_monotonic_time() > limit; });
-            if (log->loopbacks().empty())
-                fprintf(stderr, "lost %d %s %s %s\n", round, name, shown().c_str(),
-                        testing::PrintToString(log->urls).c_str());
-            EXPECT_NE(shown(), "failed");
-            openAnotherPage();
-            EXPECT_THAT(log->loopbacks(), ElementsAre(end));
-        }
-}
-
 TEST_F(SceneTest, OpensANewWindowOfThePersonsInItself) {
-    present();
     const std::string end = "http://127.0.0.1/?z2=0";
     const std::string large = "style='position:fixed;inset:0'";  // a click anywhere will do
     for (const auto& way :
@@ -107,16 +67,15 @@ TEST_F(SceneTest, OpensANewWindowOfThePersonsInItself) {
           "<form target=_blank method=post action='" + end + "'><button " + large + ">x</button></form>",
           "<button onclick=\"window.open('" + end + "')\" " + large + ">x</button>"}) {
         SCOPED_TRACE(way);
+        int tries = 10;
+        renew();  // of the clicks below one may come late, and would end the page after this
         showPage(way);
         ASSERT_TRUE(until([&] { return shown() == "page"; }));
-        ASSERT_TRUE(until([&] {
-            if (log->loopbacks().empty()) click("webView");  // one that comes before the page is drawn misses
-            return !log->loopbacks().empty();
-        }));
-        openAnotherPage();
+        const auto isOver = [&] { return !log->loopbacks().empty(); };
+        do click("webView");  // one that comes before the page is drawn misses
+        while (!until(isOver, std::chrono::seconds(2)) && --tries > 0);
         EXPECT_THAT(log->loopbacks(), Each(end));
         EXPECT_EQ(windowCount(), 2U);
-        log->urls.clear();
     }
 }
 
@@ -243,39 +202,6 @@ TEST_F(SceneTest, GivesAPageUpOfWhichNothingComes) {
     scene->webView()->loadUrl(server.url("/slow"), std::chrono::seconds(1));
     present();
     EXPECT_TRUE(until([&] { return shown() == "failed"; }));
-}
-
-TEST_F(SceneTest, StaysInTheHandsOfThePersonWhateverThePageDoes) {
-    server.serveDownload("/download");
-    server.servePage("/again", "<script>location='/again'</script>");
-    server.servePage("/large", "<p>" + std::string(50'000'000, 'x'));
-    for (const auto& [name, html] : std::initializer_list<std::pair<const char*, std::string>>{
-             {"alerts", "<script>for (;;) alert(confirm(prompt('')))</script>"},
-             {"a busy script", "<script>onload = () => setTimeout(() => { for (;;); })</script>"},
-             {"a storm of windows", "<script>setInterval(() => { open('" + server.url("/another") + "') })</script>"},
-             {"endless redirects", "<script>location='/again'</script>"},
-             {"a refusal to leave", "<script>onbeforeunload = () => 'stay'; location='/again'</script>"},
-             {"a large document", "<script>location='/large'</script>"},
-             {"a download", "<script>location='/download'</script>"},
-             {"a file", "<script>location='file:///etc/passwd'</script>"},
-             {"a program", "<script>location='mailto:a@b.example'; location='kavio-test:x'</script>"},
-             {"permissions",
-              "<script>Notification.requestPermission(); navigator.geolocation.getCurrentPosition(() => 0)"
-              "</script><input type=file autofocus>"},
-             {"full screen", "<script>document.documentElement.requestFullscreen(); print()</script>"},
-         }) {
-        SCOPED_TRACE(name);
-        log->onClose = [&] { scene->dismiss(true); };
-        showPage(html + std::string("<p>page"));
-        ASSERT_TRUE(until([&] { return shown() != "working"; }));
-        EXPECT_EQ(shown(), "page");
-        EXPECT_EQ(windowCount(), 2U);
-        press("Escape");
-        EXPECT_TRUE(until([&] { return shown() == "nothing"; }));
-        EXPECT_EQ(log->closes, 1);
-        EXPECT_THAT(log->loopbacks(), IsEmpty());
-        renew();
-    }
 }
 
 TEST_F(SceneTest, OutlivesItsWebProcess) {

@@ -94,27 +94,6 @@ TEST_F(DateTexts, KeepEveryMillisecond) {
     }
 }
 
-TEST(LocalizedDates, AreInTheCalendarOfTheLocale) {
-    /// Counts years from 543 before ours.
-    struct OtherCalendar final : DateFormatter {
-        std::optional<Date> parse(const DateFormat&, std::string_view text) const override {
-            ++calls;
-            return text.starts_with("20") ? std::optional(Date(sys_days(1481y / 3 / 5))) : std::nullopt;
-        }
-        std::string format(const DateFormat&, Date) const override { return {}; }
-        mutable int calls = 0;
-    };
-    const auto formatter = std::make_shared<OtherCalendar>();
-    auto platform = FakeDevice().platform();
-    platform.dateFormatter = formatter;
-    const InstalledPlatform installed(platform);
-
-    EXPECT_EQ(DateText::parseLocalized("2024-03-05T00:00:00.000"), Date(sys_days(1481y / 3 / 5)));
-    EXPECT_EQ(DateText::parseWithOffset("2024-03-05T00:00:00.000+0000"), Date(sys_days(1481y / 3 / 5)));
-    EXPECT_EQ(formatter->calls, 3) << "one to find out, one for each date";
-    EXPECT_EQ(DateText::parse("2024-03-05T00:00:00.000"), Date(sys_days(2024y / 3 / 5)));
-}
-
 TEST_F(DateTexts, OfTheServersClockFallBackOneByOne) {
     const auto now = device.clock->now();
     struct Case {

@@ -31,28 +31,22 @@ TEST(FreshTime, IsAskedForWhenNoMoreThan300SecondsAreLeft) {
 
 TEST(FreshTime, ComesBeforeTheRequestWhateverItBrings) {
     const std::string deviceTime = "20240101000000";
-    struct Case {
-        const char* name;
-        Answer answer;
-        std::string stamp;  // of the request that waited
-        bool askedAgain;
-    };
-    for (const auto& c : std::vector<Case>{
-             {"a sample", {200, replies::time("1999")}, "19990601000000", false},
-             {"no members", {200, "{}"}, deviceTime, true},
-             {"texts that are no dates", {200, R"({"serverTime":"soon","expireTime":null})"}, deviceTime, true},
-             {"not JSON", {200, "<html>"}, deviceTime, true},
-             {"null", {200, "null"}, deviceTime, true},
-             {"refused", {500, "{}"}, deviceTime, true},
-             {"no network", UrlError::notConnectedToInternet, deviceTime, true},
+    for (const auto& [answer, stamp] : std::vector<std::pair<Answer, std::string>>{
+             {{200, replies::time("1999")}, "19990601000000"},
+             {{200, "{}"}, deviceTime},
+             {{200, R"({"serverTime":"soon","expireTime":null})"}, deviceTime},
+             {{200, "<html>"}, deviceTime},
+             {{200, "null"}, deviceTime},
+             {{500, "{}"}, deviceTime},
+             {UrlError::notConnectedToInternet, deviceTime},
          }) {
-        SCOPED_TRACE(c.name);
+        SCOPED_TRACE(answer.body);
         FreshInstall world;
         world.kavio().getOrder("1");
-        world.answer(c.answer);
+        world.answer(answer);
         ASSERT_THAT(world.paths(), ElementsAre("/time?", order));
         EXPECT_EQ(header(world.sent().front(), "X-Zelto-Wallet-Session-Token"), "");
-        EXPECT_EQ(KavioUtils::serverTimeStamp(), c.stamp);
+        EXPECT_EQ(KavioUtils::serverTimeStamp(), stamp);
         const auto request = world.sent().back();
         EXPECT_EQ(header(request, "X-Zelto-Sign"), KavioUtils::signRequest(request.url, ""));
         world.answer({200, replies::order("completed")});
@@ -60,14 +54,16 @@ TEST(FreshTime, ComesBeforeTheRequestWhateverItBrings) {
                     ElementsAre(Report{"onGetOrder", ResultType::SUCCESS, std::nullopt, "77 COMPLETED"}))
             << "the time request has no report of its own";
         world.kavio().getOrder("1");
-        EXPECT_EQ(world.paths().back(), c.askedAgain ? "/time?" : order);
+        EXPECT_EQ(world.paths().back(), stamp == deviceTime ? "/time?" : order);
     }
 }
 
-TEST(FreshTime, FollowsTheServersClock) {
+TEST(FreshTime, FollowsTheServersClockAndComesBeforeAnOrderToo) {
     FreshInstall world;
-    world.kavio().getOrder("1");
+    world.kavio().placeOrder(1, std::make_shared<PaymentMethod>("0", "501", PaymentMethod::PaymentType::KAVIO), 1, {});
+    EXPECT_TRUE(world.sentInBackground().empty());
     world.answer({200, R"({"serverTime":"2020-01-01T10:00:00.000+0000","expireTime":"2020-01-02T00:00:00.000+0100"})"});
+    EXPECT_EQ(world.sentInBackground().size(), 1U);
     world.device().clock->advance(seconds(90));
     EXPECT_EQ(KavioUtils::serverTimeStamp(), "20200101100130");
     EXPECT_EQ(world.store().date("server_expired_time"),
@@ -93,15 +89,6 @@ TEST(FreshTime, IsNotAskedForByLoginAndVerify) {
     world.answer({200, replies::challenge});
     world.kavio().verify("1", "DE", "49", "501");
     EXPECT_THAT(world.paths(), ElementsAre("/account/challenge/", "/account/verify/"));
-}
-
-TEST(FreshTime, ComesBeforeAnOrderToo) {
-    FreshInstall world;
-    const auto wallet = std::make_shared<PaymentMethod>("0", "501", PaymentMethod::PaymentType::KAVIO);
-    world.kavio().placeOrder(1, wallet, 1, {});
-    EXPECT_TRUE(world.sentInBackground().empty());
-    world.answer({200, replies::time("2024")});
-    EXPECT_EQ(world.sentInBackground().size(), 1U);
 }
 
 TEST(TimerTool, RunsOnALaterTurnOfTheMainQueueByTheMonotonicClock) {

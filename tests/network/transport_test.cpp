@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+#include <tuple>
+
 namespace kavio::test {
 namespace {
 
@@ -32,23 +34,18 @@ TEST(Transport, AddsTheServicesHeaders) {
     EXPECT_EQ(header(world.sent().back(), "lang"), "en");
 }
 
-TEST(Transport, ShowsTheHostsTranslations) {
+TEST(Transport, TakesAReplyWithoutABodyForAFailureAndShowsTheHostsTranslations) {
     World world;
     world.device().mainBundle->setLocalizedString("Your session token is expaired", "Sitzung abgelaufen");
-    world.kavio().getOrder("1");
-    world.answer({401, ""});
-    EXPECT_EQ(world.reports().back().message, "Sitzung abgelaufen");
-}
-
-TEST(Transport, TakesAReplyWithoutABodyForAFailure) {
-    World world;
-    for (const auto& [status, type] :
-         std::vector<std::pair<int, ResultType>>{{200, ResultType::FAILURE}, {500, ResultType::SERVER_ERROR}}) {
+    for (const int status : {200, 500, 401}) {
         world.kavio().getOrder("1");
         world.device().urlSession->answerWithoutBody(status);
         world.run();
-        EXPECT_EQ(world.reports().back(), (Report{"onGetOrder", type}));
     }
+    EXPECT_THAT(
+        world.reports(),
+        testing::ElementsAre(Report{"onGetOrder", ResultType::FAILURE}, Report{"onGetOrder", ResultType::SERVER_ERROR},
+                             Report{"onGetOrder", ResultType::ACCESS_DENIED, "Sitzung abgelaufen"}));
 }
 
 TEST(Transport, RemembersTheLastExchange) {
@@ -75,12 +72,7 @@ private:
 
 TEST(Transport, LeavesFailuresToAnInstalledErrorHandler) {
     const std::string body = R"({"message":"M","code":"C"})";
-    struct Case {
-        std::optional<std::string> handled;
-        Answer answer;
-        Report report;
-    };
-    for (const auto& [handled, answer, report] : std::vector<Case>{
+    for (const auto& [handled, answer, report] : std::vector<std::tuple<std::optional<std::string>, Answer, Report>>{
              {"H", UrlError::networkConnectionLost, {"onGetOrder", ResultType::NETWORK_FAILED, "H"}},
              {"H", {500, body}, {"onGetOrder", ResultType::SERVER_ERROR, "H"}},
              {std::nullopt, {500, body}, {"onGetOrder", ResultType::SERVER_ERROR, "M"}},

@@ -3,17 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <tuple>
 
 namespace kavio::test {
 namespace {
 
 TEST(UrlRequest, AppendsPathComponents) {
     const std::string base = "https://h:443/v1";
-    struct Case {
-        std::string component;
-        std::string url;
-    };
-    for (const auto& [component, url] : std::vector<Case>{
+    for (const auto& [component, url] : std::vector<std::pair<std::string, std::string>>{
              {"/account", base + "/account"},
              {"machines/7/products", base + "/machines/7/products"},
              {"/account/challenge/", base + "/account/challenge/"},
@@ -28,12 +25,7 @@ TEST(UrlRequest, AppendsPathComponents) {
 }
 
 TEST(UrlRequest, SetsTheQuery) {
-    struct Case {
-        std::string url;
-        std::string query;
-        std::string expected;
-    };
-    for (const auto& [url, query, expected] : std::vector<Case>{
+    for (const auto& [url, query, expected] : std::vector<std::tuple<std::string, std::string, std::string>>{
              {"https://h/p", "", "https://h/p?"},
              {"https://h/p", "a=1&b=x y", "https://h/p?a=1&b=x%20y"},
              {"https://h/p?old=1", "a=1", "https://h/p?a=1"},

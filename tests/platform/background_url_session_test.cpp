@@ -1,8 +1,5 @@
 #include "platform/linux/url_session.h"
 #include "platform/test_host.h"
-#include "support/eventually.h"
-
-#include <kavio/platform/url_session.h>
 
 #include <gtest/gtest.h>
 #include <net/if.h>
@@ -10,18 +7,19 @@
 #include <sched.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
-#include <iterator>
 #include <sstream>
 
 namespace kavio::test {
-
 namespace {
 
 using Download = std::variant<DownloadReply, UrlError>;
+
+std::shared_ptr<BackgroundUrlSession> sessionWith(const RawServer& server) {
+    return makeBackgroundUrlSession(service().reaching(server.address()));
+}
 
 /// "STATUS BODY", or "-1005 with STATUS".
 std::string download(const Download& outcome) {
@@ -42,34 +40,29 @@ std::future<std::string> begin(BackgroundUrlSession& session, UrlRequest request
     return promise->get_future();
 }
 
-TEST(BackgroundUrlSession, GivesTheReplyOrWhatIsKnownOfIt) {
-    using Connection = RawServer::Connection;
+TEST(BackgroundUrlSession, SendsOnceAndGivesTheReplyOrWhatIsKnownOfIt) {
     struct Case {
         const char* expected;
-        std::function<void(Connection&)> afterRequest;
+        Ending ending;
     };
     const std::vector<Case> cases{
-        {"200 placed", [](Connection& connection) { connection.send(httpReply(200, "placed")); }},
-        {"204 ", [](Connection& connection) { connection.send(httpReply(204, "")); }},
-        {"302 ", [](Connection& connection) { connection.send(httpReply(302, "", "Location: /to\r\n")); }},
-        {"488 no", [](Connection& connection) { connection.send(httpReply(488, "no")); }},
-        {"-1005 with 0", [](Connection&) {}},
-        {"-1005 with 0", [](Connection& connection) { connection.send("HTTP/1.1 100 Continue\r\n\r\n"); }},
-        {"-1005 with 200", [](Connection& connection) { connection.send(httpReply(200, "placed").substr(0, 44)); }},
-        {"-1001 with 401",
-         [](Connection& connection) { connection.send(httpReply(401, "placed").substr(0, 44)), connection.stall(); }},
+        {"200 placed", sending(httpReply(200, "placed"))},
+        {"204 ", sending(httpReply(204, ""))},
+        {"302 ", sending(httpReply(302, "", "Location: /to\r\n"))},
+        {"488 no", sending(httpReply(488, "no"))},
+        {"-1005 with 0", sending("")},
+        {"-1005 with 0", sending("HTTP/1.1 100 Continue\r\n\r\n")},
+        {"-1005 with 200", sending(httpReply(200, "placed").substr(0, 44))},
+        {"-1001 with 401", stallingAfter(httpReply(401, "placed").substr(0, 44))},
     };
-    const RawServer server(service().identity, [&](Connection& connection) {
-        if (!connection.handshake()) return;
-        const std::string request = connection.readRequest();
-        if (!request.empty()) cases[std::stoul(request.substr(request.find('/') + 1))].afterRequest(connection);
-    });
-    const auto session = makeBackgroundUrlSession(service().reaching(server.address()));
+    const HostServer server(endingAs(cases));
+    const auto session = sessionWith(server);
     std::vector<std::future<std::string>> outcomes;
     for (std::size_t i = 0; i < cases.size(); ++i) {
-        auto request = post(host + "/" + std::to_string(i), "order");
+        // Which of the two is all the same to this session.
+        const auto idempotency = i % 2 == 0 ? Idempotency::ONCE : Idempotency::REPEATABLE;
+        auto request = post(host + "/" + std::to_string(i), "order", idempotency);
         request.timeout = std::chrono::seconds(1);
-        request.idempotency = i % 2 == 0 ? Idempotency::ONCE : Idempotency::REPEATABLE;  // all the same to this session
         outcomes.push_back(begin(*session, request));
     }
     for (std::size_t i = 0; i < cases.size(); ++i) EXPECT_EQ(outcomes[i].get(), cases[i].expected) << i;
@@ -77,9 +70,22 @@ TEST(BackgroundUrlSession, GivesTheReplyOrWhatIsKnownOfIt) {
     EXPECT_EQ(server.received().size(), cases.size()) << "each has a connection of its own";
 }
 
+TEST(BackgroundUrlSession, DoesNotTryAgainOnceAConnectionWasMade) {
+    for (const auto& [read, expected] : std::vector<std::pair<int, const char*>>{
+             {-1, "-1200 with 0"}, {0, "-1005 with 0"}, {1, "-1005 with 0"}, {40, "-1005 with 0"}}) {
+        const HostServer server([count = read](Connection& connection) {
+            if (count >= 0 && connection.handshake()) connection.read(static_cast<std::size_t>(count));
+        });
+        EXPECT_EQ(begin(*sessionWith(server), post(host, std::string(500'000, 'x'))).get(), expected);
+        EXPECT_EQ(server.received().size(), 1U) << "cut off after " << read << " bytes";
+    }
+    EXPECT_EQ(begin(*makeBackgroundUrlSession(service().reaching(abandonedAddress())), post(host, "order")).get(),
+              "-1004 with 0");
+}
+
 TEST(BackgroundUrlSession, StoresTheReplyForTheCompletionOnly) {
-    const RawServer server(service().identity, answering([](const auto&) { return httpReply(200, "placed"); }));
-    const auto session = makeBackgroundUrlSession(service().reaching(server.address()));
+    const HostServer server(answering(httpReply(200, "placed")));
+    const auto session = sessionWith(server);
     std::vector<std::string> events;
     std::filesystem::path file;
     std::promise<void> delivered;
@@ -89,12 +95,9 @@ TEST(BackgroundUrlSession, StoresTheReplyForTheCompletionOnly) {
     });
     const auto note = [&](const Download& outcome) {
         file = std::get<DownloadReply>(outcome).file;
-        struct stat folder {};
-        struct stat stored {};
-        ::stat(file.parent_path().c_str(), &folder);
-        ::stat(file.c_str(), &stored);
         std::ostringstream modes;
-        modes << std::oct << (folder.st_mode & 0777U) << " " << (stored.st_mode & 0777U);
+        for (const auto& path : {file.parent_path(), file})
+            modes << std::oct << static_cast<int>(std::filesystem::status(path).permissions()) << " ";
         events.push_back(modes.str());
     };
     session->downloadTask(post(host, "order"), [&](const Download& outcome) {
@@ -102,21 +105,12 @@ TEST(BackgroundUrlSession, StoresTheReplyForTheCompletionOnly) {
         session->downloadTask(post(host, "order"), note);
     });
     delivered.get_future().wait();
-    EXPECT_EQ(events, (std::vector<std::string>{"700 600", "700 600", "delivered"}));
-}
+    EXPECT_EQ(events, (std::vector<std::string>{"700 600 ", "700 600 ", "delivered"}));
 
-TEST(BackgroundUrlSession, KeepsTheStatusOfAReplyThatItCannotStore) {
-    const RawServer server(service().identity, answering([](const auto&) { return httpReply(200, "placed"); }));
     ::setenv("TMPDIR", "/dev/null", 1);
-    EXPECT_EQ(begin(*makeBackgroundUrlSession(service().reaching(server.address())), post(host, "order")).get(),
-              "-1011 with 200");
+    session->onEventsDelivered({});
+    EXPECT_EQ(begin(*session, post(host, "order")).get(), "-1011 with 200") << "where it cannot be stored";
     ::unsetenv("TMPDIR");
-}
-
-TEST(BackgroundUrlSession, ReportsARefusedConnectionAtOnce) {
-    const std::string abandoned = RawServer(service().identity, [](RawServer::Connection&) {}).address();
-    EXPECT_EQ(begin(*makeBackgroundUrlSession(service().reaching(abandoned)), post(host, "order")).get(),
-              "-1004 with 0");
 }
 
 void openLoopback() {
@@ -142,10 +136,10 @@ bool inFreshNetwork(const std::function<void()>& test) {
 
 TEST(BackgroundUrlSession, WaitsForTheNetwork) {
     const bool permitted = inFreshNetwork([] {
-        const RawServer server(service().identity, answering([](const auto&) { return httpReply(200, "placed"); }));
-        const auto session = makeBackgroundUrlSession(service().reaching(server.address()));
+        const HostServer server(answering(httpReply(200, "placed")));
+        const auto session = sessionWith(server);
         auto order = begin(*session, post(host, "order"));
-        auto lost = begin(*makeBackgroundUrlSession(service().reaching(server.address())), post(host, "given up"));
+        auto lost = begin(*sessionWith(server), post(host, "given up"));
         EXPECT_EQ(lost.get(), "-999 with 0") << "waits until the session goes";
         EXPECT_EQ(errorCode(fetch(*makeUrlSession(service().reaching(server.address())), get(host))), -1009);
         EXPECT_EQ(errorCode(fetch(*makeUrlSession(service().reaching("")), get(host))), -1009) << "name look-up";

@@ -1,12 +1,10 @@
-#include "platform/failing_disk.h"
+#include "platform/other_process.h"
 #include "platform/store_folder.h"
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <string>
+#include <random>
 
 namespace kavio::test {
 namespace {
@@ -24,40 +22,33 @@ TEST(SqliteStores, KeepValuesWhenTheyAreOpenedAgain) {
     EXPECT_THAT(store.files(), ElementsAre("suite.suite.sqlite"));
 }
 
+mode_t modeOf(const std::filesystem::path& path) {
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
+}
+
 TEST(SqliteStores, AreTheirUsersAloneWhateverTheUmask) {
     for (const mode_t mask : {0000, 0777}) {
         StoreFolder store;
         const auto former = ::umask(mask);
-        const auto suite = store.suite();
+        EXPECT_TRUE(store.suite());
         ::umask(former);
-        ASSERT_TRUE(suite);
-        struct stat folder {};
-        struct stat file {};
-        ASSERT_EQ(::stat(store.path.c_str(), &folder), 0);
-        ASSERT_EQ(::stat(store.file.c_str(), &file), 0);
-        EXPECT_EQ(folder.st_mode & 07777, 0700U);
-        EXPECT_EQ(file.st_mode & 07777, 0600U);
+        EXPECT_EQ(modeOf(store.path), 0700U);
+        EXPECT_EQ(modeOf(store.file), 0600U);
+        ::chmod(store.file.c_str(), 0644);
+        EXPECT_TRUE(store.suite());
+        EXPECT_EQ(modeOf(store.file), 0600U) << "of a file that others could read until now";
     }
-}
-
-TEST(SqliteStores, TakeAccessToAnExistingFileFromOthers) {
-    StoreFolder store;
-    store.suite()->set("a", "1");
-    ::chmod(store.file.c_str(), 0644);
-    EXPECT_EQ(store.suite()->string("a"), "1");
-    struct stat file {};
-    ASSERT_EQ(::stat(store.file.c_str(), &file), 0);
-    EXPECT_EQ(file.st_mode & 0777, 0600U);
 }
 
 TEST(SqliteStores, RefuseWhatIsNoPlainFile) {
     StoreFolder store;
     std::filesystem::create_directories(store.path);
     const auto elsewhere = store.folder.path() / "elsewhere";
-    StoreFolder::replaceContents(elsewhere, "");
+    std::ofstream(elsewhere).close();
     std::filesystem::create_symlink(elsewhere, store.file);
     EXPECT_EQ(store.suite(), nullptr);
-    EXPECT_EQ(StoreFolder::contents(elsewhere), "");
+    EXPECT_TRUE(std::filesystem::is_empty(elsewhere));
     std::filesystem::remove(store.file);
     std::filesystem::create_directory(store.file);
     EXPECT_EQ(store.suite(), nullptr);
@@ -72,85 +63,69 @@ TEST(SqliteStores, LiveInMemoryWhereNothingCanBeWritten) {
 }
 
 TEST(SqliteStores, AreFoundInTheUsersDataFolder) {
-    const TemporaryFolder folder;
-    const auto write = [] { makeSqliteStores({}, makeOpensslDigest(), {})->standard()->set("a", "1"); };
-    ::setenv("HOME", (folder.path() / "home").c_str(), 1);
-    ::unsetenv("XDG_DATA_HOME");
-    write();
-    EXPECT_TRUE(std::filesystem::exists(folder.path() / "home/.local/share/kavio/standard.sqlite"));
-    ::setenv("XDG_DATA_HOME", (folder.path() / "data").c_str(), 1);
-    write();
-    EXPECT_TRUE(std::filesystem::exists(folder.path() / "data/kavio/standard.sqlite"));
+    const TemporaryFolder home;
+    ::setenv("HOME", home.path().c_str(), 1);
+    for (const bool isNamed : {false, true}) {
+        isNamed ? ::setenv("XDG_DATA_HOME", (home.path() / "data").c_str(), 1) : ::unsetenv("XDG_DATA_HOME");
+        makeSqliteStores({}, makeOpensslDigest(), {})->standard()->set("a", "1");
+        const auto* folder = isNamed ? "data" : ".local/share";
+        EXPECT_TRUE(std::filesystem::exists(home.path() / folder / "kavio/standard.sqlite"));
+    }
     ::unsetenv("XDG_DATA_HOME");
 }
 
 TEST(SqliteStores, ShowEachProcessTheOthersWritesAtOnce) {
     StoreFolder store;
-    int toChild[2];
-    int toParent[2];
-    ASSERT_EQ(::pipe(toChild) | ::pipe(toParent), 0);
-    constexpr int turns = 50;
-    char turn = 0;
-    const auto child = ::fork();
-    if (child == 0) {  // the child answers each number that it finds with the next one
+    const OtherProcess other([&](int channel) {  // answers each number that it finds with the next one
         const auto suite = store.suite();
-        for (int i = 0; i < turns && ::read(toChild[0], &turn, 1) == 1; ++i) {
+        for (int turn = 0; hear(channel, turn); tell(channel, turn))
             suite->set("n", std::to_string(std::stoi(suite->string("n").value_or("-1000")) + 1));
-            if (::write(toParent[1], &turn, 1) != 1) break;
-        }
-        ::_exit(0);
-    }
+        return true;
+    });
     const auto suite = store.suite();
-    for (int i = 0; i < turns; ++i) {
-        ASSERT_TRUE(suite->set("n", std::to_string(i * 10)));
-        ASSERT_EQ(::write(toChild[1], &turn, 1), 1);
-        ASSERT_EQ(::read(toParent[0], &turn, 1), 1);
-        ASSERT_EQ(suite->string("n"), std::to_string(i * 10 + 1));
+    for (int turn = 0; turn < 50; ++turn) {
+        ASSERT_TRUE(suite->set("n", std::to_string(turn * 10)));
+        ASSERT_TRUE(tell(other.channel, turn) && hear(other.channel, turn));
+        ASSERT_EQ(suite->string("n"), std::to_string(turn * 10 + 1));
     }
-    ::waitpid(child, nullptr, 0);
-    for (const int descriptor : {toChild[0], toChild[1], toParent[0], toParent[1]}) ::close(descriptor);
 }
 
-TEST(SqliteStores, FailAWriteOnABrokenDiskAndLoseNothing) {
-    using enum FailingDisk::Fault;
-    for (const auto fault : {REFUSED_ONCE, DONE_ONCE, FULL}) {
-        bool isMet = true;
-        for (int n = 1; isMet; ++n) {
-            SCOPED_TRACE("fault " + std::to_string(static_cast<int>(fault)) + " at operation " + std::to_string(n));
-            ASSERT_LT(n, 100);
-            StoreFolder store;
-            FailingDisk disk;
-            auto suite = store.suite();
-            ASSERT_TRUE(suite->set("a", "old") && suite->set("b", std::string(10'000, 'b')));
-
-            disk.failAt(n, fault);
-            const bool isKept = suite->set("a", "new");
-            const auto seen = suite->string("a");
-            isMet = disk.repair();
-            EXPECT_EQ(seen, isKept ? "new" : "old");
-            EXPECT_TRUE(isKept || isMet);
-            EXPECT_EQ(suite->string("a"), seen);
-            suite.reset();
-            EXPECT_EQ(store.suite()->string("a"), seen);
-            EXPECT_EQ(store.suite()->string("b"), std::string(10'000, 'b'));
-            EXPECT_TRUE(store.suite()->set("a", "newer"));
-            EXPECT_THAT(store.setAside, IsEmpty());
+TEST(SqliteStores, KeepEveryAcknowledgedWriteOfAWriterThatIsKilled) {
+    constexpr int keys = 5;
+    const auto key = [](int n) { return "key" + std::to_string(n % keys); };
+    const auto value = [](int n) {
+        return std::to_string(n) + std::string(static_cast<std::size_t>(n % 7) * 700, 'x');
+    };
+    const auto seed = std::random_device()();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    StoreFolder store;
+    for (int first = 0, round = 0; round < 220 && !HasFailure(); ++round) {
+        const OtherProcess writer([&](int channel) {
+            const auto suite = store.suite();
+            for (int n = first; suite->set(key(n), value(n)) && tell(channel, n); ++n) {
+            }
+            return false;
+        });
+        int last = first - 1;
+        for (auto writes = random() % 5; writes > 0 && hear(writer.channel, last); --writes) {
         }
-    }
-}
+        const auto end = std::chrono::steady_clock::now() + std::chrono::microseconds(random() % 1500);
+        while (std::chrono::steady_clock::now() < end) {
+        }
+        ::kill(writer.process, SIGKILL);
+        while (hear(writer.channel, last)) {
+        }
+        EXPECT_TRUE(WIFSIGNALED(writer.status())) << "the writer had given up by itself";
 
-TEST(SqliteStores, GiveNoSuiteWhenItsFileCannotBeMade) {
-    bool isMet = true;
-    for (int n = 1; isMet; ++n) {
-        StoreFolder store;
-        FailingDisk disk;
-        disk.failAt(n, FailingDisk::Fault::FULL);
-        const bool isThere = store.suite() != nullptr;
-        isMet = disk.repair();
-        EXPECT_EQ(isThere, !isMet) << "full at operation " << n;
-        EXPECT_TRUE(store.suite()->set("a", "1"));
-        EXPECT_THAT(store.setAside, IsEmpty());
+        const auto suite = store.suite();
+        ASSERT_TRUE(suite);
+        // The write after the last acknowledged one may be there too.
+        const int newest = suite->string(key(last + 1)) == value(last + 1) ? last + 1 : last;
+        for (int n = std::max(0, newest - keys + 1); n <= newest; ++n) EXPECT_EQ(suite->string(key(n)), value(n));
+        first = newest + 1;
     }
+    EXPECT_THAT(store.setAside, IsEmpty());
 }
 
 }  // namespace

@@ -9,15 +9,18 @@
 
 #include <chrono>
 #include <fstream>
+#include <functional>
 #include <future>
 #include <memory>
 #include <string>
 #include <utility>
 #include <variant>
+#include <vector>
 
 namespace kavio::test {
 
 using Outcome = std::variant<UrlReply, UrlError>;
+using Connection = RawServer::Connection;
 
 inline const std::string host = "https://service.test";
 
@@ -33,16 +36,49 @@ struct TestHost {
     Identity identity = authority.issue("service.test");
 };
 
-inline UrlRequest get(const std::string& url) {
-    return {.url = url,
-            .headers = {},
-            .body = {},
-            .timeout = std::chrono::seconds(20),
-            .idempotency = Idempotency::REPEATABLE};
+/// The one of this program.
+inline const TestHost& service() {
+    static const TestHost made;
+    return made;
 }
 
-inline UrlRequest post(const std::string& url, std::string body) {
-    return {"POST", url, {}, std::move(body), std::chrono::seconds(20), Idempotency::ONCE};
+/// A server that can prove to be `host`.
+struct HostServer : RawServer {
+    explicit HostServer(Script script, std::string protocol = "http/1.1")
+        : RawServer(service().identity, std::move(script), std::move(protocol)) {}
+};
+
+/// An address of this machine where nobody listens.
+inline std::string abandonedAddress() {
+    return HostServer([](Connection&) {}).address();
+}
+
+/// What a server does after a request, before it closes the connection.
+using Ending = std::function<void(Connection&)>;
+
+inline Ending sending(std::string bytes) {
+    return [bytes = std::move(bytes)](Connection& connection) { connection.send(bytes); };
+}
+
+inline Ending stallingAfter(std::string bytes) {
+    return [bytes = std::move(bytes)](Connection& connection) { connection.send(bytes), connection.stall(); };
+}
+
+/// Ends a connection whose request is for "/N" as the `N`th of `cases` does.
+template <class Case>
+RawServer::Script endingAs(const std::vector<Case>& cases) {
+    return meeting([&](Connection& connection, const std::string& request) {
+        cases.at(std::stoul(request.substr(request.find('/') + 1))).ending(connection);
+        return false;
+    });
+}
+
+inline UrlRequest get(std::string url, Idempotency idempotency = Idempotency::REPEATABLE) {
+    return {"GET", std::move(url), {}, {}, std::chrono::seconds(20), idempotency};
+}
+
+inline UrlRequest post(std::string url, std::string body, Idempotency idempotency = Idempotency::ONCE) {
+    return {"POST", std::move(url), {}, std::move(body), std::chrono::seconds(20), idempotency};
 }
 
 inline std::future<Outcome> begin(UrlSession& session, UrlRequest request) {
@@ -64,12 +100,6 @@ inline std::string text(const Outcome& outcome) {
 inline int errorCode(const Outcome& outcome) {
     const auto* error = std::get_if<UrlError>(&outcome);
     return error == nullptr ? 0 : error->code;
-}
-
-/// The one of this program.
-inline const TestHost& service() {
-    static const TestHost made;
-    return made;
 }
 
 }  // namespace kavio::test

@@ -9,25 +9,24 @@
 
 namespace kavio::test {
 
-/// What a server shows to its clients, as PEM.
+/// What a server shows to its clients.
 struct Identity {
-    std::string certificate;
-    std::string key;
+    std::shared_ptr<X509> certificate;
+    std::shared_ptr<EVP_PKEY> key;
+    std::string pem() const;
 };
 
-/// A certificate authority that lives as long as a test. Its certificates are for a host name or an IP address.
+/// A certificate authority that lives as long as a test.
 class CertificateAuthority {
 public:
     CertificateAuthority();
 
     /// The authority's own certificate, for clients to trust, as PEM.
-    const std::string& certificate() const { return mIdentity.certificate; }
+    std::string certificate() const { return Identity{mIdentity.certificate, nullptr}.pem(); }
     /// `validFor` counts from now; a negative one gives a certificate that has expired.
     Identity issue(const std::string& host, std::chrono::hours validFor = std::chrono::hours(24)) const;
 
 private:
-    std::shared_ptr<EVP_PKEY> mKey;
-    std::shared_ptr<X509> mCertificate;
     Identity mIdentity;
 };
 

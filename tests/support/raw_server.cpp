@@ -2,13 +2,10 @@
 
 #include <netinet/in.h>
 #include <netinet/tcp.h>
-#include <openssl/pem.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <csignal>
-#include <cstdlib>
 #include <stdexcept>
 #include <utility>
 
@@ -19,31 +16,19 @@ void require(bool succeeded) {
     if (!succeeded) throw std::runtime_error("cannot start a TLS server");
 }
 
-int selectProtocol(SSL*, const unsigned char** chosen, unsigned char* length, const unsigned char* offered,
-                   unsigned int offeredLength, void* protocol) {
+/// Takes the server's protocol, whatever the client offers.
+int selectProtocol(SSL*, const unsigned char** chosen, unsigned char* length, const unsigned char*, unsigned int,
+                   void* protocol) {
     const auto& own = *static_cast<const std::string*>(protocol);
-    const std::string list = static_cast<char>(own.size()) + own;
-    unsigned char* found = nullptr;
-    // `chosen` must outlive this call: what is found in the client's offer does.
-    const int result = SSL_select_next_proto(&found, length, reinterpret_cast<const unsigned char*>(offered),
-                                             offeredLength, reinterpret_cast<const unsigned char*>(list.data()),
-                                             static_cast<unsigned int>(list.size()));
-    *chosen = found;
-    return result == OPENSSL_NPN_NEGOTIATED ? SSL_TLSEXT_ERR_OK : SSL_TLSEXT_ERR_NOACK;
+    *chosen = reinterpret_cast<const unsigned char*>(own.data());
+    *length = static_cast<unsigned char>(own.size());
+    return SSL_TLSEXT_ERR_OK;
 }
 
 std::shared_ptr<SSL_CTX> makeContext(const Identity& identity, std::string& protocol) {
     std::shared_ptr<SSL_CTX> context(SSL_CTX_new(TLS_server_method()), &SSL_CTX_free);
-    const auto open = [](const std::string& text) {
-        return std::unique_ptr<BIO, decltype(&BIO_free)>(BIO_new_mem_buf(text.data(), static_cast<int>(text.size())),
-                                                         &BIO_free);
-    };
-    const std::unique_ptr<X509, decltype(&X509_free)> certificate(
-        PEM_read_bio_X509(open(identity.certificate).get(), nullptr, nullptr, nullptr), &X509_free);
-    const std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)> key(
-        PEM_read_bio_PrivateKey(open(identity.key).get(), nullptr, nullptr, nullptr), &EVP_PKEY_free);
-    require(context && SSL_CTX_use_certificate(context.get(), certificate.get()) == 1 &&
-            SSL_CTX_use_PrivateKey(context.get(), key.get()) == 1);
+    require(context && SSL_CTX_use_certificate(context.get(), identity.certificate.get()) == 1 &&
+            SSL_CTX_use_PrivateKey(context.get(), identity.key.get()) == 1);
     SSL_CTX_set_alpn_select_cb(context.get(), &selectProtocol, &protocol);
     return context;
 }
@@ -56,14 +41,6 @@ int listenOnLoopback() {
     require(listener >= 0 && ::bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
             ::listen(listener, SOMAXCONN) == 0);
     return listener;
-}
-
-/// Of head and body together; 0 while the head is not whole.
-std::size_t requestLength(const std::string& text) {
-    const auto head = text.find("\r\n\r\n");
-    if (head == std::string::npos) return 0;
-    const auto field = text.find("Content-Length: ");
-    return head + 4 + (field < head ? std::strtoul(text.c_str() + field + 16, nullptr, 10) : 0);
 }
 
 }  // namespace
@@ -104,13 +81,11 @@ std::vector<std::string> RawServer::requests() const {
 }
 
 void RawServer::acceptAll() {
-    for (;;) {
-        const int socket = ::accept4(mListener, nullptr, nullptr, SOCK_CLOEXEC);
-        if (socket < 0) return;
+    for (int socket = 0; (socket = ::accept4(mListener, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {
         const std::lock_guard lock(mMutex);
         mReceived.emplace_back();
         mSockets.push_back(socket);
-        mThreads.emplace_back([this, socket, number = mSockets.size() - 1] { serve(socket, number); });
+        mThreads.emplace_back(&RawServer::serve, this, socket, mSockets.size() - 1);
     }
 }
 
@@ -119,53 +94,44 @@ void RawServer::serve(int socket, std::size_t number) {
     sigemptyset(&signals);
     sigaddset(&signals, SIGPIPE);  // of a client that left
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    {
-        Connection connection(*this, socket, number);
-        mScript(connection);
-    }
+    const int on = 1;
+    ::setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    Connection connection(*this, number);
+    SSL_set_fd(connection.mTls.get(), socket);
+    mScript(connection);
     const std::lock_guard lock(mMutex);
     ::close(std::exchange(mSockets[number], -1));
 }
 
-RawServer::Connection::Connection(RawServer& server, int socket, std::size_t number)
-    : mServer(server), mNumber(number), mTls(SSL_new(server.mContext.get()), &SSL_free) {
-    const int on = 1;
-    ::setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-    SSL_set_fd(mTls.get(), socket);
-}
+RawServer::Connection::Connection(RawServer& server, std::size_t number)
+    : mServer(server), mNumber(number), mTls(SSL_new(server.mContext.get()), &SSL_free) {}
 
 bool RawServer::Connection::handshake() { return SSL_accept(mTls.get()) == 1; }
 
-std::string RawServer::Connection::readSome(std::size_t maximum) {
-    std::string bytes(maximum, '\0');
-    std::size_t count = 0;
-    if (SSL_read_ex(mTls.get(), bytes.data(), bytes.size(), &count) != 1) count = 0;
-    bytes.resize(count);
-    const std::lock_guard lock(mServer.mMutex);
-    mServer.mReceived[mNumber] += bytes;
-    return bytes;
-}
-
 std::string RawServer::Connection::read(std::size_t count) {
-    std::string bytes;
-    while (bytes.size() < count) {
-        const std::string more = readSome(count - bytes.size());
-        if (more.empty()) break;
-        bytes += more;
+    std::string bytes(count, '\0');
+    std::size_t end = 0;
+    for (std::size_t more = 0; end < count; end += more) {
+        if (SSL_read_ex(mTls.get(), bytes.data() + end, count - end, &more) != 1) break;
+        const std::lock_guard lock(mServer.mMutex);
+        mServer.mReceived[mNumber].append(bytes, end, more);
     }
-    return bytes;
+    return bytes.substr(0, end);
 }
 
 std::string RawServer::Connection::readRequest() {
     std::string request;
-    while (requestLength(request) == 0 || request.size() < requestLength(request)) {
-        const std::string more = readSome(16'384);
-        if (more.empty()) return {};
-        request += more;
+    while (!request.ends_with("\r\n\r\n")) {
+        const auto byte = read(1);
+        if (byte.empty()) return {};
+        request += byte;
     }
+    const auto field = request.find("Content-Length: ");
+    const std::size_t length = field == std::string::npos ? 0 : std::stoul(request.substr(field + 16));
+    const auto body = read(length);
+    if (body.size() < length) return {};
     const std::lock_guard lock(mServer.mMutex);
-    mServer.mRequests.push_back(request);
-    return request;
+    return mServer.mRequests.emplace_back(request + body);
 }
 
 bool RawServer::Connection::send(std::string_view bytes) {
@@ -184,13 +150,23 @@ std::string httpReply(int status, std::string_view body, std::string_view header
            "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + std::string(body);
 }
 
-RawServer::Script answering(std::function<std::string(const std::string& request)> answer) {
-    return [answer = std::move(answer)](RawServer::Connection& connection) {
+RawServer::Script meeting(std::function<bool(RawServer::Connection& connection, const std::string& request)> meet) {
+    return [meet = std::move(meet)](RawServer::Connection& connection) {
         if (!connection.handshake()) return;
         for (std::string request; !(request = connection.readRequest()).empty();) {
-            if (!connection.send(answer(request))) return;
+            if (!meet(connection, request)) return;
         }
     };
+}
+
+RawServer::Script answering(std::function<std::string(const std::string& request)> answer) {
+    return meeting([answer = std::move(answer)](RawServer::Connection& connection, const std::string& request) {
+        return connection.send(answer(request));
+    });
+}
+
+RawServer::Script answering(const std::string& reply) {
+    return answering([reply](const std::string&) { return reply; });
 }
 
 }  // namespace kavio::test

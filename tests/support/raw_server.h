@@ -70,8 +70,7 @@ public:
 
 private:
     friend class RawServer;
-    Connection(RawServer& server, int socket, std::size_t number);
-    std::string readSome(std::size_t maximum);
+    Connection(RawServer& server, std::size_t number);
 
     RawServer& mServer;
     std::size_t mNumber;
@@ -81,7 +80,11 @@ private:
 /// A whole reply of HTTP/1.1. Each of `headers` ends with "\r\n".
 std::string httpReply(int status, std::string_view body, std::string_view headers = "");
 
+/// After the handshake meets each request of a connection by `meet`, as long as that gives true.
+RawServer::Script meeting(std::function<bool(RawServer::Connection& connection, const std::string& request)> meet);
+
 /// Answers all requests of a connection, each by what `answer` makes of its text.
 RawServer::Script answering(std::function<std::string(const std::string& request)> answer);
+RawServer::Script answering(const std::string& reply);
 
 }  // namespace kavio::test

@@ -1,6 +1,7 @@
 #include "util/auxiliary.h"
 
 #include "support/fakes/fake_device.h"
+#include "util/service_object.h"
 #include "util/trace.h"
 
 #include <gtest/gtest.h>
@@ -11,23 +12,17 @@ namespace kavio::test {
 namespace {
 
 TEST(Auxiliary, WritesDurations) {
-    struct Case {
-        std::uint64_t milliseconds;
-        const char* text;
-    };
-    for (const auto& c : std::initializer_list<Case>{
+    for (const auto& [milliseconds, text] : std::vector<std::pair<std::uint64_t, const char*>>{
              {0, "0.000s"},
-             {999, "0.999s"},
              {59'999, "59.999s"},
              {60'000, "1m 0.000s"},
-             {61'005, "1m 1.005s"},
              {3'600'000, "1h 0.000s"},
              {86'399'999, "23h 59m 59.999s"},
              {86'400'000, "1d 0.000s"},
              {90'061'005, "1d 1h 1m 1.005s"},
              {std::numeric_limits<std::uint64_t>::max(), "213503982334d 14h 25m 51.615s"},
          }) {
-        EXPECT_EQ(Auxiliary::durationText(c.milliseconds), c.text);
+        EXPECT_EQ(Auxiliary::durationText(milliseconds), text);
     }
 }
 
@@ -50,6 +45,24 @@ TEST(Trace, WritesOnlyWhatIsMarkedSafeAndOnlyWhereItIsSwitchedOn) {
           []() -> std::string { throw std::logic_error("a message that may hold secrets is not even formed"); });
     trace("Login", [] { return SafeMessage{"sent"}; });
     EXPECT_EQ(testing::internal::GetCapturedStderr(), isTraceWritten() ? "1h 0.000s [Login] sent\n" : "");
+}
+
+struct Other {
+    virtual ~Other() = default;
+    int member = 0;
+};
+/// The object's address is not the address of its `ServiceObject` part.
+class Service : public Other, public ServiceObject {};
+
+TEST(ServiceObject, IsReleasedByItselfAlone) {
+    Service service;
+    const Service another;
+    service.release(nullptr);
+    service.release(&another);
+    EXPECT_FALSE(service.isReleased());
+    service.release(&service);
+    service.release(&another);
+    EXPECT_TRUE(service.isReleased());
 }
 
 }  // namespace

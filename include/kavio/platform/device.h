@@ -42,7 +42,7 @@ public:
     virtual std::optional<std::string> regionName(std::string_view code) const = 0;
 };
 
-/// How a date is written: a Unicode date pattern, with locale and time zone, each the device's own when absent.
+/// A Unicode date pattern, always of the Gregorian calendar; locale and time zone are the device's own when absent.
 struct DateFormat {
     std::string pattern;
     std::optional<std::string> locale;

@@ -4,7 +4,9 @@
 #include <kavio/export.h>
 
 #include <cstdint>
+#include <functional>
 #include <initializer_list>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -17,12 +19,15 @@ namespace kavio {
 
 using Bytes = std::vector<std::uint8_t>;
 using StoredValue = std::variant<std::string, Date, Bytes>;
+/// Keys with their new values; a key without one is removed.
+using StoreChanges = std::map<std::string, std::optional<StoredValue>, std::less<>>;
 
 /// A named suite of values that outlasts the process.
 ///
 /// - A write that has returned true is kept, whatever happens to the process afterwards; one that returned false
-///   changed nothing.
-/// - A read sees the last completed write of any process that shares the suite.
+///   changed nothing. All changes of one write come together.
+/// - A read sees the last completed write of any process that shares the suite; while the suite cannot be read, the
+///   values last seen in it.
 /// - Safe from any thread. No call throws.
 class KAVIO_API KeyValueStore {
 public:
@@ -35,9 +40,10 @@ public:
         for (const auto key : keys) found.push_back(value(key));
         return found;
     }
-    virtual bool set(std::string_view key, StoredValue value) = 0;
-    virtual bool remove(std::string_view key) = 0;
+    virtual bool write(const StoreChanges& changes) = 0;
 
+    bool set(std::string_view key, StoredValue value) { return write({{std::string(key), std::move(value)}}); }
+    bool remove(std::string_view key) { return write({{std::string(key), std::nullopt}}); }
     /// The value when it is of that type; a value of another type reads as missing.
     std::optional<std::string> string(std::string_view key) const { return typed<std::string>(value(key)); }
     std::optional<Date> date(std::string_view key) const { return typed<Date>(value(key)); }

@@ -31,7 +31,8 @@ struct LinuxPlatformOptions {
     std::map<std::string, std::string, std::less<>> localizedStrings;
     /// The queue of the host's main thread; null for a `RunLoop` that the thread which makes the platform runs.
     std::shared_ptr<MainQueue> mainQueue;
-    /// Told, on the thread that met it, which suite file was damaged and where it was set aside.
+    /// Told, on the thread that met it, which suite file was damaged and where it was set aside; an empty path where it
+    /// could not be moved, and its values are kept elsewhere from then on. May use the library.
     std::function<void(const std::filesystem::path& damaged, const std::filesystem::path& setAside)> onStoreDamaged;
 };
 

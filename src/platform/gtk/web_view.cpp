@@ -55,6 +55,7 @@ void setFeature(WebKitSettings* settings, std::string_view identifier, bool enab
 void limitSettings(WebKitSettings* settings) {
     webkit_settings_set_enable_fullscreen(settings,
                                           FALSE);  // the bar with the host and the close button stays in sight
+    webkit_settings_set_hardware_acceleration_policy(settings, WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER);
     webkit_settings_set_enable_media_stream(settings, FALSE);
     webkit_settings_set_enable_page_cache(settings, FALSE);
     webkit_settings_set_enable_webrtc(settings, FALSE);
@@ -167,7 +168,6 @@ void GtkWebView::goBack() {
 }
 
 void GtkWebView::begin(std::function<void()> load) {
-    g_printerr("begin\n");
     webkit_web_view_stop_loading(mView.get());
     endTimeout();
     mLoad = load;
@@ -242,18 +242,18 @@ GtkWidget* GtkWebView::onCreate(gpointer action) {
 }
 
 bool GtkWebView::offer(const char* url) {
-    g_printerr("offer %s\n", url);
     const auto asked = observer.lock();
     return !asked || asked->shouldStartLoad(url ? std::optional<std::string>(url) : std::nullopt);
 }
 
 void GtkWebView::onLoadChanged(int event) {
-    g_printerr("load-changed %d %s\n", event, webkit_web_view_get_uri(mView.get()));
     if (event == WEBKIT_LOAD_COMMITTED) {
         endTimeout();
         // Not before: the address of a page that is still on its way would stand over the content of another.
         const char* url = webkit_web_view_get_uri(mView.get());
         if (isLoopback(url)) return change(Page::Phase::WORKING);
+        // What WebKit puts in the place of a page at a port that it never connects to, without calling that a failure.
+        if (!mPage.isHidden && !mPage.hasArrived && url == std::string_view("about:blank")) return fail();
         mPage.hasArrived = !mPage.isHidden;
         mPage.host = hostOf(url);
         mPage.isSecure = hasScheme(url, {"https"});
@@ -265,7 +265,6 @@ void GtkWebView::onLoadChanged(int event) {
 }
 
 gboolean GtkWebView::onLoadFailed(int, const char* url, GError* error) {
-    g_printerr("load-failed %s %s %d %s\n", url, g_quark_to_string(error->domain), error->code, error->message);
     // Another load took its place, or it was refused, which is dealt with there.
     const bool isOver =
         g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED) ||

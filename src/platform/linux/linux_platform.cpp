@@ -13,7 +13,7 @@
 namespace kavio {
 namespace {
 
-constexpr std::size_t concurrentThreads = 8;
+constexpr std::size_t concurrentThreads = 64;  // made when needed
 
 // The service is told what it is asked from.
 std::string kernelRelease() {

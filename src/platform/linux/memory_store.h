@@ -18,15 +18,15 @@ public:
         return found->second;
     }
 
-    bool set(std::string_view key, StoredValue value) override {
+    bool write(const StoreChanges& changes) override {
         const std::lock_guard lock(mMutex);
-        mValues.insert_or_assign(std::string(key), std::move(value));
-        return true;
-    }
-
-    bool remove(std::string_view key) override {
-        const std::lock_guard lock(mMutex);
-        mValues.erase(std::string(key));
+        for (const auto& [key, value] : changes) {
+            if (value) {
+                mValues.insert_or_assign(key, *value);
+            } else {
+                mValues.erase(key);
+            }
+        }
         return true;
     }
 

@@ -19,6 +19,8 @@ bool SqliteError::isDamage() const {
     return primary == SQLITE_CORRUPT || primary == SQLITE_NOTADB || primary == SQLITE_ERROR;
 }
 
+bool SqliteError::isBusy() const { return (mCode & 0xFF) == SQLITE_BUSY; }
+
 SqliteDatabase::SqliteDatabase(const std::filesystem::path& file) {
     sqlite3* handle = nullptr;
     const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_EXRESCODE;

@@ -20,6 +20,8 @@ public:
     /// Whether the file itself is to blame. Our statements are fixed and right, so that a plain SQLITE_ERROR means a
     /// schema which is not ours.
     bool isDamage() const;
+    /// Whether another process held the file for too long.
+    bool isBusy() const;
 
 private:
     int mCode;

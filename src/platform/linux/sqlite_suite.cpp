@@ -14,7 +14,13 @@ SqliteSuite::SqliteSuite(std::filesystem::path path, std::shared_ptr<const Diges
     : mPath(std::move(path)), mDigest(std::move(digest)), mOnDamaged(std::move(onDamaged)) {}
 
 bool SqliteSuite::isUsable() const {
-    return use([](SuiteFile& file) { file.refresh(); });
+    return use([](SuiteFile& file) {
+        try {
+            file.refresh();
+        } catch (const SqliteError& error) {
+            if (!error.isBusy()) throw;
+        }
+    });
 }
 
 std::optional<StoredValue> SqliteSuite::value(std::string_view key) const { return values({key}).front(); }
@@ -25,20 +31,14 @@ std::vector<std::optional<StoredValue>> SqliteSuite::values(std::initializer_lis
     return found;
 }
 
-bool SqliteSuite::set(std::string_view key, StoredValue value) {
+bool SqliteSuite::write(const StoreChanges& changes) {
     bool isKept = false;
-    use([&](SuiteFile& file) { isKept = file.write(key, value); });
+    use([&](SuiteFile& file) { isKept = file.write(changes); });
     return isKept;
 }
 
-bool SqliteSuite::remove(std::string_view key) {
-    bool isGone = false;
-    use([&](SuiteFile& file) { isGone = file.write(key, std::nullopt); });
-    return isGone;
-}
-
 bool SqliteSuite::use(const Work& work) const {
-    std::vector<std::filesystem::path> setAside;
+    std::vector<std::filesystem::path> setAside;  // an empty path: the damaged file had to stay
     const bool succeeded = useLocked(work, setAside);
     for (const auto& path : setAside) report(path);
     return succeeded;
@@ -67,7 +67,10 @@ bool SqliteSuite::useLocked(const Work& work, std::vector<std::filesystem::path>
             break;
         }
     }
-    if (isDamaged) mFile.reset();  // it may hold the exclusive lock
+    if (isDamaged) {
+        mFile.reset();  // it may hold the exclusive lock
+        if (!std::exchange(mHasStuckFile, true)) setAside.emplace_back();
+    }
     return false;
 }
 

@@ -21,12 +21,11 @@ class SqliteSuite final : public KeyValueStore {
 public:
     SqliteSuite(std::filesystem::path path, std::shared_ptr<const Digest> digest, OnStoreDamaged onDamaged);
 
-    /// Whether the file can be read.
+    /// Whether the file can be read; one that another process holds just now counts as readable.
     bool isUsable() const;
     std::optional<StoredValue> value(std::string_view key) const override;
     std::vector<std::optional<StoredValue>> values(std::initializer_list<std::string_view> keys) const override;
-    bool set(std::string_view key, StoredValue value) override;
-    bool remove(std::string_view key) override;
+    bool write(const StoreChanges& changes) override;
 
 private:
     using Work = std::function<void(SuiteFile&)>;
@@ -41,6 +40,7 @@ private:
     const OnStoreDamaged mOnDamaged;
     mutable std::mutex mMutex;
     mutable std::unique_ptr<SuiteFile> mFile;  // opened on the next use where it is null
+    mutable bool mHasStuckFile = false;        // a damaged file that cannot be set aside was reported
 };
 
 }  // namespace kavio

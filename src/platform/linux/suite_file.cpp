@@ -2,6 +2,7 @@
 
 #include "platform/linux/private_files.h"
 
+#include <algorithm>
 #include <bit>
 #include <utility>
 
@@ -23,7 +24,7 @@ SuiteFile::SuiteFile(const std::filesystem::path& path, std::shared_ptr<const Di
 // commit under way and rolls back one that a crash has cut off. The counter that is remembered is the one read inside
 // such a transaction, never one that could still be undone.
 void SuiteFile::refresh() {
-    if (mCounter && mDatabase.changeCounter() == mCounter) return;
+    if (mCounter && mDatabase.changeCounter() == mCounter && !mDatabase.hasMoved()) return;
     if (!mIsPrepared) prepare();
     load();
 }
@@ -40,18 +41,23 @@ std::vector<std::optional<StoredValue>> SuiteFile::values(std::initializer_list<
     return found;
 }
 
-bool SuiteFile::write(std::string_view key, const std::optional<StoredValue>& wanted) {
+bool SuiteFile::write(const StoreChanges& changes) {
     refresh();
-    if (known(key) == wanted) return true;
+    if (holds(changes)) return true;
     try {
-        store(key, wanted);
+        store(changes);
         return true;
     } catch (const SqliteError& error) {
         if (error.isDamage()) throw;
     }
     // A commit that failed at its very end, in making the removal of its journal durable, may stand nevertheless.
     refresh();
-    return known(key) == wanted;
+    return holds(changes);
+}
+
+bool SuiteFile::holds(const StoreChanges& changes) const {
+    return std::all_of(changes.begin(), changes.end(),
+                       [this](const auto& change) { return known(change.first) == change.second; });
 }
 
 // EXTRA, because a journal whose removal a power cut undoes would undo the write too.
@@ -97,9 +103,15 @@ void SuiteFile::load() {
     mValues = std::move(values);
 }
 
-void SuiteFile::store(std::string_view key, const std::optional<StoredValue>& wanted) {
+void SuiteFile::store(const StoreChanges& changes) {
     SqliteTransaction transaction(mDatabase, "BEGIN IMMEDIATE");
     expectUnmoved();
+    for (const auto& [key, wanted] : changes) store(key, wanted);
+    mCounter.reset();  // whether this succeeds or not: the next look into the file tells
+    transaction.commit();
+}
+
+void SuiteFile::store(std::string_view key, const std::optional<StoredValue>& wanted) {
     SqliteStatement change(
         mDatabase, wanted ? "INSERT OR REPLACE INTO entry VALUES(?1, ?2, ?3)" : "DELETE FROM entry WHERE key = ?1");
     change.bind(1, key);
@@ -109,8 +121,6 @@ void SuiteFile::store(std::string_view key, const std::optional<StoredValue>& wa
         change.bind(3, sum);
     }
     change.step();
-    mCounter.reset();  // whether this succeeds or not: the next look into the file tells
-    transaction.commit();
 }
 
 std::optional<StoredValue> SuiteFile::known(std::string_view key) const {

@@ -30,8 +30,8 @@ public:
     void refresh();
     /// The values when the file cannot be read just now are those last seen in it.
     std::vector<std::optional<StoredValue>> values(std::initializer_list<std::string_view> keys);
-    /// Without a value removes the key. True when the file holds that now.
-    bool write(std::string_view key, const std::optional<StoredValue>& wanted);
+    /// Makes all changes or none. True when the file holds them now.
+    bool write(const StoreChanges& changes);
 
     /// Moves the file, which was found damaged, out of the way and gives its new path. `*this` is of no use afterwards.
     std::filesystem::path setAside();
@@ -40,6 +40,8 @@ private:
     void prepare();
     bool isFresh();
     void load();
+    bool holds(const StoreChanges& changes) const;
+    void store(const StoreChanges& changes);
     void store(std::string_view key, const std::optional<StoredValue>& wanted);
     std::optional<StoredValue> known(std::string_view key) const;
     StoredValue checksum(std::string_view key, const StoredValue& value) const;

@@ -211,6 +211,7 @@ void UrlExchange::setLimits(Options& options) const {
 void UrlExchange::setRequest(Options& options) {
     const std::string& method = mRequest.method;
     options.set(CURLOPT_URL, mRequest.url.c_str());
+    options.set(CURLOPT_PATH_AS_IS, 1L);  // a ".." in an identifier must not lead to a resource that was not signed
     options.set(CURLOPT_ACCEPT_ENCODING, "");
     if (mRequest.body || (method != "GET" && method != "HEAD" && method != "DELETE")) {
         const std::string_view body = mRequest.body ? std::string_view(*mRequest.body) : std::string_view("");

@@ -13,10 +13,7 @@ public:
     explicit RefusingStore(std::shared_ptr<const std::atomic<bool>> refuses) : mRefuses(std::move(refuses)) {}
 
     std::optional<StoredValue> value(std::string_view key) const override { return mValues.value(key); }
-    bool set(std::string_view key, StoredValue value) override {
-        return !*mRefuses && mValues.set(key, std::move(value));
-    }
-    bool remove(std::string_view key) override { return !*mRefuses && mValues.remove(key); }
+    bool write(const StoreChanges& changes) override { return !*mRefuses && mValues.write(changes); }
 
 private:
     MemoryStore mValues;

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "network/environments.h"
+#include "network/network_service_protocol.h"
+
+#include <cstdint>
+#include <memory>
+
+namespace kavio {
+
+/// A transport without a network, for a host's own tests: every request is answered from here, asynchronously. With an
+/// `errorCode` of 0 the answer is the body `null`, a success without a payload; any other is the failure of that HTTP
+/// status, which `errorHandler` may take over.
+class KavioMockNetworkService final : public NetworkServiceProtocol {
+public:
+    std::shared_ptr<NetworkServiceErrorHandler> errorHandler;
+    std::int64_t errorCode = 0;
+    APIRequestPtr task;  // the last one
+    NetworkConfiguration networkConfiguration;
+
+    void send(APIRequestPtr request, RawCompletion completion) override;
+    void sendInBackground(APIRequestPtr request, RawCompletion completion) override;
+};
+
+}  // namespace kavio

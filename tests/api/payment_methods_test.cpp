@@ -1,0 +1,153 @@
+#include "models/json/json_value.h"
+#include "support/sample_replies.h"
+#include "support/world.h"
+
+#include <gmock/gmock.h>
+
+#include <limits>
+
+namespace kavio::test {
+namespace {
+
+using PaymentType = PaymentMethod::PaymentType;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Ne;
+using testing::SizeIs;
+
+TEST(PaymentMethods, AreTheWalletThenTheCardsThenThePrepaidCards) {
+    World world;
+    world.kavio().getPaymentMethods();
+    world.answer({200, replies::account});
+    EXPECT_TRUE(world.isBusy()) << "between the two requests";
+    world.answer({200, replies::prepaids});
+    EXPECT_THAT(world.reports(), ElementsAre(Report{"onGetPaymentMethods", ResultType::SUCCESS, {}, "4"}));
+
+    std::vector<std::string> texts;
+    for (const auto& method : world.delegate().paymentMethods) texts.push_back(method->debugDescription());
+    EXPECT_THAT(texts,
+                ElementsAre("\n\t{ID: 0,\n\tnumber: 501,\n\ttype: KAVIO,\n\tbalance: 500,\n\tcurrency: EUR, "
+                            "\n\tcurrency decimal digits: 2}",
+                            "\n\t{ID: L1,\n\tnumber: **11,\n\ttype: CREDIT_CARD,\n\tbrand: visa}",
+                            "\n\t{ID: L2,\n\tnumber: **22,\n\ttype: CREDIT_CARD,\n\tbrand: }",
+                            "\n\t{ID: 9,\n\tnumber: 99,\n\ttype: PREPAID,\n\tbalance: 1500,\n\tcurrency: EUR, "
+                            "\n\tcurrency decimal digits: 2},\n\tisActive: true,\n\tcreated: 2020-01-02 03:04:05 "
+                            "+0000,\n\tisMoney: true}"));
+}
+
+TEST(PaymentMethods, AreWhatEachOfTheTwoRepliesHolds) {
+    struct Case {
+        Answer account;
+        Answer prepaids;
+        Report report;
+    };
+    const std::vector<Case> cases{
+        {{200, "null"}, {200, replies::prepaids}, {"onGetPaymentMethods", ResultType::SUCCESS, {}, "1"}},
+        {{200, replies::account}, {200, "null"}, {"onGetPaymentMethods", ResultType::SUCCESS, {}, "3"}},
+        {{200, replies::account}, {503, "down"}, {"onGetPaymentMethods", ResultType::SERVER_ERROR, "down"}},
+    };
+    for (const auto& [account, prepaids, report] : cases) {
+        World world;
+        world.kavio().getPaymentMethods();
+        world.answer(account);
+        world.answer(prepaids);
+        EXPECT_THAT(world.reports(), ElementsAre(report));
+        EXPECT_FALSE(world.isBusy());
+    }
+}
+
+TEST(CreditCard, IsAddedUnderANewKeyEachTime) {
+    World world;
+    const auto card = std::make_shared<Card>("4111", "12", "2030", "123", "a@b.example");
+    for (int i = 0; i < 2; ++i) {
+        world.kavio().addCreditCard(card);
+        world.answer({200, "null"});
+    }
+    ASSERT_THAT(world.sent(), SizeIs(2));
+    std::vector<std::string> keys;
+    for (const auto& request : world.sent()) {
+        auto body = JsonValue::parse(request.body.value());
+        keys.push_back(body.at("key"));
+        EXPECT_EQ(body.at("paymentCard"), JsonValue::parse(R"({"number":"4111","year":"2030","month":"12",
+            "securityCode":"123","email":"a@b.example"})"));
+    }
+    EXPECT_THAT(keys[0], Ne(keys[1]));
+    const Report added{"onAddCreditCard", ResultType::SUCCESS};
+    EXPECT_THAT(world.reports(), ElementsAre(added, added));
+}
+
+// What is sent for an amount of a currency with some decimal digits.
+struct Amount {
+    double amount;
+    std::int64_t digits;
+    std::int64_t sent;
+};
+
+TEST(Deposit, SendsTheAmountInTheSmallestUnit) {
+    const std::vector<Amount> cases{
+        {10, 0, 10},
+        {10.9, 0, 10},
+        {12.5, 2, 1250},
+        {19.99, 2, 1998},  // 19.99 * 10 * 10 falls just short of 1999
+        {10, 3, 10000},
+        {0.5, 1, 5},
+        {-19.99, 2, -1998},
+        {7, -3, 7},
+        {0, 1000000000000, 0},
+        {1e-300, 310, 9999999999},
+        {-9223372036854775808.0, 0, std::numeric_limits<std::int64_t>::min()},
+    };
+    for (const auto& [amount, digits, sent] : cases) {
+        SCOPED_TRACE(testing::Message() << amount << " with " << digits << " digits");
+        World world;
+        world.kavio().deposit(std::make_shared<DepositCard>("0", "501", PaymentType::KAVIO, 0, "EUR", digits), amount,
+                              "L1");
+        ASSERT_THAT(world.paths(), ElementsAre("/deposits/"));
+        const auto body = JsonValue::parse(world.sent().front().body.value());
+        EXPECT_EQ(body, JsonValue({{"paymentCardLocator", {{"locator", "L1"}}},
+                                   {"currency", "EUR"},
+                                   {"amount", sent},
+                                   {"autoTopup", false}}));
+        world.answer({200, R"({"deposit":{"balance":77}})"});
+        EXPECT_THAT(world.reports(), ElementsAre(Report{"onDeposit", ResultType::SUCCESS, {}, "77"}));
+    }
+}
+
+TEST(Deposit, ToAPrepaidCardGoesToThatCard) {
+    World world;
+    world.kavio().deposit(std::make_shared<DepositCard>("9/..", "99", PaymentType::PREPAID, 0, "USD", 2), 1, "L1");
+    EXPECT_THAT(world.paths(), ElementsAre("/prepaidCards/9/../deposits/"));
+    world.answer({200, "null"});
+    EXPECT_THAT(world.reports(), ElementsAre(Report{"onDeposit", ResultType::SUCCESS}));
+}
+
+TEST(Deposit, IsRefusedAtOnceWhereNothingCanBeSent) {
+    struct Refusal {
+        std::optional<PaymentType> type;
+        double amount;
+        const char* message;
+    };
+    const std::vector<Refusal> cases{
+        {PaymentType::CREDIT_CARD, 1, "cannot deposit to CREDIT_CARD card"},
+        {PaymentType::PAYPAL, 1, "cannot deposit to PAYPAL card"},
+        {PaymentType::UNKNOWN, 1, "cannot deposit to UNKNOWN card"},
+        {std::nullopt, 1, "cannot deposit to UNKNOWN card"},
+        {PaymentType::CREDIT_CARD, std::nan(""), "invalid amount"},
+        {PaymentType::KAVIO, std::numeric_limits<double>::infinity(), "invalid amount"},
+        {PaymentType::PREPAID, -std::numeric_limits<double>::infinity(), "invalid amount"},
+        {PaymentType::KAVIO, 92233720368547758.08, "invalid amount"},  // 2^63 cents
+        {PaymentType::KAVIO, -1e300, "invalid amount"},
+    };
+    World world;
+    for (const auto& [type, amount, message] : cases) {
+        world.delegate().reports.clear();
+        world.kavio().deposit(type ? std::make_shared<DepositCard>("0", "501", *type, 0, "EUR", 2) : nullptr, amount,
+                              "L1");
+        EXPECT_THAT(world.reports(), ElementsAre(Report{"onDeposit", ResultType::BAD_INPUT, message}));
+        EXPECT_FALSE(world.isBusy());
+    }
+    EXPECT_THAT(world.sent(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace kavio::test

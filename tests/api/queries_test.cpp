@@ -1,0 +1,103 @@
+#include "support/world.h"
+
+#include <gmock/gmock.h>
+
+namespace kavio::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+std::shared_ptr<const MachineFilter> filter(std::optional<std::string> value, std::optional<double> latitude = {},
+                                            std::optional<double> longitude = {},
+                                            std::optional<std::string> country = {}, std::optional<int> radius = {},
+                                            std::optional<std::int64_t> operatorId = {},
+                                            std::optional<std::string> hwSerial = {}, std::optional<int> limit = {}) {
+    return std::make_shared<MachineFilter>(value, latitude, longitude, country, radius, operatorId, hwSerial, limit);
+}
+
+// What a filter asks the service for, as the body of the request.
+struct MachineCase {
+    const char* name;
+    std::shared_ptr<const MachineFilter> filter;
+    const char* body;
+};
+
+TEST(Machines, AreAskedForByTheFirstThatTheFilterHolds) {
+    const std::vector<MachineCase> cases{
+        {"no filter", nullptr, R"({"isByAccount":true})"},
+        {"a code before a position", filter("12345", 1, 2, "DE", 3), R"({"limit":50,"machineId":12345})"},
+        {"a code with limit and operator", filter("12345", {}, {}, {}, {}, 8, "S", 7),
+         R"({"limit":7,"machineId":12345,"operatorId":8})"},
+        {"an empty value counts as absent", filter("", 1, 2, {}, {}, {}, "S/1"), R"({"hwSerial":"S/1"})"},
+        {"a serial with a limit", filter({}, 1, 2, "DE", 3, 4, "S", 600), R"({"hwSerial":"S","limit":600})"},
+        {"a position", filter({}, 52.5, -13.25), R"({"latitude":52.5,"longitude":-13.25})"},
+        {"a position with all else", filter({}, 1, 2, "DE", 300, 4, "", 0),
+         R"({"country":"DE","distance":300,"latitude":1.0,"limit":0,"longitude":2.0,"operatorId":4})"},
+        {"the smallest limit alone", filter({}, {}, {}, {}, {}, {}, {}, 1), R"({"isByAccount":true,"limit":1})"},
+        {"half a position and a limit", filter({}, 1, {}, {}, {}, {}, {}, 500), R"({"isByAccount":true,"limit":500})"},
+    };
+    for (const auto& [name, filter, body] : cases) {
+        SCOPED_TRACE(name);
+        World world;
+        world.kavio().getMachines(filter);
+        EXPECT_THAT(world.paths(), ElementsAre("/machines/byValue"));
+        EXPECT_EQ(world.sent().front().body, body);
+        world.answer({200, "[]"});
+        EXPECT_THAT(world.reports(), ElementsAre(Report{"onGetMachines", ResultType::SUCCESS, {}, "0"}));
+    }
+}
+
+TEST(Machines, AreRefusedAtOnceForAFilterThatAsksForNothing) {
+    struct Refusal {
+        std::shared_ptr<const MachineFilter> filter;
+        const char* message;
+    };
+    const std::vector<Refusal> cases{
+        {filter("abc"), "{abc} is invalid machine ID or QR code"},
+        {filter("\"\n", 1, 2), "{\"\n} is invalid machine ID or QR code"},
+        {filter({}), "invalid filter"},
+        {filter({}, {}, {}, "DE", 5, 6), "invalid filter"},
+        {filter({}, 1), "invalid filter"},
+        {filter({}, {}, {}, {}, {}, {}, {}, 0), "invalid filter"},
+        {filter({}, {}, {}, {}, {}, {}, {}, 501), "invalid filter"},
+    };
+    World world;
+    for (const auto& [filter, message] : cases) {
+        world.delegate().reports.clear();
+        world.kavio().getMachines(filter);
+        EXPECT_THAT(world.reports(), ElementsAre(Report{"onGetMachines", ResultType::BAD_INPUT, message}));
+        EXPECT_FALSE(world.isBusy());
+    }
+    EXPECT_THAT(world.sent(), IsEmpty());
+}
+
+TEST(Products, AreAskedForByTheMachinesUnsignedIdentifier) {
+    World world;
+    world.kavio().getMachineProducts(-1);
+    world.answer({200, "[]"});
+    world.kavio().getMachineProducts(7);
+    world.answer({200, "null"});
+    EXPECT_THAT(world.paths(), ElementsAre("/machines/18446744073709551615/products?", "/machines/7/products?"));
+    EXPECT_THAT(world.reports(), ElementsAre(Report{"onGetMachineProducts", ResultType::SUCCESS, {}, "0"},
+                                             Report{"onGetMachineProducts", ResultType::SUCCESS}));
+}
+
+TEST(Transactions, AreAskedForWithWhatTheFilterHolds) {
+    const Date before{std::chrono::duration<double>(1709647629.25)};
+    World world;
+    world.kavio().getTransactions(nullptr);
+    world.answer({200, "[]"});
+    world.kavio().getTransactions(
+        std::make_shared<TransactionFilter>(-5, "L 1", PaymentMethod::PaymentType::PREPAID, 9, before));
+    world.answer({200, "null"});
+    EXPECT_THAT(world.paths(),
+                ElementsAre("/orders/activities?",
+                            "/orders/activities?beforeAuTime=2024-03-05T14:07:09.250&card_id=L%201&limit=9&"
+                            "machine_id=-5&paymentSource=99"));
+    EXPECT_THAT(world.reports(), ElementsAre(Report{"onGetTransactions", ResultType::SUCCESS, {}, "0"},
+                                             Report{"onGetTransactions", ResultType::SUCCESS}));
+}
+
+}  // namespace
+}  // namespace kavio::test

@@ -1,0 +1,278 @@
+#include "models/json/json_value.h"
+#include "support/fakes/fake_windows.h"
+#include "support/world.h"
+
+#include <gmock/gmock.h>
+
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kavio::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+const TDSPaymentCard card{.number = "4111", .month = 7, .year = 2039, .securityCode = 12};
+
+// What the service and the issuer can answer. None of it is right everywhere.
+const std::map<std::string, Answer> replies{
+    {"frictionless", {200, R"({"type":1,"locator":"L"})"}},
+    {"fingerprint", {200, R"({"type":2,"page":"https://acs.example/f","id":"I"})"}},
+    {"fingerprint without URL", {200, R"({"type":2,"page":"no URL","id":"I"})"}},
+    {"challenge", {200, R"({"type":3,"url":"https://acs.example/c","id":"I"})"}},
+    {"challenge without URL", {200, R"({"type":3,"url":"no URL","id":"I"})"}},
+    {"error", {200, R"({"type":4,"message":"M"})"}},
+    {"locator", {200, R"({"result":1,"locator":"L"})"}},
+    {"another challenge", {200, R"({"result":2,"url":"https://acs.example/d"})"}},
+    {"locator error", {200, R"({"result":3,"message":"M"})"}},
+    {"no kind", {200, R"({"type":2,"page":7,"id":"I","result":4})"}},
+    {"null", {200, "null"}},
+    {"page", {200, "<html>"}},
+    {"no text", {200, "\xff"}},
+    {"refusal", {401, ""}},
+};
+
+/// The library with a scripted service, issuer and person; what it does is a list of short texts.
+class Enrolment : public World {
+public:
+    Enrolment() { Platform::current().windows = windows; }
+
+    /// Plays `event`, and gives all that followed from it.
+    std::vector<std::string> play(const std::string& event) {
+        windows->log.clear();
+        const auto sentBefore = sent().size();
+        const auto reportsBefore = reports().size();
+        start(event);
+        auto seen = windows->log;
+        const auto asked = paths();
+        for (auto i = sentBefore; i < asked.size(); ++i) {
+            seen.push_back("ask " + asked[i].substr(asked[i].rfind('/') + 1, 10));
+        }
+        for (auto i = reportsBefore; i < reports().size(); ++i) {
+            seen.push_back(std::string(name(reports()[i].type)) + " " + reports()[i].message.value_or("-"));
+            EXPECT_EQ(reports()[i].callback + reports()[i].payload, "onAddCreditCardnone");
+        }
+        return seen;
+    }
+    /// The body of the last request.
+    JsonValue body() const { return JsonValue::parse(sent().back().body.value_or("null")); }
+
+    const std::shared_ptr<FakeWindows> windows = std::make_shared<FakeWindows>();
+
+private:
+    void start(const std::string& event) {
+        if (event == "call") return kavio().addCreditCardTDSecure(card, {.name = "Jo", .email = "jo@a.example"});
+        if (event == "close") return windows->pressClose();
+        if (event == "navigation") return static_cast<void>(windows->navigate("https://acs.example/next"));
+        if (event == "redirect") return static_cast<void>(windows->navigate("http://127.0.0.1/?z2=0"));
+        if (event == "no window") return static_cast<void>(windows->hasKeyWindow = false);
+        if (event == "release") return kavio().release(&kavio());
+        if (event == "destroy") return destroyFacade();
+        if (event == "drop delegate") return destroyDelegate();
+        if (device().urlSession->open() > 0) answer(replies.at(event));
+    }
+};
+
+std::vector<std::string> words(const std::string& text) {
+    std::vector<std::string> found;
+    for (std::size_t at = 0; at < text.size();) {
+        const auto end = std::min(text.find("; ", at), text.size());
+        found.push_back(text.substr(at, end - at));
+        at = end + 2;
+    }
+    return found;
+}
+
+struct State {
+    const char* name;
+    std::string path;
+    std::map<std::string, std::string> expected;  // by event
+    std::string toOtherReplies = "";              // "$" stands for the reply; all other events change nothing
+};
+
+const std::string cannotParse = "SERVER_ERROR failed to parse server reponse";
+const std::string cannotStart = "FAILURE failed to start 3DS authentication";
+const std::string expired = "ACCESS_DENIED Your session token is expaired";
+
+// Of a state that waits for a JSON reply; `before` happens ahead of each report.
+std::map<std::string, std::string> waiting(std::map<std::string, std::string> own, const std::string& before = "") {
+    own.insert({{"call", "BUSY -"},
+                {"page", before + "BAD_INPUT -"},
+                {"no text", before + "BAD_INPUT -"},
+                {"refusal", before + expired}});
+    return own;
+}
+
+std::vector<State> states() {
+    const std::string present = "present animated; ";
+    const std::string dismiss = "dismiss animated; ";
+    const std::map<std::string, std::string> idle{{"call", "ask addCard"}};
+    const std::map<std::string, std::string> shown{
+        {"call", "BUSY -"}, {"redirect", "ask getLocator"}, {"close", dismiss + "FAILURE canceled by user"}};
+    const std::map<std::string, std::string> adding{{"frictionless", "SUCCESS -"},
+                                                    {"fingerprint", "ask f?threeDSM"},
+                                                    {"fingerprint without URL", "SERVER_ERROR invalid URL"},
+                                                    {"challenge", present + "shown; load https://acs.example/c 60"},
+                                                    {"challenge without URL", present + "shown"},
+                                                    {"error", "SERVER_ERROR M"}};
+    auto addingUnseen = adding;
+    addingUnseen["challenge"] = addingUnseen["challenge without URL"] = cannotStart;
+    const auto locating = [](const std::string& before, const std::string& another) {
+        return waiting({{"locator", before + "SUCCESS -"},
+                        {"locator error", before + "SERVER_ERROR error: M"},
+                        {"another challenge", another}},
+                       before);
+    };
+    const std::string another = "shown; load https://acs.example/d 60";
+    auto locatingShown = locating(dismiss, another);
+    locatingShown["close"] = "dismiss animated";
+    return {
+        {"idle", "", idle},
+        {"adding", "call", waiting(adding), cannotParse},
+        {"adding, without a window", "no window; call", waiting(addingUnseen), cannotParse},
+        {"fetching", "call; fingerprint",
+         waiting({{"page", present + "hidden; html <html>"}, {"no text", cannotStart}}), present + "hidden; html $"},
+        {"fetching, without a window", "call; fingerprint; no window",
+         waiting({{"page", cannotStart}, {"no text", cannotStart}}), cannotStart},
+        {"fingerprint", "call; fingerprint; page", shown},
+        {"challenge", "call; challenge; navigation", shown},
+        {"challenge after a fingerprint", "call; fingerprint; page; redirect; another challenge", shown},
+        {"challenge after a closed fingerprint", "call; fingerprint; page; redirect; close; another challenge", shown},
+        {"locating", "call; challenge; redirect", locatingShown, dismiss + cannotParse},
+        {"locating, closed", "call; challenge; redirect; close", locating("", present + another), cannotParse},
+        {"locating, without a window", "call; challenge; redirect; close; no window",
+         locating("", cannotStart + " page"), cannotParse},
+        {"canceled", "call; challenge; close", idle},
+        {"enrolled", "call; challenge; redirect; locator", idle},
+    };
+}
+
+std::vector<std::string> events() {
+    std::vector<std::string> all{"call", "close", "navigation", "redirect"};
+    for (const auto& [name, reply] : replies) all.push_back(name);
+    return all;
+}
+
+TEST(TDSecureEnrolment, DoesInEachStateWhatEachEventAsksFor) {
+    for (const auto& state : states()) {
+        for (const auto& event : events()) {
+            SCOPED_TRACE(std::string(state.name) + ", then " + event);
+            Enrolment enrolment;
+            for (const auto& step : words(state.path)) enrolment.play(step);
+            const auto reply = replies.find(event);
+            auto expected = reply == replies.end() ? "" : state.toOtherReplies;
+            if (const auto at = expected.find('$'); at != std::string::npos)
+                expected.replace(at, 1, reply->second.body);
+            if (const auto own = state.expected.find(event); own != state.expected.end()) expected = own->second;
+            EXPECT_EQ(enrolment.play(event), words(expected));
+        }
+    }
+}
+
+TEST(TDSecureEnrolment, IsSilentOnceFacadeOrDelegateIsGone) {
+    for (const auto& state : states()) {
+        for (const std::string end : {"release", "destroy", "drop delegate"}) {
+            SCOPED_TRACE(std::string(state.name) + ", then " + end);
+            Enrolment enrolment;
+            for (const auto& step : words(state.path)) enrolment.play(step);
+            const auto reports = enrolment.reports();
+            const bool hadScene = enrolment.windows->hasScene();
+            enrolment.play(end);
+            EXPECT_EQ(enrolment.windows->hasScene(), hadScene && end != "release");
+            for (const auto& event : events()) {
+                if (event != "call") enrolment.play(event);
+                EXPECT_FALSE(end == "release" && enrolment.windows->hasScene()) << event;
+            }
+            EXPECT_EQ(enrolment.reports(), reports);
+        }
+    }
+}
+
+TEST(TDSecureEnrolment, MayLoseItsFacadeOrBeginAgainInItsReport) {
+    for (const std::string path : {"call; challenge; close", "call; challenge; redirect; locator", "call; error"}) {
+        for (const std::string next : {"release", "destroy", "call"}) {
+            SCOPED_TRACE(path + ", then " + next);
+            Enrolment enrolment;
+            enrolment.delegate().onReport = [&](const Report&) { enrolment.play(next); };
+            for (const auto& step : words(path)) enrolment.play(step);
+            EXPECT_EQ(enrolment.reports().size(), 1U);
+            EXPECT_FALSE(enrolment.windows->hasScene());
+            EXPECT_EQ(enrolment.device().urlSession->open(), next == "call" ? 1U : 0U);
+        }
+    }
+}
+
+TEST(TDSecureEnrolment, LeavesThePageOfAnotherFacadeAlone) {
+    for (const std::string path : {"", "call; challenge; close", "call; challenge; redirect; locator"}) {
+        SCOPED_TRACE(path);
+        Enrolment enrolment;  // looks on
+        for (const auto& step : words(path)) enrolment.play(step);
+        const auto reports = enrolment.reports();
+        const auto delegate = std::make_shared<RecordingDelegate>();
+        Kavio other(delegate, "key", Kavio::EnvironmentType::TEST);
+        const auto show = [&] {
+            other.addCreditCardTDSecure(card, {});
+            enrolment.play("challenge");
+        };
+
+        show();
+        EXPECT_THAT(enrolment.play("redirect"), ElementsAre("ask getLocator"));
+        EXPECT_THAT(enrolment.play("locator"), ElementsAre("dismiss animated"));
+        show();
+        EXPECT_THAT(enrolment.play("close"), ElementsAre("dismiss animated"));
+        EXPECT_EQ(enrolment.reports(), reports);
+        EXPECT_THAT(delegate->reports, ElementsAre(Report{"onAddCreditCard", ResultType::SUCCESS},
+                                                   Report{"onAddCreditCard", ResultType::FAILURE, "canceled by user"}));
+        show();
+        EXPECT_THAT(enrolment.play("release"), IsEmpty());
+        other.release(&other);
+        EXPECT_FALSE(enrolment.windows->hasScene());
+    }
+}
+
+TEST(TDSecureEnrolment, SharesTheSceneThatAnotherFacadeHasUp) {
+    Enrolment enrolment;
+    const auto delegate = std::make_shared<RecordingDelegate>();
+    Kavio other(delegate, "key", Kavio::EnvironmentType::TEST);
+    enrolment.play("call");
+    enrolment.play("challenge");
+    other.addCreditCardTDSecure(card, {});
+    EXPECT_THAT(enrolment.play("challenge"), IsEmpty());
+    EXPECT_THAT(enrolment.play("redirect"), ElementsAre("ask getLocator", "ask getLocator"));
+    enrolment.play("locator");
+    EXPECT_FALSE(enrolment.windows->hasScene());
+    enrolment.play("locator");
+    const Report success{"onAddCreditCard", ResultType::SUCCESS};
+    EXPECT_THAT(enrolment.reports(), ElementsAre(success));
+    EXPECT_THAT(delegate->reports, ElementsAre(success));
+}
+
+TEST(TDSecureEnrolment, HandsOnWhatThePageSentBack) {
+    for (const auto& [end, expected] : std::vector<std::pair<std::string, std::string>>{
+             {"", "{}"},
+             {"?g1=T&z2=0&z3=OK&z50=X", R"({"token":"T","result":"0","description":"OK","transaction":"X"})"},
+             {"/?z50=X&z3=OK&z2=0&g1=T#g1=U", R"({"token":"T","result":"0","description":"OK","transaction":"X"})"},
+             {"/a?G1=no&z2=1&other=2&z2=3&&=&z%32=%34", R"({"result":"4"})"},
+             {"/?g1=a%20b+c%26d%3D%C3%A9&z3=%zz%4&z2=", R"({"token":"a b+c&d=é","description":"%zz%4","result":""})"},
+             {"/?g1=a=b&z2&z3=1&z3&z50=%ff", R"({"token":"a=b","transaction":"\ufffd"})"},
+         }) {
+        Enrolment enrolment;
+        enrolment.play("call");
+        const auto first = enrolment.body();
+        enrolment.play("challenge");
+        enrolment.windows->navigate("http://127.0.0.1" + end);
+        auto body = JsonValue::parse(expected);
+        body.update({{"flow", 3}, {"card", first["card"]}});
+        EXPECT_EQ(enrolment.body(), body) << end;
+
+        enrolment.play("locator");
+        enrolment.play("call");
+        EXPECT_NE(enrolment.body()["key"], first["key"]) << "of each attempt its own";
+    }
+}
+
+}  // namespace
+}  // namespace kavio::test

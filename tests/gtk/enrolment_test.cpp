@@ -1,0 +1,266 @@
+#include "gtk/gtk_world.h"
+#include "sandbox/sandbox.h"
+#include "support/recording_delegate.h"
+#include "util/shared_instance.h"
+
+#include <kavio/kavio.h>
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+#include <filesystem>
+#include <fstream>
+
+namespace kavio::test {
+namespace {
+
+using ::testing::ElementsAreArray;
+using ::testing::IsEmpty;
+
+const std::string acceptCode =
+    "document.getElementById('code').value = '1234'; document.querySelector('[value=accept]').click()";
+const Report success{"onAddCreditCard", ResultType::SUCCESS};
+const Report canceled{"onAddCreditCard", ResultType::FAILURE, "canceled by user"};
+
+Report serverError(const std::string& message) { return {"onAddCreditCard", ResultType::SERVER_ERROR, message}; }
+
+struct Service {
+    sandbox::Sandbox sandbox;
+    UrlSessionConfiguration session() const {
+        UrlSessionConfiguration session;
+        session.certificateAuthorities = sandbox.authorityFile();
+        session.connectTo = sandbox.address();
+        return session;
+    }
+};
+
+/// An application with a person signed in, against the sandbox over TLS.
+class EnrolmentTest : Service, public GtkHost {
+protected:
+    EnrolmentTest() : GtkHost(session()) {
+        forgetSharedInstances();
+        kavio = std::make_unique<Kavio>(delegate, "key", Kavio::EnvironmentType::TEST);
+        kavio->login("49", "15000");
+        EXPECT_TRUE(until([this] { return reports().size() == 1; }));
+        kavio->verify("123456", "DE", "49", "15000");
+        EXPECT_TRUE(until([this] { return reports().size() == 2; }));
+        reports().clear();
+    }
+    ~EnrolmentTest() override {
+        kavio.reset();
+        forgetSharedInstances();
+    }
+
+    std::vector<Report>& reports() { return delegate->reports; }
+    void enrol(const std::string& number) {
+        kavio->addCreditCardTDSecure({.number = number, .month = 1, .year = 2039, .securityCode = 7},
+                                     {.name = "Robin", .email = "robin@kavio.example"});
+    }
+    void enrolWith(const std::string& page) {
+        server.servePage("/page", page);
+        service().fault("/account/locators/credorax/addCard",
+                        {.status = 200, .body = R"({"type":3,"id":"I","url":")" + server.url("/page") + "\"}"});
+        enrol("4000000000001042");
+    }
+    void waitFor(std::size_t count) {
+        EXPECT_TRUE(until([=, this] { return reports().size() >= count; })) << shown();
+    }
+    void close(bool byKey) { byKey ? press("Escape") : click("close"); }
+    sandbox::Sandbox& service() { return sandbox; }
+    std::string lastPath() { return service().requests().back().target; }
+
+    std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>();
+    std::unique_ptr<Kavio> kavio;
+};
+
+TEST_F(EnrolmentTest, ReportsTheResultOfEachTestCardOnce) {
+    const auto answer = [](const std::string& script) { return [script] { runInPage(script); }; };
+    struct Course {
+        const char* number;
+        Report report;
+        std::function<void()> person;
+    };
+    const std::vector<Course> courses{
+        {"4000000000001018", success, nullptr},
+        {"4000000000001026", success, nullptr},
+        {"4000000000001034", success, answer(acceptCode)},
+        {"4000000000001042", success, answer(acceptCode)},
+        {"4000000000001042", serverError("error: Cancelled by the card holder"),
+         answer("document.querySelector('[value=cancel]').click()")},
+        {"4000000000001059", success, nullptr},
+        {"4000000000001067", serverError("error: Declined by the bank"), answer(acceptCode)},
+        {"4000000000001075", canceled,
+         [] {
+             runInPage("");
+             click("close");
+         }},
+        {"4000000000001083", success, nullptr},
+        {"4000000000001091", success, answer(acceptCode)},
+        {"4000000000001109", canceled,
+         [] {
+             EXPECT_TRUE(until([] { return shown() == "failed"; }));
+             press("Escape");
+         }},
+        {"4000000000001117", serverError("the card's bank cannot be reached"), nullptr},
+        {"4000000000001125", serverError("failed to parse server reponse"), nullptr},
+        {"4000000000001133", serverError("invalid URL"), nullptr},
+        {"4000000000001141", serverError("error: the card's bank cannot be reached"), nullptr},
+        {"4000000000001158", serverError("failed to parse server reponse"), nullptr},
+    };
+    std::vector<Report> expected;
+    for (const auto& course : courses) {
+        SCOPED_TRACE(course.number);
+        enrol(course.number);
+        if (course.person) course.person();
+        expected.push_back(course.report);
+        waitFor(expected.size());
+        EXPECT_EQ(shown(), "nothing");
+        EXPECT_EQ(windowCount(), 1U);
+    }
+    EXPECT_THAT(reports(), ElementsAreArray(expected));
+}
+
+TEST_F(EnrolmentTest, HandsOnWhatThePageSentBack) {
+    const std::string loopback = "http://127.0.0.1/";
+    server.serveRedirect("/end", loopback + "?z3=a%26b&z50=1&g1=T");
+    for (const auto& [page, expected] : std::vector<std::pair<std::string, std::string>>{
+             {"<script>location='" + loopback + "?z50=X&z3=é%20+&z2=&g1=a&other=1&g1=b%3D%2B'</script>",
+              R"({"token":"b=+","result":"","description":"é +","transaction":"X"})"},
+             {"<form action='" + loopback +
+                  "'><input name=z2 value='0'><input name=z3 value='it&apos;s &amp; ü'></form>"
+                  "<script>document.forms[0].submit()</script>",
+              R"({"result":"0","description":"it's+&+ü"})"},
+             {"<form method=post action='" + loopback +
+                  "?g1=T&z2'><input name=g1 value=body></form>"
+                  "<script>document.forms[0].submit()</script>",
+              R"({"token":"T"})"},
+             {"<iframe src=/end></iframe>", R"({"token":"T","description":"a&b","transaction":"1"})"},
+         }) {
+        service().fault("/account/locators/credorax/getLocator",
+                        {.status = 200, .body = R"({"result":1,"locator":"L"})"});
+        enrolWith("<meta charset=utf-8>" + page);
+        const auto count = reports().size() + 1;
+        waitFor(count);
+        auto body = nlohmann::json::parse(service().requests().back().body);
+        EXPECT_EQ(body["flow"], 3);
+        body.erase("flow");
+        body.erase("card");
+        EXPECT_EQ(body, nlohmann::json::parse(expected)) << page;
+    }
+}
+
+TEST_F(EnrolmentTest, IsCanceledByAPersonUntilThePageHasEndedAndNotAfter) {
+    server.serveNothing("/slow");
+    std::vector<Report> expected;
+    for (const bool byKey : {true, false}) {
+        enrolWith("<p>before");
+        EXPECT_TRUE(until([] { return shown() == "page"; }));
+        close(byKey);
+        expected.push_back(canceled);
+        waitFor(expected.size());
+
+        enrolWith("<script>location='/slow'</script>");
+        EXPECT_TRUE(until([&] { return server.requests().back() == "GET /slow"; }));
+        close(byKey);
+        expected.push_back(canceled);
+        waitFor(expected.size());
+
+        service().fault("*/getLocator",
+                        {.status = 200, .body = R"({"result":1,"locator":"L"})", .delay = std::chrono::seconds(3)});
+        enrolWith("<script>location='http://127.0.0.1/?z2=0'</script>");
+        EXPECT_TRUE(until([this] { return lastPath().ends_with("/getLocator"); }));
+        close(byKey);
+        EXPECT_TRUE(until([] { return shown() == "nothing"; }));
+        EXPECT_EQ(reports().size(), expected.size());
+        expected.push_back(success);
+        waitFor(expected.size());
+        EXPECT_EQ(windowCount(), 1U);
+    }
+    EXPECT_THAT(reports(), ElementsAreArray(expected));
+}
+
+TEST_F(EnrolmentTest, StaysInTheHandsOfThePersonWhateverThePageDoes) {
+    server.serveDownload("/download");
+    server.servePage("/again", "<script>location='/again'</script>");
+    server.servePage("/large", "<p>" + std::string(50'000'000, 'x'));
+    std::vector<Report> expected;
+    for (const auto& [name, html] : std::initializer_list<std::pair<const char*, std::string>>{
+             {"alerts", "<script>for (;;) alert(confirm(prompt('')))</script>"},
+             {"a busy script", "<script>onload = () => setTimeout(() => { for (;;); })</script>"},
+             {"a storm of windows", "<script>setInterval(() => { open('" + server.url("/another") + "') })</script>"},
+             {"endless redirects", "<script>location='/again'</script>"},
+             {"a refusal to leave", "<script>onbeforeunload = () => 'stay'; location='/again'</script>"},
+             {"a large document", "<script>location='/large'</script>"},
+             {"a download", "<script>location='/download'</script>"},
+             {"a file", "<script>location='file:///etc/passwd'</script>"},
+             {"a program", "<script>location='mailto:a@b.example'; location='kavio-test:x'</script>"},
+             {"permissions",
+              "<script>Notification.requestPermission(); navigator.geolocation.getCurrentPosition(() => 0)"
+              "</script><input type=file autofocus>"},
+             {"full screen", "<script>document.documentElement.requestFullscreen(); print()</script>"},
+         }) {
+        SCOPED_TRACE(name);
+        enrolWith(html + std::string("<p>page"));
+        EXPECT_TRUE(until([] { return shown() == "page"; }));
+        EXPECT_EQ(windowCount(), 2U);
+        press("Escape");
+        expected.push_back(canceled);
+        waitFor(expected.size());
+        EXPECT_EQ(windowCount(), 1U);
+    }
+    EXPECT_THAT(reports(), ElementsAreArray(expected));
+}
+
+TEST_F(EnrolmentTest, TakesItsSceneAwayWhenItsLastFacadeReleasesIt) {
+    for (const bool released : {true, false}) {
+        enrolWith("<p>page");
+        EXPECT_TRUE(until([] { return shown() == "page"; }));
+        released ? kavio->release(kavio.get()) : kavio.reset();
+        EXPECT_EQ(shown(), released ? "nothing" : "page");
+        if (released) kavio = std::make_unique<Kavio>(delegate, "key", Kavio::EnvironmentType::TEST);
+    }
+    press("Escape");  // of a facade that was destroyed only the use stays
+    EXPECT_TRUE(until([] { return shown() == "nothing"; }));
+    EXPECT_THAT(reports(), IsEmpty());
+}
+
+std::size_t openFiles() {
+    return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}));
+}
+
+// Pages of memory that are the process's own.
+std::size_t memory() {
+    std::size_t total = 0;
+    std::size_t resident = 0;
+    std::ifstream("/proc/self/statm") >> total >> resident;
+    return resident;
+}
+
+std::vector<std::string> filesOfTheUser() {
+    std::vector<std::string> found;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(std::getenv("HOME"))) {
+        found.push_back(entry.path());
+    }
+    return found;
+}
+
+TEST_F(EnrolmentTest, LeavesNothingBehind) {
+    const auto before = filesOfTheUser();  // the toolkit's own
+    std::size_t files = 0;
+    std::size_t pages = 0;
+    for (std::size_t i = 1; i <= 40; ++i) {
+        enrol(i % 4 == 0 ? "4000000000001059" : "4000000000001026");
+        waitFor(i);
+        if (i != 8) continue;  // caches are full
+        files = openFiles();
+        pages = memory();
+    }
+    EXPECT_TRUE(until([=] { return openFiles() <= files; })) << openFiles() << " open files, once " << files;
+    EXPECT_LT(memory(), pages * 5 / 4);
+    EXPECT_EQ(windowCount(), 1U);
+    EXPECT_THAT(reports(), testing::AllOf(testing::SizeIs(40), testing::Each(success)));
+    EXPECT_EQ(filesOfTheUser(), before);
+}
+
+}  // namespace
+}  // namespace kavio::test

@@ -1,0 +1,123 @@
+#include "storage/kavio_user_defaults.h"
+
+#include "models/account_model.h"
+#include "models/replies.h"
+#include "support/world.h"
+#include "time/reliable_clock.h"
+#include "time/reliable_clock_state.h"
+#include "util/shared_instance.h"
+
+#include <gmock/gmock.h>
+
+#include <limits>
+
+namespace kavio::test {
+namespace {
+
+using testing::ElementsAre;
+
+const Date someDay{std::chrono::seconds(1600000000)};
+
+/// The store on a scripted device; nothing is open yet.
+class UserDefaults : public testing::Test {
+protected:
+    void SetUp() override { forgetSharedInstances(); }
+    void TearDown() override { forgetSharedInstances(); }
+
+    FakeDevice mDevice;
+    const InstalledPlatform mPlatform{mDevice.platform()};
+};
+
+TEST_F(UserDefaults, AreInTheSuiteThatTheHostsKeyNames) {
+    struct Case {
+        std::optional<Bundle::Value> key;
+        const char* suite;
+    };
+    const std::vector<Case> cases{{std::nullopt, "suite group.KavioSdkUserDefaults-KavioE"},
+                                  {std::string("abc"), "suite group.KavioSdkUserDefaults-abc"},
+                                  {std::int64_t{5}, "suite group.KavioSdkUserDefaults-KavioE"}};
+    for (const auto& [key, suite] : cases) {
+        forgetSharedInstances();
+        FakeDevice device;
+        const InstalledPlatform installed(device.platform());
+        device.mainBundle->setInformation("KavioKey", key);
+        KavioUserDefaults::shared();
+        EXPECT_THAT(device.stores->names(), ElementsAre(suite));
+    }
+}
+
+TEST_F(UserDefaults, AreInTheStandardStoreWhereNoSuiteCanBeHad) {
+    mDevice.stores->refuseSuites();
+    KavioUserDefaults::shared()->defualt->set("session_token", std::string("t"));
+    EXPECT_THAT(mDevice.stores->names(), ElementsAre("standard"));
+    EXPECT_EQ(mDevice.stores->standard()->string("session_token"), "t");
+}
+
+// A key, token or service of an earlier run must not come back because the disk is full.
+TEST_F(UserDefaults, CountInThisProcessWhenTheyCannotBeWritten) {
+    const auto suite = mDevice.stores->suite("group.KavioSdkUserDefaults-KavioE");
+    suite->write({{"api_key", "old"}, {"session_token", "t"}, {"server_expired_time", someDay}});
+    mDevice.stores->refuseWrites(true);
+
+    const auto defaults = KavioUserDefaults::shared();
+    EXPECT_FALSE(defaults->defualt->set("api_key", std::string("new")));
+    EXPECT_FALSE(defaults->defualt->set("session_token", std::string()));
+    defaults->setServerExpiredTime(std::nullopt);
+    EXPECT_EQ(defaults->defualt->string("api_key"), "new");
+    EXPECT_EQ(defaults->sessionToken(), "");
+    EXPECT_EQ(defaults->getServerExpiredTime(), std::nullopt);
+    EXPECT_EQ(suite->string("api_key"), "old");
+
+    mDevice.stores->refuseWrites(false);
+    EXPECT_TRUE(defaults->defualt->set("push_token", std::string("p"))) << "takes along what is waiting";
+    EXPECT_EQ(suite->string("api_key"), "new");
+    EXPECT_EQ(suite->string("session_token"), "");
+    EXPECT_EQ(suite->date("server_expired_time"), std::nullopt);
+    suite->set("api_key", std::string("of another process"));
+    EXPECT_EQ(defaults->defualt->string("api_key"), "of another process");
+}
+
+TEST_F(UserDefaults, ReadAValueOfAnotherTypeAsMissing) {
+    const auto defaults = KavioUserDefaults::shared();
+    const auto now = mDevice.clock->now();
+    for (const auto key : {keys::serverTime, keys::savedCpuTime, keys::serverExpiredTime}) {
+        defaults->defualt->set(key, std::string("2020"));
+    }
+    defaults->defualt->set(keys::sessionToken, someDay);
+    EXPECT_EQ(defaults->getServerTime(), now);
+    EXPECT_EQ(defaults->getSavedCpuTime(), now);
+    EXPECT_EQ(defaults->getServerExpiredTime(), std::nullopt);
+    EXPECT_EQ(defaults->sessionToken(), "");
+    EXPECT_EQ(serverNow(), now);
+}
+
+TEST_F(UserDefaults, KeepTheExpiryWhenATimeRequestFails) {
+    const auto defaults = KavioUserDefaults::shared();
+    defaults->setServerExpiredTime(someDay);
+    storeTimeSample(std::nullopt);
+    EXPECT_EQ(defaults->getServerExpiredTime(), someDay);
+    EXPECT_EQ(defaults->getServerTime(), mDevice.clock->now());
+}
+
+TEST_F(UserDefaults, ForgetTheAccountThatIsNone) {
+    const auto defaults = KavioUserDefaults::shared();
+    defaults->defualt->set(keys::account, Bytes{1});
+    defaults->saveAccount(std::nullopt);
+    EXPECT_EQ(defaults->defualt->value(keys::account), std::nullopt);
+}
+
+TEST(ReliableClockState, IsArchivedByTheNamesOfItsProperties) {
+    ReliableClockState state;
+    state.real = 1;
+    state.local = std::numeric_limits<std::uint64_t>::max();
+    state.tag = "t";
+    auto archive = state.archive();
+    archive.erase("elapsed");
+    state.elapsed = 5;
+    state.unarchive(archive);
+    EXPECT_EQ(state.archive(), (Serializable::Archive{{"real", 1}, {"elapsed", 0}, {"local", ~std::uint64_t{0}}}));
+    EXPECT_EQ(state.tag, std::nullopt);
+}
+
+}  // namespace
+}  // namespace kavio::test

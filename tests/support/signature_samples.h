@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace kavio::test {
+
+struct SignatureSample {
+    std::string url, body, signature;
+};
+
+inline const std::string signatureSampleTime = "20240101001234";
+
+/// Signatures at that time, made by an implementation of its own in another language.
+inline std::vector<SignatureSample> signatureSamples() {
+    const std::string letters = "abcdefghijklmnopqrstuvwxyz";
+    std::string families;  // of 31 characters
+    for (int i = 0; i < 31; ++i) families += "👩‍👩‍👧‍👦";
+    return {
+        {"https://api-qa2.kavio.example/v1/time?", "", "4lhPEGx4yB8NiUQxw7RFSWZ9DzUV01234"},
+        {"HTTPS://API-QA2.kavio.example/v1/Orders/5?statusOnly=true", "", "wkgJMc-rGNf-npzAJ63asBf8DOAr01234"},
+        {"https://api.kavio.example:443/v1/account/challenge/",
+         R"({"countryCode":"49","phoneNumber":"151234567","challenge":"","retry":"0"})",
+         "Fd3zrJlDdI6OZX7K8w73x1bGgPP301234"},
+        {"https://h/a%E2%80%8Fb\u00E2c", "", "07CTnw9GHNcO9bQM62evBOWhl0wX01234"},
+        {"u", letters + "01234", "UVuL_sY2qPzywwd44AbY-Fv3RBex01234"},
+        {"u", letters + "0123456", "UamIYC_hrT0Fcl6HE0SUQEvv_woj01234"},
+        {"u", "\u00E4" + letters + "012345", "UcLQuKgqmuMpISZfzSeZ6UN_VLCU01234"},
+        {"u", letters + "\r\n0123456", "Ue9XDaTtX1WhcN9GgitkDWYzvTAj01234"},
+        {"u", families + "e\u0301 and more", "UWrCUizN3r0CnoXd-k7YImkGcOpi01234"},
+    };
+}
+
+}  // namespace kavio::test
