@@ -60,11 +60,12 @@ int complain(ExitStatus status, std::string sentence) {
 }
 
 std::unique_ptr<Host> makeHost(const CommandLine& line) {
-    if (line.options.withWindow) {
+    const auto* const command = line.command();
+    if (line.options.withWindow || (command != nullptr && command->wantsWindow())) {
         std::string reason;
         if (auto host = makeWindowHost(line.options, reason)) return host;
-        // A program learns from the reports that there is no window; a person wants to know why.
-        if (!line.isDriver) throw Failure(ExitStatus::USAGE, "--window: " + reason);
+        // A program learns from the reports that there is no window; a person who asked for one wants to know why.
+        if (line.options.withWindow && !line.isDriver) throw Failure(ExitStatus::USAGE, "--window: " + reason);
     }
     return makeTerminalHost(line.options);
 }

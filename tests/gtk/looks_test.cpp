@@ -1,4 +1,4 @@
-#include "gtk/gtk_world.h"
+#include "gtk/enrolment_world.h"
 
 #include <chrono>
 #include <cstdlib>
@@ -7,16 +7,19 @@
 namespace kavio::test {
 namespace {
 
-// What an issuer's page may look like that follows the desktop's style.
-constexpr const char* challenge = R"(<!doctype html><meta name=viewport content="width=device-width">
-<style>:root { color-scheme: light dark; font: 1rem sans-serif } main { max-width: 22rem; margin: 2rem auto; padding: 0 1rem }
-input, button { font: inherit; padding: .6rem; margin: .4rem 0; width: 100%; box-sizing: border-box }</style>
-<main><h2>Example Bank</h2><p>Enter the code that we have sent to your phone to store the card ending in 1111.</p>
-<label>Code<input inputmode=numeric autofocus></label><button>Accept</button><button>Cancel</button></main>)";
-
 /// Pictures of the scene for people to look at, in the folder that KAVIO_SCREENSHOTS names: scripts/screenshots.
-class Looks : public GtkWorld {
+class Looks : public EnrolmentWorld {
 protected:
+    /// Of the scene once it shows `what`, on the course of a test card.
+    void picture(const std::string& card, const std::string& what, const std::string& name) {
+        service().fault("/acs/fingerprint/*", {.status = 200, .body = "<p>goes on for ever"});
+        enrol(card);
+        EXPECT_TRUE(until([&] { return shown() == what; }));
+        take(name);
+        press("Escape");
+        EXPECT_TRUE(until([&] { return shown() == "nothing"; }));
+        service().clearFaults();
+    }
     void take(const std::string& name) {
         const auto drawn = std::chrono::steady_clock::now() + std::chrono::seconds(1);
         EXPECT_TRUE(until([=] { return std::chrono::steady_clock::now() > drawn; }));
@@ -40,15 +43,9 @@ TEST_F(Looks, ArePictured) {
     for (const auto& [name, isDark, textPercent] :
          std::initializer_list<Style>{{"light", false, 100}, {"dark", true, 100}, {"large", false, 175}}) {
         setStyle(isDark, textPercent);
-        renew();
-        runHidden("<p>fingerprint");
-        take("hidden-" + name);
-        showPage(challenge);
-        EXPECT_TRUE(until([&] { return shown() == "page"; }));
-        take("challenge-" + name);
-        scene->webView()->loadUrl(PageServer().url("/"), std::chrono::seconds(60));
-        EXPECT_TRUE(until([&] { return shown() == "failed"; }));
-        take("failed-" + name);
+        picture("4000000000001026", "working", "hidden-" + name);
+        picture("4000000000001042", "page", "challenge-" + name);
+        picture("4000000000001109", "failed", "failed-" + name);
     }
     setStyle(false, 100);
 }

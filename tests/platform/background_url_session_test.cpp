@@ -2,12 +2,7 @@
 #include "platform/test_host.h"
 
 #include <gtest/gtest.h>
-#include <net/if.h>
-#include <netinet/in.h>
 #include <sched.h>
-#include <sys/ioctl.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <sstream>
@@ -113,17 +108,6 @@ TEST(BackgroundUrlSession, StoresTheReplyForTheCompletionOnly) {
     ::unsetenv("TMPDIR");
 }
 
-void openLoopback() {
-    const int socket = ::socket(AF_INET, SOCK_DGRAM, 0);
-    ifreq interface {
-        "lo", {}
-    };
-    ::ioctl(socket, SIOCGIFFLAGS, &interface);
-    interface.ifr_flags |= IFF_UP;
-    ::ioctl(socket, SIOCSIFFLAGS, &interface);
-    ::close(socket);
-}
-
 /// Runs `test` where there is no network but what it makes itself. False where that is not permitted.
 bool inFreshNetwork(const std::function<void()>& test) {
     bool permitted = false;
@@ -143,7 +127,7 @@ TEST(BackgroundUrlSession, WaitsForTheNetwork) {
         EXPECT_EQ(lost.get(), "-999 with 0") << "waits until the session goes";
         EXPECT_EQ(errorCode(fetch(*makeUrlSession(service().reaching(server.address())), get(host))), -1009);
         EXPECT_EQ(errorCode(fetch(*makeUrlSession(service().reaching("")), get(host))), -1009) << "name look-up";
-        openLoopback();
+        ASSERT_EQ(std::system("ip link set lo up"), 0);
         EXPECT_EQ(order.get(), "200 placed");
         EXPECT_EQ(server.requests().size(), 1u);
     });

@@ -41,7 +41,6 @@ public:
     void destroyFacade() { mKavio.reset(); }
     /// The application's reference; the reports stay for the test to see.
     void destroyDelegate();
-    bool hasDelegate() const { return mDelegate != nullptr; }
     void makeFacade(Kavio::EnvironmentType environment = Kavio::EnvironmentType::TEST);
 
     /// Answers the oldest open request, of the background session when it has one, and lets the main thread do what

@@ -75,9 +75,10 @@ void addSecure(Session& session) {
     const auto& result = *report.result;
     if (result.type == ResultType::SUCCESS) return session.say("The card was stored.");
     if (result.message && result.message->starts_with("failed to start 3DS authentication")) {
-        throw Failure(ExitStatus::FAILED,
-                      "The card's issuer wants to show a page, and there is no window for it: run this command with "
-                      "--window, on a display. The card was not stored.");
+        throw Failure(
+            ExitStatus::FAILED,
+            "The card's issuer wants to show a page, and there is no window for it: that takes a display, and "
+            "kavio-wallet-window beside this program. The card was not stored.");
     }
     throw failureOf(result);
 }
@@ -95,7 +96,7 @@ void addCard(Session& session, bool isSecure) {
 Command addCardCommand(CLI::App& program) {
     auto* const line = program.add_subcommand("add-card", "Store a credit card; asks for it, or reads standard input");
     const auto isSecure = std::make_shared<bool>(false);
-    line->add_flag("--secure", *isSecure, "Let the issuer check the card with 3-D Secure (may need --window)");
+    line->add_flag("--secure", *isSecure, "Let the issuer check the card with 3-D Secure (opens a window)");
     line->footer(
         "Card data is never taken from the command line, where others can see it. When standard input is no terminal "
         "it\n"
@@ -103,7 +104,7 @@ Command addCardCommand(CLI::App& program) {
         "the address), or one JSON object: pan, month, year, cvv, email; with --secure number, month, year,\n"
         "securityCode, name, email and the holder's address as streetNumber, streetName, city, territory, country,\n"
         "postal.");
-    return {line, [isSecure](Session& session) { addCard(session, *isSecure); }};
+    return {line, [isSecure](Session& session) { addCard(session, *isSecure); }, [isSecure] { return *isSecure; }};
 }
 
 }  // namespace kavio::wallet

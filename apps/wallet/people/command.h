@@ -15,6 +15,8 @@ struct Command {
     CLI::App* line;
     /// Throws `Failure` when the work could not be done.
     std::function<void(Session&)> run;
+    /// Whether a page may have to be shown: then a window is opened where there is a display.
+    std::function<bool()> wantsWindow = [] { return false; };
 };
 
 // Each adds itself to the program's command line. What it takes there lives as long as the command.

@@ -73,7 +73,7 @@ void GtkScene::translate() {
     gtk_widget_set_tooltip_text(close, closeTip.c_str());
     gtk_accessible_update_property(GTK_ACCESSIBLE(close), GTK_ACCESSIBLE_PROPERTY_LABEL, closeTip.c_str(), -1);
     gtk_window_set_title(mWindow, translated(gtk_window_get_title(mWindow)).c_str());
-    setText("failed", gtk_label_get_text(widget<GtkLabel>("failed")));
+    for (const auto* label : {"failed", "failedHint"}) setText(label, gtk_label_get_text(widget<GtkLabel>(label)));
 }
 
 void GtkScene::connect(const std::filesystem::path& authorities) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/linux/dictionary_bundle.h"
+#include "platform/linux/icu.h"
 #include "support/fakes/fake_clock.h"
 #include "support/fakes/fake_main_queue.h"
 #include "support/fakes/fake_url_session.h"
@@ -7,10 +9,7 @@
 
 #include <kavio/platform/platform.h>
 
-#include <atomic>
-#include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 
@@ -19,42 +18,40 @@ namespace kavio::test {
 /// A bundle whose values a test sets and takes away.
 class FakeBundle final : public Bundle {
 public:
-    std::optional<Value> informationValue(std::string_view key) const override;
-    std::string localizedString(std::string_view key) const override;
+    std::optional<Value> informationValue(std::string_view key) const override {
+        return DictionaryBundle(mInformation).informationValue(key);
+    }
+    std::string localizedString(std::string_view key) const override {
+        return DictionaryBundle({}, mStrings).localizedString(key);
+    }
 
-    void setInformation(const std::string& key, std::optional<Value> value);
-    void setLocalizedString(const std::string& key, const std::string& text);
+    void setInformation(const std::string& key, std::optional<Value> value) {
+        mInformation.erase(key);
+        if (value) mInformation.emplace(key, std::move(*value));
+    }
+    void setLocalizedString(const std::string& key, const std::string& text) { mStrings[key] = text; }
 
 private:
-    mutable std::mutex mMutex;
-    std::map<std::string, Value, std::less<>> mInformation;
-    std::map<std::string, std::string, std::less<>> mStrings;
+    DictionaryBundle::Information mInformation;
+    DictionaryBundle::Strings mStrings;
 };
 
-/// A user who speaks `language`; regions are named as ICU names them in English.
+/// A user who speaks a language of the test's choice; regions are named as ICU names them.
 class FakeLocale final : public Locale {
 public:
-    std::optional<std::string> languageCode() const override;
-    std::optional<std::string> regionName(std::string_view code) const override;
+    std::optional<std::string> languageCode() const override { return mLanguage; }
+    std::optional<std::string> regionName(std::string_view code) const override {
+        return makeIcuLocale()->regionName(code);
+    }
 
-    void setLanguageCode(std::optional<std::string> language);
+    void setLanguageCode(std::optional<std::string> language) { mLanguage = std::move(language); }
 
 private:
-    mutable std::mutex mMutex;
     std::optional<std::string> mLanguage = "en";
 };
 
-/// UUIDs that are no surprise: "00000000-0000-4000-8000-000000000001" is the first, then …0002.
-class FakeUuid final : public Uuid {
-public:
-    std::string make() const override;
-
-private:
-    mutable std::atomic<unsigned> mMade = 0;
-};
-
-/// A device whose world is scripted: network, time, store, main thread and settings. Its work queues, dates, texts and
-/// digests are the real ones.
+/// A device whose world is scripted: network, time, store, main thread and settings. Its work queues, dates, texts,
+/// digests and UUIDs are the real ones.
 struct FakeDevice {
     std::shared_ptr<FakeClock> clock = std::make_shared<FakeClock>();
     std::shared_ptr<FakeMainQueue> mainQueue = std::make_shared<FakeMainQueue>(clock);
@@ -64,7 +61,6 @@ struct FakeDevice {
     std::shared_ptr<FakeBundle> mainBundle = std::make_shared<FakeBundle>();
     std::shared_ptr<FakeBundle> libraryBundle = std::make_shared<FakeBundle>();
     std::shared_ptr<FakeLocale> locale = std::make_shared<FakeLocale>();
-    std::shared_ptr<FakeUuid> uuid = std::make_shared<FakeUuid>();
 
     FakeDevice();
     Platform platform() const;
