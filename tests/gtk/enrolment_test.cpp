@@ -40,6 +40,7 @@ TEST_F(EnrolmentTest, ReportsTheResultOfEachTestCardOnce) {
         {"4000000000001075", canceled,
          [] {
              runInPage("");
+             EXPECT_EQ(text("host") + ", " + text("security"), "localhost, Secure connection");
              click("close");
          }},
         {"4000000000001083", success, nullptr},
@@ -101,7 +102,10 @@ TEST_F(EnrolmentTest, IsCanceledByAPersonUntilThePageHasEndedAndNotAfter) {
     server.serveNothing("/slow");
     std::vector<Report> expected;
     for (const bool byKey : {true, false}) {
-        enrolWith("<p>before");
+        enrolWith(
+            "<script>window.close(); addEventListener('keydown', e => { e.preventDefault(); e.stopPropagation() }, "
+            "true)"
+            "</script>");
         EXPECT_TRUE(until([] { return shown() == "page"; }));
         close(byKey);
         expected.push_back(canceled);

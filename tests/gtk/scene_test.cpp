@@ -105,22 +105,6 @@ TEST_F(SceneTest, KnowsItsOwnStoryboardOnly) {
     EXPECT_FALSE(windows.instantiateScene("libKavio", "session"));  // is there, and no scene
 }
 
-TEST_F(SceneTest, IsClosedByThePersonOnly) {
-    const std::string page =
-        "<script>addEventListener('keydown', e => { e.preventDefault(); e.stopPropagation() }, true); "
-        "window.close()</script>";
-    for (const bool escape : {false, true}) {
-        log->onClose = [&] { scene->dismiss(true); };
-        showPage(page);
-        ASSERT_TRUE(until([&] { return shown() == "page"; }));
-        EXPECT_EQ(log->closes, 0);
-        escape ? press("Escape") : click("close");
-        EXPECT_TRUE(until([&] { return shown() == "nothing"; }));
-        EXPECT_EQ(log->closes, 1);
-        renew();
-    }
-}
-
 TEST_F(SceneTest, RunsAPageHiddenAndShowsAnotherLater) {
     runHidden("<title>fingerprint</title><script>location='http://127.0.0.1/?z2=1'</script>");
     EXPECT_TRUE(until([&] { return shown() == "working"; }));
@@ -146,24 +130,6 @@ TEST_F(SceneTest, NamesTheHostOfThePageThatIsThereAndNotOfOneThatIsOnItsWay) {
 std::string secureUrl(const RawServer& secure, const std::string& path) {
     const auto address = secure.address();
     return "https://localhost" + address.substr(address.find(':')) + path;
-}
-
-TEST_F(SceneTest, EndsAPageInAFrameOfASecurePageWhoseAuthorityTheHostTrusts) {
-    const RawServer secure(authority().issue("localhost"), answering([](const std::string& request) {
-                               if (!request.starts_with("GET /frame")) {
-                                   return httpReply(200, "<iframe src=/frame></iframe>", "Content-Type: text/html\r\n");
-                               }
-                               return httpReply(302, "", "Location: http://127.0.0.1/?z2=0\r\n");
-                           }));
-    scene->webView()->loadUrl(secureUrl(secure, "/"), std::chrono::seconds(60));
-    present();
-    EXPECT_TRUE(until([&] { return !log->loopbacks().empty(); }));
-    openAnotherPage();
-    EXPECT_THAT(log->loopbacks(), ElementsAre("http://127.0.0.1/?z2=0"));
-
-    scene->webView()->loadUrl(secureUrl(secure, "/"), std::chrono::seconds(60));
-    EXPECT_TRUE(until([&] { return text("security") == "Secure connection"; }));
-    EXPECT_EQ(text("host"), "localhost");
 }
 
 TEST_F(SceneTest, ShowsNothingThatACertificateDoesNotProve) {
