@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <vector>
 
 namespace kavio::test {
@@ -42,10 +43,10 @@ protected:
         Platform::current().windows = windows;
     }
 
-    bool present(const User& user, TDSFlowType flow, const std::string& content) {
+    bool present(const User& user) {
         const auto topMost = topMostViewController();
-        user.controller->mFlow = flow;
-        user.controller->mUrl = content;
+        user.controller->mFlow = TDSFlowType::CHALLENGE;
+        user.controller->mUrl = "https://acs.example/c";
         const auto scene = user.controller->createScene(storyboard);
         if (!topMost || !scene) return false;
         scene->delegate = user.controller;
@@ -59,68 +60,37 @@ protected:
     std::vector<std::string> calls;
 };
 
-TEST_F(SceneControllerTest, LoadsItsContentOncePerPresentationAsTheFlowSays) {
-    struct Case {
-        TDSFlowType flow;
-        std::string content;
-        std::vector<std::string> expected;
-    };
-    for (const auto& [flow, content, expected] : std::vector<Case>{
-             {TDSFlowType::CHALLENGE, "https://acs.example/c?a=1", {"shown", "load https://acs.example/c?a=1 60"}},
-             {TDSFlowType::CHALLENGE, "no URL", {"shown"}},
-             {TDSFlowType::FINGERPRINT, "<html>", {"hidden", "html <html>"}},
-             {TDSFlowType::FRICTIONLESS, "https://acs.example/c", {}},
-             {TDSFlowType::UNKNOWN, "https://acs.example/c", {}},
-         }) {
-        const User user(calls);
-        windows->log.clear();
-        EXPECT_TRUE(present(user, flow, content));
-        EXPECT_TRUE(user.controller->isVisible());
-        EXPECT_TRUE(present(user, flow, content)) << "of a scene that is up: nothing new happens";
-        user.controller->close(false);
-        EXPECT_FALSE(user.controller->isVisible());
-        user.controller->close(true);
-
-        auto all = expected;
-        all.insert(all.begin(), "present animated");
-        all.emplace_back("dismiss");
-        EXPECT_EQ(windows->log, all) << content;
-    }
-}
-
 TEST_F(SceneControllerTest, HasNoSceneWhereNoneCanBeMade) {
     const User user(calls);
-    windows->hasStoryboard = false;
-    EXPECT_FALSE(user.controller->createScene(storyboard));
-    windows->hasStoryboard = true;
     EXPECT_FALSE(user.controller->createScene("another"));
-    EXPECT_TRUE(topMostViewController());
-    windows->hasRootViewController = false;
-    EXPECT_FALSE(topMostViewController());
-    windows->hasKeyWindow = false;
-    EXPECT_FALSE(topMostViewController());
     Platform::current().windows = nullptr;
-    EXPECT_FALSE(topMostViewController());
     EXPECT_FALSE(user.controller->createScene(storyboard));
+    EXPECT_FALSE(topMostViewController());
     user.controller->loadContent();
+    Platform::current().windows = windows;
+    for (bool* const part : {&windows->hasStoryboard, &windows->hasRootViewController, &windows->hasKeyWindow}) {
+        *part = false;
+        EXPECT_FALSE(present(user));
+        *part = true;
+    }
+    EXPECT_TRUE(present(user));
 }
 
 TEST_F(SceneControllerTest, EndsAPageAtTheLoopbackAddressAndHoldsNoNavigationUp) {
     const User user(calls);
-    ASSERT_TRUE(present(user, TDSFlowType::CHALLENGE, "https://acs.example/c"));
-    for (const auto& [url, isEnd] : std::vector<std::pair<std::optional<std::string>, bool>>{
-             {"http://127.0.0.1", true},
-             {"http://127.0.0.1/?z2=0", true},
-             {"http://127.0.0.10/", true},
-             {"http://127.0.0.1.example/", true},
-             {"https://127.0.0.1/?z2=0", false},
-             {"HTTP://127.0.0.1/", false},
-             {"http://localhost/", false},
-             {" http://127.0.0.1/", false},
-             {"about:blank", false},
-             {"", false},
-             {std::nullopt, false},
-         }) {
+    ASSERT_TRUE(present(user));
+    const std::vector<std::optional<std::string>> ends{"http://127.0.0.1", "http://127.0.0.1/?z2=0",
+                                                       "http://127.0.0.10/", "http://127.0.0.1.example/"};
+    std::vector<std::optional<std::string>> urls{"https://127.0.0.1/?z2=0",
+                                                 "HTTP://127.0.0.1/",
+                                                 "http://localhost/",
+                                                 " http://127.0.0.1/",
+                                                 "about:blank",
+                                                 "",
+                                                 std::nullopt};
+    urls.insert(urls.end(), ends.begin(), ends.end());
+    for (const auto& url : urls) {
+        const bool isEnd = std::find(ends.begin(), ends.end(), url) != ends.end();
         calls.clear();
         user.controller->mRedirectedUrl = "none";
         EXPECT_TRUE(windows->navigate(url));
@@ -129,34 +99,16 @@ TEST_F(SceneControllerTest, EndsAPageAtTheLoopbackAddressAndHoldsNoNavigationUp)
         EXPECT_EQ(user.controller->mRedirectedUrl, isEnd ? url : "none");
     }
     EXPECT_TRUE(windows->hasScene());
+    calls.clear();
     user.controller->scene()->delegate.reset();
     EXPECT_TRUE(windows->navigate("http://127.0.0.1/"));
     windows->pressClose();
     EXPECT_THAT(calls, IsEmpty());
 }
 
-TEST_F(SceneControllerTest, DismissesTheSceneBeforeItTellsThatThePersonClosedIt) {
-    const User user(calls);
-    user.controller->tdSecureWindowClosed->attachOnce(
-        std::make_shared<TDSecureSceneController::SceneEvent::Observer>(windows, [&](TDSecureSceneController& sender) {
-            EXPECT_FALSE(windows->hasScene());
-            EXPECT_FALSE(sender.scene());
-        }));
-    ASSERT_TRUE(present(user, TDSFlowType::CHALLENGE, "https://acs.example/c"));
-    const auto first = user.controller->scene();
-    windows->navigate("http://127.0.0.1/?z2=0");
-    windows->pressClose();
-    EXPECT_THAT(calls, ElementsAre("finished", "closed"));
-    EXPECT_EQ(windows->log.back(), "dismiss animated");
-    EXPECT_EQ(user.controller->mRedirectedUrl, "http://127.0.0.1/?z2=0");
-
-    ASSERT_TRUE(present(user, TDSFlowType::CHALLENGE, "https://acs.example/c"));
-    EXPECT_NE(user.controller->scene(), first);
-}
-
 TEST_F(SceneControllerTest, FollowsTheLifeOfTheView) {
     const User user(calls);
-    ASSERT_TRUE(present(user, TDSFlowType::CHALLENGE, "https://acs.example/c"));
+    ASSERT_TRUE(present(user));
     windows->log.clear();
     for (const auto& [event, isVisible] : std::vector<std::pair<ViewEvent, bool>>{
              {ViewEvent::WILL_DISAPPEAR, false},
@@ -177,7 +129,7 @@ TEST_F(SceneControllerTest, IsSharedUntilItsLastUserReleasesIt) {
     auto first = std::make_unique<User>(calls);
     User second(calls);
     EXPECT_EQ(first->controller, second.controller);
-    ASSERT_TRUE(present(second, TDSFlowType::CHALLENGE, "https://acs.example/c"));
+    ASSERT_TRUE(present(second));
     windows->navigate("http://127.0.0.1/");
     EXPECT_THAT(calls, ElementsAre("finished", "finished"));
 
@@ -202,13 +154,15 @@ TEST_F(SceneControllerTest, MayLoseItsLastUserInsideAnEvent) {
     for (const bool byClose : {false, true}) {
         auto user = std::make_unique<User>(calls);
         const auto dropped = std::make_shared<TDSecureSceneController::SceneEvent::Observer>(
-            windows, [&](TDSecureSceneController&) { user.reset(); });
+            windows, [&](TDSecureSceneController& sender) {
+                EXPECT_EQ(sender.scene() == nullptr, byClose) << "a close is told once the scene is gone";
+                user.reset();
+            });
         user->controller->tdSecureFinished->attach(dropped);
         user->controller->tdSecureWindowClosed->attach(dropped);
-        ASSERT_TRUE(present(*user, TDSFlowType::CHALLENGE, "https://acs.example/c"));
+        ASSERT_TRUE(present(*user));
         byClose ? windows->pressClose() : static_cast<void>(windows->navigate("http://127.0.0.1/"));
-        EXPECT_FALSE(user);
-        EXPECT_FALSE(windows->hasScene());
+        EXPECT_FALSE(user || windows->hasScene());
     }
 }
 
