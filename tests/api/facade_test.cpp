@@ -9,12 +9,8 @@ namespace {
 using EnvironmentType = Kavio::EnvironmentType;
 
 TEST(Facade, ChoosesTheServiceForTheWholeProcess) {
-    struct Case {
-        std::optional<std::string> stored;
-        EnvironmentType environment;
-        std::optional<std::string> kept;
-    };
-    for (const auto& c : std::vector<Case>{
+    using Text = std::optional<std::string>;
+    for (const auto& [stored, environment, kept] : std::vector<std::tuple<Text, EnvironmentType, Text>>{
              {std::nullopt, EnvironmentType::TEST, "ApiQA2"},
              {std::nullopt, EnvironmentType::PROD, std::nullopt},  // what nothing stands for anyway
              {"nonsense", EnvironmentType::PROD, "nonsense"},
@@ -24,9 +20,9 @@ TEST(Facade, ChoosesTheServiceForTheWholeProcess) {
          }) {
         World world;
         world.store().remove("service_name");
-        if (c.stored) world.store().set("service_name", *c.stored);
-        world.makeFacade(c.environment);
-        EXPECT_EQ(world.store().string("service_name"), c.kept);
+        if (stored) world.store().set("service_name", *stored);
+        world.makeFacade(environment);
+        EXPECT_EQ(world.store().string("service_name"), kept);
         EXPECT_EQ(world.store().string("api_key"), "key");
     }
     EXPECT_EQ(Kavio::environmentType(1), EnvironmentType::TESTS);
