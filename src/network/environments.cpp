@@ -37,12 +37,13 @@ std::string_view name(ApiType type) { return service(type).name; }
 
 std::string_view urlString(ApiType type) { return service(type).url; }
 
-ApiType currentApiType() {
-    const auto stored = KavioUserDefaults::shared()->defualt->string(keys::serviceName);
-    for (std::size_t i = 0; stored && i < services.size(); ++i) {
-        if (services[i].name == *stored) return static_cast<ApiType>(i);
+ApiType apiTypeNamed(const std::optional<std::string>& name) {
+    for (std::size_t i = 0; name && i < services.size(); ++i) {
+        if (services[i].name == *name) return static_cast<ApiType>(i);
     }
     return ApiType::ApiProduction;
 }
+
+ApiType currentApiType() { return apiTypeNamed(KavioUserDefaults::shared()->defualt->string(keys::serviceName)); }
 
 }  // namespace kavio

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -25,7 +26,9 @@ std::string_view name(ApiType type);
 /// The case's base URL, without a trailing "/".
 std::string_view urlString(ApiType type);
 
-/// The service that the store names; production when it names none.
+/// The service of that name, which is what the store keeps; production where that is none.
+ApiType apiTypeNamed(const std::optional<std::string>& name);
+/// The service that the store names.
 ApiType currentApiType();
 
 struct NetworkConfiguration {

@@ -24,9 +24,9 @@ RawResult failed(APIError error, std::int64_t status, std::optional<std::string>
     return RawResult::failed({error, status, std::move(message), std::nullopt});
 }
 
-HeaderFields serviceHeaders(const std::optional<std::string>& token) {
+HeaderFields serviceHeaders(const std::optional<std::string>& apiKey, const std::optional<std::string>& token) {
     HeaderFields headers{
-        {"X-Zelto-Wallet-Api-Key", KavioUserDefaults::shared()->defualt->string(keys::apiKey).value_or(fallbackApiKey)},
+        {"X-Zelto-Wallet-Api-Key", apiKey.value_or(fallbackApiKey)},
         {"Content-Type", "application/json; charset=utf-8"},
         {"lang", Platform::current().locale->languageCode().value_or("en")},
     };
@@ -101,7 +101,10 @@ void KavioNetworkService::sendInBackground(APIRequestPtr request, RawCompletion 
 }
 
 UrlRequest KavioNetworkService::prepare(const APIRequestProtocol& request) {
-    const std::string baseURL{urlString(currentApiType())};
+    const auto stored = KavioUserDefaults::shared()->defualt->values({keys::serviceName, keys::apiKey});
+    const auto serviceName = KeyValueStore::typed<std::string>(stored[0]);
+    const auto apiKey = KeyValueStore::typed<std::string>(stored[1]);
+    const std::string baseURL{urlString(apiTypeNamed(serviceName))};
     const auto endpoint = request.endpoint();
     const auto url = request.url().value_or(appendingPathComponent(baseURL, endpoint));
     const auto params = request.params();
@@ -110,7 +113,7 @@ UrlRequest KavioNetworkService::prepare(const APIRequestProtocol& request) {
     auto urlRequest = buildURLRequest(url, params, inQuery);
     urlRequest.method = request.method();
     urlRequest.idempotency = request.idempotency();
-    urlRequest.headers = request.headers().value_or(serviceHeaders(request.token()));
+    urlRequest.headers = request.headers().value_or(serviceHeaders(apiKey, request.token()));
     urlRequest.headers.emplace_back("X-Zelto-Sign",
                                     KavioUtils::signRequest(urlRequest.url, urlRequest.body.value_or("")));
 

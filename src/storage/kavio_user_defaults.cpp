@@ -47,7 +47,10 @@ void KavioUserDefaults::setServerExpiredTime(std::optional<Date> date) {
     defualt->write({{std::string(keys::serverExpiredTime), date}});
 }
 
-Date KavioUserDefaults::deviceTime() { return Platform::current().clock->now(); }
+Date KavioUserDefaults::getDate(std::string_view key) const {
+    const auto stored = defualt->date(key);
+    return stored ? *stored : Platform::current().clock->now();
+}
 
 std::shared_ptr<KeyValueStore> userDefaults() { return KavioUserDefaults::shared()->defualt; }
 

@@ -34,10 +34,10 @@ public:
     /// With none removes the stored account.
     void saveAccount(const std::optional<AccountModel>& account);
 
-    /// The server's clock at the last time sample; without one `now`, the device's.
-    Date getServerTime(Date now = deviceTime()) const { return defualt->date(keys::serverTime).value_or(now); }
-    /// The device's clock when the last time sample was stored; without one `now`, the device's.
-    Date getSavedCpuTime(Date now = deviceTime()) const { return defualt->date(keys::savedCpuTime).value_or(now); }
+    /// The server's clock at the last time sample; the device's time without one.
+    Date getServerTime() const { return getDate(keys::serverTime); }
+    /// The device's clock when the last time sample was stored; the device's time without one.
+    Date getSavedCpuTime() const { return getDate(keys::savedCpuTime); }
     void setServerExpiredTime(std::optional<Date> date);
     std::optional<Date> getServerExpiredTime() const { return defualt->date(keys::serverExpiredTime); }
 
@@ -45,7 +45,7 @@ public:
     std::string sessionToken() const { return defualt->string(keys::sessionToken).value_or(""); }
 
 private:
-    static Date deviceTime();
+    Date getDate(std::string_view key) const;
 };
 
 }  // namespace kavio

@@ -2,12 +2,16 @@
 
 namespace kavio {
 
-std::optional<StoredValue> RetainingStore::value(std::string_view key) const {
-    {
-        const std::lock_guard lock(mMutex);
-        if (const auto found = mUnwritten.find(key); found != mUnwritten.end()) return found->second;
+std::vector<std::optional<StoredValue>> RetainingStore::values(std::initializer_list<std::string_view> keys) const {
+    auto found = mSuite->values(keys);
+    const std::lock_guard lock(mMutex);
+    if (mUnwritten.empty()) return found;
+    auto value = found.begin();
+    for (const auto key : keys) {
+        if (const auto unwritten = mUnwritten.find(key); unwritten != mUnwritten.end()) *value = unwritten->second;
+        ++value;
     }
-    return mSuite->value(key);
+    return found;
 }
 
 bool RetainingStore::write(const StoreChanges& changes) {

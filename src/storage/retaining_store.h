@@ -16,7 +16,8 @@ class RetainingStore final : public KeyValueStore {
 public:
     explicit RetainingStore(std::shared_ptr<KeyValueStore> suite) : mSuite(std::move(suite)) {}
 
-    std::optional<StoredValue> value(std::string_view key) const override;
+    std::optional<StoredValue> value(std::string_view key) const override { return values({key}).front(); }
+    std::vector<std::optional<StoredValue>> values(std::initializer_list<std::string_view> keys) const override;
     /// False when the changes are not in the suite, and end with this process unless a later write takes them along.
     bool write(const StoreChanges& changes) override;
 

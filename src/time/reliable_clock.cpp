@@ -7,16 +7,30 @@
 
 namespace kavio {
 
-Date serverNow() {
-    const auto defaults = KavioUserDefaults::shared();
+namespace {
+
+struct TimeSample {
+    Date serverNow;
+    std::optional<Date> expiry;
+};
+
+TimeSample timeSample() {
+    const auto stored =
+        KavioUserDefaults::shared()->defualt->values({keys::serverTime, keys::savedCpuTime, keys::serverExpiredTime});
     const auto now = Platform::current().clock->now();
     // One reading of the device's clock for all three: with no sample the sum is exactly that reading.
-    return defaults->getServerTime(now) + (now - defaults->getSavedCpuTime(now));
+    const auto serverTime = KeyValueStore::typed<Date>(stored[0]).value_or(now);
+    const auto savedCpuTime = KeyValueStore::typed<Date>(stored[1]).value_or(now);
+    return {serverTime + (now - savedCpuTime), KeyValueStore::typed<Date>(stored[2])};
 }
 
+}  // namespace
+
+Date serverNow() { return timeSample().serverNow; }
+
 bool isTimeSampleFresh() {
-    const auto expiry = KavioUserDefaults::shared()->getServerExpiredTime();
-    return expiry && serverNow() < *expiry - TIME_SAMPLE_MARGIN;
+    const auto sample = timeSample();
+    return sample.expiry && sample.serverNow < *sample.expiry - TIME_SAMPLE_MARGIN;
 }
 
 void storeTimeSample(const std::optional<ServerTimeResponse>& response) {

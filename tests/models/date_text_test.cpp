@@ -30,12 +30,8 @@ protected:
 };
 
 TEST_F(DateTexts, MeanWhatThePlatformSaysTheyMean) {
-    std::vector<std::string> texts{"",
-                                   " ",
-                                   " 2024-03-05T14:07:09.250",
-                                   "2024-03-05T14:07:09.250 ",
-                                   "\u0662\u0660\u0662\u0664-03-05T14:07:09.250",
-                                   std::string("2024-03-05T14:07:09\0 250", 23)};
+    std::vector<std::string> texts{"", " ", " 2024-03-05T14:07:09.250", "2024-03-05T14:07:09.250 "};
+    texts.emplace_back("2024-03-05T14:07:09\0 250", 23);
     std::istringstream words(R"(x 2024-03-05 2024-03-05T14:07:09 2024-03-05T14:07:09.25 2024-03-05T14:07:09.2500
         2024-03-05T14:07:09.250 2024-02-29T00:00:00.000 2023-02-29T00:00:00.000 2100-02-29T00:00:00.000
         2000-02-29T23:59:59.999 2024-13-01T00:00:00.000 2024-00-01T00:00:00.000 2024-01-00T00:00:00.000
@@ -47,7 +43,7 @@ TEST_F(DateTexts, MeanWhatThePlatformSaysTheyMean) {
         2024-03-05T14:07:09.250+0530 2024-03-05T14:07:09.250-1159 2024-03-05T14:07:09.250+1200
         2024-03-05T14:07:09.250+1400 2024-03-05T14:07:09.250+9999 2024-03-05T14:07:09.250+0060
         2024-03-05T14:07:09.250+01:00 2024-03-05T14:07:09.250GMT 2024-03-05T14:07:09.250+00
-        2024-03-05T14:07:09,250 2024/03/05T14:07:09.250)");
+        2024-03-05T14:07:09,250 2024/03/05T14:07:09.250 ٢٠٢٤-03-05T14:07:09.250)");
     texts.insert(texts.end(), std::istream_iterator<std::string>(words), {});
     // And ordinary ones with a character or two changed.
     std::mt19937 random(7);
@@ -96,23 +92,18 @@ TEST_F(DateTexts, KeepEveryMillisecond) {
 
 TEST_F(DateTexts, OfTheServersClockFallBackOneByOne) {
     const auto now = device.clock->now();
-    struct Case {
-        const char* reply;
-        Date expireTime;
-        Date serverTime;
-    };
-    for (const auto& c : std::initializer_list<Case>{
-             {R"({"expireTime":"2020-01-01T10:00:00.500+0200","serverTime":"2020-01-01T10:00:00.000+0000"})",
-              Date(sys_days(2020y / 1 / 1)) + 8h + 500ms, Date(sys_days(2020y / 1 / 1)) + 10h},
-             {R"({"expireTime":"soon","serverTime":"2020-01-01T10:00:00.000+0000"})", now,
-              Date(sys_days(2020y / 1 / 1)) + 10h},
+    const Date noon(sys_days(2020y / 1 / 1) + 12h);
+    for (const auto& [reply, expireTime, serverTime] : std::initializer_list<std::tuple<const char*, Date, Date>>{
+             {R"({"expireTime":"2020-01-01T10:00:00.500+0200","serverTime":"2020-01-01T12:00:00.000+0000"})",
+              noon - 4h + 500ms, noon},
+             {R"({"expireTime":"soon","serverTime":"2020-01-01T12:00:00.000+0000"})", now, noon},
              {R"({"expireTime":7,"serverTime":null})", now, now},
              {"{}", now, now},
          }) {
-        SCOPED_TRACE(c.reply);
-        const auto time = decodeDocument<ServerTimeResponse>(c.reply);
-        EXPECT_EQ(time->expireTime, c.expireTime);
-        EXPECT_EQ(time->serverTime, c.serverTime);
+        SCOPED_TRACE(reply);
+        const auto time = decodeDocument<ServerTimeResponse>(reply);
+        EXPECT_EQ(time->expireTime, expireTime);
+        EXPECT_EQ(time->serverTime, serverTime);
     }
 }
 

@@ -20,12 +20,12 @@ std::optional<T> valueOf(const std::string& json) {
     }
 }
 
-std::string errorOf(const std::string& json) {
+bool isRefused(const std::string& json) {
     try {
         decodeDocument<JsonValue>(json);
-        return "none";
-    } catch (const DecodingError& error) {
-        return error.what();
+        return false;
+    } catch (const DecodingError&) {
+        return true;
     }
 }
 
@@ -124,27 +124,26 @@ TEST(Documents, ThatAreNotJsonAreRefused) {
     for (const auto* json :
          {"", " ", "{", "nul", "{\"a\":1,}", "[1,]", "{'a':1}", "1 2", "\xEF\xBB\xBF{}", "{\"a\":\"\xC3\x28\"}",
           "\"\xED\xA0\x80\"", "\"\\ud800\"", "\"\x01\"", "01", "1e400", "-", "+1", "NaN"}) {
-        EXPECT_NE(errorOf(json), "none") << json;
+        EXPECT_TRUE(isRefused(json)) << json;
     }
-    for (const char nothing : {' ', '\0'}) EXPECT_NE(errorOf(std::string(std::size_t{64} << 20U, nothing)), "none");
+    for (const char nothing : {' ', '\0'}) EXPECT_TRUE(isRefused(std::string(std::size_t{64} << 20U, nothing)));
     EXPECT_FALSE(decodeDocument<JsonObject>("null"));
     EXPECT_EQ(decodeDocument<std::string>("\"\\u00e9\\ud83d\\ude00\""), "\u00e9\U0001F600");
 }
 
 TEST(Documents, NestedTooDeeplyAreRefused) {
     const auto nested = [](std::size_t depth) { return std::string(depth, '[') + "1" + std::string(depth, ']'); };
-    EXPECT_EQ(errorOf(nested(500)), "none");
-    EXPECT_NE(errorOf(nested(5000)), "none");
-    EXPECT_NE(errorOf(nested(1'000'000)), "none");
+    EXPECT_FALSE(isRefused(nested(500)));
+    EXPECT_TRUE(isRefused(nested(5000)));
+    EXPECT_TRUE(isRefused(nested(1'000'000)));
     std::string objects;
     for (int i = 0; i < 1'000'000; ++i) objects += R"({"a":)";
-    EXPECT_NE(errorOf(objects), "none");
+    EXPECT_TRUE(isRefused(objects));
 }
 
 TEST(Documents, CutOffAnywhereAreRefused) {
-    for (std::size_t size = 0; size < samples::machine.size(); ++size) {
-        EXPECT_EQ(valueOf<MachineModel>(samples::machine.substr(0, size)).has_value(), false) << size;
-    }
+    for (std::size_t size = 0; size < samples::machine.size(); ++size)
+        EXPECT_FALSE(valueOf<MachineModel>(samples::machine.substr(0, size))) << size;
 }
 
 TEST(Documents, OfOneThreadCanBeOpenTogether) {
@@ -152,23 +151,6 @@ TEST(Documents, OfOneThreadCanBeOpenTogether) {
     const Document inner(R"({"a":"inner","b":[1,2,3]})");
     EXPECT_EQ(KeyedContainer(outer.root()).required<std::string>("a"), "outer");
     EXPECT_EQ(KeyedContainer(inner.root()).required<std::string>("a"), "inner");
-}
-
-TEST(Errors, NeverShowAValue) {
-    const std::string secret = R"({"token":{"token":["4111111111111111"]}})";
-    struct Secret {
-        static std::string decode(const KeyedContainer& in) {
-            const auto token = in.nested("token");
-            return token.required<std::string>("token");
-        }
-    };
-    const Document document(secret);
-    try {
-        Secret::decode(KeyedContainer(document.root()));
-        FAIL();
-    } catch (const DecodingError& error) {
-        EXPECT_STREQ(error.what(), "token.token: expected text, found an array");
-    }
 }
 
 TEST(Serialising, FailsForWhatJsonCannotHold) {

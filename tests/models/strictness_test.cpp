@@ -15,6 +15,7 @@
 
 #include <gmock/gmock.h>
 
+#include <map>
 #include <sstream>
 
 namespace kavio::test {
@@ -34,198 +35,170 @@ std::string outcome(const JsonValue& body) {
 }
 
 struct Record {
-    const char* name;
     std::string (*outcome)(const JsonValue&);
-    std::string sample;
-    /// Behind a "kind:" the keys of that kind; "kind?:" for optional ones. Nested keys as "outer/inner".
+    /// Behind a "kind:" the keys of that kind; "kind?:" for optional ones. Behind an "outer/" those nested there.
     const char* keys;
-
-    friend void PrintTo(const Record& record, std::ostream* stream) { *stream << record.name; }
 };
 
 const std::vector<Record> records{
-    {"Challenge", outcome<Challenge>, R"({"challenge":{"challenge":"c","phone":"5","retryTimeoutSeconds":30}})",
-     "object: challenge text: challenge/challenge challenge/phone integer: challenge/retryTimeoutSeconds"},
-    {"Token", outcome<Token>, R"({"token":{"token":"t"}})", "object: token text: token/token"},
-    {"LogOutResponse", outcome<LogOutResponse>, R"({"ok":true,"result":"r"})", "boolean: ok anything?: result"},
-    {"AccountModel", outcome<AccountModel>, samples::account,
-     R"(text?: configurationMaxUpdatedDT account/email account/firstName account/lastName account/appData object:
-        token account text: token/token account/phone account/country account/currency account/paypalClientId number:
-        account/balance integer: account/currencyDecimalDigits boolean?: account/marketingConfirmation
-        account/preventPayPalDirectPayment account/preventCreditCardDirectPayment
-        account/preventBalanceCardDirectPayment account/preventPayPalTopUpDeposit
-        account/preventCreditCardTopUpDeposit account/preventGPayTopUpDeposit array?: account/tokenLocators integer?:
-        account/gameficationTotalGamePlayed account/gameficationHighScore account/gameficationTotalAmountOfCashback)"},
-    {"AppData", outcome<AppData>, R"({"machinesOrder":1,"paymentMethodsOrder":1,"lastEarnedCashback":5})",
-     "integer: machinesOrder paymentMethodsOrder lastEarnedCashback"},
-    {"Configuration", outcome<Configuration>, R"({"currencies":{"EUR":{}}})",
-     "object: currencies anything?: currencies/EUR"},
-    {"KavioCardModel", outcome<KavioCardModel>, R"({"amount":1,"decimalDigits":2,"currency":"EUR"})",
-     "integer: amount decimalDigits text: currency"},
-    {"MachineModel", outcome<MachineModel>, samples::machine,
+    {outcome<Challenge>, "object: challenge challenge/ text: challenge phone integer: retryTimeoutSeconds"},
+    {outcome<Token>, "object: token token/ text: token"},
+    {outcome<LogOutResponse>, "boolean: ok anything?: result"},
+    {outcome<AccountModel>,
+     R"(text?: configurationMaxUpdatedDT object: token account token/ text: token account/ text: phone country currency
+        paypalClientId text?: email firstName lastName appData number: balance integer: currencyDecimalDigits boolean?:
+        marketingConfirmation preventPayPalDirectPayment preventCreditCardDirectPayment preventBalanceCardDirectPayment
+        preventPayPalTopUpDeposit preventCreditCardTopUpDeposit preventGPayTopUpDeposit array?: tokenLocators integer?:
+        gameficationTotalGamePlayed gameficationHighScore gameficationTotalAmountOfCashback)"},
+    {outcome<AppData>, "integer: machinesOrder paymentMethodsOrder lastEarnedCashback"},
+    {outcome<Configuration>, "object: currencies currencies/ anything?: EUR"},
+    {outcome<KavioCardModel>, "integer: amount decimalDigits text: currency"},
+    {outcome<MachineModel>,
      R"(unsigned?: kavioID text?: operatorName machineName machineConnectivityStatus zipCode city country currency
         location customLabel lastOrderDT machineSerial supportDcsImageUpdatedDt smartStickerIdUrl defaultCredit
         integer: name machineId machineType integer32?: machineStatusId extraChargeType boolean?: isWalletAllowed
         isFavorite evNozzle evNozzleLeft evNozzleRight supportRevalue supportKavioAutoPP supportDcsImage
-        supportRemoteVend number?: distance latitude longitude coordinate/latitude coordinate/longitude extraCharge
-        integer?: machineModel decimalPlace uniQR actorID distributorID multiVendCount boolean: isRevalueOnly isPulse
-        array?: campaigns fullTreeOperatorsField integer32: reviewsCount reviewsCount1 reviewsCount2 reviewsCount3
-        reviewsCount4 reviewsCount5 float?: reviewsAvg object?: coordinate)"},
-    {"MachineProduct", outcome<MachineProduct>, samples::product,
-     R"(integer: machineProductID productID text?: productName groupName paCode opButtonCode imageURL
-        productPicture number?: cashPrice cardPrice exPrepaidPrice machinePrice commissionValue retailPrice integer?:
-        preapidPrice opRowCode opColCode ageVerification codeInMap missingProduct par missingStockByMdb boolean:
-        productMemberType vendOut slowMover date?: mdbMissingStockLastUpdated dexMissingStockLastUpdated lastSaleDt
-        lastSaleMdbDt)"},
-    {"MachineByValueModel", outcome<MachineByValueModel>,
-     R"({"kavioMachineId":1,"uni_qr_scan":"s","uni_qr_number":"n"})",
-     "unsigned?: kavioMachineId text?: uni_qr_scan uni_qr_number"},
-    {"PlaceOrderModel", outcome<PlaceOrderModel>,
-     R"({"amount":1,"tokenLocator":"t","prepaidCardId":2,"payPalMetadataId":"p","longitude":1,"latitude":2,"accuracy":3,)"
-     R"("address":"a","city":"c","country":"co","zipcode":"z","streetNumber":"s","isQR":true})",
-     R"(integer?: amount prepaidCardId text?: tokenLocator payPalMetadataId address city country zipcode
-        streetNumber number?: longitude latitude accuracy boolean?: isQR)"},
-    {"OrderModel", outcome<OrderModel>, samples::order,
-     R"(object: order text?: order/address order/city order/currency order/externalReference
-        order/paymentSourceLabel order/paymentSource order/issuer order/externalPaymentReference
-        order/externalCampaignID order/createdUTC text: order/id order/orderType order/orderStatus integer?:
-        order/amount order/userAmount order/externalId order/revalue order/orderItemsCount order/chargedAmount
-        order/endingBalance anything?: order/country order/country/code order/dataFields/machineType
-        order/dataFields/prepaidCardId order/dataFields/prepaidCardReference order/dataFields/prepaidCardIssuer
-        order/dataFields/totalPunches order/dataFields/punchesOnPunch array?: order/orderItems object?:
-        order/lookAndFeel order/machineReview order/dataFields unsigned32: order/machineReview/reviewsCount float:
-        order/machineReview/reviewsAvg boolean?: order/machineReview/accountReview)"},
-    {"OrderModelResponse", outcome<OrderModelResponse>,
-     R"({"order":{"id":"1","orderType":"vending","orderStatus":"created"},"qr":"q"})",
-     "object: order text: order/id text?: qr"},
-    {"OrderActivityModel", outcome<OrderActivityModel>, samples::activity,
+        supportRemoteVend number?: distance latitude longitude extraCharge integer?: machineModel decimalPlace uniQR
+        actorID distributorID multiVendCount boolean: isRevalueOnly isPulse array?: campaigns fullTreeOperatorsField
+        integer32: reviewsCount reviewsCount1 reviewsCount2 reviewsCount3 reviewsCount4 reviewsCount5
+        float?: reviewsAvg object?: coordinate coordinate/ number?: latitude longitude)"},
+    {outcome<MachineProduct>,
+     R"(integer: machineProductID productID text?: productName groupName paCode opButtonCode imageURL productPicture
+        number?: cashPrice cardPrice exPrepaidPrice machinePrice commissionValue retailPrice integer?: preapidPrice
+        opRowCode opColCode ageVerification codeInMap missingProduct par missingStockByMdb boolean: productMemberType
+        vendOut slowMover date?: mdbMissingStockLastUpdated dexMissingStockLastUpdated lastSaleDt lastSaleMdbDt)"},
+    {outcome<MachineByValueModel>, "unsigned?: kavioMachineId text?: uni_qr_scan uni_qr_number"},
+    {outcome<PlaceOrderModel>,
+     R"(integer?: amount prepaidCardId text?: tokenLocator payPalMetadataId address city country zipcode streetNumber
+        number?: longitude latitude accuracy boolean?: isQR)"},
+    {outcome<OrderModel>,
+     R"(object: order order/ text?: address city currency externalReference paymentSourceLabel paymentSource issuer
+        externalPaymentReference externalCampaignID createdUTC text: id orderType orderStatus integer?: amount
+        userAmount externalId revalue orderItemsCount chargedAmount endingBalance anything?: country array?: orderItems
+        object?: lookAndFeel machineReview dataFields order/country/ anything?: code order/dataFields/ anything?:
+        machineType prepaidCardId prepaidCardReference prepaidCardIssuer totalPunches punchesOnPunch
+        order/machineReview/ unsigned32: reviewsCount float: reviewsAvg boolean?: accountReview)"},
+    {outcome<OrderModelResponse>, "object: order text?: qr order/ text: id orderType orderStatus"},
+    {outcome<OrderActivityModel>,
      R"(unsigned: orderId text: created orderStatusName paymentSourceName integer: amount orderType startingBalance
         endingBalance bonus gameWin text?: orderTypeName machineType machineName externalReference prepaidCardID
         tokenLocatorID label issuerName externalCampaignID currency locator orderItems city country operatorName
         punchesOnPunch totalPunches boolean: autoTopup object?: lookAndFeel)"},
-    {"PaymentCardModel", outcome<PaymentCardModel>, samples::storedCard,
-     "text: locator label processorType integer: securityCode month year id text?: issuer"},
-    {"AddCreditCardResponse", outcome<AddCreditCardResponse>, R"({"locator":)" + samples::storedCard + "}",
-     R"(object: locator text: locator/locator locator/label locator/issuer locator/processorType integer:
-        locator/month locator/year locator/securityCode integer?: locator/id)"},
-    {"PrepaidCardModel", outcome<PrepaidCardModel>, samples::prepaidCard,
+    {outcome<PaymentCardModel>, "text: locator label processorType integer: securityCode month year id text?: issuer"},
+    {outcome<AddCreditCardResponse>,
+     R"(object: locator locator/ text: locator label issuer processorType integer: month year securityCode
+        integer?: id)"},
+    {outcome<PrepaidCardModel>,
      R"(unsigned: cardId text?: cardNumber cardHolderName cardIssuerName boolean: revalue isMoney integer: balance
-        cardLimit currency/decimalDigits number: cardStatus cardType text: createdTime currency/code object: currency
-        array: fullTreeOperatorsField)"},
-    {"PrepaidsList", outcome<PrepaidsList>, R"({"prepaidCards":[]})", "array: prepaidCards"},
-    {"DepositModel", outcome<DepositModel>, R"({"deposit":{"balance":1,"fee":"x"}})",
-     "object: deposit integer: deposit/balance anything?: deposit/fee"},
-    {"CampainModel", outcome<CampainModel>, samples::campaign,
+        cardLimit number: cardStatus cardType text: createdTime array: fullTreeOperatorsField object: currency
+        currency/ text: code integer: decimalDigits)"},
+    {outcome<PrepaidsList>, "array: prepaidCards"},
+    {outcome<DepositModel>, "object: deposit deposit/ integer: balance anything?: fee"},
+    {outcome<CampainModel>,
      R"(integer: campaignId punched totalPunches punchCardId text: campaignName campaignTitle campaignDescription
         created text?: expiration imagesUrl updated array?: fullTreeOperators object: lookAndFeel)"},
-    {"VoucherModel", outcome<VoucherModel>, R"({"campaigns":1,"vouchers":[]})", "anything?: campaigns array: vouchers"},
-    {"LookAndFeelModel", outcome<LookAndFeelModel>, samples::lookAndFeel,
-     "text?: images_url backgroundColor textColor receiptText punchCardText array?: images"},
-    {"ImageMetaModel", outcome<ImageMetaModel>, samples::image, "text: file integer: w h dpi boolean: wasUploaded ios"},
-    {"MachineReviewModel", outcome<MachineReviewModel>,
-     R"({"userName":"u","createdDT":"c","updatedDT":"u","accountReview":true,"machineRating":5,"machineReview":"m"})",
+    {outcome<VoucherModel>, "anything?: campaigns array: vouchers"},
+    {outcome<LookAndFeelModel>, "text?: images_url backgroundColor textColor receiptText punchCardText array?: images"},
+    {outcome<ImageMetaModel>, "text: file integer: w h dpi boolean: wasUploaded ios"},
+    {outcome<MachineReviewModel>,
      "text?: userName text: createdDT updatedDT machineReview boolean?: accountReview unsigned32: machineRating"},
-    {"PurchaseGameResponse", outcome<PurchaseGameResponse>, R"({"ok":true,"winAmount":1})",
-     "boolean: ok integer: winAmount"},
-    {"CheckGeoIPResponse", outcome<CheckGeoIPResponse>, R"({"country":{"iso_code":"DE"}})",
-     "object: country text: country/iso_code"},
-    {"PrepaidCreateVirtualCardResponse", outcome<PrepaidCreateVirtualCardResponse>, R"({"token":{"token":"t"}})",
-     "object: token text?: token/token"},
-    {"PrepaidCreatePhysicalCardResponse", outcome<PrepaidCreatePhysicalCardResponse>, R"({"id":1})", "integer?: id"},
-    {"BasicResponse", outcome<BasicResponse>, R"({"ok":true,"result":"r"})", "boolean: ok text?: result"},
-    {"ErrorKeys", outcome<ErrorKeys>, R"({"message":"m"})", "text: message"},
-    {"ErrorModel", outcome<ErrorModel>, R"({"message":"m","code":"c"})", "text?: message code"},
-    {"ServerTimeResponse", outcome<ServerTimeResponse>, R"({"expireTime":"e","serverTime":"s"})",
-     "anything?: expireTime serverTime"},
+    {outcome<PurchaseGameResponse>, "boolean: ok integer: winAmount"},
+    {outcome<CheckGeoIPResponse>, "object: country country/ text: iso_code"},
+    {outcome<PrepaidCreateVirtualCardResponse>, "object: token token/ text?: token"},
+    {outcome<PrepaidCreatePhysicalCardResponse>, "integer?: id"},
+    {outcome<BasicResponse>, "boolean: ok text?: result"},
+    {outcome<ErrorKeys>, "text: message"},
+    {outcome<ErrorModel>, "text?: message code"},
+    {outcome<ServerTimeResponse>, "anything?: expireTime serverTime"},
 };
+
+const auto nothing = JsonValue::object();
+// The text is one that lets an order's issuer be read: it is the source of its payment.
+const std::vector<JsonValue> probes{"Ecommerce", 1, 1.5, -1, 4294967296, 1e300, true, JsonValue::array(), nothing};
+const std::vector<std::string> found{"text",     "a number",  "a number", "a number", "a number",
+                                     "a number", "a boolean", "an array", "an object"};
 
 struct Kind {
-    const char* name;
     const char* expectation;
-    /// Which of `probes` are of this kind, by position.
-    std::vector<std::size_t> accepts;
+    std::vector<std::size_t> accepts;  // which of `probes`; the first is a value for the sample
 };
 
-struct Probe {
-    JsonValue value;
-    const char* found;
+const std::map<std::string, Kind> kinds{
+    {"text", {"text", {0}}},
+    {"integer", {"an integer", {1, 3, 4}}},
+    {"integer32", {"a 32-bit integer", {1, 3}}},
+    {"unsigned", {"an unsigned integer", {1, 4}}},
+    {"unsigned32", {"an unsigned 32-bit integer", {1}}},
+    {"number", {"a number", {1, 2, 3, 4, 5}}},
+    {"date", {"a date as a number", {1, 2, 3, 4, 5}}},
+    {"float", {"a single-precision number", {1, 2, 3, 4}}},
+    {"boolean", {"a boolean", {6}}},
+    {"array", {"an array", {7}}},
+    {"object", {"an object", {8}}},
+    {"anything", {"", {8, 0, 1, 2, 3, 4, 5, 6, 7}}},
 };
 
-const std::vector<Probe> probes{
-    {"text", "text"},
-    {1, "a number"},
-    {1.5, "a number"},
-    {-1, "a number"},
-    {4294967296, "a number"},
-    {1e300, "a number"},
-    {true, "a boolean"},
-    {JsonValue::array(), "an array"},
-    {JsonValue::object(), "an object"},
+struct Key {
+    std::string path;
+    std::string kind;
+    bool isOptional;
 };
 
-const std::vector<Kind> kinds{
-    {"text", "text", {0}},
-    {"integer", "an integer", {1, 3, 4}},
-    {"integer32", "a 32-bit integer", {1, 3}},
-    {"unsigned", "an unsigned integer", {1, 4}},
-    {"unsigned32", "an unsigned 32-bit integer", {1}},
-    {"number", "a number", {1, 2, 3, 4, 5}},
-    {"date", "a date as a number", {1, 2, 3, 4, 5}},
-    {"float", "a single-precision number", {1, 2, 3, 4}},
-    {"boolean", "a boolean", {6}},
-    {"array", "an array", {7}},
-    {"object", "an object", {8}},
-    {"anything", "", {0, 1, 2, 3, 4, 5, 6, 7, 8}},
-};
-
-class KeysOfRecords : public testing::TestWithParam<Record> {
-    InstalledPlatform mPlatform{FakeDevice().platform()};
-};
-
-TEST_P(KeysOfRecords, AreAsStrictAsTheirRowsSay) {
-    const auto& record = GetParam();
-    const auto sample = JsonValue::parse(record.sample);
-    ASSERT_EQ(record.outcome(sample), accepted);
-
-    auto kind = kinds.end();
-    bool isOptional = false;
+std::vector<Key> keysOf(const Record& record) {
+    std::vector<Key> keys;
+    std::string outer;
+    std::string kind;
     std::istringstream words(record.keys);
-    for (std::string path; words >> path;) {
-        SCOPED_TRACE(path);
-        if (path.ends_with(':')) {
-            isOptional = path.ends_with("?:");
-            path.resize(path.find_first_of("?:"));
-            kind = std::find_if(kinds.begin(), kinds.end(), [&](const Kind& k) { return k.name == path; });
-            continue;
+    for (std::string word; words >> word;) {
+        if (word.ends_with('/')) {
+            outer = word;
+        } else if (word.ends_with(':')) {
+            kind = word.substr(0, word.size() - 1);
+        } else {
+            const bool isOptional = kind.ends_with('?');
+            keys.push_back({outer + word, kind.substr(0, kind.size() - (isOptional ? 1 : 0)), isOptional});
         }
-        ASSERT_NE(kind, kinds.end());
-        const JsonValue::json_pointer pointer("/" + path);
-        ASSERT_TRUE(sample.contains(pointer));
-        std::replace(path.begin(), path.end(), '/', '.');
+    }
+    return keys;
+}
 
-        const std::string whenMissing = isOptional ? accepted : path + ": missing";
-        auto body = sample;
-        body[pointer.parent_pointer()].erase(pointer.back());
-        EXPECT_EQ(record.outcome(body), whenMissing) << "absent";
-        body[pointer] = nullptr;
-        EXPECT_EQ(record.outcome(body), whenMissing) << "null";
+TEST(KeysOfRecords, AreAsStrictAsTheirRowsSay) {
+    const InstalledPlatform installed(FakeDevice().platform());
+    for (const auto& record : records) {
+        const auto keys = keysOf(record);
+        JsonValue sample;
+        for (const auto& key : keys)
+            sample[JsonValue::json_pointer("/" + key.path)] = probes[kinds.at(key.kind).accepts.front()];
+        ASSERT_EQ(record.outcome(sample), accepted) << record.keys;
 
-        for (std::size_t i = 0; i < probes.size(); ++i) {
-            body[pointer] = probes[i].value;
-            const auto result = record.outcome(body);
-            const bool isOfKind = std::find(kind->accepts.begin(), kind->accepts.end(), i) != kind->accepts.end();
-            if (!isOfKind) {
-                EXPECT_EQ(result, path + ": expected " + kind->expectation + ", found " + probes[i].found);
-            } else if (kind->name == std::string_view("object")) {
-                EXPECT_THAT(result, testing::Not(testing::StartsWith(path + ":"))) << "an empty object";
-            } else {
-                EXPECT_EQ(result, accepted) << probes[i].value;
+        for (const auto& [key, kind, isOptional] : keys) {
+            const JsonValue::json_pointer pointer("/" + key);
+            auto path = key;
+            std::replace(path.begin(), path.end(), '/', '.');
+            SCOPED_TRACE(path + " in " + record.keys);
+
+            const std::string whenMissing = isOptional ? accepted : path + ": missing";
+            auto body = sample;
+            body[pointer.parent_pointer()].erase(pointer.back());
+            EXPECT_EQ(record.outcome(body), whenMissing) << "absent";
+            body[pointer] = nullptr;
+            EXPECT_EQ(record.outcome(body), whenMissing) << "null";
+
+            const auto& [expectation, accepts] = kinds.at(kind);
+            for (std::size_t i = 0; i < probes.size(); ++i) {
+                body[pointer] = probes[i];
+                const auto result = record.outcome(body);
+                if (std::find(accepts.begin(), accepts.end(), i) == accepts.end()) {
+                    EXPECT_EQ(result, path + ": expected " + expectation + ", found " + found[i]);
+                } else if (kind == "object") {
+                    EXPECT_THAT(result, testing::Not(testing::StartsWith(path + ":"))) << "an empty object";
+                } else {
+                    EXPECT_EQ(result, accepted) << probes[i];
+                }
             }
         }
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(, KeysOfRecords, testing::ValuesIn(records), testing::PrintToStringParamName());
 
 TEST(Strictness, OfACampaignIsThatOfItsVoucherIfThatIsAnObject) {
     auto campaign = JsonValue::parse(samples::campaign);
@@ -237,8 +210,8 @@ TEST(Strictness, OfACampaignIsThatOfItsVoucherIfThatIsAnObject) {
 
 TEST(RecordsWithoutFields, TakeAnyJson) {
     for (const auto& probe : probes) {
-        EXPECT_EQ(outcome<DeleteCreditResponse>(probe.value), accepted);
-        EXPECT_EQ(outcome<PrepaidGetPhysicalCreationResponse>(probe.value), accepted);
+        EXPECT_EQ(outcome<DeleteCreditResponse>(probe), accepted);
+        EXPECT_EQ(outcome<PrepaidGetPhysicalCreationResponse>(probe), accepted);
     }
 }
 
@@ -248,7 +221,7 @@ TEST(Lists, NameTheElementThatFails) {
     broken["campaigns"][0]["lookAndFeel"] = nullptr;
     EXPECT_EQ(outcome<std::vector<MachineModel>>({machine, broken}), "[1].campaigns[0].lookAndFeel: missing");
     EXPECT_EQ(outcome<std::vector<MachineModel>>({machine, 7}), "[1]: expected an object, found a number");
-    EXPECT_EQ(outcome<std::vector<MachineModel>>(JsonValue::object()), "expected an array, found an object");
+    EXPECT_EQ(outcome<std::vector<MachineModel>>(nothing), "expected an array, found an object");
 }
 
 }  // namespace

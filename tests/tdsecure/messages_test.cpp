@@ -18,13 +18,9 @@ using ::testing::ElementsAre;
 using ::testing::Pair;
 
 const TDSPaymentCard card{.number = "4111", .month = 7, .year = 2039, .securityCode = 12};
-constexpr const char* cardJson = R"({"month":7,"number":"4111","securityCode":12,"year":2039})";
+const JsonValue cardJson{{"month", 7}, {"number", "4111"}, {"securityCode", 12}, {"year", 2039}};
 
-JsonValue json(const std::string& text) { return JsonValue::parse(text); }
-
-TEST(Messages, EncodeAnAddCardBody) {
-    const std::string browser = R"({"lang":"en","challengeWindow":4,"agent":"agent","accept":"accept","color":1,)"
-                                R"("width":300,"height":300})";
+TEST(Messages, EncodeBodiesWithoutWhatIsAbsent) {
     for (const auto& [holder, encoded] : std::vector<std::pair<TDSCardHolder, std::string>>{
              {{"Jo", "jo@a.example", {}, {}, {}, {}, {}, {}}, R"({"name":"Jo","email":"jo@a.example"})"},
              {{"Jo", "jo@a.example", 12, "High Street", "Bath", "Somerset", "GB", "BA1"},
@@ -32,17 +28,23 @@ TEST(Messages, EncodeAnAddCardBody) {
               R"("territory":"Somerset","country":"GB","postal":"BA1"})"},
          }) {
         EXPECT_EQ(JsonValue(encode(TDSAddCard{card, "KEY", {.holder = holder}})),
-                  json(std::string(R"({"card":)") + cardJson + R"(,"key":"KEY","tdSecure":{"holder":)" + encoded +
-                       R"(,"browser":)" + browser + R"(,"redirect":"http://127.0.0.1"}})"));
+                  JsonValue({{"card", cardJson},
+                             {"key", "KEY"},
+                             {"tdSecure",
+                              {{"holder", JsonValue::parse(encoded)},
+                               {"browser", JsonValue::parse(R"({"lang":"en","challengeWindow":4,"agent":"agent",
+                                   "accept":"accept","color":1,"width":300,"height":300})")},
+                               {"redirect", "http://127.0.0.1"}}}}));
     }
-}
-
-TEST(Messages, EncodeAGetCardBodyWithoutWhatIsAbsent) {
     EXPECT_EQ(JsonValue(encode(TDSGetCard{.flow = TDSFlowType::FINGERPRINT, .card = card})),
-              json(std::string(R"({"flow":2,"card":)") + cardJson + "}"));
+              JsonValue({{"flow", 2}, {"card", cardJson}}));
     EXPECT_EQ(JsonValue(encode(TDSGetCard{TDSFlowType::CHALLENGE, card, "T", "", "OK", "X"})),
-              json(std::string(R"({"flow":3,"token":"T","result":"","description":"OK","transaction":"X","card":)") +
-                   cardJson + "}"));
+              JsonValue({{"flow", 3},
+                         {"token", "T"},
+                         {"result", ""},
+                         {"description", "OK"},
+                         {"transaction", "X"},
+                         {"card", cardJson}}));
 }
 
 std::string text(const TDSAddCardFrictionlessResponse& r) { return "frictionless " + r.locator; }
@@ -60,7 +62,7 @@ std::string decoded(const std::string& json) {
     return factory ? std::visit([](const auto& reply) { return text(reply); }, factory->reply) : "nothing";
 }
 
-TEST(Messages, TellAddCardRepliesApartByTheirMembers) {
+TEST(Messages, TellRepliesApartByTheirMembers) {
     for (const auto& [reply, kind] : std::vector<std::pair<std::string, std::string>>{
              {R"({"type":1,"locator":"L"})", "frictionless L"},
              {R"({"type":2,"page":"P","id":"I"})", "fingerprint P I"},
@@ -70,22 +72,13 @@ TEST(Messages, TellAddCardRepliesApartByTheirMembers) {
              {R"({"type":4,"message":"M","url":"U","page":"P","id":"I"})", "fingerprint P I"},
              {R"({"type":0.0,"message":"M","url":"U","id":"I"})", "challenge U I"},
              {R"({"type":1,"locator":7,"message":"M"})", "error M"},
-             {R"({"type":1,"locator":null})", "unknown"},
-             {R"({"type":5,"locator":"L"})", "unknown"},
-             {R"({"type":-1,"locator":"L"})", "unknown"},
-             {R"({"type":"1","locator":"L"})", "unknown"},
-             {R"({"locator":"L"})", "unknown"},
-             {R"({"type":2,"page":"P"})", "unknown"},
-             {"{}", "unknown"},
-             {"[]", "unknown"},
-             {"7", "unknown"},
              {"null", "nothing"},
-         }) {
+         })
         EXPECT_EQ(decoded<TDSAddCardResponseFactory>(reply), kind) << reply;
-    }
-}
-
-TEST(Messages, TellGetCardRepliesApartByTheirMembers) {
+    for (const auto* reply :
+         {R"({"type":1,"locator":null})", R"({"type":5,"locator":"L"})", R"({"locator":"L"})",
+          R"({"type":-1,"locator":"L"})", R"({"type":"1","locator":"L"})", R"({"type":2,"page":"P"})", "{}", "[]", "7"})
+        EXPECT_EQ(decoded<TDSAddCardResponseFactory>(reply), "unknown") << reply;
     for (const auto& [reply, kind] : std::vector<std::pair<std::string, std::string>>{
              {R"({"result":1,"locator":"L"})", "locator L"},
              {R"({"result":2,"url":"U"})", "challenge U"},
@@ -96,9 +89,8 @@ TEST(Messages, TellGetCardRepliesApartByTheirMembers) {
              {R"({"locator":"L"})", "unknown"},
              {R"("L")", "unknown"},
              {"null", "nothing"},
-         }) {
+         })
         EXPECT_EQ(decoded<TDSGetCardResponseFactory>(reply), kind) << reply;
-    }
 }
 
 TEST(Requests, GoToTheServiceWithTheSessionAndToTheIssuerWithout) {

@@ -12,45 +12,27 @@ namespace kavio::wallet {
 
 using namespace ::testing;
 
+using Limits = std::numeric_limits<std::int64_t>;
+
 TEST(WalletMoney, IsWrittenInTheDecimalsOfItsCurrency) {
-    constexpr auto least = std::numeric_limits<std::int64_t>::min();
     EXPECT_EQ(moneyText(1250, 2, "EUR"), "12.50 EUR");
     EXPECT_EQ(moneyText(5, 2, "EUR"), "0.05 EUR");
     EXPECT_EQ(moneyText(-5, 2, "EUR"), "-0.05 EUR");
     EXPECT_EQ(moneyText(1250, 0, "JPY"), "1250 JPY");
     EXPECT_EQ(moneyText(1250, 3, "KWD"), "1.250 KWD");
-    EXPECT_EQ(moneyText(least, 18, "X"), "-9.223372036854775808 X");
+    EXPECT_EQ(moneyText(Limits::min(), 18, "X"), "-9.223372036854775808 X");
     EXPECT_EQ(moneyText(1, -7, "X"), "1 X");
     EXPECT_EQ(moneyText(1, 1'000'000'000, "X"), "0.000000000000000001 X");
 }
 
 TEST(WalletMoney, IsReadExactlyOrNotAtAll) {
-    struct Case {
-        const char* text;
-        std::int64_t digits;
-        std::optional<std::int64_t> units;
-    };
-    for (const auto& c : std::initializer_list<Case>{
-             {"12.50", 2, 1250},
-             {"12.5", 2, 1250},
-             {"12", 2, 1200},
-             {"0.01", 2, 1},
-             {"007", 0, 7},
-             {"92233720368547758.07", 2, std::numeric_limits<std::int64_t>::max()},
-             {"92233720368547758.08", 2, std::nullopt},
-             {"0.00", 2, std::nullopt},
-             {"12.505", 2, std::nullopt},
-             {"12.", 2, std::nullopt},
-             {".5", 2, std::nullopt},
-             {"1.2.3", 2, std::nullopt},
-             {"1,50", 2, std::nullopt},
-             {"-1", 2, std::nullopt},
-             {"+1", 2, std::nullopt},
-             {"", 2, std::nullopt},
-             {"1.5", 0, std::nullopt},
-         }) {
-        EXPECT_EQ(smallestUnits(c.text, c.digits), c.units) << c.text;
-    }
+    for (const auto& [text, units] : std::initializer_list<std::pair<const char*, std::int64_t>>{
+             {"12.50", 1250}, {"12.5", 1250}, {"12", 1200}, {"0.01", 1}, {"92233720368547758.07", Limits::max()}})
+        EXPECT_EQ(smallestUnits(text, 2), units) << text;
+    EXPECT_EQ(smallestUnits("007", 0), 7);
+    EXPECT_EQ(smallestUnits("1.5", 0), std::nullopt);
+    for (const auto* text : {"92233720368547758.08", "0.00", "12.505", "12.", ".5", "1.2.3", "1,50", "-1", "+1", ""})
+        EXPECT_EQ(smallestUnits(text, 2), std::nullopt) << text;
 }
 
 TEST(WalletMoney, IsDepositedWithoutLosingTheLastUnit) {

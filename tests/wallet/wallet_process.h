@@ -15,10 +15,16 @@
 namespace kavio::test {
 
 using Json = nlohmann::json;
+using Words = std::vector<std::string>;
+
+/// The words of a command line, none of which holds a blank.
+Words words(const std::string& text);
+/// A line of the driver from "isLoggedIn facade=b await=2", where a value that is no JSON is a text; JSON as it is.
+std::string line(const std::string& text);
 
 /// What a run of kavio-wallet left behind.
 struct Outcome {
-    int status = -1;
+    int status = -1;  // a signal's number below zero
     std::string output;
     std::string errors;
 
@@ -29,24 +35,26 @@ struct Outcome {
 };
 
 /// Runs the real program to its end.
-Outcome runWallet(const std::vector<std::string>& arguments, const std::string& input = {});
+Outcome runWallet(const Words& arguments, const std::string& input = {});
 
-/// A kavio-wallet that is talked to line by line.
+/// A kavio-wallet that is talked to.
 class LiveWallet {
 public:
-    explicit LiveWallet(const std::vector<std::string>& arguments);
+    enum class On { PIPE, TERMINAL };
+    LiveWallet(const Words& arguments, On on);
     ~LiveWallet();
+    LiveWallet(const LiveWallet&) = delete;
+    LiveWallet& operator=(const LiveWallet&) = delete;
 
-    void write(const std::string& line);
-    /// Waits for the next line; empty at the end of output.
-    std::string read();
-    void endInput();
+    void write(const std::string& text) const;
+    /// Waits until what comes ends with `end`; without one, or when it never does, for all the rest.
+    std::string read(const std::string& end = {}) const;
+    bool showsWhatIsTyped() const;
     int waitForEnd();
 
 private:
     pid_t mProcess = -1;
-    int mInput = -1;
-    int mOutput = -1;
+    int mFile = -1;
 };
 
 /// kavio-wallet on a sandbox, with a store of its own.
@@ -54,10 +62,10 @@ class WalletTest : public ::testing::Test {
 protected:
     explicit WalletTest(std::chrono::milliseconds orderStep = std::chrono::milliseconds{300});
 
-    std::vector<std::string> options(std::vector<std::string> more = {}) const;
-    Outcome run(const std::vector<std::string>& arguments, const std::string& input = {}) const;
+    Words options(const std::string& more) const;
+    Outcome run(const std::string& command, const std::string& input = {}) const;
     /// One line an operation.
-    Outcome drive(const std::vector<std::string>& lines, std::vector<std::string> more = {}) const;
+    Outcome drive(const std::vector<std::string>& lines, const std::string& more = {}) const;
     /// Logs in, so that the store holds a session.
     void logIn() const;
     /// Lets orders get on by `time` at once.
@@ -72,8 +80,5 @@ private:
 protected:
     sandbox::Sandbox sandbox;
 };
-
-/// Lines joined for standard input.
-std::string joined(const std::vector<std::string>& lines);
 
 }  // namespace kavio::test

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <map>
 #include <memory>
 #include <optional>
@@ -32,19 +33,24 @@ class KAVIO_API KeyValueStore {
 public:
     virtual ~KeyValueStore() = default;
     virtual std::optional<StoredValue> value(std::string_view key) const = 0;
+    /// The values of several keys, in their order. A store that has to look for the writes of other processes looks
+    /// once, and so gives what one moment held.
+    virtual std::vector<std::optional<StoredValue>> values(std::initializer_list<std::string_view> keys) const {
+        std::vector<std::optional<StoredValue>> found;
+        for (const auto key : keys) found.push_back(value(key));
+        return found;
+    }
     virtual bool write(const StoreChanges& changes) = 0;
 
     bool set(std::string_view key, StoredValue value) { return write({{std::string(key), std::move(value)}}); }
     bool remove(std::string_view key) { return write({{std::string(key), std::nullopt}}); }
     /// The value when it is of that type; a value of another type reads as missing.
-    std::optional<std::string> string(std::string_view key) const { return typed<std::string>(key); }
-    std::optional<Date> date(std::string_view key) const { return typed<Date>(key); }
-    std::optional<Bytes> data(std::string_view key) const { return typed<Bytes>(key); }
+    std::optional<std::string> string(std::string_view key) const { return typed<std::string>(value(key)); }
+    std::optional<Date> date(std::string_view key) const { return typed<Date>(value(key)); }
+    std::optional<Bytes> data(std::string_view key) const { return typed<Bytes>(value(key)); }
 
-private:
     template <class T>
-    std::optional<T> typed(std::string_view key) const {
-        auto found = value(key);
+    static std::optional<T> typed(std::optional<StoredValue> found) {
         if (!found || !std::holds_alternative<T>(*found)) return std::nullopt;
         return std::get<T>(std::move(*found));
     }

@@ -18,8 +18,11 @@ struct Document::Parser {
 
 namespace {
 
-// A parser keeps its buffers, several times the size of what it parsed. Up to this much text they are worth keeping.
-constexpr std::size_t keptCapacity = std::size_t{4} * 1024 * 1024;
+// A parser keeps its buffers, several times the size of what it parsed. Up to this much text they are worth keeping in
+// any case, larger ones for as long as they are made use of.
+constexpr std::size_t keptCapacity = std::size_t{2} * 1024 * 1024;
+
+bool isOversized(std::size_t capacity, std::size_t needed) { return capacity > keptCapacity && capacity / 2 > needed; }
 
 template <class Integer>
 bool holds(std::string_view literal) {
@@ -81,16 +84,14 @@ std::unique_ptr<Document::Parser>& Document::idleParser() {
 
 Document::Document(const std::string& json) : mParser(std::move(idleParser())) {
     if (json.empty()) throw DecodingError("empty");
-    if (!mParser) mParser = std::make_unique<Parser>();
+    if (!mParser || isOversized(mParser->parser.capacity(), json.size())) mParser = std::make_unique<Parser>();
     const auto parse = [this](const std::string& text) { return mParser->parser.parse(text).get(mParser->root); };
     auto error = parse(json);
     if (error == simdjson::NUMBER_ERROR) error = parse(withLargeIntegersAsDoubles(json));
     if (error != simdjson::SUCCESS) throw DecodingError(simdjson::error_message(error));
 }
 
-Document::~Document() {
-    if (mParser->parser.capacity() <= keptCapacity) idleParser() = std::move(mParser);
-}
+Document::~Document() { idleParser() = std::move(mParser); }
 
 DecodedValue Document::root() const { return {fromDom(mParser->root), {}}; }
 

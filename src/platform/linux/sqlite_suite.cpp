@@ -23,9 +23,11 @@ bool SqliteSuite::isUsable() const {
     });
 }
 
-std::optional<StoredValue> SqliteSuite::value(std::string_view key) const {
-    std::optional<StoredValue> found;
-    use([&](SuiteFile& file) { found = file.value(key); });
+std::optional<StoredValue> SqliteSuite::value(std::string_view key) const { return values({key}).front(); }
+
+std::vector<std::optional<StoredValue>> SqliteSuite::values(std::initializer_list<std::string_view> keys) const {
+    std::vector<std::optional<StoredValue>> found(keys.size());
+    use([&](SuiteFile& file) { found = file.values(keys); });
     return found;
 }
 

@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -23,6 +24,7 @@ public:
     /// Whether the file can be read; one that another process holds just now counts as readable.
     bool isUsable() const;
     std::optional<StoredValue> value(std::string_view key) const override;
+    std::vector<std::optional<StoredValue>> values(std::initializer_list<std::string_view> keys) const override;
     bool write(const StoreChanges& changes) override;
 
 private:

@@ -29,13 +29,16 @@ void SuiteFile::refresh() {
     load();
 }
 
-std::optional<StoredValue> SuiteFile::value(std::string_view key) {
+std::vector<std::optional<StoredValue>> SuiteFile::values(std::initializer_list<std::string_view> keys) {
     try {
         refresh();
     } catch (const SqliteError& error) {
         if (error.isDamage() || !mValues) throw;
     }
-    return known(key);
+    std::vector<std::optional<StoredValue>> found;
+    found.reserve(keys.size());
+    for (const auto key : keys) found.push_back(known(key));
+    return found;
 }
 
 bool SuiteFile::write(const StoreChanges& changes) {

@@ -7,11 +7,13 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <initializer_list>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kavio {
 
@@ -26,8 +28,8 @@ public:
 
     /// Makes sure that the values are those of the last completed write of any process.
     void refresh();
-    /// The value when the file cannot be read just now is the one last seen in it.
-    std::optional<StoredValue> value(std::string_view key);
+    /// The values when the file cannot be read just now are those last seen in it.
+    std::vector<std::optional<StoredValue>> values(std::initializer_list<std::string_view> keys);
     /// Makes all changes or none. True when the file holds them now.
     bool write(const StoreChanges& changes);
 

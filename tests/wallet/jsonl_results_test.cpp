@@ -1,0 +1,150 @@
+#include "wallet_process.h"
+
+#include <gmock/gmock.h>
+
+namespace kavio::test {
+namespace {
+
+using namespace ::testing;
+
+// An operation, and the request that decides its outcome.
+struct Operation {
+    const char* callback;
+    const char* line;
+    const char* path;
+};
+
+const std::vector<Operation> operations{
+    {"onLogin", R"({"op":"login","countryCode":"49","phoneNumber":"151234567"})", "/account/challenge/"},
+    {"onVerify", R"({"op":"verify","otp":"123456","country":"DE","countryCode":"49","phoneNumber":"151234567"})",
+     "/account/verify/"},
+    {"onCheckIsUserLogin", R"({"op":"isLoggedIn"})", "/account"},
+    {"onGetPaymentMethods", R"({"op":"getPaymentMethods"})", "/account"},
+    {"onAddCreditCard",
+     R"({"op":"addCreditCard","card":{"pan":"4111111111111111","month":"12","year":"2039","cvv":"123","email":"a@b.example"}})",
+     "/account/locators"},
+    {"onRemoveCard", R"({"op":"removeCard","id":"L1"})", "/account/locators/L1"},
+    {"onDeposit",
+     R"({"op":"deposit","depositCard":{"id":"0","number":"","type":"KAVIO","balance":0,"currency":"EUR","currencyDecimalDigits":2},"amount":1,"chargedCardId":"L1"})",
+     "/deposits/"},
+    {"onGetMachines", R"({"op":"getMachines"})", "/machines/byValue"},
+    {"onGetMachineProducts", R"({"op":"getMachineProducts","machineId":7})", "/machines/7/products"},
+    {"onGetTransactions", R"({"op":"getTransactions"})", "/orders/activities"},
+    {"onGetOrder", R"({"op":"getOrder","orderId":"5"})", "/orders/5"},
+    {"onPlaceOrder",
+     R"({"op":"placeOrder","kavioId":42100107,"amount":150,"paymentMethod":{"id":"0","number":"","type":"KAVIO"}})",
+     "/machines/*/orders"},
+    {"onLogout", R"({"op":"logout"})", "/account/logout"},
+};
+
+// What a service, a broken one or a hostile one answers, and the one report that follows.
+struct Answer {
+    sandbox::Fault fault;
+    std::string type;
+    std::string message;  // how it begins
+};
+
+std::vector<Answer> answers() {
+    const auto answer = [](int status, std::string body) {
+        return sandbox::Fault{.status = status, .body = std::move(body)};
+    };
+    const sandbox::Fault lost{.drop = true, .times = -1};
+    const std::string expired = "Your session token is expaired";
+    return {
+        {answer(400, R"({"message":"not so"})"), "BAD_INPUT", "not so"},
+        {answer(401, "{}"), "ACCESS_DENIED", expired},
+        {answer(404, "gone"), "FAILURE", "gone"},
+        {answer(406, "{}"), "FAILURE", expired},
+        {answer(426, "{}"), "FAILURE", "Upgrade version is required"},
+        {answer(503, R"({"message":"closed for today"})"), "SERVER_ERROR", "closed for today"},
+        {answer(200, "<html>"), "BAD_INPUT", ""},
+        {answer(200, "{\"a\":\"\xff\"}"), "BAD_INPUT", ""},
+        {answer(200, std::string(1'000'000, '[')), "BAD_INPUT", ""},
+        {answer(200, "[1,2"), "BAD_INPUT", ""},
+        {answer(200, "null"), "SUCCESS", ""},
+        {lost, "NETWORK_FAILED", "failed to send request, error: The connection was lost"},
+    };
+}
+
+using WalletResults = WalletTest;
+
+TEST_F(WalletResults, AreOneForEachAnswerToEachRequest) {
+    logIn();
+    const auto token = drive({R"({"op":"storeGet","key":"session_token"})"}).events().at(0).at("value").dump();
+    for (const auto& operation : operations) {
+        SCOPED_TRACE(operation.line);
+        const auto all = answers();
+        std::vector<std::string> lines;
+        for (const auto& answer : all) {
+            sandbox.fault(operation.path, answer.fault);
+            lines.push_back(R"({"op":"storeSet","key":"session_token","value":)" + token + "}");
+            if (operation.callback == std::string("onVerify")) lines.emplace_back(operations.front().line);
+            lines.emplace_back(operation.line);
+            // Without an order to follow the facade is idle again at the first poll.
+            if (answer.fault.body == "null") lines.emplace_back(R"({"op":"sleep","milliseconds":1100})");
+        }
+        auto events = drive(lines).events();
+        std::erase_if(events, [&](const Json& event) { return event.at("callback") != operation.callback; });
+        sandbox.clearFaults();
+
+        ASSERT_THAT(events, SizeIs(all.size()));
+        for (std::size_t i = 0; i < all.size(); ++i) {
+            SCOPED_TRACE(testing::Message() << "answer " << i << ": " << all[i].type);
+            const auto& message = events[i].at("result").at("message");
+            EXPECT_EQ(events[i].at("result").at("type"), all[i].type);
+            EXPECT_EQ(message.is_null(), all[i].message.empty());
+            EXPECT_THAT(message.is_null() ? "" : message.get<std::string>(), StartsWith(all[i].message));
+            EXPECT_EQ(events[i].at("onMainThread"), true);
+        }
+    }
+}
+
+// Of either path, ordinary and background.
+TEST_F(WalletResults, OfATooLargeReplyAreAFailure) {
+    logIn();
+    for (const auto* path : {"/machines/byValue", "/machines/*/orders"}) {
+        sandbox.fault(path, {.status = 200, .body = "{}", .padTo = std::size_t{64} << 20});
+    }
+    const auto events = drive({operations[7].line, operations[11].line}).events();
+    ASSERT_THAT(events, SizeIs(2));
+    EXPECT_EQ(events[0].at("result").at("type"), "FAILURE");
+    EXPECT_EQ(events[0].at("result").at("message"), "failed to send request, error: The reply is too large.");
+    EXPECT_EQ(events[1].at("result").at("type"), "FAILURE");
+    EXPECT_EQ(events[1].at("result").at("message"), nullptr) << "of a purchase's lost reply only the status counts";
+}
+
+TEST_F(WalletResults, OfRefusalsNameTheReasonAndSendNothing) {
+    const auto buy = [](const std::string& type) {
+        return R"({"op":"placeOrder","kavioId":1,"amount":1,"paymentMethod":{"id":"0","number":"","type":")" + type +
+               R"("}})";
+    };
+    const auto run = drive({
+        R"({"op":"isLoggedIn"})",
+        operations[1].line,
+        R"({"op":"getOrder","orderId":"x1"})",
+        R"({"op":"getOrder","orderId":""})",
+        R"({"op":"getMachines","filter":{"value":"abc"}})",
+        R"({"op":"getMachines","filter":{"limit":501}})",
+        buy("PAYPAL"),
+        buy("UNKNOWN"),
+        R"({"op":"deposit","depositCard":{"id":"0","number":"","type":"PAYPAL","balance":0,"currency":"EUR","currencyDecimalDigits":2},"amount":1,"chargedCardId":"L1"})",
+        R"({"op":"login","countryCode":"49","phoneNumber":"1","await":0})",
+        R"({"op":"logout"})",
+    });
+    std::vector<std::pair<std::string, Json>> results;
+    for (const auto& event : run.events()) {
+        results.emplace_back(event.at("result").at("type"), event.at("result").at("message"));
+    }
+    using Result = std::pair<std::string, Json>;
+    EXPECT_THAT(results, ElementsAre(Result("FAILURE", "Token is empty"), Result("FAILURE", "please call login first"),
+                                     Result("BAD_INPUT", "{x1} is invalid order ID"),
+                                     Result("BAD_INPUT", "{} is invalid order ID"),
+                                     Result("BAD_INPUT", "{abc} is invalid machine ID or QR code"),
+                                     Result("BAD_INPUT", "invalid filter"),
+                                     Result("BAD_INPUT", "selected payment method PAYPAL is not supported"),
+                                     Result("BAD_INPUT", "selected payment method UNKNOWN is not supported"),
+                                     Result("BAD_INPUT", "cannot deposit to PAYPAL card"), Result("BUSY", nullptr)));
+}
+
+}  // namespace
+}  // namespace kavio::test
