@@ -4,7 +4,7 @@
 #include <kavio/platform/linux.h>
 #include <kavio/platform/platform.h>
 
-typedef struct _GtkApplication GtkApplication;
+typedef struct _GtkApplication GtkApplication;  // NOLINT(bugprone-reserved-identifier): GTK's own name
 
 namespace kavio {
 

@@ -20,7 +20,7 @@ std::shared_ptr<TDSecureSceneController>& TDSecureSceneController::shared() {
 }
 
 std::shared_ptr<TDSecureSceneController> TDSecureSceneController::make() {
-    const std::shared_ptr<TDSecureSceneController> made(new TDSecureSceneController);
+    std::shared_ptr<TDSecureSceneController> made(new TDSecureSceneController);
     made->tdSecureFinished = std::make_shared<SceneEvent>(made);
     made->tdSecureWindowClosed = std::make_shared<SceneEvent>(made);
     return made;

@@ -194,7 +194,7 @@ TEST(TDSecureEnrolment, IsSilentOnceFacadeOrDelegateIsGone) {
 TEST(TDSecureEnrolment, MayLoseItsFacadeOrBeginAgainInItsReport) {
     for (const std::string path : {"call; challenge; close", "call; challenge; redirect; locator", "call; error"}) {
         for (const std::string next : {"release", "destroy", "call"}) {
-            SCOPED_TRACE(path + ", then " + next);
+            SCOPED_TRACE(testing::Message() << path << ", then " << next);
             Enrolment enrolment;
             enrolment.delegate().onReport = [&](const Report&) { enrolment.play(next); };
             for (const auto& step : words(path)) enrolment.play(step);

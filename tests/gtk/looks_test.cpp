@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 
 namespace kavio::test {
@@ -24,9 +25,11 @@ protected:
         const auto drawn = std::chrono::steady_clock::now() + std::chrono::seconds(1);
         EXPECT_TRUE(until([=] { return std::chrono::steady_clock::now() > drawn; }));
         const auto width = std::to_string(gtk_widget_get_width(GTK_WIDGET(window())));
-        const auto file = std::string(std::getenv("KAVIO_SCREENSHOTS")) + "/" + name + "-" + width + ".png";
+        const auto file = (folder / (name + "-" + width + ".png")).string();
         EXPECT_EQ(std::system(("import -window root " + file).c_str()), 0);
     }
+    std::filesystem::path folder;
+
     static void setStyle(bool isDark, int textPercent) {
         g_object_set(gtk_settings_get_default(), "gtk-application-prefer-dark-theme", isDark, "gtk-xft-dpi",
                      96 * 1024 * textPercent / 100, nullptr);
@@ -34,7 +37,9 @@ protected:
 };
 
 TEST_F(Looks, ArePictured) {
-    if (!std::getenv("KAVIO_SCREENSHOTS")) GTEST_SKIP() << "nobody asked for pictures";
+    const char* wanted = std::getenv("KAVIO_SCREENSHOTS");
+    if (!wanted) GTEST_SKIP() << "nobody asked for pictures";
+    folder = wanted;
     struct Style {
         std::string name;
         bool isDark;

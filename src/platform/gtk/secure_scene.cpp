@@ -1,6 +1,5 @@
 #include "platform/gtk/secure_scene.h"
 
-#include "kavio_gtk_resource.h"
 #include "platform/gtk/screens.h"
 
 #include <kavio/platform/platform.h>
@@ -8,6 +7,8 @@
 #include <array>
 #include <string>
 #include <utility>
+
+void kavio_gtk_register_resource();  // of the storyboard's generated source
 
 namespace kavio {
 namespace {
@@ -56,7 +57,7 @@ std::shared_ptr<GtkScene> GtkScene::make(std::string_view storyboard, std::strin
     auto builder = loadScene(storyboard, name);
     auto* window = builder ? gtk_builder_get_object(builder.get(), name.c_str()) : nullptr;
     if (!window || !GTK_IS_WINDOW(window)) return nullptr;
-    const std::shared_ptr<GtkScene> scene(new GtkScene(std::move(builder), GTK_WINDOW(window)));
+    std::shared_ptr<GtkScene> scene(new GtkScene(std::move(builder), GTK_WINDOW(window)));
     scene->translate();
     scene->connect(authorities);
     scene->onPageChanged({});

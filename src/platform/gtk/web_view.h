@@ -10,8 +10,8 @@
 #include <functional>
 #include <set>
 
-typedef struct _WebKitWebView WebKitWebView;
-typedef struct _WebKitPolicyDecision WebKitPolicyDecision;
+typedef struct _WebKitWebView WebKitWebView;                // NOLINT(bugprone-reserved-identifier): WebKit's own name
+typedef struct _WebKitPolicyDecision WebKitPolicyDecision;  // NOLINT(bugprone-reserved-identifier): as well
 
 namespace kavio {
 
