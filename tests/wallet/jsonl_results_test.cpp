@@ -113,6 +113,29 @@ TEST_F(WalletResults, OfATooLargeReplyAreAFailure) {
     EXPECT_EQ(events[1].at("result").at("message"), nullptr) << "of a purchase's lost reply only the status counts";
 }
 
+// Whatever becomes of the connection: the service sees one purchase or none, and the application hears one outcome.
+TEST_F(WalletResults, OfAPurchaseWhoseReplyIsLostAreOne) {
+    logIn();
+    struct Loss {
+        sandbox::Fault fault;
+        std::size_t purchases;
+        const char* type;
+    };
+    const std::vector<Loss> losses{{{.drop = true}, 0, "NETWORK_FAILED"},
+                                   {{.drop = true, .handled = true}, 1, "NETWORK_FAILED"},
+                                   {{.cutAfter = 0}, 1, "FAILURE"},
+                                   {{.cutAfter = 9}, 1, "FAILURE"}};
+    std::size_t purchases = 0;
+    for (const auto& loss : losses) {
+        sandbox.fault("/machines/*/orders", loss.fault);
+        const auto events = drive({operations[11].line, R"({"op":"sleep","milliseconds":300})"}).events();
+        ASSERT_THAT(events, SizeIs(1));
+        EXPECT_EQ(events[0].at("result").at("type"), loss.type);
+        purchases += loss.purchases;
+        EXPECT_THAT(sandbox.state().at("purchases"), SizeIs(purchases));
+    }
+}
+
 TEST_F(WalletResults, OfRefusalsNameTheReasonAndSendNothing) {
     const auto buy = [](const std::string& type) {
         return R"({"op":"placeOrder","kavioId":1,"amount":1,"paymentMethod":{"id":"0","number":"","type":")" + type +
