@@ -25,7 +25,7 @@ std::string lookUpName(const std::filesystem::path& certificate) {
 }  // namespace
 
 std::filesystem::path systemAuthoritiesAndOurs(const Setup& setup) {
-    const auto folder = setup.folder / "authorities";
+    auto folder = setup.folder / "authorities";
     if (!std::filesystem::create_directory(folder)) return folder;
     for (const auto& file : std::filesystem::directory_iterator(curl_version_info(CURLVERSION_NOW)->capath))
         std::filesystem::create_symlink(file.path(), folder / file.path().filename());

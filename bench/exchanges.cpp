@@ -74,7 +74,8 @@ std::vector<MachineModel> lookUpMachine() {
 
 BareExchange::BareExchange(const Setup& setup, const UrlRequest& request) : mRequest(request) {
     mConnectTo.append(("::" + setup.address).c_str());
-    for (const auto& [name, value] : request.headers) mHeaders.append((name + ": " + value).c_str());
+    for (const auto& [name, value] : request.headers)
+        mHeaders.append(std::string(name).append(": ").append(value).c_str());
     CURL* const easy = mEasy.get();
     curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(easy, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));

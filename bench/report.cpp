@@ -51,7 +51,7 @@ public:
 
 private:
     void row(const std::array<std::string, 6>& cells) {
-        for (const auto& cell : cells) mText += "| " + cell + ' ';
+        for (const auto& cell : cells) mText.append("| ").append(cell).append(" ");
         mText += "|\n";
     }
 
@@ -66,7 +66,7 @@ void addDecoding(Table& table, const BestRuns& best) {
     for (const std::int64_t count : {10, 100, 1000, 10000}) {
         const auto more = std::to_string(count);
         const auto fewer = std::to_string(count / 10);
-        const auto name = more + " machines over " + fewer;
+        const auto name = std::string(more).append(" machines over ").append(fewer);
         table.ratio("decode " + name, best["decodeMachines/" + more], best["decodeMachines/" + fewer], Aim::atMost, 11);
         table.ratio("memory taken to decode " + name, decodingBytes(count), decodingBytes(count / 10), Aim::atMost, 11,
                     bytes);
@@ -95,7 +95,7 @@ void BestRuns::ReportRuns(const std::vector<Run>& runs) {
         if (run.error_occurred) throw std::runtime_error(run.benchmark_name() + ": " + run.error_message);
         if (run.run_type != Run::RT_Iteration) continue;
         const auto& [function, arguments] = std::tie(run.run_name.function_name, run.run_name.args);
-        const auto name = arguments.empty() ? function : function + '/' + arguments;
+        const auto name = arguments.empty() ? function : std::string(function).append("/").append(arguments);
         auto& best = mBest.emplace(name, std::numeric_limits<double>::infinity()).first->second;
         best = std::min(best, run.cpu_accumulated_time / static_cast<double>(run.iterations) * 1e9);
     }

@@ -14,7 +14,7 @@
 namespace kavio {
 
 /// One machine of the machines reply, its members in the order in which they are read.
-struct MachineModel {
+struct MachineModel {  // NOLINT(clang-analyzer-optin.performance.Padding)
     std::optional<std::uint64_t> kavioID;
     std::optional<std::string> operatorName;
     std::string name;  // arrives as an integer
