@@ -24,7 +24,7 @@ SuiteFile::SuiteFile(const std::filesystem::path& path, std::shared_ptr<const Di
 // commit under way and rolls back one that a crash has cut off. The counter that is remembered is the one read inside
 // such a transaction, never one that could still be undone.
 void SuiteFile::refresh() {
-    if (mCounter && mDatabase.changeCounter() == mCounter && !mDatabase.hasMoved()) return;
+    if (mCounter && mDatabase.changeCounter() == mCounter) return;
     if (!mIsPrepared) prepare();
     load();
 }
