@@ -20,6 +20,10 @@ World::World() : mPlatform(mDevice.platform()) {
 
 World::~World() {
     mKavio.reset();
+    // What is still open ends here: a time request's end sends the request that waits for it, on whatever platform is
+    // current by then.
+    while (mDevice.backgroundUrlSession->fail(UrlError::cancelled) || mDevice.urlSession->fail(UrlError::cancelled))
+        run();
     forgetSharedInstances();
 }
 
