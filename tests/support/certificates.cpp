@@ -1,5 +1,6 @@
 #include "support/certificates.h"
 
+#include <openssl/crypto.h>
 #include <openssl/ec.h>
 #include <openssl/pem.h>
 #include <openssl/x509v3.h>
@@ -9,6 +10,9 @@
 
 namespace kavio::test {
 namespace {
+
+// As the library does, which comes second here: a network thread may outlive the main thread's last test.
+[[maybe_unused]] const int withoutExitHandler = OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
 
 constexpr std::chrono::hours day(24);
 
