@@ -75,8 +75,7 @@ constexpr void (*decoders[])(const std::string&) = {
 }  // namespace kavio
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const auto* const platform = new kavio::test::InstalledPlatform(kavio::test::FakeDevice().platform());
-    static_cast<void>(platform);
+    static const kavio::test::InstalledPlatform platform(kavio::test::FakeDevice().platform());
     if (size == 0) return 0;
     kavio::decoders[data[0] % std::size(kavio::decoders)]({reinterpret_cast<const char*>(data + 1), size - 1});
     return 0;

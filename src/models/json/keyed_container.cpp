@@ -19,7 +19,8 @@ KeyedContainer::KeyedContainer(const DecodedValue& value) : mDocument(value.elem
     };
 
     const std::size_t size = object.size();
-    if (size > maximumTableMembers) {
+    const auto slots = std::bit_ceil(2 * size + 2);  // at least half of them stay free
+    if (slots > mSlots.size()) {
         mSorted = std::make_unique<std::vector<Member>>();
         for (auto position = object.begin(); position != object.end(); ++position)
             mSorted->push_back(memberAt(position));
@@ -28,7 +29,6 @@ KeyedContainer::KeyedContainer(const DecodedValue& value) : mDocument(value.elem
         return;
     }
 
-    const auto slots = std::bit_ceil(2 * size + 2);  // at least half of them stay free
     mHashShift = 32 - std::countr_zero(slots);
     std::fill_n(mSlots.begin(), slots, Slot{0});
     Slot count = 0;
