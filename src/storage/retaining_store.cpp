@@ -20,7 +20,11 @@ bool RetainingStore::write(const StoreChanges& changes) {
     const bool isWritten = mSuite->write(all);
     const std::lock_guard lock(mMutex);
     if (isWritten) {
-        std::erase_if(mUnwritten, [&](const auto& change) { return all.find(change.first) != all.end(); });
+        // But not what another thread has failed to write meanwhile.
+        std::erase_if(mUnwritten, [&](const auto& change) {
+            const auto written = all.find(change.first);
+            return written != all.end() && (changes.contains(change.first) || written->second == change.second);
+        });
     } else {
         for (const auto& [key, value] : changes) mUnwritten.insert_or_assign(key, value);
     }

@@ -29,13 +29,14 @@ std::shared_ptr<void> detail::sharedInstance(std::type_index type, const std::fu
     // the same, the first one's stays.
     auto made = make();
     const std::lock_guard lock(mutex);
-    return instances.emplace(type, std::move(made)).first->second;
+    return instances.try_emplace(type, std::move(made)).first->second;
 }
 
 void forgetSharedInstances() {
     auto& [mutex, instances] = registry();
+    decltype(Registry::instances) gone;  // goes without the lock: what ends may use other instances
     const std::lock_guard lock(mutex);
-    instances.clear();
+    gone.swap(instances);
 }
 
 }  // namespace kavio

@@ -2,6 +2,7 @@
 
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -137,6 +138,11 @@ std::string RawServer::Connection::readRequest() {
 bool RawServer::Connection::send(std::string_view bytes) {
     std::size_t count = 0;
     return SSL_write_ex(mTls.get(), bytes.data(), bytes.size(), &count) == 1;
+}
+
+bool RawServer::Connection::hearsWithin(std::chrono::milliseconds limit) {
+    pollfd socket{SSL_get_fd(mTls.get()), POLLIN, 0};
+    return ::poll(&socket, 1, static_cast<int>(limit.count())) > 0;
 }
 
 void RawServer::Connection::stall() {

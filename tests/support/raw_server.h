@@ -4,6 +4,7 @@
 
 #include <openssl/ssl.h>
 
+#include <chrono>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -65,6 +66,8 @@ public:
     /// Head, and as much body as its "Content-Length" says. Empty when the peer leaves before the end.
     std::string readRequest();
     bool send(std::string_view bytes);
+    /// Waits for the peer to leave, or to send more, for no longer than `limit`. False when it does neither.
+    bool hearsWithin(std::chrono::milliseconds limit);
     /// Does nothing more until the peer leaves or the server ends.
     void stall();
 
