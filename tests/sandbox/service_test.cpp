@@ -17,9 +17,7 @@ using nlohmann::json;
 /// A sandbox on a clock driven by hand, and a plain HTTPS client that signs as the library does.
 class Client {
 public:
-    explicit Client(sandbox::Options options = {})
-        : service((
-              options.clock = [this] { return time(); }, std::move(options))) {}
+    explicit Client(sandbox::Options options = {}) : service(clocked(std::move(options))) {}
 
     struct Answer {
         int status = 0;  // 0: no reply
@@ -29,13 +27,48 @@ public:
     };
     /// Sends a request with every header in order; `headers` replace them, an empty one takes its header out.
     Answer send(const std::string& method, const std::string& path, const json& body = nullptr,
-                const httplib::Headers& headers = {});
+                const httplib::Headers& headers = {}) {
+        httplib::Request request;
+        request.method = method;
+        request.path = path;
+        request.body = body.is_null() ? "" : body.dump();
+        request.headers = {{"Host", "api-qa2.kavio.example"},
+                           {"Content-Type", "application/json; charset=utf-8"},
+                           {"X-Zelto-Wallet-Api-Key", "demo-key"},
+                           {"lang", "en"}};
+        if (!token.empty()) request.set_header("X-Zelto-Wallet-Session-Token", token);
+        request.set_header("X-Zelto-Sign", sandbox::sign("https://api-qa2.kavio.example" + path, request.body,
+                                                         sandbox::timeStamp(time() + skew)));
+        for (const auto& [name, value] : headers) {
+            request.headers.erase(name);
+            if (!value.empty()) request.set_header(name.c_str(), value);
+        }
+
+        httplib::SSLClient client("127.0.0.1", service.port());
+        client.set_ca_cert_path(service.authorityFile().c_str());
+        client.enable_server_certificate_verification(true);
+        const auto reply = client.send(request);
+        return reply ? Answer{reply->status, reply->body} : Answer{};
+    }
     /// As `send`, and gives the reply's JSON; a reply that is not 200 fails the test.
     json get(const std::string& path) { return ok("GET", path); }
-    json ok(const std::string& method, const std::string& path, const json& body = nullptr);
+    json ok(const std::string& method, const std::string& path, const json& body = nullptr) {
+        const auto answer = send(method, path, body);
+        EXPECT_EQ(answer.status, 200) << method << " " << path << ": " << answer.body;
+        return answer.parsed();
+    }
 
     /// Logs in and keeps the token for the requests that follow.
-    void login(const std::string& countryCode = "49", const std::string& phoneNumber = "151234567");
+    void login(const std::string& countryCode = "49", const std::string& phoneNumber = "151234567") {
+        json phone{{"countryCode", countryCode}, {"phoneNumber", phoneNumber}};
+        auto asked = phone;
+        asked.update({{"challenge", ""}, {"retry", "0"}});
+        phone.update({{"challenge", ok("POST", "/v1/account/challenge/", asked)["challenge"]["challenge"]},
+                      {"verificationCode", "123456"},
+                      {"retryTimeoutSeconds", "0"},
+                      {"country", "DE"}});
+        token = ok("POST", "/v1/account/verify/", phone)["token"]["token"];
+    }
 
     sandbox::TimePoint time() const { return sandbox::TimePoint{std::chrono::milliseconds{mMilliseconds.load()}}; }
     void pass(std::chrono::milliseconds time) { mMilliseconds += time.count(); }
@@ -55,48 +88,6 @@ private:
 public:
     sandbox::Sandbox service;
 };
-
-Client::Answer Client::send(const std::string& method, const std::string& path, const json& body,
-                            const httplib::Headers& headers) {
-    httplib::Request request;
-    request.method = method;
-    request.path = path;
-    request.body = body.is_null() ? "" : body.dump();
-    request.headers = {{"Host", "api-qa2.kavio.example"},
-                       {"Content-Type", "application/json; charset=utf-8"},
-                       {"X-Zelto-Wallet-Api-Key", "demo-key"},
-                       {"lang", "en"}};
-    if (!token.empty()) request.set_header("X-Zelto-Wallet-Session-Token", token);
-    request.set_header("X-Zelto-Sign", sandbox::sign("https://api-qa2.kavio.example" + path, request.body,
-                                                     sandbox::timeStamp(time() + skew)));
-    for (const auto& [name, value] : headers) {
-        request.headers.erase(name);
-        if (!value.empty()) request.set_header(name.c_str(), value);
-    }
-
-    httplib::SSLClient client("127.0.0.1", service.port());
-    client.set_ca_cert_path(service.authorityFile().c_str());
-    client.enable_server_certificate_verification(true);
-    const auto reply = client.send(request);
-    return reply ? Answer{reply->status, reply->body} : Answer{};
-}
-
-json Client::ok(const std::string& method, const std::string& path, const json& body) {
-    const auto answer = send(method, path, body);
-    EXPECT_EQ(answer.status, 200) << method << " " << path << ": " << answer.body;
-    return answer.parsed();
-}
-
-void Client::login(const std::string& countryCode, const std::string& phoneNumber) {
-    json phone{{"countryCode", countryCode}, {"phoneNumber", phoneNumber}};
-    auto asked = phone;
-    asked.update({{"challenge", ""}, {"retry", "0"}});
-    phone.update({{"challenge", ok("POST", "/v1/account/challenge/", asked)["challenge"]["challenge"]},
-                  {"verificationCode", "123456"},
-                  {"retryTimeoutSeconds", "0"},
-                  {"country", "DE"}});
-    token = ok("POST", "/v1/account/verify/", phone)["token"]["token"];
-}
 
 TEST(Service, RefusesWhatIsNotInOrder) {
     Client client({.apiKey = "demo-key"});
