@@ -1,10 +1,8 @@
 #include "models/date_text.h"
 
-#include "models/json/document.h"
-#include "models/replies.h"
 #include "support/fakes/fake_device.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <iterator>
 #include <limits>
@@ -87,23 +85,6 @@ TEST_F(DateTexts, KeepEveryMillisecond) {
         const auto digits = std::to_string(1000 + millisecond).substr(1);
         const auto text = "2024-03-05T14:07:09." + digits;
         EXPECT_EQ(DateText::format(*DateText::parse(text)), text);
-    }
-}
-
-TEST_F(DateTexts, OfTheServersClockFallBackOneByOne) {
-    const auto now = device.clock->now();
-    const Date noon(sys_days(2020y / 1 / 1) + 12h);
-    for (const auto& [reply, expireTime, serverTime] : std::initializer_list<std::tuple<const char*, Date, Date>>{
-             {R"({"expireTime":"2020-01-01T10:00:00.500+0200","serverTime":"2020-01-01T12:00:00.000+0000"})",
-              noon - 4h + 500ms, noon},
-             {R"({"expireTime":"soon","serverTime":"2020-01-01T12:00:00.000+0000"})", now, noon},
-             {R"({"expireTime":7,"serverTime":null})", now, now},
-             {"{}", now, now},
-         }) {
-        SCOPED_TRACE(reply);
-        const auto time = decodeDocument<ServerTimeResponse>(reply);
-        EXPECT_EQ(time->expireTime, expireTime);
-        EXPECT_EQ(time->serverTime, serverTime);
     }
 }
 

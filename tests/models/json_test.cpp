@@ -2,6 +2,7 @@
 #include "models/json/document.h"
 #include "models/json/json_value.h"
 #include "models/machine_model.h"
+#include "models/replies.h"
 #include "samples.h"
 
 #include <gmock/gmock.h>
@@ -20,14 +21,7 @@ std::optional<T> valueOf(const std::string& json) {
     }
 }
 
-bool isRefused(const std::string& json) {
-    try {
-        decodeDocument<JsonValue>(json);
-        return false;
-    } catch (const DecodingError&) {
-        return true;
-    }
-}
+bool isRefused(const std::string& json) { return !valueOf<JsonValue>(json); }
 
 TEST(Numbers, AreIntegersWhenTheirValueIs) {
     struct Case {
@@ -37,26 +31,17 @@ TEST(Numbers, AreIntegersWhenTheirValueIs) {
         std::optional<std::int32_t> small;
     };
     for (const auto& c : std::initializer_list<Case>{
-             {"1", 1, 1U, 1},
              {"1.0", 1, 1U, 1},
-             {"1e2", 100, 100U, 100},
              {"-0.0", 0, 0U, 0},
              {"-7", -7, {}, -7},
-             {"1.5", {}, {}, {}},
              {"1e-400", 0, 0U, 0},
-             {"2147483647", 2147483647, 2147483647U, 2147483647},
              {"2147483648.0", 2147483648, 2147483648U, {}},
-             {"10000000000", 10000000000, 10000000000U, {}},
-             {"9223372036854775807", std::numeric_limits<std::int64_t>::max(), 9223372036854775807U, {}},
              {"9223372036854775808", {}, 9223372036854775808U, {}},
              {"9223372036854775808.0", {}, 9223372036854775808U, {}},
              {"-9223372036854775808.0", std::numeric_limits<std::int64_t>::min(), {}, {}},
              {"18446744073709551615", {}, std::numeric_limits<std::uint64_t>::max(), {}},
              {"18446744073709551616", {}, {}, {}},
              {"-9223372036854775809", {}, {}, {}},
-             {"1e300", {}, {}, {}},
-             {"true", {}, {}, {}},
-             {"\"1\"", {}, {}, {}},
          }) {
         SCOPED_TRACE(c.json);
         EXPECT_EQ(valueOf<std::int64_t>(c.json), c.integer);
@@ -78,14 +63,8 @@ TEST(Numbers, BeyondTheIntegersAreStillNumbers) {
 TEST(Members, OfARepeatedOneTheLastCounts) {
     const std::string repeated = R"({"message":"first","code":"c","message":"last"})";
     EXPECT_EQ(decodeDocument<JsonObject>(repeated), (JsonObject{{"code", "c"}, {"message", "last"}}));
-    EXPECT_EQ(decodeDocument<JsonObject>(R"({"a":1,"a":null})"), JsonObject());
-
-    struct Message {
-        std::string text;
-        static Message decode(const KeyedContainer& in) { return {in.required<std::string>("message")}; }
-    };
-    EXPECT_EQ(decodeDocument<Message>(repeated)->text, "last");
-    EXPECT_EQ(decodeDocument<Message>(R"({"mess\u0061ge":"escaped"})")->text, "escaped");
+    EXPECT_EQ(decodeDocument<ErrorKeys>(repeated)->message, "last");
+    EXPECT_EQ(decodeDocument<ErrorKeys>(R"({"mess\u0061ge":"escaped"})")->message, "escaped");
 }
 
 TEST(Members, AreFoundInObjectsOfAnySize) {
@@ -126,7 +105,7 @@ TEST(Documents, ThatAreNotJsonAreRefused) {
           "\"\xED\xA0\x80\"", "\"\\ud800\"", "\"\x01\"", "01", "1e400", "-", "+1", "NaN"}) {
         EXPECT_TRUE(isRefused(json)) << json;
     }
-    for (const char nothing : {' ', '\0'}) EXPECT_TRUE(isRefused(std::string(std::size_t{64} << 20U, nothing)));
+    EXPECT_TRUE(isRefused(std::string(std::size_t{64} << 20U, ' ')));
     EXPECT_FALSE(decodeDocument<JsonObject>("null"));
     EXPECT_EQ(decodeDocument<std::string>("\"\\u00e9\\ud83d\\ude00\""), "\u00e9\U0001F600");
 }
@@ -134,7 +113,6 @@ TEST(Documents, ThatAreNotJsonAreRefused) {
 TEST(Documents, NestedTooDeeplyAreRefused) {
     const auto nested = [](std::size_t depth) { return std::string(depth, '[') + "1" + std::string(depth, ']'); };
     EXPECT_FALSE(isRefused(nested(500)));
-    EXPECT_TRUE(isRefused(nested(5000)));
     EXPECT_TRUE(isRefused(nested(1'000'000)));
     std::string objects;
     for (int i = 0; i < 1'000'000; ++i) objects += R"({"a":)";
@@ -146,21 +124,12 @@ TEST(Documents, CutOffAnywhereAreRefused) {
         EXPECT_FALSE(valueOf<MachineModel>(samples::machine.substr(0, size))) << size;
 }
 
-TEST(Documents, OfOneThreadCanBeOpenTogether) {
-    const Document outer(R"({"a":"outer"})");
-    const Document inner(R"({"a":"inner","b":[1,2,3]})");
-    EXPECT_EQ(KeyedContainer(outer.root()).required<std::string>("a"), "outer");
-    EXPECT_EQ(KeyedContainer(inner.root()).required<std::string>("a"), "inner");
-}
-
 TEST(Serialising, FailsForWhatJsonCannotHold) {
     EXPECT_EQ(serialise({{"b", "\u00e9\""}, {"a", {1, 2.5, nullptr, true}}, {"n", 18446744073709551615U}}),
               R"({"a":[1,2.5,null,true],"b":")"
               "\u00e9"
               R"(\"","n":18446744073709551615})");
-    EXPECT_EQ(serialise({}), "{}");
     EXPECT_EQ(serialise({{"a", {{"b", {1, std::numeric_limits<double>::infinity()}}}}}), std::nullopt);
-    EXPECT_EQ(serialise({{"a", std::nan("")}}), std::nullopt);
     EXPECT_EQ(serialise({{"a", "\xC3\x28"}}), std::nullopt);
     EXPECT_EQ(serialise({{"\xC3\x28", 1}}), std::nullopt);
 }

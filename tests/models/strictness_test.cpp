@@ -208,19 +208,11 @@ TEST(Strictness, OfACampaignIsThatOfItsVoucherIfThatIsAnObject) {
     EXPECT_EQ(outcome<CampainModel>(campaign), "voucher.campaignId: expected an integer, found text");
 }
 
-TEST(RecordsWithoutFields, TakeAnyJson) {
-    for (const auto& probe : probes) {
-        EXPECT_EQ(outcome<DeleteCreditResponse>(probe), accepted);
-        EXPECT_EQ(outcome<PrepaidGetPhysicalCreationResponse>(probe), accepted);
-    }
-}
-
 TEST(Lists, NameTheElementThatFails) {
     auto machine = JsonValue::parse(samples::machine);
     auto broken = machine;
     broken["campaigns"][0]["lookAndFeel"] = nullptr;
     EXPECT_EQ(outcome<std::vector<MachineModel>>({machine, broken}), "[1].campaigns[0].lookAndFeel: missing");
-    EXPECT_EQ(outcome<std::vector<MachineModel>>({machine, 7}), "[1]: expected an object, found a number");
     EXPECT_EQ(outcome<std::vector<MachineModel>>(nothing), "expected an array, found an object");
 }
 
