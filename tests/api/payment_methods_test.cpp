@@ -12,8 +12,6 @@ namespace {
 using PaymentType = PaymentMethod::PaymentType;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::Ne;
-using testing::SizeIs;
 
 TEST(PaymentMethods, AreTheWalletThenTheCardsThenThePrepaidCards) {
     World world;
@@ -36,24 +34,19 @@ TEST(PaymentMethods, AreTheWalletThenTheCardsThenThePrepaidCards) {
 }
 
 TEST(PaymentMethods, AreWhatEachOfTheTwoRepliesHolds) {
-    struct Case {
-        Answer account;
-        Answer prepaids;
-        Report report;
-    };
-    const std::vector<Case> cases{
-        {{200, "null"}, {200, replies::prepaids}, {"onGetPaymentMethods", ResultType::SUCCESS, {}, "1"}},
-        {{200, replies::account}, {200, "null"}, {"onGetPaymentMethods", ResultType::SUCCESS, {}, "3"}},
-        {{200, replies::account}, {503, "down"}, {"onGetPaymentMethods", ResultType::SERVER_ERROR, "down"}},
-    };
-    for (const auto& [account, prepaids, report] : cases) {
-        World world;
+    World world;
+    for (const auto& [account, prepaids] : std::vector<std::pair<Answer, Answer>>{
+             {{200, "null"}, {200, replies::prepaids}},
+             {{200, replies::account}, {200, "null"}},
+             {{200, replies::account}, {503, "down"}},
+         }) {
         world.kavio().getPaymentMethods();
         world.answer(account);
         world.answer(prepaids);
-        EXPECT_THAT(world.reports(), ElementsAre(report));
-        EXPECT_FALSE(world.isBusy());
     }
+    EXPECT_THAT(world.reports(), ElementsAre(Report{"onGetPaymentMethods", ResultType::SUCCESS, {}, "1"},
+                                             Report{"onGetPaymentMethods", ResultType::SUCCESS, {}, "3"},
+                                             Report{"onGetPaymentMethods", ResultType::SERVER_ERROR, "down"}));
 }
 
 TEST(CreditCard, IsAddedUnderANewKeyEachTime) {
@@ -63,41 +56,23 @@ TEST(CreditCard, IsAddedUnderANewKeyEachTime) {
         world.kavio().addCreditCard(card);
         world.answer({200, "null"});
     }
-    ASSERT_THAT(world.sent(), SizeIs(2));
-    std::vector<std::string> keys;
-    for (const auto& request : world.sent()) {
-        auto body = JsonValue::parse(request.body.value());
-        keys.push_back(body.at("key"));
-        EXPECT_EQ(body.at("paymentCard"), JsonValue::parse(R"({"number":"4111","year":"2030","month":"12",
-            "securityCode":"123","email":"a@b.example"})"));
-    }
-    EXPECT_THAT(keys[0], Ne(keys[1]));
-    const Report added{"onAddCreditCard", ResultType::SUCCESS};
-    EXPECT_THAT(world.reports(), ElementsAre(added, added));
+    const auto body = [&](std::size_t index) { return JsonValue::parse(world.sent().at(index).body.value()); };
+    EXPECT_EQ(body(0)["paymentCard"], JsonValue::parse(R"({"number":"4111","year":"2030","month":"12",
+        "securityCode":"123","email":"a@b.example"})"));
+    EXPECT_NE(body(0)["key"], body(1)["key"]);
 }
 
-// What is sent for an amount of a currency with some decimal digits.
-struct Amount {
-    double amount;
-    std::int64_t digits;
-    std::int64_t sent;
-};
-
 TEST(Deposit, SendsTheAmountInTheSmallestUnit) {
-    const std::vector<Amount> cases{
-        {10, 0, 10},
-        {10.9, 0, 10},
-        {12.5, 2, 1250},
-        {19.99, 2, 1998},  // 19.99 * 10 * 10 falls just short of 1999
-        {10, 3, 10000},
-        {0.5, 1, 5},
-        {-19.99, 2, -1998},
-        {7, -3, 7},
-        {0, 1000000000000, 0},
-        {1e-300, 310, 9999999999},
-        {-9223372036854775808.0, 0, std::numeric_limits<std::int64_t>::min()},
-    };
-    for (const auto& [amount, digits, sent] : cases) {
+    for (const auto& [amount, digits, sent] : std::vector<std::tuple<double, std::int64_t, std::int64_t>>{
+             {10.9, 0, 10},
+             {0.5, 1, 5},
+             {19.99, 2, 1998},  // 19.99 * 10 * 10 falls just short of 1999
+             {10, 3, 10000},
+             {7, -3, 7},
+             {0, 1000000000000, 0},
+             {1e-300, 310, 9999999999},
+             {-9223372036854775808.0, 0, std::numeric_limits<std::int64_t>::min()},
+         }) {
         SCOPED_TRACE(testing::Message() << amount << " with " << digits << " digits");
         World world;
         world.kavio().deposit(std::make_shared<DepositCard>("0", "501", PaymentType::KAVIO, 0, "EUR", digits), amount,
@@ -108,8 +83,6 @@ TEST(Deposit, SendsTheAmountInTheSmallestUnit) {
                                    {"currency", "EUR"},
                                    {"amount", sent},
                                    {"autoTopup", false}}));
-        world.answer({200, R"({"deposit":{"balance":77}})"});
-        EXPECT_THAT(world.reports(), ElementsAre(Report{"onDeposit", ResultType::SUCCESS, {}, "77"}));
     }
 }
 
@@ -117,36 +90,25 @@ TEST(Deposit, ToAPrepaidCardGoesToThatCard) {
     World world;
     world.kavio().deposit(std::make_shared<DepositCard>("9/..", "99", PaymentType::PREPAID, 0, "USD", 2), 1, "L1");
     EXPECT_THAT(world.paths(), ElementsAre("/prepaidCards/9/../deposits/"));
-    world.answer({200, "null"});
-    EXPECT_THAT(world.reports(), ElementsAre(Report{"onDeposit", ResultType::SUCCESS}));
+    world.answer({200, R"({"deposit":{"balance":77}})"});
+    EXPECT_THAT(world.reports(), ElementsAre(Report{"onDeposit", ResultType::SUCCESS, {}, "77"}));
 }
 
 TEST(Deposit, IsRefusedAtOnceWhereNothingCanBeSent) {
-    struct Refusal {
-        std::optional<PaymentType> type;
-        double amount;
-        const char* message;
-    };
-    const std::vector<Refusal> cases{
+    const std::vector<std::tuple<std::optional<PaymentType>, double, const char*>> cases{
         {PaymentType::CREDIT_CARD, 1, "cannot deposit to CREDIT_CARD card"},
-        {PaymentType::PAYPAL, 1, "cannot deposit to PAYPAL card"},
-        {PaymentType::UNKNOWN, 1, "cannot deposit to UNKNOWN card"},
         {std::nullopt, 1, "cannot deposit to UNKNOWN card"},
         {PaymentType::CREDIT_CARD, std::nan(""), "invalid amount"},
         {PaymentType::KAVIO, std::numeric_limits<double>::infinity(), "invalid amount"},
-        {PaymentType::PREPAID, -std::numeric_limits<double>::infinity(), "invalid amount"},
-        {PaymentType::KAVIO, 92233720368547758.08, "invalid amount"},  // 2^63 cents
-        {PaymentType::KAVIO, -1e300, "invalid amount"},
+        {PaymentType::PREPAID, 92233720368547758.08, "invalid amount"},  // 2^63 cents
     };
-    World world;
     for (const auto& [type, amount, message] : cases) {
-        world.delegate().reports.clear();
+        World world;
         world.kavio().deposit(type ? std::make_shared<DepositCard>("0", "501", *type, 0, "EUR", 2) : nullptr, amount,
                               "L1");
         EXPECT_THAT(world.reports(), ElementsAre(Report{"onDeposit", ResultType::BAD_INPUT, message}));
-        EXPECT_FALSE(world.isBusy());
+        EXPECT_THAT(world.sent(), IsEmpty());
     }
-    EXPECT_THAT(world.sent(), IsEmpty());
 }
 
 }  // namespace

@@ -233,23 +233,6 @@ TEST(TDSecureEnrolment, LeavesThePageOfAnotherFacadeAlone) {
     }
 }
 
-TEST(TDSecureEnrolment, SharesTheSceneThatAnotherFacadeHasUp) {
-    Enrolment enrolment;
-    const auto delegate = std::make_shared<RecordingDelegate>();
-    Kavio other(delegate, "key", Kavio::EnvironmentType::TEST);
-    enrolment.play("call");
-    enrolment.play("challenge");
-    other.addCreditCardTDSecure(card, {});
-    EXPECT_THAT(enrolment.play("challenge"), IsEmpty());
-    EXPECT_THAT(enrolment.play("redirect"), ElementsAre("ask getLocator", "ask getLocator"));
-    enrolment.play("locator");
-    EXPECT_FALSE(enrolment.windows->hasScene());
-    enrolment.play("locator");
-    const Report success{"onAddCreditCard", ResultType::SUCCESS};
-    EXPECT_THAT(enrolment.reports(), ElementsAre(success));
-    EXPECT_THAT(delegate->reports, ElementsAre(success));
-}
-
 TEST(TDSecureEnrolment, HandsOnWhatThePageSentBack) {
     for (const auto& [end, expected] : std::vector<std::pair<std::string, std::string>>{
              {"", "{}"},

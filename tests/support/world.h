@@ -62,6 +62,12 @@ private:
     std::unique_ptr<Kavio> mKavio;
 };
 
+/// The ways in which an application lets go of the library.
+using Loss = void (*)(World&);
+inline const std::vector<Loss> losses{[](World& world) { world.destroyFacade(); },
+                                      [](World& world) { world.destroyDelegate(); },
+                                      [](World& world) { world.kavio().release(&world.kavio()); }};
+
 /// The header's value; "none" when the request has none.
 std::string header(const UrlRequest& request, std::string_view name);
 
