@@ -15,13 +15,6 @@ const std::string login = R"(login countryCode="49" phoneNumber="151234567")";
 
 }  // namespace
 
-TEST_F(WalletFacades, ReportEachOnItsOwn) {
-    const std::string verify = R"(verify otp="1" country=DE countryCode="49" phoneNumber="1" await=0)";
-    const auto run = drive({createB, login + " await=0", login + " facade=b", verify, "sleep milliseconds=3000"});
-    EXPECT_THAT(run.summary(), UnorderedElementsAre("b return create", "main onLogin SUCCESS", "b onLogin SUCCESS",
-                                                    AnyOf("main onVerify BUSY", "main onVerify BAD_INPUT")));
-}
-
 TEST_F(WalletFacades, AwaitTheirOwnCallbacksOfTheOperationsOwnKind) {
     sandbox.fault("/account/challenge/", {.delay = std::chrono::milliseconds{300}});
     // The second login is refused at once, which counts; the first one's outcome is the second callback awaited.

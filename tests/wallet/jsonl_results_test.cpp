@@ -53,10 +53,14 @@ std::vector<Answer> answers() {
     return {
         {answer(400, R"({"message":"not so"})"), "BAD_INPUT", "not so"},
         {answer(401, "{}"), "ACCESS_DENIED", expired},
-        {answer(404, "gone"), "FAILURE", "gone"},
+        {answer(402, R"({"message":"declined"})"), "FAILURE", "declined"},
         {answer(406, "{}"), "FAILURE", expired},
+        {answer(417, "{}"), "FAILURE", "invalid_signature"},
         {answer(426, "{}"), "FAILURE", "Upgrade version is required"},
-        {answer(503, R"({"message":"closed for today"})"), "SERVER_ERROR", "closed for today"},
+        {answer(499, "plain text"), "FAILURE", "plain text"},
+        {answer(500, R"({"message":"closed for today"})"), "SERVER_ERROR", "closed for today"},
+        {answer(599, ""), "SERVER_ERROR", ""},
+        {answer(200, ""), "BAD_INPUT", ""},
         {answer(200, "<html>"), "BAD_INPUT", ""},
         {answer(200, "{\"a\":\"\xff\"}"), "BAD_INPUT", ""},
         {answer(200, std::string(1'000'000, '[')), "BAD_INPUT", ""},
@@ -65,6 +69,8 @@ std::vector<Answer> answers() {
         {lost, "NETWORK_FAILED", "failed to send request, error: The connection was lost"},
     };
 }
+
+const std::string getMachines = R"(getMachines filter={"latitude":52.5219,"longitude":13.4132,"limit":3})";
 
 using WalletResults = WalletTest;
 
@@ -105,34 +111,26 @@ TEST_F(WalletResults, OfATooLargeReplyAreAFailure) {
     for (const auto* path : {"/machines/byValue", "/machines/*/orders"}) {
         sandbox.fault(path, {.status = 200, .body = "{}", .padTo = std::size_t{64} << 20});
     }
-    const auto events = drive({operations[7].line, operations[11].line}).events();
-    ASSERT_THAT(events, SizeIs(2));
-    EXPECT_EQ(events[0].at("result").at("type"), "FAILURE");
-    EXPECT_EQ(events[0].at("result").at("message"), "failed to send request, error: The reply is too large.");
-    EXPECT_EQ(events[1].at("result").at("type"), "FAILURE");
-    EXPECT_EQ(events[1].at("result").at("message"), nullptr) << "of a purchase's lost reply only the status counts";
+    const auto run = drive({operations[7].line, operations[11].line});
+    ASSERT_THAT(run.summary(), ElementsAre("main onGetMachines FAILURE", "main onPlaceOrder FAILURE"));
+    EXPECT_EQ(run.events()[0].at("result").at("message"), "failed to send request, error: The reply is too large.");
+    EXPECT_EQ(run.events()[1].at("result").at("message"), nullptr) << "of a lost reply only the status counts";
 }
 
 // Whatever becomes of the connection: the service sees one purchase or none, and the application hears one outcome.
 TEST_F(WalletResults, OfAPurchaseWhoseReplyIsLostAreOne) {
     logIn();
-    struct Loss {
-        sandbox::Fault fault;
-        std::size_t purchases;
-        const char* type;
-    };
-    const std::vector<Loss> losses{{{.drop = true}, 0, "NETWORK_FAILED"},
-                                   {{.drop = true, .handled = true}, 1, "NETWORK_FAILED"},
-                                   {{.cutAfter = 0}, 1, "FAILURE"},
-                                   {{.cutAfter = 9}, 1, "FAILURE"}};
     std::size_t purchases = 0;
-    for (const auto& loss : losses) {
-        sandbox.fault("/machines/*/orders", loss.fault);
-        const auto events = drive({operations[11].line, R"({"op":"sleep","milliseconds":300})"}).events();
-        ASSERT_THAT(events, SizeIs(1));
-        EXPECT_EQ(events[0].at("result").at("type"), loss.type);
-        purchases += loss.purchases;
-        EXPECT_THAT(sandbox.state().at("purchases"), SizeIs(purchases));
+    for (const auto& [fault, type] : std::vector<std::pair<sandbox::Fault, std::string>>{
+             {{.drop = true}, "NETWORK_FAILED"},
+             {{.drop = true, .handled = true}, "NETWORK_FAILED"},
+             {{.cutAfter = 0}, "FAILURE"},
+             {{.cutAfter = 9}, "FAILURE"},
+         }) {
+        sandbox.fault("/machines/*/orders", fault);
+        EXPECT_THAT(drive({operations[11].line, "sleep milliseconds=300"}).summary(),
+                    ElementsAre("main onPlaceOrder " + type));
+        EXPECT_THAT(sandbox.state().at("purchases"), SizeIs(purchases++)) << "none by the first";
     }
 }
 
@@ -142,31 +140,81 @@ TEST_F(WalletResults, OfRefusalsNameTheReasonAndSendNothing) {
                R"("}})";
     };
     const auto run = drive({
-        R"({"op":"isLoggedIn"})",
+        "isLoggedIn",
         operations[1].line,
-        R"({"op":"getOrder","orderId":"x1"})",
-        R"({"op":"getOrder","orderId":""})",
-        R"({"op":"getMachines","filter":{"value":"abc"}})",
-        R"({"op":"getMachines","filter":{"limit":501}})",
+        "getOrder orderId=x1",
+        R"(getOrder orderId="")",
+        R"(getMachines filter={"value":"abc"})",
+        R"(getMachines filter={"limit":501})",
         buy("PAYPAL"),
         buy("UNKNOWN"),
-        R"({"op":"deposit","depositCard":{"id":"0","number":"","type":"PAYPAL","balance":0,"currency":"EUR","currencyDecimalDigits":2},"amount":1,"chargedCardId":"L1"})",
-        R"({"op":"login","countryCode":"49","phoneNumber":"1","await":0})",
-        R"({"op":"logout"})",
+        R"(deposit depositCard={"id":"0","number":"","type":"PAYPAL","balance":0,"currency":"EUR","currencyDecimalDigits":2} amount=1 chargedCardId=L1)",
+        R"(login countryCode="49" phoneNumber="1" await=0)",
+        "logout",
     });
-    std::vector<std::pair<std::string, Json>> results;
+    Words results;
     for (const auto& event : run.events()) {
-        results.emplace_back(event.at("result").at("type"), event.at("result").at("message"));
+        const auto& result = event.at("result");
+        results.push_back(result.at("type").get<std::string>() + ' ' + result.at("message").dump());
     }
-    using Result = std::pair<std::string, Json>;
-    EXPECT_THAT(results, ElementsAre(Result("FAILURE", "Token is empty"), Result("FAILURE", "please call login first"),
-                                     Result("BAD_INPUT", "{x1} is invalid order ID"),
-                                     Result("BAD_INPUT", "{} is invalid order ID"),
-                                     Result("BAD_INPUT", "{abc} is invalid machine ID or QR code"),
-                                     Result("BAD_INPUT", "invalid filter"),
-                                     Result("BAD_INPUT", "selected payment method PAYPAL is not supported"),
-                                     Result("BAD_INPUT", "selected payment method UNKNOWN is not supported"),
-                                     Result("BAD_INPUT", "cannot deposit to PAYPAL card"), Result("BUSY", nullptr)));
+    EXPECT_THAT(results,
+                ElementsAre(R"(FAILURE "Token is empty")", R"(FAILURE "please call login first")",
+                            R"(BAD_INPUT "{x1} is invalid order ID")", R"(BAD_INPUT "{} is invalid order ID")",
+                            R"(BAD_INPUT "{abc} is invalid machine ID or QR code")", R"(BAD_INPUT "invalid filter")",
+                            R"(BAD_INPUT "selected payment method PAYPAL is not supported")",
+                            R"(BAD_INPUT "selected payment method UNKNOWN is not supported")",
+                            R"(BAD_INPUT "cannot deposit to PAYPAL card")", "BUSY null"));
+}
+
+/// An order gets on only when the test lets it.
+class WalletOrders : public WalletTest {
+protected:
+    static constexpr std::chrono::hours step{1};
+    WalletOrders() : WalletTest(step) {}
+};
+
+TEST_F(WalletOrders, AreFollowedToTheirEndAndEachChangeIsWrittenAtOnce) {
+    logIn();
+    LiveWallet wallet{options("--jsonl"), LiveWallet::On::PIPE};
+    const auto answer = [&] { return Json::parse(wallet.read("\n")); };
+    wallet.write(
+        line(R"(placeOrder amount=150 paymentMethod={"id":"0","number":"","type":"KAVIO"} await=3 kavioId=42100107)") +
+        '\n');
+    EXPECT_EQ(answer().at("order").at("status"), "CREATED");
+    advanceOrders(2 * step);
+    EXPECT_EQ(answer().at("order").at("status"), "AUTHORIZED");
+    advanceOrders(step);
+    EXPECT_EQ(answer().at("order").at("status"), "COMPLETED");
+
+    wallet.write(line("getMachineProducts machineId=2001") + '\n');
+    EXPECT_EQ(answer().at("result").at("type"), "SUCCESS");
+}
+
+TEST_F(WalletResults, HaveObjectsWithAllTheirMembers) {
+    logIn();
+    const auto events = drive({operations[4].line, "getPaymentMethods", getMachines}).events();
+    ASSERT_THAT(events, SizeIs(3));
+    const auto membersOf = [](const Json& object) {
+        std::string members;
+        for (const auto& [name, value] : object.items()) members += name + ' ';
+        return members;
+    };
+    EXPECT_EQ(membersOf(events[0]), "callback card event facade onMainThread result ");
+    EXPECT_EQ(events[0].at("result"),
+              Json({{"type", "SUCCESS"}, {"message", nullptr}, {"debug", "\n\t{type: SUCCESS,\n\tmessage: nil}"}}));
+    std::map<std::string, std::string> classes;
+    for (const auto& method : events[1].at("paymentMethods")) classes[method.at("class")] = membersOf(method);
+    EXPECT_THAT(classes,
+                ElementsAre(Pair("CreditCard", "brand class debug id number type "),
+                            Pair("DepositCard", "balance class currency currencyDecimalDigits debug id number type "),
+                            Pair("PrepaidCard",
+                                 "balance class created currency currencyDecimalDigits debug id "
+                                 "isActive isMoney number type ")));
+    const auto machine = events[2].at("machines").at(0);
+    EXPECT_EQ(membersOf(machine),
+              "campaigns city country debug hwSerial id isWalletAllowed kavioId latitude longitude machineStatus "
+              "multiVendCount name operatorName supportRemoteVend type ");
+    EXPECT_THAT(machine.at("debug").get<std::string>(), StartsWith("\n\t{ref ID: "));
 }
 
 }  // namespace

@@ -1,14 +1,13 @@
 #include "wallet_process.h"
 
-#include <fcntl.h>
 #include <pty.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
-#include <utmp.h>
 
 #include <array>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <sstream>
@@ -17,28 +16,7 @@ namespace kavio::test {
 
 namespace {
 
-/// Starts the program with these as its standard input, output and error; a terminal becomes its controlling one.
-pid_t start(Words arguments, const std::array<int, 3>& files) {
-    arguments.insert(arguments.begin(), KAVIO_WALLET);
-    std::vector<char*> pointers;
-    for (auto& argument : arguments) pointers.push_back(argument.data());
-    pointers.push_back(nullptr);
-    const pid_t process = fork();
-    if (process != 0) return process;
-    if (isatty(files[0]) != 0) {
-        login_tty(files[0]);
-    } else {
-        for (int standard = 0; standard < 3; ++standard) dup2(files[static_cast<std::size_t>(standard)], standard);
-    }
-    execv(KAVIO_WALLET, pointers.data());
-    _exit(127);
-}
-
-int statusOf(pid_t process) {
-    int status = 0;
-    waitpid(process, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-}
+int endOf(int status) { return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status); }
 
 std::string contents(const std::filesystem::path& path) {
     std::ifstream file{path};
@@ -90,26 +68,31 @@ std::vector<std::string> Outcome::summary() const {
 
 Outcome runWallet(const Words& arguments, const std::string& input) {
     const TemporaryFolder folder;
-    const auto file = [&](const char* name) { return folder.path() / name; };
-    std::ofstream{file("input")} << input;
-    const std::array files{open(file("input").c_str(), O_RDONLY | O_CLOEXEC),
-                           open(file("output").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600),
-                           open(file("errors").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600)};
-    const auto process = start(arguments, files);
-    for (const int opened : files) close(opened);
-    const auto status = statusOf(process);
-    return {status, contents(file("output")), contents(file("errors"))};
+    const std::string path = folder.path();
+    std::ofstream{path + "/input"} << input;
+    std::string command = "exec " KAVIO_WALLET;
+    for (const auto& argument : arguments) command += " '" + argument + "'";
+    command += " <" + path + "/input >" + path + "/output 2>" + path + "/errors";
+    const int status = std::system(command.c_str());
+    return {endOf(status), contents(path + "/output"), contents(path + "/errors")};
 }
 
-LiveWallet::LiveWallet(const Words& arguments, On on) {
+LiveWallet::LiveWallet(Words arguments, On on) {
+    arguments.insert(arguments.begin(), KAVIO_WALLET);
+    std::vector<char*> pointers;
+    for (auto& argument : arguments) pointers.push_back(argument.data());
+    pointers.push_back(nullptr);
     std::array<int, 2> ends{};
-    const int problem = on == On::TERMINAL ? openpty(ends.data(), &ends[1], nullptr, nullptr, nullptr)
-                                           : socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data());
-    EXPECT_EQ(problem, 0);
-    for (const int end : ends) fcntl(end, F_SETFD, FD_CLOEXEC);
-    mProcess = start(arguments, {ends[1], ends[1], on == On::TERMINAL ? ends[1] : STDERR_FILENO});
+    if (on == On::PIPE) EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
+    mProcess = on == On::PIPE ? fork() : forkpty(ends.data(), nullptr, nullptr, nullptr);
+    if (mProcess == 0) {
+        for (const int standard : {0, 1})
+            if (on == On::PIPE) dup2(ends[1], standard);
+        execv(KAVIO_WALLET, pointers.data());
+        _exit(127);
+    }
     mFile = ends[0];
-    close(ends[1]);
+    if (on == On::PIPE) close(ends[1]);
 }
 
 LiveWallet::~LiveWallet() {
@@ -132,7 +115,11 @@ bool LiveWallet::showsWhatIsTyped() const {
     return tcgetattr(mFile, &settings) == 0 && (settings.c_lflag & static_cast<tcflag_t>(ECHO)) != 0;
 }
 
-int LiveWallet::waitForEnd() { return statusOf(std::exchange(mProcess, -1)); }
+int LiveWallet::waitForEnd() {
+    int status = 0;
+    waitpid(std::exchange(mProcess, -1), &status, 0);
+    return endOf(status);
+}
 
 WalletTest::WalletTest(std::chrono::milliseconds orderStep) : sandbox(sandboxOptions(orderStep)) {}
 

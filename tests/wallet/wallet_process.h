@@ -41,7 +41,7 @@ Outcome runWallet(const Words& arguments, const std::string& input = {});
 class LiveWallet {
 public:
     enum class On { PIPE, TERMINAL };
-    LiveWallet(const Words& arguments, On on);
+    LiveWallet(Words arguments, On on);
     ~LiveWallet();
     LiveWallet(const LiveWallet&) = delete;
     LiveWallet& operator=(const LiveWallet&) = delete;
