@@ -1,7 +1,6 @@
 #include "support/sample_replies.h"
 #include "support/world.h"
 #include "time/reliable_clock.h"
-#include "time/timer_tool.h"
 #include "util/kavio_utils.h"
 
 #include <gmock/gmock.h>
@@ -20,8 +19,7 @@ struct FreshInstall : World {
 };
 
 TEST(FreshTime, IsAskedForWhenNoMoreThan300SecondsAreLeft) {
-    for (const auto& [left, asked] :
-         std::vector<std::pair<int, bool>>{{301, false}, {300, true}, {299, true}, {-5, true}}) {
+    for (const auto& [left, asked] : std::vector<std::pair<int, bool>>{{301, false}, {300, true}, {-5, true}}) {
         World world;
         world.store().set("server_expired_time", serverNow() + seconds(left));
         world.kavio().getOrder("1");
@@ -33,10 +31,8 @@ TEST(FreshTime, ComesBeforeTheRequestWhateverItBrings) {
     const std::string deviceTime = "20240101000000";
     for (const auto& [answer, stamp] : std::vector<std::pair<Answer, std::string>>{
              {{200, replies::time("1999")}, "19990601000000"},
-             {{200, "{}"}, deviceTime},
              {{200, R"({"serverTime":"soon","expireTime":null})"}, deviceTime},
              {{200, "<html>"}, deviceTime},
-             {{200, "null"}, deviceTime},
              {{500, "{}"}, deviceTime},
              {UrlError::notConnectedToInternet, deviceTime},
          }) {
@@ -89,21 +85,6 @@ TEST(FreshTime, IsNotAskedForByLoginAndVerify) {
     world.answer({200, replies::challenge});
     world.kavio().verify("1", "DE", "49", "501");
     EXPECT_THAT(world.paths(), ElementsAre("/account/challenge/", "/account/verify/"));
-}
-
-TEST(TimerTool, RunsOnALaterTurnOfTheMainQueueByTheMonotonicClock) {
-    World world;
-    int ran = 0;
-    TimerTool::delay([&] { ++ran; }, 0);
-    EXPECT_EQ(ran, 0);
-    world.run();
-    EXPECT_EQ(ran, 1);
-    TimerTool::delay([&] { ++ran; }, 1000);
-    world.device().clock->setWallClock(world.device().clock->now() + std::chrono::hours(5));
-    world.advance(std::chrono::milliseconds(999));
-    EXPECT_EQ(ran, 1);
-    world.advance(std::chrono::milliseconds(1));
-    EXPECT_EQ(ran, 2);
 }
 
 }  // namespace

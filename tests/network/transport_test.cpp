@@ -1,4 +1,5 @@
 #include "network/kavio_network_service.h"
+#include "network/requests.h"
 #include "support/sample_replies.h"
 #include "support/world.h"
 
@@ -27,11 +28,6 @@ TEST(Transport, AddsTheServicesHeaders) {
     EXPECT_EQ(header(world.sent().back(), "X-Zelto-Wallet-Api-Key"), "529qtx");
     EXPECT_EQ(header(world.sent().back(), "lang"), "de");
     EXPECT_EQ(header(world.sent().back(), "X-Zelto-Wallet-Session-Token"), "") << "sent, though it is empty";
-    world.answer({503, ""});
-
-    world.device().locale->setLanguageCode(std::nullopt);
-    world.kavio().getOrder("1");
-    EXPECT_EQ(header(world.sent().back(), "lang"), "en");
 }
 
 TEST(Transport, TakesAReplyWithoutABodyForAFailureAndShowsTheHostsTranslations) {
@@ -48,16 +44,24 @@ TEST(Transport, TakesAReplyWithoutABodyForAFailureAndShowsTheHostsTranslations) 
                              Report{"onGetOrder", ResultType::ACCESS_DENIED, "Sitzung abgelaufen"}));
 }
 
-TEST(Transport, RemembersTheLastExchange) {
+TEST(Transport, TellsALostConnectionFromOtherFailures) {
     World world;
-    world.kavio().getOrder("1");
-    world.answer({200, replies::order("created")});
-    const auto last = KavioNetworkService::shared()->lastExchange();
-    EXPECT_EQ(last.url, "https://api-qa2.kavio.example/v1/orders/1");
-    EXPECT_EQ(last.request, "https://api-qa2.kavio.example/v1/orders/1?statusOnly=false");
-    EXPECT_EQ(last.method, "GET");
-    EXPECT_EQ(last.status, 200);
-    EXPECT_EQ(last.response, replies::order("created"));
+    for (const auto& [answer, type] : std::vector<std::pair<Answer, ResultType>>{
+             {UrlError::notConnectedToInternet, ResultType::NETWORK_FAILED},
+             {UrlError::timedOut, ResultType::FAILURE},
+             {UrlError::serverCertificateUntrusted, ResultType::FAILURE},
+         }) {
+        world.kavio().getOrder("1");
+        world.answer(answer);
+        EXPECT_EQ(world.reports().back(),
+                  (Report{"onGetOrder", type, "failed to send request, error: scripted failure"}));
+    }
+    for (const auto& [status, body, type, message] : std::vector<std::tuple<int, std::string, ResultType, std::string>>{
+             {600, "{}", ResultType::FAILURE, "{}"}, {503, "\xff\xfe", ResultType::SERVER_ERROR, "\uFFFD\uFFFD"}}) {
+        world.kavio().getOrder("1");
+        world.answer({status, body});
+        EXPECT_EQ(world.reports().back(), (Report{"onGetOrder", type, message}));
+    }
 }
 
 // Answers every failure alike.
@@ -76,21 +80,27 @@ TEST(Transport, LeavesFailuresToAnInstalledErrorHandler) {
              {"H", UrlError::networkConnectionLost, {"onGetOrder", ResultType::NETWORK_FAILED, "H"}},
              {"H", {500, body}, {"onGetOrder", ResultType::SERVER_ERROR, "H"}},
              {std::nullopt, {500, body}, {"onGetOrder", ResultType::SERVER_ERROR, "M"}},
-             {std::nullopt, {500, "text"}, {"onGetOrder", ResultType::SERVER_ERROR}},
-             {"H", {401, body}, {"onGetOrder", ResultType::ACCESS_DENIED, "H"}},
              {"H", {417, body}, {"onGetOrder", ResultType::FAILURE, "invalid_signature"}},
-             {"H", {488, body}, {"onGetOrder", ResultType::FAILURE, "M"}},
              {"H", {488, R"({"code":"C"})"}, {"onGetOrder", ResultType::FAILURE, "C"}},
-             {"H", {488, "text"}, {"onGetOrder", ResultType::FAILURE}},
          }) {
         World world;
-        world.store().set("session_token", std::string("t1"));
         KavioNetworkService::shared()->setErrorHandler(std::make_shared<FixedErrorHandler>(handled));
         world.kavio().getOrder("1");
         world.answer(answer);
         EXPECT_THAT(world.reports(), testing::ElementsAre(report));
-        EXPECT_EQ(world.store().string("session_token"), "t1");
     }
+}
+
+TEST(Transport, WritesTheAppVersionWithTheHostsBuild) {
+    World world;
+    const auto sent = [](const std::string& version) {
+        const auto request = makeRequest<AccountRequest>(RequestHead{}, std::nullopt, version, "", "");
+        return request->params()->at("appVersion").get<std::string>();
+    };
+    EXPECT_EQ(sent("2.3.1"), "2.310");
+    world.device().mainBundle->setInformation("CFBundleVersion", std::string("45"));
+    EXPECT_EQ(sent("2.3.1"), "2.3145");
+    for (const auto* other : {"1.2", "", "1.2.3.4"}) EXPECT_EQ(sent(other), other);
 }
 
 TEST(Transport, TellsTheHostOnceThatTheBackgroundIsDone) {
