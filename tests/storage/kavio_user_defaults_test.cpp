@@ -1,15 +1,10 @@
 #include "storage/kavio_user_defaults.h"
 
-#include "models/account_model.h"
-#include "models/replies.h"
 #include "support/world.h"
 #include "time/reliable_clock.h"
-#include "time/reliable_clock_state.h"
 #include "util/shared_instance.h"
 
 #include <gmock/gmock.h>
-
-#include <limits>
 
 namespace kavio::test {
 namespace {
@@ -29,21 +24,12 @@ protected:
 };
 
 TEST_F(UserDefaults, AreInTheSuiteThatTheHostsKeyNames) {
-    struct Case {
-        std::optional<Bundle::Value> key;
-        const char* suite;
-    };
-    const std::vector<Case> cases{{std::nullopt, "suite group.KavioSdkUserDefaults-KavioE"},
-                                  {std::string("abc"), "suite group.KavioSdkUserDefaults-abc"},
-                                  {std::int64_t{5}, "suite group.KavioSdkUserDefaults-KavioE"}};
-    for (const auto& [key, suite] : cases) {
-        forgetSharedInstances();
-        FakeDevice device;
-        const InstalledPlatform installed(device.platform());
-        device.mainBundle->setInformation("KavioKey", key);
-        KavioUserDefaults::shared();
-        EXPECT_THAT(device.stores->names(), ElementsAre(suite));
-    }
+    KavioUserDefaults::shared();
+    forgetSharedInstances();
+    mDevice.mainBundle->setInformation("KavioKey", "abc");
+    KavioUserDefaults::shared();
+    EXPECT_THAT(mDevice.stores->names(),
+                ElementsAre("suite group.KavioSdkUserDefaults-KavioE", "suite group.KavioSdkUserDefaults-abc"));
 }
 
 TEST_F(UserDefaults, AreInTheStandardStoreWhereNoSuiteCanBeHad) {
@@ -89,34 +75,6 @@ TEST_F(UserDefaults, ReadAValueOfAnotherTypeAsMissing) {
     EXPECT_EQ(defaults->getServerExpiredTime(), std::nullopt);
     EXPECT_EQ(defaults->sessionToken(), "");
     EXPECT_EQ(serverNow(), now);
-}
-
-TEST_F(UserDefaults, KeepTheExpiryWhenATimeRequestFails) {
-    const auto defaults = KavioUserDefaults::shared();
-    defaults->setServerExpiredTime(someDay);
-    storeTimeSample(std::nullopt);
-    EXPECT_EQ(defaults->getServerExpiredTime(), someDay);
-    EXPECT_EQ(defaults->getServerTime(), mDevice.clock->now());
-}
-
-TEST_F(UserDefaults, ForgetTheAccountThatIsNone) {
-    const auto defaults = KavioUserDefaults::shared();
-    defaults->defualt->set(keys::account, Bytes{1});
-    defaults->saveAccount(std::nullopt);
-    EXPECT_EQ(defaults->defualt->value(keys::account), std::nullopt);
-}
-
-TEST(ReliableClockState, IsArchivedByTheNamesOfItsProperties) {
-    ReliableClockState state;
-    state.real = 1;
-    state.local = std::numeric_limits<std::uint64_t>::max();
-    state.tag = "t";
-    auto archive = state.archive();
-    archive.erase("elapsed");
-    state.elapsed = 5;
-    state.unarchive(archive);
-    EXPECT_EQ(state.archive(), (Serializable::Archive{{"real", 1}, {"elapsed", 0}, {"local", ~std::uint64_t{0}}}));
-    EXPECT_EQ(state.tag, std::nullopt);
 }
 
 }  // namespace

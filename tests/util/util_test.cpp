@@ -1,4 +1,6 @@
 #include "support/fakes/fake_device.h"
+#include "util/auxiliary.h"
+#include "util/trace.h"
 
 #include <kavio/threads_manager.h>
 
@@ -6,19 +8,39 @@
 
 #include <algorithm>
 #include <latch>
+#include <limits>
 #include <thread>
 #include <vector>
 
 namespace kavio::test {
 namespace {
 
-class ThreadsManagerTest : public testing::Test {
+TEST(Auxiliary, WritesDurations) {
+    for (const auto& [milliseconds, text] : std::vector<std::pair<std::uint64_t, const char*>>{
+             {59'999, "59.999s"},
+             {3'600'000, "1h 0.000s"},
+             {90'061'005, "1d 1h 1m 1.005s"},
+             {std::numeric_limits<std::uint64_t>::max(), "213503982334d 14h 25m 51.615s"},
+         }) {
+        EXPECT_EQ(Auxiliary::durationText(milliseconds), text);
+    }
+}
+
+class Threads : public testing::Test {
 protected:
     const FakeDevice device;
     const InstalledPlatform installed{device.platform()};
 };
 
-TEST_F(ThreadsManagerTest, RunsABlockForTheMainThreadAtOnceThereAndLaterFromElsewhere) {
+TEST_F(Threads, TraceOnlyWhatIsMarkedSafeAndOnlyWhereThatIsSwitchedOn) {
+    testing::internal::CaptureStderr();
+    trace("Login",
+          []() -> std::string { throw std::logic_error("a message that may hold secrets is not even formed"); });
+    trace("Login", [] { return SafeMessage{"sent"}; });
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), isTraceWritten() ? "1h 0.000s [Login] sent\n" : "");
+}
+
+TEST_F(Threads, RunABlockForTheMainThreadAtOnceThereAndLaterFromElsewhere) {
     std::vector<std::thread::id> ran;
     const auto block = [&] { ran.push_back(ThreadsManager::getCurrentThread()); };
     ThreadsManager::runOnMainThread(block);
@@ -35,7 +57,7 @@ TEST_F(ThreadsManagerTest, RunsABlockForTheMainThreadAtOnceThereAndLaterFromElse
     EXPECT_EQ(ran, std::vector(2, std::this_thread::get_id()));
 }
 
-TEST_F(ThreadsManagerTest, HasASerialAndAConcurrentQueue) {
+TEST_F(Threads, WorkInOrderOrSideBySide) {
     const auto together = std::make_shared<std::latch>(3);
     std::vector<int> order;
     for (int i = 0; i < 20; ++i) ThreadsManager::startSyncTask([&, i] { order.push_back(i); });
@@ -46,7 +68,7 @@ TEST_F(ThreadsManagerTest, HasASerialAndAConcurrentQueue) {
     EXPECT_TRUE(std::ranges::is_sorted(order));
 }
 
-TEST_F(ThreadsManagerTest, GuardsBlocksByTheAddressOfTheirLock) {
+TEST_F(Threads, GuardBlocksByTheAddressOfTheirLock) {
     const int lock = 0;
     const int other = 0;
     int counter = 0;  // unguarded, it would be a race
@@ -61,14 +83,6 @@ TEST_F(ThreadsManagerTest, GuardsBlocksByTheAddressOfTheirLock) {
     count();
     second.join();
     EXPECT_EQ(counter, 2000);
-
-    std::latch inside(2);  // two locks: neither waits for the other
-    const auto meet = [&](const int& address) {
-        ThreadsManager::synchronized(&address, [&] { inside.arrive_and_wait(); });
-    };
-    std::thread third(meet, std::cref(lock));
-    meet(other);
-    third.join();
 }
 
 }  // namespace
