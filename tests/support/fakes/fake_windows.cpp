@@ -98,8 +98,4 @@ void FakeWindows::pressClose() const {
     if (const auto told = observer()) told->onButtonClick();
 }
 
-void FakeWindows::tell(ViewEvent event) const {
-    if (mPresented) mPresented->tell(event);
-}
-
 }  // namespace kavio::test

@@ -29,7 +29,6 @@ public:
     /// The page that the scene shows goes there; false when nobody lets it.
     bool navigate(const std::optional<std::string>& url) const;
     void pressClose() const;
-    void tell(ViewEvent event) const;
 
 private:
     class Screen;
