@@ -44,7 +44,6 @@ TEST(BackgroundUrlSession, SendsOnceAndGivesTheReplyOrWhatIsKnownOfIt) {
         {"200 placed", sending(httpReply(200, "placed"))},
         {"204 ", sending(httpReply(204, ""))},
         {"302 ", sending(httpReply(302, "", "Location: /to\r\n"))},
-        {"488 no", sending(httpReply(488, "no"))},
         {"-1005 with 0", sending("")},
         {"-1005 with 0", sending("HTTP/1.1 100 Continue\r\n\r\n")},
         {"-1005 with 200", sending(httpReply(200, "placed").substr(0, 44))},
@@ -66,8 +65,8 @@ TEST(BackgroundUrlSession, SendsOnceAndGivesTheReplyOrWhatIsKnownOfIt) {
 }
 
 TEST(BackgroundUrlSession, DoesNotTryAgainOnceAConnectionWasMade) {
-    for (const auto& [read, expected] : std::vector<std::pair<int, const char*>>{
-             {-1, "-1200 with 0"}, {0, "-1005 with 0"}, {1, "-1005 with 0"}, {40, "-1005 with 0"}}) {
+    for (const auto& [read, expected] :
+         std::vector<std::pair<int, const char*>>{{-1, "-1200 with 0"}, {0, "-1005 with 0"}, {40, "-1005 with 0"}}) {
         const HostServer server([count = read](Connection& connection) {
             if (count >= 0 && connection.handshake()) connection.read(static_cast<std::size_t>(count));
         });
