@@ -15,18 +15,12 @@ namespace kavio::test {
 
 struct Service {
     sandbox::Sandbox sandbox;
-    UrlSessionConfiguration session() const {
-        UrlSessionConfiguration session;
-        session.certificateAuthorities = sandbox.authorityFile();
-        session.connectTo = sandbox.address();
-        return session;
-    }
 };
 
 /// An application with a person signed in, against the sandbox over TLS.
-class EnrolmentWorld : Service, public GtkHost {
+class EnrolmentWorld : protected Service, public GtkHost {
 protected:
-    EnrolmentWorld() : GtkHost(session()) {
+    EnrolmentWorld() : GtkHost({sandbox.authorityFile(), sandbox.address()}) {
         forgetSharedInstances();
         kavio = std::make_unique<Kavio>(delegate, "key", Kavio::EnvironmentType::TEST);
         kavio->login("49", "15000");
@@ -47,16 +41,15 @@ protected:
     }
     void enrolWith(const std::string& page) {
         server.servePage("/page", page);
-        service().fault("/account/locators/credorax/addCard",
-                        {.status = 200, .body = R"({"type":3,"id":"I","url":")" + server.url("/page") + "\"}"});
+        sandbox.fault("/account/locators/credorax/addCard",
+                      {.status = 200, .body = R"({"type":3,"id":"I","url":")" + server.url("/page") + "\"}"});
         enrol("4000000000001042");
     }
     void waitFor(std::size_t count) {
         EXPECT_TRUE(until([=, this] { return reports().size() >= count; })) << shown();
     }
     void close(bool byKey) { byKey ? press("Escape") : click("close"); }
-    sandbox::Sandbox& service() { return sandbox; }
-    std::string lastPath() { return service().requests().back().target; }
+    std::string lastPath() { return sandbox.requests().back().target; }
 
     std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>();
     std::unique_ptr<Kavio> kavio;

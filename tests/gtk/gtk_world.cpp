@@ -124,10 +124,9 @@ void GtkHost::press(const std::string& key) {
 GtkWorld::GtkWorld()
     : GtkHost([] {
           static const TemporaryFolder folder;
-          UrlSessionConfiguration session;
-          session.certificateAuthorities = folder.path() / "authority.pem";
-          std::ofstream(session.certificateAuthorities) << authority().certificate();
-          return session;
+          const auto file = folder.path() / "authority.pem";
+          std::ofstream(file) << authority().certificate();
+          return UrlSessionConfiguration{file, ""};
       }()) {
     renew();
 }

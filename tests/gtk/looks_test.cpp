@@ -13,13 +13,13 @@ class Looks : public EnrolmentWorld {
 protected:
     /// Of the scene once it shows `what`, on the course of a test card.
     void picture(const std::string& card, const std::string& what, const std::string& name) {
-        service().fault("/acs/fingerprint/*", {.status = 200, .body = "<p>goes on for ever"});
+        sandbox.fault("/acs/fingerprint/*", {.status = 200, .body = "<p>goes on for ever"});
         enrol(card);
         EXPECT_TRUE(until([&] { return shown() == what; }));
         take(name);
         press("Escape");
         EXPECT_TRUE(until([&] { return shown() == "nothing"; }));
-        service().clearFaults();
+        sandbox.clearFaults();
     }
     void take(const std::string& name) {
         const auto drawn = std::chrono::steady_clock::now() + std::chrono::seconds(1);
