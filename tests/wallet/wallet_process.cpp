@@ -83,11 +83,14 @@ LiveWallet::LiveWallet(Words arguments, On on) {
     for (auto& argument : arguments) pointers.push_back(argument.data());
     pointers.push_back(nullptr);
     std::array<int, 2> ends{};
-    if (on == On::PIPE) EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
-    mProcess = on == On::PIPE ? fork() : forkpty(ends.data(), nullptr, nullptr, nullptr);
+    if (on == On::PIPE) {
+        EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
+        mProcess = fork();
+    } else {
+        mProcess = forkpty(ends.data(), nullptr, nullptr, nullptr);
+    }
     if (mProcess == 0) {
-        for (const int standard : {0, 1})
-            if (on == On::PIPE) dup2(ends[1], standard);
+        for (int standard = 0; on == On::PIPE && standard < 2; ++standard) dup2(ends[1], standard);
         execv(KAVIO_WALLET, pointers.data());
         _exit(127);
     }
