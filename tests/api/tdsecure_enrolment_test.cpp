@@ -14,21 +14,23 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::Pair;
 
 const TDSPaymentCard card{.number = "4111", .month = 7, .year = 2039, .securityCode = 12};
 
-// What the service and the issuer can answer. None of it is right everywhere.
+// What the service and the issuer can answer. None of it is right everywhere. By its members a reply is known, not by
+// its number, which only must be one of those that there are.
 const std::map<std::string, Answer> replies{
     {"frictionless", {200, R"({"type":1,"locator":"L"})"}},
-    {"fingerprint", {200, R"({"type":2,"page":"https://acs.example/f","id":"I"})"}},
+    {"fingerprint", {200, R"({"type":4,"page":"https://acs.example/f","id":"I","url":"U","message":"M"})"}},
     {"fingerprint without URL", {200, R"({"type":2,"page":"no URL","id":"I"})"}},
     {"challenge", {200, R"({"type":3,"url":"https://acs.example/c","id":"I"})"}},
     {"challenge without URL", {200, R"({"type":3,"url":"no URL","id":"I"})"}},
-    {"error", {200, R"({"type":4,"message":"M"})"}},
-    {"locator", {200, R"({"result":1,"locator":"L"})"}},
+    {"error", {200, R"({"type":1,"locator":7,"message":"M"})"}},
+    {"locator", {200, R"({"result":3,"locator":"L","url":"U","message":"M"})"}},
     {"another challenge", {200, R"({"result":2,"url":"https://acs.example/d"})"}},
     {"locator error", {200, R"({"result":3,"message":"M"})"}},
-    {"no kind", {200, R"({"type":2,"page":7,"id":"I","result":4})"}},
+    {"no kind", {200, R"({"type":5,"result":5,"locator":"L"})"}},
     {"null", {200, "null"}},
     {"page", {200, "<html>"}},
     {"no text", {200, "\xff"}},
@@ -233,12 +235,76 @@ TEST(TDSecureEnrolment, LeavesThePageOfAnotherFacadeAlone) {
     }
 }
 
+TEST(TDSecureEnrolment, SharesTheSceneThatAnotherFacadeHasUp) {
+    Enrolment enrolment;
+    const auto delegate = std::make_shared<RecordingDelegate>();
+    Kavio other(delegate, "key", Kavio::EnvironmentType::TEST);
+    enrolment.play("call");
+    enrolment.play("challenge");
+    other.addCreditCardTDSecure(card, {});
+    EXPECT_THAT(enrolment.play("challenge"), IsEmpty());
+    EXPECT_THAT(enrolment.play("redirect"), ElementsAre("ask getLocator", "ask getLocator"));
+    enrolment.play("locator");
+    EXPECT_FALSE(enrolment.windows->hasScene());
+    enrolment.play("locator");
+    const Report success{"onAddCreditCard", ResultType::SUCCESS};
+    EXPECT_THAT(enrolment.reports(), ElementsAre(success));
+    EXPECT_THAT(delegate->reports, ElementsAre(success));
+}
+
+TEST(TDSecureEnrolment, FailsWhereThereAreNoWindows) {
+    Enrolment enrolment;
+    Platform::current().windows = nullptr;
+    enrolment.play("call");
+    EXPECT_THAT(enrolment.play("challenge"), ElementsAre(cannotStart));
+}
+
+TEST(TDSecureEnrolment, EndsAPageAtTheLoopbackAddressOnlyAndHoldsNothingUp) {
+    Enrolment enrolment;
+    enrolment.play("call");
+    enrolment.play("challenge");
+    for (const std::optional<std::string> url : {"https://127.0.0.1/?z2=0", "HTTP://127.0.0.1/", " http://127.0.0.1/"})
+        EXPECT_TRUE(enrolment.windows->navigate(url));
+    EXPECT_TRUE(enrolment.windows->navigate(std::nullopt));
+    EXPECT_EQ(enrolment.sent().size(), 1U);
+    EXPECT_TRUE(enrolment.windows->navigate("http://127.0.0.10/"));
+    EXPECT_EQ(enrolment.sent().size(), 2U);
+}
+
+TEST(TDSecureEnrolment, TellsTheServiceOfTheCardAndTheIssuerOfTheTransaction) {
+    for (const auto& [holder, encoded] : std::vector<std::pair<TDSCardHolder, std::string>>{
+             {{"Jo", "jo@a.example", {}, {}, {}, {}, {}, {}}, R"({"name":"Jo","email":"jo@a.example"})"},
+             {{"Jo", "jo@a.example", 12, "High Street", "Bath", "Somerset", "GB", "BA1"},
+              R"({"name":"Jo","email":"jo@a.example","streetNumber":12,"streetName":"High Street","city":"Bath",)"
+              R"("territory":"Somerset","country":"GB","postal":"BA1"})"},
+         }) {
+        Enrolment enrolment;
+        enrolment.kavio().addCreditCardTDSecure(card, holder);
+        auto body = enrolment.body();
+        body.erase("key");
+        const std::string start = R"({"card":{"month":7,"number":"4111","securityCode":12,"year":2039},"tdSecure":{
+            "browser":{"lang":"en","challengeWindow":4,"agent":"agent","accept":"accept","color":1,"width":300,
+            "height":300},"redirect":"http://127.0.0.1","holder":)";
+        EXPECT_EQ(body, JsonValue::parse(start + encoded + "}}"));
+        enrolment.play("fingerprint");
+        const auto page = enrolment.sent().back();
+        EXPECT_EQ(page.url,
+                  "https://acs.example/f?threeDSMethodData="
+                  "ewogICJ0aHJlZURTTWV0aG9kTm90aWZpY2F0aW9uVVJMIjogImh0dHA6Ly8xMjcuMC4wLjEiLAogICJ0aHJlZURTU2VydmVyVHJh"
+                  "bnNJRCI6ICJJIgp9");
+        EXPECT_EQ(page.method + page.body.value_or(" without a body"), "POST without a body");
+        EXPECT_THAT(page.headers, ElementsAre(Pair("Content-Type", "application/x-www-form-urlencoded"),
+                                              Pair("Cache-Control", "no-cache"), Pair("Host", "acs.kavio.example"),
+                                              Pair("X-Zelto-Sign", testing::SizeIs(33))));
+        for (const auto& request : enrolment.sent()) EXPECT_EQ(request.idempotency, Idempotency::ONCE);
+    }
+}
+
 TEST(TDSecureEnrolment, HandsOnWhatThePageSentBack) {
     for (const auto& [end, expected] : std::vector<std::pair<std::string, std::string>>{
              {"", "{}"},
              {"?g1=T&z2=0&z3=OK&z50=X", R"({"token":"T","result":"0","description":"OK","transaction":"X"})"},
-             {"/?z50=X&z3=OK&z2=0&g1=T#g1=U", R"({"token":"T","result":"0","description":"OK","transaction":"X"})"},
-             {"/a?G1=no&z2=1&other=2&z2=3&&=&z%32=%34", R"({"result":"4"})"},
+             {"/a?G1=no&z2=1&other=2&z2=3&&=&z%32=%34#g1=U", R"({"result":"4"})"},
              {"/?g1=a%20b+c%26d%3D%C3%A9&z3=%zz%4&z2=", R"({"token":"a b+c&d=é","description":"%zz%4","result":""})"},
              {"/?g1=a=b&z2&z3=1&z3&z50=%ff", R"({"token":"a=b","transaction":"\ufffd"})"},
          }) {

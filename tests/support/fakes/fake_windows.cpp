@@ -74,16 +74,14 @@ std::shared_ptr<Window> FakeWindows::keyWindow() const {
     };
     if (!hasKeyWindow) return nullptr;
     auto window = std::make_shared<OneWindow>();
-    if (hasRootViewController) {
-        auto screen = std::make_shared<Screen>();
-        screen->presented = std::make_shared<Screen>();  // an application's own dialog
-        window->root = std::move(screen);
-    }
+    const auto screen = std::make_shared<Screen>();
+    screen->presented = std::make_shared<Screen>();  // an application's own dialog
+    window->root = screen;
     return window;
 }
 
 std::shared_ptr<WebScene> FakeWindows::instantiateScene(std::string_view storyboard, std::string_view identifier) {
-    if (!hasStoryboard || storyboard != "libKavio" || identifier != "TDSecureScene") return nullptr;
+    if (storyboard != "libKavio" || identifier != "TDSecureScene") return nullptr;
     return std::make_shared<Scene>(shared_from_this());
 }
 

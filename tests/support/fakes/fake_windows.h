@@ -18,8 +18,6 @@ public:
     std::shared_ptr<WebScene> instantiateScene(std::string_view storyboard, std::string_view identifier) override;
 
     bool hasKeyWindow = true;
-    bool hasRootViewController = true;
-    bool hasStoryboard = true;
     /// "present", "hidden", "shown", "html DOCUMENT", "load URL SECONDS", "dismiss", each with "animated" where it is
     /// asked for.
     std::vector<std::string> log;
