@@ -39,28 +39,5 @@ TEST(Facade, SendsToTheServiceThatTheStoreNames) {
     }
 }
 
-TEST(Facade, IsIdleAndSilentAfterRelease) {
-    World world;
-    world.kavio().login("49", "501");
-    const int somebodyElse = 0;
-    world.kavio().release(&somebodyElse);
-    world.kavio().release(&world.kavio());
-    world.answer({200, replies::challenge});
-    world.kavio().getOrder("1");  // still runs; its result goes nowhere
-    world.answer({200, replies::order("created")});
-    EXPECT_THAT(world.reports(), testing::IsEmpty());
-    EXPECT_EQ(world.sent().size(), 2U);
-}
-
-TEST(Facade, KnowsItsVersionWhileBusyToo) {
-    World world;
-    world.kavio().login("49", "501");
-    auto& bundle = *world.device().libraryBundle;
-    bundle.setInformation("CFBundleShortVersionString", std::string("1.2"));
-    bundle.setInformation("CFBundleVersion", std::int64_t{3});
-    EXPECT_EQ(world.kavio().getVersion(), "1.2");
-    EXPECT_EQ(world.kavio().getBuild(), std::nullopt) << "a value that is no text is none";
-}
-
 }  // namespace
 }  // namespace kavio::test

@@ -64,33 +64,6 @@ TEST(Transport, TellsALostConnectionFromOtherFailures) {
     }
 }
 
-// Answers every failure alike.
-class FixedErrorHandler final : public NetworkServiceErrorHandler {
-public:
-    explicit FixedErrorHandler(std::optional<std::string> message) : mMessage(std::move(message)) {}
-    void handle(const UrlReply&, Completion completion) override { completion(APIError::serverError, mMessage); }
-
-private:
-    std::optional<std::string> mMessage;
-};
-
-TEST(Transport, LeavesFailuresToAnInstalledErrorHandler) {
-    const std::string body = R"({"message":"M","code":"C"})";
-    for (const auto& [handled, answer, report] : std::vector<std::tuple<std::optional<std::string>, Answer, Report>>{
-             {"H", UrlError::networkConnectionLost, {"onGetOrder", ResultType::NETWORK_FAILED, "H"}},
-             {"H", {500, body}, {"onGetOrder", ResultType::SERVER_ERROR, "H"}},
-             {std::nullopt, {500, body}, {"onGetOrder", ResultType::SERVER_ERROR, "M"}},
-             {"H", {417, body}, {"onGetOrder", ResultType::FAILURE, "invalid_signature"}},
-             {"H", {488, R"({"code":"C"})"}, {"onGetOrder", ResultType::FAILURE, "C"}},
-         }) {
-        World world;
-        KavioNetworkService::shared()->setErrorHandler(std::make_shared<FixedErrorHandler>(handled));
-        world.kavio().getOrder("1");
-        world.answer(answer);
-        EXPECT_THAT(world.reports(), testing::ElementsAre(report));
-    }
-}
-
 TEST(Transport, WritesTheAppVersionWithTheHostsBuild) {
     World world;
     const auto sent = [](const std::string& version) {

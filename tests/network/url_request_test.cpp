@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <tuple>
 
 namespace kavio::test {
@@ -30,21 +29,6 @@ TEST(UrlRequest, SetsTheQuery) {
              {"https://h/p#f", "a=%#\"<>ä", "https://h/p?a=%25%23%22%3C%3E%C3%A4#f"},
          }) {
         EXPECT_EQ(settingQuery(url, query), expected);
-    }
-}
-
-TEST(UrlRequest, WritesParametersAsQueryOrBody) {
-    const JsonObject params{{"b", true}, {"i", -5}, {"d", 1.5}, {"t", "x&y"}};
-    EXPECT_EQ(buildURLRequest("https://h/p", params, true).url, "https://h/p?b=true&d=1.5&i=-5&t=x&y");
-    EXPECT_EQ(buildURLRequest("https://h/p", params, true).body, std::nullopt);
-    EXPECT_EQ(buildURLRequest("https://h/p", std::nullopt, true).url, "https://h/p?");
-    EXPECT_EQ(JsonValue::parse(*buildURLRequest("https://h/p", params, false).body), JsonValue(params));
-
-    const JsonObject notFinite{{"d", std::numeric_limits<double>::infinity()}};
-    for (const auto& bodiless : std::vector<std::optional<JsonObject>>{std::nullopt, JsonObject{}, notFinite}) {
-        const auto request = buildURLRequest("https://h/p", bodiless, false);
-        EXPECT_EQ(request.url, "https://h/p");
-        EXPECT_EQ(request.body, std::nullopt);
     }
 }
 

@@ -12,16 +12,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-TEST(SqliteStores, KeepValuesWhenTheyAreOpenedAgain) {
-    StoreFolder store;
-    store.suite()->set("a", "1");
-    store.suite()->set("b", Bytes{1, 2});
-    store.suite()->remove("a");
-    EXPECT_EQ(store.suite()->value("a"), std::nullopt);
-    EXPECT_EQ(store.suite()->value("b"), StoredValue(Bytes{1, 2}));
-    EXPECT_THAT(store.files(), ElementsAre("suite.suite.sqlite"));
-}
-
 mode_t modeOf(const std::filesystem::path& path) {
     struct stat status {};
     return ::stat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;

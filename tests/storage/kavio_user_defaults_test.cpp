@@ -1,7 +1,6 @@
 #include "storage/kavio_user_defaults.h"
 
 #include "support/world.h"
-#include "time/reliable_clock.h"
 #include "util/shared_instance.h"
 
 #include <gmock/gmock.h>
@@ -33,7 +32,7 @@ TEST_F(UserDefaults, AreInTheSuiteThatTheHostsKeyNames) {
 }
 
 TEST_F(UserDefaults, AreInTheStandardStoreWhereNoSuiteCanBeHad) {
-    mDevice.stores->refuseSuites();
+    mDevice.stores->refusesSuites = true;
     KavioUserDefaults::shared()->defualt->set("session_token", std::string("t"));
     EXPECT_THAT(mDevice.stores->names(), ElementsAre("standard"));
     EXPECT_EQ(mDevice.stores->standard()->string("session_token"), "t");
@@ -43,7 +42,7 @@ TEST_F(UserDefaults, AreInTheStandardStoreWhereNoSuiteCanBeHad) {
 TEST_F(UserDefaults, CountInThisProcessWhenTheyCannotBeWritten) {
     const auto suite = mDevice.stores->suite("group.KavioSdkUserDefaults-KavioE");
     suite->write({{"api_key", "old"}, {"session_token", "t"}, {"server_expired_time", someDay}});
-    mDevice.stores->refuseWrites(true);
+    *mDevice.stores->refusesWrites = true;
 
     const auto defaults = KavioUserDefaults::shared();
     EXPECT_FALSE(defaults->defualt->set("api_key", std::string("new")));
@@ -54,27 +53,13 @@ TEST_F(UserDefaults, CountInThisProcessWhenTheyCannotBeWritten) {
     EXPECT_EQ(defaults->getServerExpiredTime(), std::nullopt);
     EXPECT_EQ(suite->string("api_key"), "old");
 
-    mDevice.stores->refuseWrites(false);
+    *mDevice.stores->refusesWrites = false;
     EXPECT_TRUE(defaults->defualt->set("push_token", std::string("p"))) << "takes along what is waiting";
     EXPECT_EQ(suite->string("api_key"), "new");
     EXPECT_EQ(suite->string("session_token"), "");
     EXPECT_EQ(suite->date("server_expired_time"), std::nullopt);
     suite->set("api_key", std::string("of another process"));
     EXPECT_EQ(defaults->defualt->string("api_key"), "of another process");
-}
-
-TEST_F(UserDefaults, ReadAValueOfAnotherTypeAsMissing) {
-    const auto defaults = KavioUserDefaults::shared();
-    const auto now = mDevice.clock->now();
-    for (const auto key : {keys::serverTime, keys::savedCpuTime, keys::serverExpiredTime}) {
-        defaults->defualt->set(key, std::string("2020"));
-    }
-    defaults->defualt->set(keys::sessionToken, someDay);
-    EXPECT_EQ(defaults->getServerTime(), now);
-    EXPECT_EQ(defaults->getSavedCpuTime(), now);
-    EXPECT_EQ(defaults->getServerExpiredTime(), std::nullopt);
-    EXPECT_EQ(defaults->sessionToken(), "");
-    EXPECT_EQ(serverNow(), now);
 }
 
 }  // namespace

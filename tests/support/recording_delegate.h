@@ -3,10 +3,9 @@
 #include <kavio/kavio.h>
 
 #include <functional>
-#include <iosfwd>
 #include <optional>
+#include <ostream>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace kavio::test {
@@ -21,36 +20,64 @@ struct Report {
     bool operator==(const Report&) const = default;
 };
 
-std::ostream& operator<<(std::ostream& out, const Report& report);
+inline std::ostream& operator<<(std::ostream& out, const Report& report) {
+    return out << report.callback << " " << name(report.type) << " \"" << report.message.value_or("none") << "\" "
+               << report.payload;
+}
 
 /// Keeps every report in order. `onReport` runs inside the callback, as an application's own code would.
 class RecordingDelegate final : public KavioDelegate {
 public:
     std::vector<Report> reports;
-    std::vector<std::thread::id> threads;
     std::function<void(const Report&)> onReport;
-    /// The objects of the last report that carried some.
-    PaymentMethods paymentMethods;
-    Machines machines;
-    Products products;
-    Orders orders;
+    PaymentMethods paymentMethods;  // of the last report that carried some
 
     void onCheckIsUserLogin(Result result) override { record("onCheckIsUserLogin", *result); }
     void onLogin(Result result) override { record("onLogin", *result); }
     void onVerify(Result result) override { record("onVerify", *result); }
     void onLogout(Result result) override { record("onLogout", *result); }
-    void onGetPaymentMethods(Result result, std::optional<PaymentMethods> methods) override;
-    void onGetMachines(Result result, std::optional<Machines> found) override;
-    void onGetMachineProducts(Result result, std::optional<Products> found) override;
-    void onPlaceOrder(Result result, std::shared_ptr<const Order> order) override;
-    void onDeposit(Result result, std::optional<std::int64_t> balance) override;
-    void onGetOrder(Result result, std::shared_ptr<const Order> order) override;
-    void onGetTransactions(Result result, std::optional<Orders> transactions) override;
-    void onAddCreditCard(Result result, std::shared_ptr<const CreditCard> card) override;
+    void onGetPaymentMethods(Result result, std::optional<PaymentMethods> methods) override {
+        paymentMethods = methods.value_or(PaymentMethods{});
+        record("onGetPaymentMethods", *result, count(methods));
+    }
+    void onGetMachines(Result result, std::optional<Machines> machines) override {
+        record("onGetMachines", *result, count(machines));
+    }
+    void onGetMachineProducts(Result result, std::optional<Products> products) override {
+        record("onGetMachineProducts", *result, count(products));
+    }
+    void onPlaceOrder(Result result, std::shared_ptr<const Order> order) override {
+        record("onPlaceOrder", *result, shown(order));
+    }
+    void onDeposit(Result result, std::optional<std::int64_t> balance) override {
+        record("onDeposit", *result, balance ? std::to_string(*balance) : "none");
+    }
+    void onGetOrder(Result result, std::shared_ptr<const Order> order) override {
+        record("onGetOrder", *result, shown(order));
+    }
+    void onGetTransactions(Result result, std::optional<Orders> transactions) override {
+        record("onGetTransactions", *result, count(transactions));
+    }
+    void onAddCreditCard(Result result, std::shared_ptr<const CreditCard> card) override {
+        record("onAddCreditCard", *result, card ? card->id : "none");
+    }
     void onRemoveCard(Result result) override { record("onRemoveCard", *result); }
 
 private:
-    void record(std::string callback, const KavioResult& result, std::string payload = "none");
+    static std::string shown(const std::shared_ptr<const Order>& order) {
+        return order ? order->id + " " + std::string(name(order->status)) : "none";
+    }
+    template <class List>
+    static std::string count(const std::optional<List>& list) {
+        return list ? std::to_string(list->size()) : "none";
+    }
+    void record(std::string callback, const KavioResult& result, std::string payload = "none") {
+        reports.push_back({std::move(callback), result.type, result.message, std::move(payload)});
+        if (!onReport) return;
+        const auto report = reports.back();  // the reaction may destroy this
+        const auto reaction = onReport;
+        reaction(report);
+    }
 };
 
 }  // namespace kavio::test

@@ -1,14 +1,27 @@
 #pragma once
 
+#include <cerrno>
+#include <cstdlib>
 #include <filesystem>
+#include <string>
+#include <system_error>
 
 namespace kavio::test {
 
 /// A fresh folder, in memory where the system offers that, which goes with everything in it.
 class TemporaryFolder {
 public:
-    TemporaryFolder();
-    ~TemporaryFolder();
+    TemporaryFolder() {
+        const std::filesystem::path memory = "/dev/shm";
+        const auto parent = std::filesystem::is_directory(memory) ? memory : std::filesystem::temp_directory_path();
+        std::string name = parent / "kavio-test-XXXXXX";
+        if (::mkdtemp(name.data()) == nullptr) throw std::system_error(errno, std::generic_category(), name);
+        mPath = name;
+    }
+    ~TemporaryFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(mPath, ignored);
+    }
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 

@@ -1,10 +1,15 @@
 #pragma once
 
+#include "storage/kavio_user_defaults.h"
 #include "support/fakes/fake_device.h"
 #include "support/recording_delegate.h"
+#include "util/shared_instance.h"
 
 #include <kavio/kavio.h>
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <string>
@@ -27,32 +32,67 @@ struct Answer {
 class World {
 public:
     /// With a time sample that is fresh for a day, so that no time request comes between.
-    World();
-    ~World();
+    World() : mPlatform(mDevice.platform()) {
+        forgetSharedInstances();
+        const auto now = mDevice.clock->now();
+        store().set(keys::serverTime, now);
+        store().set(keys::savedCpuTime, now);
+        store().set(keys::serverExpiredTime, now + std::chrono::hours(24));
+        makeFacade();
+    }
+    ~World() {
+        mKavio.reset();
+        // What is still open ends here: a time request's end sends the request that waits for it, on whatever platform
+        // is current by then.
+        while (mDevice.backgroundUrlSession->fail(UrlError::cancelled) || mDevice.urlSession->fail(UrlError::cancelled))
+            run();
+        forgetSharedInstances();
+    }
 
     Kavio& kavio() { return *mKavio; }
     RecordingDelegate& delegate() { return *mDelegate; }
     const std::vector<Report>& reports() const { return mDelegate ? mDelegate->reports : mReports; }
     /// Whether the facade refuses operations. Not counted among the reports.
-    bool isBusy();
-    KeyValueStore& store();
+    bool isBusy() {
+        kavio().getOrder("no number");  // for which nothing is sent
+        const bool busy = mDelegate->reports.back().type == ResultType::BUSY;
+        mDelegate->reports.pop_back();
+        return busy;
+    }
+    KeyValueStore& store() { return *KavioUserDefaults::shared()->defualt; }
     FakeDevice& device() { return mDevice; }
 
     void destroyFacade() { mKavio.reset(); }
     /// The application's reference; the reports stay for the test to see.
-    void destroyDelegate();
-    void makeFacade(Kavio::EnvironmentType environment = Kavio::EnvironmentType::TEST);
+    void destroyDelegate() {
+        mReports = mDelegate->reports;
+        mDelegate.reset();
+    }
+    void makeFacade(Kavio::EnvironmentType environment = Kavio::EnvironmentType::TEST) {
+        mKavio = std::make_unique<Kavio>(mDelegate, "key", environment);
+    }
 
     /// Answers the oldest open request, of the background session when it has one, and lets the main thread do what
     /// follows. Fails the test when nothing is open.
-    void answer(const Answer& answer);
+    void answer(const Answer& answer) {
+        const auto answered = [&](auto& session) {
+            return answer.error ? session.fail(*answer.error) : session.answer(answer.status, answer.body);
+        };
+        EXPECT_TRUE(answered(*mDevice.backgroundUrlSession) || answered(*mDevice.urlSession)) << "no request is open";
+        run();
+    }
     void run() { mDevice.mainQueue->runAll(); }
     void advance(std::chrono::milliseconds time) { mDevice.mainQueue->advance(time); }
 
     std::vector<UrlRequest> sent() const { return mDevice.urlSession->requests(); }
     std::vector<UrlRequest> sentInBackground() const { return mDevice.backgroundUrlSession->requests(); }
     /// Paths with queries of all that was sent on the ordinary session, below "/v1".
-    std::vector<std::string> paths() const;
+    std::vector<std::string> paths() const {
+        std::vector<std::string> paths;
+        for (const auto& request : sent())
+            paths.push_back(request.url.substr(std::min(request.url.find("/v1") + 3, request.url.size())));
+        return paths;
+    }
 
 private:
     FakeDevice mDevice;
@@ -69,6 +109,11 @@ inline const std::vector<Loss> losses{[](World& world) { world.destroyFacade(); 
                                       [](World& world) { world.kavio().release(&world.kavio()); }};
 
 /// The header's value; "none" when the request has none.
-std::string header(const UrlRequest& request, std::string_view name);
+inline std::string header(const UrlRequest& request, std::string_view name) {
+    for (const auto& [key, value] : request.headers) {
+        if (key == name) return value;
+    }
+    return "none";
+}
 
 }  // namespace kavio::test

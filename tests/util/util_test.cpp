@@ -1,13 +1,12 @@
 #include "support/fakes/fake_device.h"
 #include "util/auxiliary.h"
+#include "util/event.h"
 #include "util/trace.h"
 
 #include <kavio/threads_manager.h>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
-#include <algorithm>
-#include <latch>
 #include <limits>
 #include <thread>
 #include <vector>
@@ -57,17 +56,6 @@ TEST_F(Threads, RunABlockForTheMainThreadAtOnceThereAndLaterFromElsewhere) {
     EXPECT_EQ(ran, std::vector(2, std::this_thread::get_id()));
 }
 
-TEST_F(Threads, WorkInOrderOrSideBySide) {
-    const auto together = std::make_shared<std::latch>(3);
-    std::vector<int> order;
-    for (int i = 0; i < 20; ++i) ThreadsManager::startSyncTask([&, i] { order.push_back(i); });
-    ThreadsManager::startSyncTask([together] { together->arrive_and_wait(); });
-    ThreadsManager::startAsyncTask([together] { together->arrive_and_wait(); });
-    together->arrive_and_wait();
-    EXPECT_EQ(order.size(), 20U);
-    EXPECT_TRUE(std::ranges::is_sorted(order));
-}
-
 TEST_F(Threads, GuardBlocksByTheAddressOfTheirLock) {
     const int lock = 0;
     const int other = 0;
@@ -83,6 +71,50 @@ TEST_F(Threads, GuardBlocksByTheAddressOfTheirLock) {
     count();
     second.join();
     EXPECT_EQ(counter, 2000);
+}
+
+struct Door {
+    std::shared_ptr<Event<Door>> opened;
+};
+
+class Events : public Threads {
+protected:
+    Events() { opened = door->opened = std::make_shared<Event<Door>>(door); }
+
+    /// One who notes `name` and then does `more`.
+    void attach(
+        const std::string& name, const std::function<void()>& more = [] {}) {
+        opened->attach(std::make_shared<Event<Door>::Observer>(std::weak_ptr<const void>(), [this, name, more](Door&) {
+            calls.push_back(name);
+            more();
+        }));
+    }
+
+    std::shared_ptr<Door> door = std::make_shared<Door>();
+    std::shared_ptr<Event<Door>> opened;
+    std::vector<std::string> calls;
+};
+
+TEST_F(Events, VisitThoseWhoWereAttachedWhenTheyBegan) {
+    attach("1", [&] { opened->detachAll(); });
+    attach("2", [&] { attach("late"); });
+    opened->invokeAll();
+    EXPECT_THAT(calls, testing::UnorderedElementsAre("1", "2"));
+}
+
+TEST_F(Events, EndWhenTheirSenderIsGone) {
+    for (const char* name : {"a", "b"}) attach(name, [&] { door.reset(); });
+    opened->invokeAll();
+    EXPECT_EQ(calls.size(), 1U);
+}
+
+TEST_F(Events, ReachTheMainThreadAtOnceOrThroughItsQueue) {
+    attach("called");
+    opened->invokeOnMainThread();
+    std::thread([&] { opened->invokeOnMainThread(); }).join();
+    EXPECT_THAT(calls, testing::ElementsAre("called"));
+    device.mainQueue->runAll();
+    EXPECT_THAT(calls, testing::ElementsAre("called", "called"));
 }
 
 }  // namespace

@@ -123,10 +123,14 @@ TEST_F(WalletCommands, RefuseAPurchaseBeforeAnyMoneyMoves) {
 
 TEST_F(WalletCommands, TellHowAnOrderThatFailedEnded) {
     logIn();
-    // Its machines end orders as cancelled, timedOut, freeTransaction and expired.
-    for (const auto& [machine, status] :
-         std::map<std::string, int>{{"42102416", 1}, {"42102343", 5}, {"42102833", 0}, {"42102695", 1}})
-        EXPECT_EQ(run("buy --amount 1 " + machine).status, status) << machine;
+    for (const auto& [purchase, status] : std::map<std::string, int>{
+             {"1 42102416", 1},      // cancelled
+             {"1 42102343", 5},      // timedOut
+             {"1 42102833", 0},      // freeTransaction
+             {"1 42101570", 1},      // currencyMismatch
+             {"9999 " + coffee, 1},  // limitExceeded
+         })
+        EXPECT_EQ(run("buy --amount " + purchase).status, status) << purchase;
 }
 
 TEST_F(WalletCommands, DoNotShowCardNumbersOnATerminal) {

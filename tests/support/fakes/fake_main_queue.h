@@ -4,6 +4,7 @@
 
 #include <kavio/platform/queues.h>
 
+#include <algorithm>
 #include <chrono>
 #include <map>
 #include <memory>
@@ -18,18 +19,35 @@ public:
     explicit FakeMainQueue(std::shared_ptr<FakeClock> clock) : mClock(std::move(clock)) {}
 
     void post(std::function<void()> work) override { postAfter({}, std::move(work)); }
-    void postAfter(std::chrono::milliseconds delay, std::function<void()> work) override;
+    void postAfter(std::chrono::milliseconds delay, std::function<void()> work) override {
+        const std::lock_guard lock(mMutex);
+        mWork.emplace(mClock->uptime() + std::max(delay, std::chrono::milliseconds(0)), std::move(work));
+    }
     bool isMainThread() const override { return std::this_thread::get_id() == mMainThread; }
 
-    /// Runs what is due, and what that posts, until nothing is due. Gives how many pieces of work ran.
-    std::size_t runAll();
-    /// Lets `time` pass, and runs each piece of work when its time has come. Gives how many ran.
-    std::size_t advance(std::chrono::milliseconds time);
+    /// Runs what is due, and what that posts, until nothing is due.
+    void runAll() { runUntil(mClock->uptime()); }
+    /// Lets `time` pass, and runs each piece of work when its time has come.
+    void advance(std::chrono::milliseconds time) {
+        const auto end = mClock->uptime() + time;
+        runUntil(end);
+        mClock->advance(end - mClock->uptime());
+    }
     /// How many pieces of work wait, due or not.
-    std::size_t pending() const;
+    std::size_t pending() const {
+        const std::lock_guard lock(mMutex);
+        return mWork.size();
+    }
 
 private:
-    std::size_t runUntil(std::chrono::nanoseconds end);
+    void runUntil(std::chrono::nanoseconds end) {
+        for (std::unique_lock lock(mMutex); !mWork.empty() && mWork.begin()->first <= end; lock.lock()) {
+            const auto next = mWork.extract(mWork.begin());
+            lock.unlock();
+            mClock->advance(std::max(next.key() - mClock->uptime(), std::chrono::nanoseconds(0)));
+            next.mapped()();
+        }
+    }
 
     const std::thread::id mMainThread = std::this_thread::get_id();
     const std::shared_ptr<FakeClock> mClock;

@@ -10,12 +10,17 @@
 
 namespace kavio::test {
 
-/// A scripted user interface: one window with a dialog of the application's above its own screen, and what the library
+/// A scripted user interface: one window, and what the library
 /// does there as a list of short texts. Pages do what the test says.
 class FakeWindows final : public Windows, public std::enable_shared_from_this<FakeWindows> {
 public:
-    std::shared_ptr<Window> keyWindow() const override;
-    std::shared_ptr<WebScene> instantiateScene(std::string_view storyboard, std::string_view identifier) override;
+    std::shared_ptr<Window> keyWindow() const override {
+        return hasKeyWindow ? std::make_shared<OneWindow>() : nullptr;
+    }
+    std::shared_ptr<WebScene> instantiateScene(std::string_view storyboard, std::string_view identifier) override {
+        const bool isKnown = storyboard == "libKavio" && identifier == "TDSecureScene";
+        return isKnown ? std::make_shared<Scene>(shared_from_this()) : nullptr;
+    }
 
     bool hasKeyWindow = true;
     /// "present", "hidden", "shown", "html DOCUMENT", "load URL SECONDS", "dismiss", each with "animated" where it is
@@ -25,15 +30,81 @@ public:
     /// Whether a scene is on the screen.
     bool hasScene() const { return mPresented != nullptr; }
     /// The page that the scene shows goes there; false when nobody lets it.
-    bool navigate(const std::optional<std::string>& url) const;
-    void pressClose() const;
+    bool navigate(const std::optional<std::string>& url) const {
+        const auto asked = observer();
+        return asked && asked->shouldStartLoad(url);
+    }
+    void pressClose() const {
+        if (const auto told = observer()) told->onButtonClick();
+    }
 
 private:
-    class Screen;
-    class Scene;
-    class PageView;
+    class PageView final : public WebView {
+    public:
+        explicit PageView(FakeWindows& windows) : mWindows(windows) {}
+        void setHidden(bool hidden) override { mWindows.log.emplace_back(hidden ? "hidden" : "shown"); }
+        void loadHtml(const std::string& document) override { mWindows.log.push_back("html " + document); }
+        void loadUrl(const std::string& url, std::chrono::seconds timeout) override {
+            mWindows.log.push_back("load " + url + " " + std::to_string(timeout.count()));
+        }
 
-    std::shared_ptr<SceneObserver> observer() const;
+    private:
+        FakeWindows& mWindows;
+    };
+
+    class Scene final : public WebScene {
+    public:
+        explicit Scene(std::shared_ptr<FakeWindows> windows) : mWindows(std::move(windows)) {}
+        ~Scene() override { dismiss(false); }
+
+        std::shared_ptr<ViewController> presentedViewController() const override { return nullptr; }
+        void present(const std::shared_ptr<ViewController>&, bool) override {}
+        std::shared_ptr<WebView> webView() const override { return mWebView; }
+        void setObserver(std::weak_ptr<SceneObserver> observer) override { mObserver = std::move(observer); }
+
+        void show(bool animated) {
+            if (mWindows->mPresented) return;
+            mWindows->mPresented = this;
+            tell(animated ? "present animated" : "present",
+                 {ViewEvent::DID_LOAD, ViewEvent::WILL_APPEAR, ViewEvent::DID_APPEAR});
+        }
+        void dismiss(bool animated) override {
+            if (mWindows->mPresented != this) return;
+            mWindows->mPresented = nullptr;
+            tell(animated ? "dismiss animated" : "dismiss", {ViewEvent::WILL_DISAPPEAR, ViewEvent::DID_DISAPPEAR});
+        }
+        std::shared_ptr<SceneObserver> observer() const { return mObserver.lock(); }
+
+    private:
+        void tell(const char* what, std::initializer_list<ViewEvent> events) {
+            mWindows->log.emplace_back(what);
+            for (const auto event : events)
+                if (const auto told = observer()) told->onViewEvent(event);
+        }
+
+        const std::shared_ptr<FakeWindows> mWindows;
+        const std::shared_ptr<PageView> mWebView = std::make_shared<PageView>(*mWindows);
+        std::weak_ptr<SceneObserver> mObserver;
+    };
+
+    /// Only the top-most screen can present.
+    struct Screen final : ViewController {
+        explicit Screen(std::shared_ptr<Screen> above = nullptr) : presented(std::move(above)) {}
+        std::shared_ptr<ViewController> presentedViewController() const override { return presented; }
+        void present(const std::shared_ptr<ViewController>& scene, bool animated) override {
+            if (!presented) static_cast<Scene&>(*scene).show(animated);
+        }
+        void dismiss(bool) override {}
+
+        const std::shared_ptr<Screen> presented;
+    };
+    /// With a dialog of the application's above its own screen.
+    struct OneWindow final : Window {
+        std::shared_ptr<ViewController> rootViewController() const override { return root; }
+        const std::shared_ptr<Screen> root = std::make_shared<Screen>(std::make_shared<Screen>());
+    };
+
+    std::shared_ptr<SceneObserver> observer() const { return mPresented ? mPresented->observer() : nullptr; }
 
     Scene* mPresented = nullptr;
 };
