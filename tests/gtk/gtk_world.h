@@ -1,96 +1,128 @@
 #pragma once
 
 #include "gtk/page_server.h"
-#include "support/certificates.h"
+#include "support/eventually.h"
 #include "support/fakes/fake_device.h"
 #include "support/temporary_folder.h"
 
+#include <kavio/gtk.h>
 #include <kavio/platform/linux.h>
 
 #include <gtest/gtest.h>
 #include <gtk/gtk.h>
+#include <webkit/webkit.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <functional>
-#include <optional>
 #include <string>
-#include <vector>
 
 namespace kavio::test {
 
-/// What a scene told its controller.
-struct SceneLog final : SceneObserver {
-    void onViewEvent(ViewEvent event) override { events.push_back(event); }
-    bool shouldStartLoad(const std::optional<std::string>& url) override {
-        urls.push_back(url.value_or("none"));
-        if (onLoad) onLoad(urls.back());
-        return true;
-    }
-    void onButtonClick() override {
-        ++closes;
-        if (onClose) onClose();
-    }
-    /// The addresses of this device among `urls`.
-    std::vector<std::string> loopbacks() const;
+// One for the whole run, as in a real program.
+inline GtkApplication* application() {
+    static GtkApplication* made = [] {
+        auto* app = gtk_application_new(nullptr, G_APPLICATION_NON_UNIQUE);
+        g_application_register(G_APPLICATION(app), nullptr, nullptr);
+        return app;
+    }();
+    return made;
+}
 
-    std::vector<ViewEvent> events;
-    std::vector<std::string> urls;
-    int closes = 0;
-    std::function<void(const std::string&)> onLoad;
-    std::function<void()> onClose;
-};
+inline GtkWidget* findIn(GtkWidget* widget, std::string_view id) {
+    const char* name = gtk_buildable_get_buildable_id(GTK_BUILDABLE(widget));
+    if (name && name == id) return widget;
+    for (auto* child = gtk_widget_get_first_child(widget); child; child = gtk_widget_get_next_sibling(child)) {
+        if (auto* found = findIn(child, id)) return found;
+    }
+    return nullptr;
+}
+
+inline void xdotool(const std::string& arguments) {
+    ASSERT_EQ(std::system(("xdotool " + arguments).c_str()), 0) << arguments;
+}
 
 /// A GTK program with one window, and a person in front of it: the real web view on a real X server.
 class GtkHost : public testing::Test {
 protected:
-    explicit GtkHost(UrlSessionConfiguration session);
-    ~GtkHost() override;
+    explicit GtkHost(UrlSessionConfiguration session)
+        : mPlatform(makeGtkPlatform(application(), {.session = std::move(session), .storeDirectory = mStore.path()})),
+          host(GTK_WINDOW(gtk_application_window_new(application()))) {
+        gtk_window_set_default_size(host, 200, 200);
+        gtk_window_present(host);
+        EXPECT_TRUE(until([this] { return gtk_widget_get_mapped(GTK_WIDGET(host)); }));
+    }
+    ~GtkHost() override { gtk_window_destroy(host); }
 
     /// Runs the main loop until `condition` holds; false when that takes too long.
     static bool until(const std::function<bool()>& condition,
-                      std::chrono::milliseconds limit = std::chrono::seconds(20));
+                      std::chrono::milliseconds limit = std::chrono::seconds(20)) {
+        return eventually(
+            [&] {
+                // A busy page always has something for the main loop to do.
+                for (int i = 0; i < 100 && !condition() && g_main_context_iteration(nullptr, FALSE); ++i) {
+                }
+                return condition();
+            },
+            limit);
+    }
     /// What the scene shows: "working", "page" or "failed"; "nothing" when there is none.
-    static std::string shown();
+    static std::string shown() {
+        auto* stack = find("stack");
+        return stack && gtk_widget_get_mapped(stack) ? gtk_stack_get_visible_child_name(GTK_STACK(stack)) : "nothing";
+    }
     /// The text of one of the scene's labels or buttons; empty when it is not in sight.
-    static std::string text(const char* widget);
+    static std::string text(const char* id) {
+        auto* widget = find(id);
+        if (!widget || !gtk_widget_get_mapped(widget)) return "";
+        return GTK_IS_BUTTON(widget) ? gtk_button_get_label(GTK_BUTTON(widget)) : gtk_label_get_text(GTK_LABEL(widget));
+    }
     static GtkWindow* window() { return GTK_WINDOW(find("TDSecureScene")); }
-    static std::size_t windowCount();
-    static void endWebProcess();
+    static std::size_t windowCount() { return g_list_model_get_n_items(gtk_window_get_toplevels()); }
+    static void endWebProcess() { webkit_web_view_terminate_web_process(WEBKIT_WEB_VIEW(find("webView"))); }
     /// Runs `script` in the page that is shown, once it is there as a whole.
-    static void runInPage(const std::string& script);
+    static void runInPage(const std::string& script) {
+        EXPECT_TRUE(
+            until([] { return shown() == "page" && !webkit_web_view_is_loading(WEBKIT_WEB_VIEW(find("webView"))); }));
+        webkit_web_view_evaluate_javascript(WEBKIT_WEB_VIEW(find("webView")), script.c_str(), -1, nullptr, nullptr,
+                                            nullptr, nullptr, nullptr);
+    }
     /// The person at the screen.
-    static void click(const char* widget);
-    static void press(const std::string& key);
+    static void click(const char* id) {
+        auto* widget = find(id);
+        ASSERT_TRUE(widget);
+        ASSERT_TRUE(until([=] { return gtk_widget_get_mapped(widget) && gtk_widget_get_width(widget) > 0; }));
+        double x = 0;
+        double y = 0;
+        gtk_widget_translate_coordinates(widget, GTK_WIDGET(gtk_widget_get_root(widget)),
+                                         gtk_widget_get_width(widget) / 2.0, gtk_widget_get_height(widget) / 2.0, &x,
+                                         &y);
+        xdotool("mousemove " + std::to_string(static_cast<int>(x)) + " " + std::to_string(static_cast<int>(y)) +
+                " click 1");
+    }
+    static void press(const std::string& key) {
+        EXPECT_TRUE(until([] { return window() && gtk_window_is_active(window()); }));
+        xdotool("key " + key);
+    }
 
     PageServer server;
 
 private:
-    static GtkWidget* find(std::string_view id);
+    static GtkWidget* find(std::string_view id) {
+        GListModel* toplevels = gtk_window_get_toplevels();
+        for (guint i = 0; i < g_list_model_get_n_items(toplevels); ++i) {
+            auto* window = static_cast<GtkWidget*>(g_list_model_get_item(toplevels, i));
+            g_object_unref(window);  // the list goes on holding it
+            if (auto* found = findIn(window, id)) return found;
+        }
+        return nullptr;
+    }
 
     const TemporaryFolder mStore;
     const InstalledPlatform mPlatform;
 
 protected:
     GtkWindow* host;
-};
-
-/// With a scene above the window.
-class GtkWorld : public GtkHost {
-protected:
-    GtkWorld();
-    ~GtkWorld() override;
-
-    void present();
-    void showPage(const std::string& html);
-    void runHidden(const std::string& html);
-    /// Goes on with a new scene.
-    void renew();
-
-    /// One that the host trusts.
-    static const CertificateAuthority& authority();
-
-    std::shared_ptr<WebScene> scene;
-    std::shared_ptr<SceneLog> log = std::make_shared<SceneLog>();
 };
 
 }  // namespace kavio::test

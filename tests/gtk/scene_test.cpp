@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <fstream>
+#include <iterator>
 
 namespace kavio::test {
 namespace {
@@ -14,14 +16,82 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Not;
 
-class SceneTest : public GtkWorld {
+/// What a scene told its controller.
+struct SceneLog final : SceneObserver {
+    void onViewEvent(ViewEvent event) override { events.push_back(event); }
+    bool shouldStartLoad(const std::optional<std::string>& url) override {
+        urls.push_back(url.value_or("none"));
+        if (onLoad) onLoad(urls.back());
+        return true;
+    }
+    void onButtonClick() override {
+        ++closes;
+        if (onClose) onClose();
+    }
+    /// The addresses of this device among `urls`.
+    std::vector<std::string> loopbacks() const {
+        std::vector<std::string> found;
+        std::copy_if(urls.begin(), urls.end(), std::back_inserter(found),
+                     [](const auto& url) { return url.starts_with("http://127.0.0.1"); });
+        return found;
+    }
+
+    std::vector<ViewEvent> events;
+    std::vector<std::string> urls;
+    int closes = 0;
+    std::function<void(const std::string&)> onLoad;
+    std::function<void()> onClose;
+};
+
+/// With a scene above the window.
+class SceneTest : public GtkHost {
 protected:
+    SceneTest()
+        : GtkHost([] {
+              static const TemporaryFolder folder;
+              const auto file = folder.path() / "authority.pem";
+              std::ofstream(file) << authority().certificate();
+              return UrlSessionConfiguration{file, ""};
+          }()) {
+        renew();
+    }
+    ~SceneTest() override { scene->dismiss(false); }
+
+    void present() { Platform::current().windows->keyWindow()->rootViewController()->present(scene, true); }
+    void showPage(const std::string& html) {
+        server.servePage("/page", html);
+        scene->webView()->setHidden(false);
+        scene->webView()->loadUrl(server.url("/page"), std::chrono::seconds(60));
+        present();
+    }
+    void runHidden(const std::string& html) {
+        scene->webView()->setHidden(true);
+        scene->webView()->loadHtml(html);
+        present();
+    }
+    /// Goes on with a new scene.
+    void renew() {
+        if (scene) scene->dismiss(false);
+        log = std::make_shared<SceneLog>();
+        scene = Platform::current().windows->instantiateScene("libKavio", "TDSecureScene");
+        scene->setObserver(log);
+    }
+
     /// Everything that the page before it has begun was offered by then.
     void openAnotherPage() {
         server.servePage("/another", "another");
         scene->webView()->loadUrl(server.url("/another"), std::chrono::seconds(60));
         EXPECT_TRUE(until([&] { return std::count(log->urls.begin(), log->urls.end(), server.url("/another")) > 0; }));
     }
+
+    /// One that the host trusts.
+    static const CertificateAuthority& authority() {
+        static const CertificateAuthority authority;
+        return authority;
+    }
+
+    std::shared_ptr<WebScene> scene;
+    std::shared_ptr<SceneLog> log = std::make_shared<SceneLog>();
 };
 
 TEST_F(SceneTest, OffersEachWayToTheEndOfAPageOnce) {

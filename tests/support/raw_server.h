@@ -2,16 +2,23 @@
 
 #include "support/certificates.h"
 
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <openssl/ssl.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include <chrono>
-#include <cstddef>
+#include <csignal>
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace kavio::test {
@@ -20,32 +27,147 @@ namespace kavio::test {
 /// byte, and notes what it was sent.
 class RawServer {
 public:
-    class Connection;
+    /// What a script can do. Once the peer has left, reading gives nothing more and sending fails.
+    class Connection {
+    public:
+        Connection(RawServer& server, std::size_t number, int socket)
+            : mServer(server), mNumber(number), mTls(SSL_new(server.mContext.get()), &SSL_free) {
+            SSL_set_fd(mTls.get(), socket);
+        }
+        /// Counts from 0.
+        std::size_t number() const { return mNumber; }
+        /// False when the client refuses.
+        bool handshake() { return SSL_accept(mTls.get()) == 1; }
+        /// `count` bytes; fewer only when the peer leaves before that.
+        std::string read(std::size_t count) {
+            std::string bytes(count, '\0');
+            std::size_t end = 0;
+            for (std::size_t more = 0; end < count; end += more) {
+                if (SSL_read_ex(mTls.get(), bytes.data() + end, count - end, &more) != 1) break;
+                const std::lock_guard lock(mServer.mMutex);
+                mServer.mReceived[mNumber].append(bytes, end, more);
+            }
+            return bytes.substr(0, end);
+        }
+        /// Head, and as much body as its "Content-Length" says. Empty when the peer leaves before the end.
+        std::string readRequest() {
+            std::string request;
+            while (!request.ends_with("\r\n\r\n")) {
+                const auto byte = read(1);
+                if (byte.empty()) return {};
+                request += byte;
+            }
+            const auto field = request.find("Content-Length: ");
+            const std::size_t length = field == std::string::npos ? 0 : std::stoul(request.substr(field + 16));
+            const auto body = read(length);
+            if (body.size() < length) return {};
+            const std::lock_guard lock(mServer.mMutex);
+            return mServer.mRequests.emplace_back(request + body);
+        }
+        bool send(std::string_view bytes) {
+            std::size_t count = 0;
+            return SSL_write_ex(mTls.get(), bytes.data(), bytes.size(), &count) == 1;
+        }
+        /// Waits for the peer to leave, or to send more, for no longer than `limit`. False when it does neither.
+        bool hearsWithin(std::chrono::milliseconds limit) {
+            pollfd socket{SSL_get_fd(mTls.get()), POLLIN, 0};
+            return ::poll(&socket, 1, static_cast<int>(limit.count())) > 0;
+        }
+        /// Does nothing more until the peer leaves or the server ends.
+        void stall() {
+            char ignored = 0;
+            while (::recv(SSL_get_fd(mTls.get()), &ignored, 1, 0) > 0) {
+            }
+        }
+
+    private:
+        RawServer& mServer;
+        std::size_t mNumber;
+        std::unique_ptr<SSL, decltype(&SSL_free)> mTls;
+    };
+
     /// Called for each connection, on a thread of its own. The connection is closed when it returns.
     using Script = std::function<void(Connection&)>;
 
-    /// `protocol` is the one that the server agrees to by ALPN.
-    RawServer(const Identity& identity, Script script, std::string protocol = "http/1.1");
+    /// `protocol` is the one that the server takes by ALPN, whatever the client offers.
+    RawServer(const Identity& identity, Script script, std::string protocol = "http/1.1")
+        : mScript(std::move(script)), mProtocol(std::move(protocol)) {
+        const auto choose = [](SSL*, const unsigned char** chosen, unsigned char* length, const unsigned char*,
+                               unsigned int, void* own) {
+            const auto& text = *static_cast<const std::string*>(own);
+            *chosen = reinterpret_cast<const unsigned char*>(text.data());
+            *length = static_cast<unsigned char>(text.size());
+            return SSL_TLSEXT_ERR_OK;
+        };
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        if (SSL_CTX_use_certificate(mContext.get(), identity.certificate.get()) != 1 ||
+            SSL_CTX_use_PrivateKey(mContext.get(), identity.key.get()) != 1 ||
+            ::bind(mListener, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+            ::listen(mListener, SOMAXCONN) != 0)
+            throw std::runtime_error("cannot start a TLS server");
+        SSL_CTX_set_alpn_select_cb(mContext.get(), choose, &mProtocol);
+        mAcceptor = std::thread([this] { acceptAll(); });
+    }
     /// Cuts what is open.
-    ~RawServer();
+    ~RawServer() {
+        ::shutdown(mListener, SHUT_RDWR);
+        mAcceptor.join();
+        {
+            const std::lock_guard lock(mMutex);
+            for (const int socket : mSockets) ::shutdown(socket, SHUT_RDWR);
+        }
+        for (auto& thread : mThreads) thread.join();
+        ::close(mListener);
+    }
     RawServer(const RawServer&) = delete;
     RawServer& operator=(const RawServer&) = delete;
 
     /// "127.0.0.1:PORT"
-    std::string address() const;
+    std::string address() const {
+        sockaddr_in address{};
+        socklen_t length = sizeof address;
+        ::getsockname(mListener, reinterpret_cast<sockaddr*>(&address), &length);
+        return "127.0.0.1:" + std::to_string(ntohs(address.sin_port));
+    }
     /// The bytes inside TLS that scripts have read, a text a connection, in the order in which those came.
-    std::vector<std::string> received() const;
+    std::vector<std::string> received() const {
+        const std::lock_guard lock(mMutex);
+        return mReceived;
+    }
     /// The whole requests that scripts have read.
-    std::vector<std::string> requests() const;
+    std::vector<std::string> requests() const {
+        const std::lock_guard lock(mMutex);
+        return mRequests;
+    }
 
 private:
-    void acceptAll();
-    void serve(int socket, std::size_t number);
+    void acceptAll() {
+        for (int socket = 0; (socket = ::accept4(mListener, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {
+            const std::lock_guard lock(mMutex);
+            mReceived.emplace_back();
+            mSockets.push_back(socket);
+            mThreads.emplace_back(&RawServer::serve, this, socket, mSockets.size() - 1);
+        }
+    }
+    void serve(int socket, std::size_t number) {
+        sigset_t signals{};
+        sigemptyset(&signals);
+        sigaddset(&signals, SIGPIPE);  // of a client that left
+        pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+        const int on = 1;
+        ::setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+        Connection connection(*this, number, socket);
+        mScript(connection);
+        const std::lock_guard lock(mMutex);
+        ::close(std::exchange(mSockets[number], -1));
+    }
 
     const Script mScript;
     std::string mProtocol;
-    std::shared_ptr<SSL_CTX> mContext;
-    int mListener;
+    const std::shared_ptr<SSL_CTX> mContext{SSL_CTX_new(TLS_server_method()), &SSL_CTX_free};
+    const int mListener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     mutable std::mutex mMutex;
     std::vector<std::string> mReceived;  // guarded by mMutex, as are the requests and the sockets
     std::vector<std::string> mRequests;
@@ -54,40 +176,30 @@ private:
     std::thread mAcceptor;
 };
 
-/// What a script can do. Once the peer has left, reading gives nothing more and sending fails.
-class RawServer::Connection {
-public:
-    /// Counts from 0.
-    std::size_t number() const { return mNumber; }
-    /// False when the client refuses.
-    bool handshake();
-    /// `count` bytes; fewer only when the peer leaves before that.
-    std::string read(std::size_t count);
-    /// Head, and as much body as its "Content-Length" says. Empty when the peer leaves before the end.
-    std::string readRequest();
-    bool send(std::string_view bytes);
-    /// Waits for the peer to leave, or to send more, for no longer than `limit`. False when it does neither.
-    bool hearsWithin(std::chrono::milliseconds limit);
-    /// Does nothing more until the peer leaves or the server ends.
-    void stall();
-
-private:
-    friend class RawServer;
-    Connection(RawServer& server, std::size_t number);
-
-    RawServer& mServer;
-    std::size_t mNumber;
-    std::unique_ptr<SSL, decltype(&SSL_free)> mTls;
-};
-
 /// A whole reply of HTTP/1.1. Each of `headers` ends with "\r\n".
-std::string httpReply(int status, std::string_view body, std::string_view headers = "");
+inline std::string httpReply(int status, std::string_view body, std::string_view headers = "") {
+    return "HTTP/1.1 " + std::to_string(status) + " Status\r\n" + std::string(headers) +
+           "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + std::string(body);
+}
 
 /// After the handshake meets each request of a connection by `meet`, as long as that gives true.
-RawServer::Script meeting(std::function<bool(RawServer::Connection& connection, const std::string& request)> meet);
+inline RawServer::Script meeting(std::function<bool(RawServer::Connection&, const std::string& request)> meet) {
+    return [meet = std::move(meet)](RawServer::Connection& connection) {
+        if (!connection.handshake()) return;
+        for (std::string request; !(request = connection.readRequest()).empty();) {
+            if (!meet(connection, request)) return;
+        }
+    };
+}
 
 /// Answers all requests of a connection, each by what `answer` makes of its text.
-RawServer::Script answering(std::function<std::string(const std::string& request)> answer);
-RawServer::Script answering(const std::string& reply);
+inline RawServer::Script answering(std::function<std::string(const std::string& request)> answer) {
+    return meeting([answer = std::move(answer)](RawServer::Connection& connection, const std::string& request) {
+        return connection.send(answer(request));
+    });
+}
+inline RawServer::Script answering(const std::string& reply) {
+    return answering([reply](const std::string&) { return reply; });
+}
 
 }  // namespace kavio::test

@@ -1,29 +1,15 @@
 #include "support/fakes/fake_device.h"
-#include "util/auxiliary.h"
-#include "util/event.h"
 #include "util/trace.h"
 
 #include <kavio/threads_manager.h>
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
-#include <limits>
 #include <thread>
 #include <vector>
 
 namespace kavio::test {
 namespace {
-
-TEST(Auxiliary, WritesDurations) {
-    for (const auto& [milliseconds, text] : std::vector<std::pair<std::uint64_t, const char*>>{
-             {59'999, "59.999s"},
-             {3'600'000, "1h 0.000s"},
-             {90'061'005, "1d 1h 1m 1.005s"},
-             {std::numeric_limits<std::uint64_t>::max(), "213503982334d 14h 25m 51.615s"},
-         }) {
-        EXPECT_EQ(Auxiliary::durationText(milliseconds), text);
-    }
-}
 
 class Threads : public testing::Test {
 protected:
@@ -71,50 +57,6 @@ TEST_F(Threads, GuardBlocksByTheAddressOfTheirLock) {
     count();
     second.join();
     EXPECT_EQ(counter, 2000);
-}
-
-struct Door {
-    std::shared_ptr<Event<Door>> opened;
-};
-
-class Events : public Threads {
-protected:
-    Events() { opened = door->opened = std::make_shared<Event<Door>>(door); }
-
-    /// One who notes `name` and then does `more`.
-    void attach(
-        const std::string& name, const std::function<void()>& more = [] {}) {
-        opened->attach(std::make_shared<Event<Door>::Observer>(std::weak_ptr<const void>(), [this, name, more](Door&) {
-            calls.push_back(name);
-            more();
-        }));
-    }
-
-    std::shared_ptr<Door> door = std::make_shared<Door>();
-    std::shared_ptr<Event<Door>> opened;
-    std::vector<std::string> calls;
-};
-
-TEST_F(Events, VisitThoseWhoWereAttachedWhenTheyBegan) {
-    attach("1", [&] { opened->detachAll(); });
-    attach("2", [&] { attach("late"); });
-    opened->invokeAll();
-    EXPECT_THAT(calls, testing::UnorderedElementsAre("1", "2"));
-}
-
-TEST_F(Events, EndWhenTheirSenderIsGone) {
-    for (const char* name : {"a", "b"}) attach(name, [&] { door.reset(); });
-    opened->invokeAll();
-    EXPECT_EQ(calls.size(), 1U);
-}
-
-TEST_F(Events, ReachTheMainThreadAtOnceOrThroughItsQueue) {
-    attach("called");
-    opened->invokeOnMainThread();
-    std::thread([&] { opened->invokeOnMainThread(); }).join();
-    EXPECT_THAT(calls, testing::ElementsAre("called"));
-    device.mainQueue->runAll();
-    EXPECT_THAT(calls, testing::ElementsAre("called", "called"));
 }
 
 }  // namespace

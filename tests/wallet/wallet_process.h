@@ -5,10 +5,19 @@
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <sys/types.h>
+#include <pty.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <chrono>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -18,9 +27,38 @@ using Json = nlohmann::json;
 using Words = std::vector<std::string>;
 
 /// The words of a command line, none of which holds a blank.
-Words words(const std::string& text);
+inline Words words(const std::string& text) {
+    std::istringstream stream{text};
+    return {std::istream_iterator<std::string>{stream}, {}};
+}
 /// A line of the driver from "isLoggedIn facade=b await=2", where a value that is no JSON is a text; JSON as it is.
-std::string line(const std::string& text);
+inline std::string line(const std::string& text) {
+    if (text.starts_with('{')) return text;
+    Json object;
+    for (const auto& word : words(text)) {
+        const auto at = word.find('=');
+        const auto value = at == std::string::npos ? word : word.substr(at + 1);
+        const auto json = Json::parse(value, nullptr, false);
+        object[at == std::string::npos ? "op" : word.substr(0, at)] = json.is_discarded() ? Json(value) : json;
+    }
+    return object.dump();
+}
+
+inline int endOf(int status) { return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status); }
+
+inline std::string contents(const std::filesystem::path& path) {
+    std::ifstream file{path};
+    return (std::ostringstream{} << file.rdbuf()).str();
+}
+
+/// An event in a few words.
+inline std::string summaryOf(const Json& event) {
+    const auto kind = event.at("event").get<std::string>();
+    if (kind == "error") return kind;
+    const auto facade = event.value("facade", "-") + ' ';
+    if (kind != "callback") return facade + kind + ' ' + event.at("op").get<std::string>();
+    return facade + event.at("callback").get<std::string>() + ' ' + event.at("result").at("type").get<std::string>();
+}
 
 /// What a run of kavio-wallet left behind.
 struct Outcome {
@@ -29,28 +67,84 @@ struct Outcome {
     std::string errors;
 
     /// One JSON object a line; fails the test for anything else.
-    std::vector<Json> events() const;
+    std::vector<Json> events() const {
+        std::vector<Json> result;
+        std::istringstream lines{output};
+        for (std::string line; std::getline(lines, line);) {
+            result.push_back(Json::parse(line, nullptr, false));
+            EXPECT_TRUE(result.back().is_object()) << line;
+        }
+        return result;
+    }
     /// The events in a few words each, such as "main onLogin SUCCESS" and "error".
-    std::vector<std::string> summary() const;
+    std::vector<std::string> summary() const {
+        std::vector<std::string> result;
+        for (const auto& event : events()) result.push_back(summaryOf(event));
+        return result;
+    }
 };
 
 /// Runs the real program to its end.
-Outcome runWallet(const Words& arguments, const std::string& input = {});
+inline Outcome runWallet(const Words& arguments, const std::string& input = {}) {
+    const TemporaryFolder folder;
+    const std::string path = folder.path();
+    std::ofstream{path + "/input"} << input;
+    std::string command = "exec " KAVIO_WALLET;
+    for (const auto& argument : arguments) command += " '" + argument + "'";
+    command += " <" + path + "/input >" + path + "/output 2>" + path + "/errors";
+    const int status = std::system(command.c_str());
+    return {endOf(status), contents(path + "/output"), contents(path + "/errors")};
+}
 
 /// A kavio-wallet that is talked to.
 class LiveWallet {
 public:
     enum class On { PIPE, TERMINAL };
-    LiveWallet(Words arguments, On on);
-    ~LiveWallet();
+    LiveWallet(Words arguments, On on) {
+        arguments.insert(arguments.begin(), KAVIO_WALLET);
+        std::vector<char*> pointers;
+        for (auto& argument : arguments) pointers.push_back(argument.data());
+        pointers.push_back(nullptr);
+        std::array<int, 2> ends{};
+        if (on == On::PIPE) {
+            EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
+            mProcess = fork();
+        } else {
+            mProcess = forkpty(ends.data(), nullptr, nullptr, nullptr);
+        }
+        if (mProcess == 0) {
+            for (int standard = 0; on == On::PIPE && standard < 2; ++standard) dup2(ends[1], standard);
+            execv(KAVIO_WALLET, pointers.data());
+            _exit(127);
+        }
+        mFile = ends[0];
+        if (on == On::PIPE) close(ends[1]);
+    }
+    ~LiveWallet() {
+        close(mFile);
+        if (mProcess > 0) waitForEnd();
+    }
     LiveWallet(const LiveWallet&) = delete;
     LiveWallet& operator=(const LiveWallet&) = delete;
 
-    void write(const std::string& text) const;
+    void write(const std::string& text) const {
+        EXPECT_EQ(::write(mFile, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    }
     /// Waits until what comes ends with `end`; without one, or when it never does, for all the rest.
-    std::string read(const std::string& end = {}) const;
-    bool showsWhatIsTyped() const;
-    int waitForEnd();
+    std::string read(const std::string& end = {}) const {
+        std::string text;
+        for (char next = 0; (end.empty() || !text.ends_with(end)) && ::read(mFile, &next, 1) == 1;) text += next;
+        return text;
+    }
+    bool showsWhatIsTyped() const {
+        termios settings{};
+        return tcgetattr(mFile, &settings) == 0 && (settings.c_lflag & static_cast<tcflag_t>(ECHO)) != 0;
+    }
+    int waitForEnd() {
+        int status = 0;
+        waitpid(std::exchange(mProcess, -1), &status, 0);
+        return endOf(status);
+    }
 
 private:
     pid_t mProcess = -1;
@@ -60,19 +154,38 @@ private:
 /// kavio-wallet on a sandbox, with a store of its own.
 class WalletTest : public ::testing::Test {
 protected:
-    explicit WalletTest(std::chrono::milliseconds orderStep = std::chrono::milliseconds{300});
+    explicit WalletTest(std::chrono::milliseconds orderStep = std::chrono::milliseconds{300})
+        : sandbox(sandboxOptions(orderStep)) {}
 
-    Words options(const std::string& more) const;
-    Outcome run(const std::string& command, const std::string& input = {}) const;
+    Words options(const std::string& more) const {
+        Words all{"--store-dir", mFolder.path() / "store", "--connect-to", sandbox.address(),
+                  "--ca-file",   sandbox.authorityFile()};
+        for (const auto& word : words(more)) all.push_back(word);
+        return all;
+    }
+    Outcome run(const std::string& command, const std::string& input = {}) const {
+        return runWallet(options(command), input);
+    }
     /// One line an operation.
-    Outcome drive(const std::vector<std::string>& lines, const std::string& more = {}) const;
+    Outcome drive(const std::vector<std::string>& lines, const std::string& more = {}) const {
+        std::string input;
+        for (const auto& text : lines) input += line(text) + '\n';
+        return run(more + " --jsonl", input);
+    }
     /// Logs in, so that the store holds a session.
-    void logIn() const;
+    void logIn() const { ASSERT_EQ(run("login 49 151234567 --country DE", "123456\n").status, 0); }
     /// Lets orders get on by `time` at once.
-    void advanceOrders(std::chrono::seconds time);
+    void advanceOrders(std::chrono::seconds time) {
+        mAhead = mAhead.load() + time;
+        sandbox.setClockOffset(-mAhead.load());  // what is signed is still compared with the time that it really is
+    }
 
 private:
-    sandbox::Options sandboxOptions(std::chrono::milliseconds orderStep) const;
+    sandbox::Options sandboxOptions(std::chrono::milliseconds orderStep) const {
+        return {.orderStep = orderStep, .signatureWindow = std::chrono::hours{24}, .clock = [this] {
+                    return std::chrono::system_clock::now() + mAhead.load();
+                }};
+    }
 
     TemporaryFolder mFolder;
     std::atomic<std::chrono::seconds> mAhead{};
