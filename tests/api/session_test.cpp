@@ -7,6 +7,7 @@
 namespace kavio::test {
 namespace {
 
+using EnvironmentType = Kavio::EnvironmentType;
 using testing::ElementsAre;
 
 JsonValue body(const UrlRequest& request) { return JsonValue::parse(request.body.value_or("null")); }
@@ -78,8 +79,8 @@ TEST(Session, EndsWhenTheServiceRefusesIt) {
 
 TEST(Session, EndsWithTheLogout) {
     World world;
-    world.device().libraryBundle->setInformation("DTPlatformName", std::string("fakeOS"));
-    world.device().libraryBundle->setInformation("DTPlatformVersion", std::string("1.0"));
+    world.device().libraryBundle->information = {{"DTPlatformName", std::string("fakeOS")},
+                                                 {"DTPlatformVersion", std::string("1.0")}};
     logIn(world);
     world.kavio().isLoggedIn();
     EXPECT_EQ(header(world.sent().back(), "X-Zelto-Wallet-Session-Token"), "t1");
@@ -102,6 +103,37 @@ TEST(Session, EndsWithTheLogout) {
                 ElementsAre("/account/challenge/", "/account/verify/",
                             "/account?appVersion=2.5&os=fakeOS&osVersion=1.0", "/account/logout?", "/account/logout?"));
     EXPECT_EQ(world.sent().back().method, "PUT");
+}
+
+TEST(Facade, ChoosesTheServiceForTheWholeProcess) {
+    using Text = std::optional<std::string>;
+    for (const auto& [stored, environment, kept] : std::vector<std::tuple<Text, EnvironmentType, Text>>{
+             {std::nullopt, EnvironmentType::PROD, std::nullopt},  // what nothing stands for anyway
+             {"nonsense", EnvironmentType::PROD, "nonsense"},
+             {"ApiProduction", EnvironmentType::TESTS, "ApiQA2Stable"},
+             {"ApiQA2", EnvironmentType::PROD, "ApiProduction"},
+         }) {
+        World world;
+        world.store().remove("service_name");
+        if (stored) world.store().set("service_name", *stored);
+        world.makeFacade(environment);
+        EXPECT_EQ(world.store().string("service_name"), kept);
+        EXPECT_EQ(world.store().string("api_key"), "key");
+    }
+}
+
+TEST(Facade, SendsToTheServiceThatTheStoreNames) {
+    World world;
+    for (const auto& [stored, url] : std::vector<std::pair<std::string, std::string>>{
+             {"ApiProduction", "https://api.kavio.example:443/v1/orders/1?statusOnly=false"},
+             {"ApiKavioDE", "https://api-de.kavio.example/v1/orders/1?statusOnly=false"},
+             {"apiqa3", "https://api.kavio.example:443/v1/orders/1?statusOnly=false"},
+         }) {
+        world.store().set("service_name", stored);
+        world.kavio().getOrder("1");
+        EXPECT_EQ(world.sent().back().url, url);
+        world.answer({503, ""});
+    }
 }
 
 }  // namespace

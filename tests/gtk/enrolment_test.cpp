@@ -1,4 +1,9 @@
-#include "gtk/enrolment_world.h"
+#include "gtk/gtk_world.h"
+#include "sandbox/sandbox.h"
+#include "support/recording_delegate.h"
+#include "util/shared_instance.h"
+
+#include <kavio/kavio.h>
 
 #include <gmock/gmock.h>
 
@@ -8,9 +13,50 @@
 namespace kavio::test {
 namespace {
 
-using ::testing::ElementsAreArray;
+struct Service {
+    sandbox::Sandbox sandbox;
+};
 
-using EnrolmentTest = EnrolmentWorld;
+/// An application with a person signed in, against the sandbox over TLS.
+class EnrolmentTest : protected Service, public GtkHost {
+protected:
+    EnrolmentTest() : GtkHost({sandbox.authorityFile(), sandbox.address()}) {
+        forgetSharedInstances();
+        kavio = std::make_unique<Kavio>(delegate, "key", Kavio::EnvironmentType::TEST);
+        kavio->login("49", "15000");
+        EXPECT_TRUE(until([this] { return reports().size() == 1; }));
+        kavio->verify("123456", "DE", "49", "15000");
+        EXPECT_TRUE(until([this] { return reports().size() == 2; }));
+        reports().clear();
+    }
+    ~EnrolmentTest() override {
+        kavio.reset();
+        forgetSharedInstances();
+    }
+
+    std::vector<Report>& reports() { return delegate->reports; }
+    void enrol(const std::string& number) {
+        kavio->addCreditCardTDSecure({.number = number, .month = 1, .year = 2039, .securityCode = 7},
+                                     {.name = "Robin", .email = "robin@kavio.example"});
+    }
+    void enrolWith(const std::string& page) {
+        server.servePage("/page", page);
+        sandbox.fault("/account/locators/credorax/addCard",
+                      {.status = 200, .body = R"({"type":3,"id":"I","url":")" + server.url("/page") + "\"}"});
+        enrol("4000000000001042");
+    }
+    /// Waits for the next report.
+    void expect(const Report& report) {
+        expected.push_back(report);
+        EXPECT_TRUE(until([this] { return reports().size() >= expected.size(); })) << shown();
+        EXPECT_EQ(reports(), expected);
+    }
+    void close(bool byKey) { byKey ? press("Escape") : click("close"); }
+
+    std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>();
+    std::unique_ptr<Kavio> kavio;
+    std::vector<Report> expected;  // until now
+};
 
 const std::string acceptCode =
     "document.getElementById('code').value = '1234'; document.querySelector('[value=accept]').click()";
@@ -54,22 +100,18 @@ TEST_F(EnrolmentTest, ReportsTheResultOfEachTestCardOnce) {
         {"4000000000001141", serverError("error: the card's bank cannot be reached"), nullptr},
         {"4000000000001158", serverError("failed to parse server reponse"), nullptr},
     };
-    std::vector<Report> expected;
     for (const auto& course : courses) {
         SCOPED_TRACE(course.number);
         enrol(course.number);
         if (course.person) course.person();
-        expected.push_back(course.report);
-        waitFor(expected.size());
+        expect(course.report);
         EXPECT_EQ(shown(), "nothing");
         EXPECT_EQ(windowCount(), 1U);
     }
-    EXPECT_THAT(reports(), ElementsAreArray(expected));
 }
 
 TEST_F(EnrolmentTest, IsCanceledByAPersonUntilThePageHasEndedAndNotAfter) {
     server.serveNothing("/slow");
-    std::vector<Report> expected;
     for (const bool byKey : {true, false}) {
         enrolWith(
             "<script>window.close(); addEventListener('keydown', e => { e.preventDefault(); e.stopPropagation() }, "
@@ -77,27 +119,23 @@ TEST_F(EnrolmentTest, IsCanceledByAPersonUntilThePageHasEndedAndNotAfter) {
             "</script>");
         EXPECT_TRUE(until([] { return shown() == "page"; }));
         close(byKey);
-        expected.push_back(canceled);
-        waitFor(expected.size());
+        expect(canceled);
 
         enrolWith("<script>location='/slow'</script>");
         EXPECT_TRUE(until([&] { return server.requests().back() == "GET /slow"; }));
         close(byKey);
-        expected.push_back(canceled);
-        waitFor(expected.size());
+        expect(canceled);
 
         sandbox.fault("*/getLocator",
                       {.status = 200, .body = R"({"result":1,"locator":"L"})", .delay = std::chrono::seconds(3)});
         enrolWith("<script>location='http://127.0.0.1/?z2=0'</script>");
-        EXPECT_TRUE(until([this] { return lastPath().ends_with("/getLocator"); }));
+        EXPECT_TRUE(until([this] { return sandbox.requests().back().target.ends_with("/getLocator"); }));
         close(byKey);
         EXPECT_TRUE(until([] { return shown() == "nothing"; }));
         EXPECT_EQ(reports().size(), expected.size());
-        expected.push_back(success);
-        waitFor(expected.size());
+        expect(success);
         EXPECT_EQ(windowCount(), 1U);
     }
-    EXPECT_THAT(reports(), ElementsAreArray(expected));
 }
 
 TEST_F(EnrolmentTest, StaysInTheHandsOfThePersonWhateverThePageDoes) {
@@ -108,7 +146,6 @@ TEST_F(EnrolmentTest, StaysInTheHandsOfThePersonWhateverThePageDoes) {
     server.servePage("/again", "<script>location='/again'</script>");
     server.servePage("/large",
                      "<p>" + std::string(50'000'000, 'x'));  // NOLINT(bugprone-string-constructor): as large as meant
-    std::vector<Report> expected;
     for (const auto& [name, html] : std::initializer_list<std::pair<const char*, std::string>>{
              {"alerts", "<script>for (;;) alert(confirm(prompt('')))</script>"},
              {"a busy script", "<script>onload = () => setTimeout(() => { for (;;); })</script>"},
@@ -129,11 +166,9 @@ TEST_F(EnrolmentTest, StaysInTheHandsOfThePersonWhateverThePageDoes) {
         EXPECT_TRUE(until([] { return shown() == "page"; }));
         EXPECT_EQ(windowCount(), 2U);
         press("Escape");
-        expected.push_back(canceled);
-        waitFor(expected.size());
+        expect(canceled);
         EXPECT_EQ(windowCount(), 1U);
     }
-    EXPECT_THAT(reports(), ElementsAreArray(expected));
 }
 
 std::size_t openFiles() {
@@ -162,7 +197,7 @@ TEST_F(EnrolmentTest, LeavesNothingBehind) {
     std::size_t pages = 0;
     for (std::size_t i = 1; i <= 40; ++i) {
         enrol(i % 4 == 0 ? "4000000000001059" : "4000000000001026");
-        waitFor(i);
+        expect(success);
         if (i != 8) continue;  // caches are full
         files = openFiles();
         pages = memory();
@@ -170,8 +205,54 @@ TEST_F(EnrolmentTest, LeavesNothingBehind) {
     EXPECT_TRUE(until([=] { return openFiles() <= files; })) << openFiles() << " open files, once " << files;
     EXPECT_LT(memory(), pages * 5 / 4);
     EXPECT_EQ(windowCount(), 1U);
-    EXPECT_THAT(reports(), testing::AllOf(testing::SizeIs(40), testing::Each(success)));
     EXPECT_EQ(filesOfTheUser(), before);
+}
+
+/// Pictures of the scene for people to look at, in the folder that KAVIO_SCREENSHOTS names: scripts/screenshots.
+class Looks : public EnrolmentTest {
+protected:
+    /// Of the scene once it shows `what`, on the course of a test card.
+    void picture(const std::string& card, const std::string& what, const std::string& name) {
+        sandbox.fault("/acs/fingerprint/*", {.status = 200, .body = "<p>goes on for ever"});
+        enrol(card);
+        EXPECT_TRUE(until([&] { return shown() == what; }));
+        take(name);
+        press("Escape");
+        EXPECT_TRUE(until([&] { return shown() == "nothing"; }));
+        sandbox.clearFaults();
+    }
+    void take(const std::string& name) {
+        const auto drawn = std::chrono::steady_clock::now() + std::chrono::seconds(1);
+        EXPECT_TRUE(until([=] { return std::chrono::steady_clock::now() > drawn; }));
+        const auto width = std::to_string(gtk_widget_get_width(GTK_WIDGET(window())));
+        const auto file = (folder / (name + "-" + width + ".png")).string();
+        EXPECT_EQ(std::system(("import -window root " + file).c_str()), 0);
+    }
+    std::filesystem::path folder;
+
+    static void setStyle(bool isDark, int textPercent) {
+        g_object_set(gtk_settings_get_default(), "gtk-application-prefer-dark-theme", isDark, "gtk-xft-dpi",
+                     96 * 1024 * textPercent / 100, nullptr);
+    }
+};
+
+TEST_F(Looks, ArePictured) {
+    const char* wanted = std::getenv("KAVIO_SCREENSHOTS");
+    if (!wanted) GTEST_SKIP() << "nobody asked for pictures";
+    folder = wanted;
+    struct Style {
+        std::string name;
+        bool isDark;
+        int textPercent;
+    };
+    for (const auto& [name, isDark, textPercent] :
+         std::initializer_list<Style>{{"light", false, 100}, {"dark", true, 100}, {"large", false, 175}}) {
+        setStyle(isDark, textPercent);
+        picture("4000000000001026", "working", "hidden-" + name);
+        picture("4000000000001042", "page", "challenge-" + name);
+        picture("4000000000001109", "failed", "failed-" + name);
+    }
+    setStyle(false, 100);
 }
 
 }  // namespace

@@ -134,14 +134,5 @@ TEST_F(Conversions, AccountsAreStoredAsTheyAreRead) {
         EXPECT_FALSE(changed<AccountModel>(samples::account, {{"account", {{"appData", text}}}}).appData) << text;
 }
 
-TEST_F(Conversions, ConfigurationsSkipWhatIsNoCurrency) {
-    const auto read = decodeDocument<Configuration>(
-        R"({"currencies":{"EUR":{"decimalDigits":2.0,"minimumAmount":1,"maximumAmount":9,"currencySign":7},"USD":7,)"
-        R"("JPY":{"minimumAmount":1,"maximumAmount":9}}})");
-    ASSERT_EQ(read->currencies.size(), 1U);
-    EXPECT_EQ(read->currencies.at("EUR").balanceFallsJumps, 100);
-    EXPECT_EQ(read->currencies.at("EUR").currencySign, std::nullopt);
-}
-
 }  // namespace
 }  // namespace kavio::test

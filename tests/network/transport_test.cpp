@@ -2,6 +2,7 @@
 #include "network/requests.h"
 #include "support/sample_replies.h"
 #include "support/world.h"
+#include "util/kavio_utils.h"
 
 #include <gmock/gmock.h>
 
@@ -23,7 +24,7 @@ TEST(Transport, AddsTheServicesHeaders) {
     world.answer({503, ""});
 
     world.store().remove("api_key");
-    world.device().locale->setLanguageCode("de");
+    world.device().locale->language = "de";
     world.kavio().getOrder("1");
     EXPECT_EQ(header(world.sent().back(), "X-Zelto-Wallet-Api-Key"), "529qtx");
     EXPECT_EQ(header(world.sent().back(), "lang"), "de");
@@ -32,7 +33,7 @@ TEST(Transport, AddsTheServicesHeaders) {
 
 TEST(Transport, TakesAReplyWithoutABodyForAFailureAndShowsTheHostsTranslations) {
     World world;
-    world.device().mainBundle->setLocalizedString("Your session token is expaired", "Sitzung abgelaufen");
+    world.device().mainBundle->strings = {{"Your session token is expaired", "Sitzung abgelaufen"}};
     for (const int status : {200, 500, 401}) {
         world.kavio().getOrder("1");
         world.device().urlSession->answerWithoutBody(status);
@@ -71,7 +72,7 @@ TEST(Transport, WritesTheAppVersionWithTheHostsBuild) {
         return request->params()->at("appVersion").get<std::string>();
     };
     EXPECT_EQ(sent("2.3.1"), "2.310");
-    world.device().mainBundle->setInformation("CFBundleVersion", std::string("45"));
+    world.device().mainBundle->information = {{"CFBundleVersion", std::string("45")}};
     EXPECT_EQ(sent("2.3.1"), "2.3145");
     for (const auto* other : {"1.2", "", "1.2.3.4"}) EXPECT_EQ(sent(other), other);
 }
@@ -86,6 +87,30 @@ TEST(Transport, TellsTheHostOnceThatTheBackgroundIsDone) {
         world.answer({503, ""});
     }
     EXPECT_EQ(told, 1);
+}
+
+// The signatures were made by an implementation of its own in another language.
+TEST(Signature, CoversUrlBodyAndTime) {
+    World world;
+    world.device().clock->advance(std::chrono::seconds(754));
+    EXPECT_EQ(KavioUtils::serverTimeStamp(), "20240101001234");
+    const std::string letters = "abcdefghijklmnopqrstuvwxyz";
+    std::string families;  // of 31 characters
+    for (int i = 0; i < 31; ++i) families += "👩‍👩‍👧‍👦";
+    for (const auto& [url, body, signature] : std::vector<std::tuple<std::string, std::string, std::string>>{
+             {"https://api-qa2.kavio.example/v1/time?", "", "4lhPEGx4yB8NiUQxw7RFSWZ9DzUV01234"},
+             {"HTTPS://API-QA2.kavio.example/v1/Orders/5?statusOnly=true", "", "wkgJMc-rGNf-npzAJ63asBf8DOAr01234"},
+             {"https://api.kavio.example:443/v1/account/challenge/",
+              R"({"countryCode":"49","phoneNumber":"151234567","challenge":"","retry":"0"})",
+              "Fd3zrJlDdI6OZX7K8w73x1bGgPP301234"},
+             {"https://h/a%E2%80%8Fb\u00E2c", "", "07CTnw9GHNcO9bQM62evBOWhl0wX01234"},
+             {"u", letters + "01234", "UVuL_sY2qPzywwd44AbY-Fv3RBex01234"},
+             {"u", letters + "0123456", "UamIYC_hrT0Fcl6HE0SUQEvv_woj01234"},
+             {"u", "\u00E4" + letters + "012345", "UcLQuKgqmuMpISZfzSeZ6UN_VLCU01234"},
+             {"u", letters + "\r\n0123456", "Ue9XDaTtX1WhcN9GgitkDWYzvTAj01234"},
+             {"u", families + "e\u0301 and more", "UWrCUizN3r0CnoXd-k7YImkGcOpi01234"},
+         })
+        EXPECT_EQ(KavioUtils::signRequest(url, body), signature) << url << " " << body;
 }
 
 }  // namespace

@@ -22,9 +22,10 @@ std::vector<Subject> subjects() {
         {"Scripted",
          [](const std::filesystem::path&) {
              const FakeDevice device;
-             device.mainBundle->setInformation("text", "t");
-             device.mainBundle->setInformation("number", std::int64_t{7});
-             device.mainBundle->setLocalizedString("hello", "hallo");
+             device.mainBundle->information = {{"text", std::string("t")}, {"number", std::int64_t{7}}};
+             device.mainBundle->strings = {{"hello", "hallo"}};
+             device.libraryBundle->information = {{"CFBundleShortVersionString", std::string("1.2.3")},
+                                                  {"CFBundleVersion", std::string("45")}};
              return device.platform();
          },
          [](MainQueue& queue, const std::function<bool()>& done) {

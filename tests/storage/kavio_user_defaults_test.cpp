@@ -25,7 +25,7 @@ protected:
 TEST_F(UserDefaults, AreInTheSuiteThatTheHostsKeyNames) {
     KavioUserDefaults::shared();
     forgetSharedInstances();
-    mDevice.mainBundle->setInformation("KavioKey", "abc");
+    mDevice.mainBundle->information = {{"KavioKey", std::string("abc")}};
     KavioUserDefaults::shared();
     EXPECT_THAT(mDevice.stores->names(),
                 ElementsAre("suite group.KavioSdkUserDefaults-KavioE", "suite group.KavioSdkUserDefaults-abc"));

@@ -1,7 +1,6 @@
 #include "people/text.h"
 
 #include "people/money.h"
-#include "people/table.h"
 
 #include <gmock/gmock.h>
 
@@ -46,21 +45,6 @@ TEST(WalletText, ShowsNothingThatATerminalWouldObey) {
     EXPECT_EQ(printable("a\033[31mb\r\nc\tq"), "a [31mb  c q");
     EXPECT_EQ(printable("\u202eabc\u2028"), " abc ");
     EXPECT_EQ(printable("caf\xc3\xa9 \xff"), "café \uFFFD");
-}
-
-TEST(WalletTable, CutsProseAndLeavesCodesWhole) {
-    using enum Column::Kind;
-    Table table{{{"CODE", NUMBER}, {"NAME"}, {"KEY", EXACT}}};
-    table.add({"7", "Kaffee am Platz", "abcdef"});
-    table.add({"1234567", "漢字漢字漢字漢字", "x"});
-    EXPECT_EQ(table.text(std::nullopt),
-              "   CODE  NAME              KEY\n"
-              "      7  Kaffee am Platz   abcdef\n"
-              "1234567  漢字漢字漢字漢字  x\n");
-    EXPECT_EQ(table.text(24),
-              "   CODE  NAME     KEY\n"
-              "      7  Kaffee…  abcdef\n"
-              "1234567  漢字漢…  x\n");
 }
 
 }  // namespace kavio::wallet

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "platform/current_platform.h"
 #include "platform/linux/dictionary_bundle.h"
 #include "platform/linux/icu.h"
+#include "platform/linux/openssl.h"
+#include "platform/linux/thread_queue.h"
 #include "support/fakes/fake_clock.h"
 #include "support/fakes/fake_main_queue.h"
 #include "support/fakes/fake_url_session.h"
@@ -12,42 +15,31 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace kavio::test {
 
-/// A bundle whose values a test sets and takes away.
-class FakeBundle final : public Bundle {
-public:
+/// A bundle whose values a test sets.
+struct FakeBundle final : Bundle {
     std::optional<Value> informationValue(std::string_view key) const override {
-        return DictionaryBundle(mInformation).informationValue(key);
+        return DictionaryBundle(information).informationValue(key);
     }
     std::string localizedString(std::string_view key) const override {
-        return DictionaryBundle({}, mStrings).localizedString(key);
+        return DictionaryBundle({}, strings).localizedString(key);
     }
 
-    void setInformation(const std::string& key, std::optional<Value> value) {
-        mInformation.erase(key);
-        if (value) mInformation.emplace(key, std::move(*value));
-    }
-    void setLocalizedString(const std::string& key, const std::string& text) { mStrings[key] = text; }
-
-private:
-    DictionaryBundle::Information mInformation;
-    DictionaryBundle::Strings mStrings;
+    DictionaryBundle::Information information;
+    DictionaryBundle::Strings strings;
 };
 
 /// A user who speaks a language of the test's choice; regions are named as ICU names them.
-class FakeLocale final : public Locale {
-public:
-    std::optional<std::string> languageCode() const override { return mLanguage; }
+struct FakeLocale final : Locale {
+    std::optional<std::string> languageCode() const override { return language; }
     std::optional<std::string> regionName(std::string_view code) const override {
         return makeIcuLocale()->regionName(code);
     }
 
-    void setLanguageCode(std::optional<std::string> language) { mLanguage = std::move(language); }
-
-private:
-    std::optional<std::string> mLanguage = "en";
+    std::optional<std::string> language = "en";
 };
 
 /// A device whose world is scripted: network, time, store, main thread and settings. Its work queues, dates, texts,
@@ -62,15 +54,35 @@ struct FakeDevice {
     std::shared_ptr<FakeBundle> libraryBundle = std::make_shared<FakeBundle>();
     std::shared_ptr<FakeLocale> locale = std::make_shared<FakeLocale>();
 
-    FakeDevice();
-    Platform platform() const;
+    Platform platform() const {
+        return {
+            .urlSession = urlSession,
+            .backgroundUrlSession = backgroundUrlSession,
+            .keyValueStores = stores,
+            .mainQueue = mainQueue,
+            .serialQueue = makeThreadQueue("serial", 1),
+            .concurrentQueue = makeThreadQueue("concurent", 4),
+            .mainBundle = mainBundle,
+            .libraryBundle = libraryBundle,
+            .locale = locale,
+            .dateFormatter = makeIcuDateFormatter(),
+            .regularExpression = makeIcuRegularExpression(),
+            .characters = makeIcuCharacters(),
+            .digest = makeOpensslDigest(),
+            .base64 = makeOpensslBase64(),
+            .uuid = makeOpensslUuid(),
+            .clock = clock,
+            .windows = nullptr,
+        };
+    }
 };
 
 /// Makes `platform` the process's platform for as long as this lives, then puts the former one back.
 class InstalledPlatform {
 public:
-    explicit InstalledPlatform(Platform platform);
-    ~InstalledPlatform();
+    explicit InstalledPlatform(Platform platform)
+        : mFormer(exchangePlatform(std::make_unique<Platform>(std::move(platform)))) {}
+    ~InstalledPlatform() { exchangePlatform(std::move(mFormer)); }
     InstalledPlatform(const InstalledPlatform&) = delete;
     InstalledPlatform& operator=(const InstalledPlatform&) = delete;
 
