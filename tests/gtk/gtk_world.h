@@ -46,7 +46,12 @@ inline void xdotool(const std::string& arguments) {
 class GtkHost : public testing::Test {
 protected:
     explicit GtkHost(UrlSessionConfiguration session)
-        : mPlatform(makeGtkPlatform(application(), {.session = std::move(session), .storeDirectory = mStore.path()})),
+        : mPlatform([&] {
+              LinuxPlatformOptions options;
+              options.session = std::move(session);
+              options.storeDirectory = mStore.path();
+              return makeGtkPlatform(application(), std::move(options));
+          }()),
           host(GTK_WINDOW(gtk_application_window_new(application()))) {
         gtk_window_set_default_size(host, 200, 200);
         gtk_window_present(host);

@@ -12,8 +12,6 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <map>
-#include <sstream>
 
 namespace kavio::test {
 namespace {
@@ -39,29 +37,6 @@ TEST_F(Conversions, CodesThatNameNothingGiveNothing) {
     EXPECT_EQ(PaymentMethod::paymentType(99), PaymentMethod::PaymentType::PREPAID);
     for (const int code : {-1, 4, 98}) EXPECT_EQ(PaymentMethod::paymentType(code), std::nullopt) << code;
     EXPECT_EQ(name(static_cast<Order::Status>(8)), "");
-}
-
-TEST_F(Conversions, OrderStatusesBecomeWhatTheApplicationSees) {
-    using enum Order::Status;
-    const std::map<Order::Status, const char*> rows{
-        {CANCELED,
-         R"(failed duplicated limitcheckfailed cooldowntokenlocator LIMITEXCEEDED currencymismatch invalidtokenlocator
-            refused cancelled cardnotallowed)"},
-        {TIMEOUT, "timedOut"},
-        {INCOMPLETE, "failedrefund deleted expired"},
-        {CREATED, "created createdpreselection started startedpreselection"},
-        {AUTHORIZED, "authorized"},
-        {COMPLETED, "Completed"},
-        {FREE_TRANSACTION, "freetransaction"},
-        {UNKNOWN, "unknown proccessing processing -"},
-    };
-    for (const auto& [status, texts] : rows) {
-        std::istringstream words(texts);
-        for (std::string text; words >> text;) {
-            const auto order = changed<OrderModel>(samples::order, {{"order", {{"orderStatus", text}}}});
-            EXPECT_EQ(publicObject(order)->status, status) << text;
-        }
-    }
 }
 
 TEST_F(Conversions, OrdersForgiveWhatIsNotEssential) {

@@ -1,6 +1,9 @@
-#include "platform/conformance.h"
-
 #include "support/eventually.h"
+#include "support/fakes/fake_device.h"
+#include "support/temporary_folder.h"
+
+#include <kavio/platform/linux.h>
+#include <kavio/platform/run_loop.h>
 
 #include <gmock/gmock.h>
 
@@ -188,19 +191,6 @@ TEST_P(Queues, MainThreadRunsWorkInOrderAfterItsDelayAndNeverInsideThePost) {
     EXPECT_TRUE(runMainThread([&] { return timer40 != start; }));
     EXPECT_THAT(ran, ElementsAre("overdue", "first", "second", "posted by work"));
     EXPECT_GE(timer40 - start, milliseconds(40));
-}
-
-TEST_P(Queues, MainThreadIsToldFromOthersAndTakesTheirWork) {
-    auto& queue = *platform.mainQueue;
-    bool otherIsMain = true;
-    std::vector<bool> workIsMain;
-    std::thread([&] {
-        otherIsMain = queue.isMainThread();
-        for (int i = 0; i < 3; ++i) queue.post([&] { workIsMain.push_back(queue.isMainThread()); });
-    }).join();
-    EXPECT_TRUE(runMainThread([&] { return workIsMain.size() == 3; }));
-    EXPECT_FALSE(otherIsMain);
-    EXPECT_THAT(workIsMain, ElementsAre(true, true, true));
 }
 
 TEST_P(Queues, SerialQueueRunsOneAtATimeInOrderOnAnotherThread) {

@@ -30,6 +30,7 @@ protected:
 
 TEST_F(WalletCommands, LogInWithTheCodeThatIsAskedFor) {
     const std::string login = "login +49 151234567 --country DE";
+    sandbox.setClockOffset(std::chrono::hours{365 * 24});  // is no matter: requests are signed with the service's time
     EXPECT_EQ(run("status").status, 3);
     EXPECT_EQ(run(login).status, 6);
     EXPECT_EQ(run(login, "1\n2\n3\n123456\n").status, 6);
@@ -37,6 +38,7 @@ TEST_F(WalletCommands, LogInWithTheCodeThatIsAskedFor) {
     const auto second = run(login, "000000\n123456\n");
     EXPECT_EQ(second.output, "A code was sent to +49 151234567.\nYou are logged in.\n");
     EXPECT_EQ(second.errors, "kavio-wallet: The code was not accepted.\n");
+    EXPECT_EQ(run("methods").status, 0);
     EXPECT_EQ(run("logout").output, "You are logged out.\n");
     EXPECT_EQ(run("status").status, 3);
 }
@@ -128,6 +130,7 @@ TEST_F(WalletCommands, TellHowAnOrderThatFailedEnded) {
              {"1 42102416", 1},      // cancelled
              {"1 42102343", 5},      // timedOut
              {"1 42102833", 0},      // freeTransaction
+             {"1 42102695", 1},      // expired
              {"1 42101570", 1},      // currencyMismatch
              {"9999 " + coffee, 1},  // limitExceeded
          })
