@@ -1,4 +1,3 @@
-#include "network/kavio_network_service.h"
 #include "network/requests.h"
 #include "support/sample_replies.h"
 #include "support/world.h"
@@ -71,18 +70,6 @@ TEST(Transport, WritesTheAppVersionWithTheHostsBuild) {
     world.device().mainBundle->information = {{"CFBundleVersion", std::string("45")}};
     EXPECT_EQ(sent("2.3.1"), "2.3145");
     for (const auto* other : {"1.2", "", "1.2.3.4"}) EXPECT_EQ(sent(other), other);
-}
-
-TEST(Transport, TellsTheHostOnceThatTheBackgroundIsDone) {
-    World world;
-    int told = 0;
-    KavioNetworkService::shared()->setSavedBackgroundCompletionHandler([&] { ++told; });
-    const auto wallet = std::make_shared<PaymentMethod>("0", "501", PaymentMethod::PaymentType::KAVIO);
-    for (int i = 0; i < 2; ++i) {
-        world.kavio().placeOrder(1, wallet, 1, {});
-        world.answer({503, ""});
-    }
-    EXPECT_EQ(told, 1);
 }
 
 // The signatures were made by an implementation of its own in another language.

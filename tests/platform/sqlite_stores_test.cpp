@@ -42,22 +42,18 @@ struct StoreFolder {
     }
 };
 
-mode_t modeOf(const std::filesystem::path& path) {
-    struct stat status {};
-    return ::stat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
-}
-
 TEST(SqliteStores, AreTheirUsersAloneWhateverTheUmask) {
     for (const mode_t mask : {0000, 0777}) {
         StoreFolder store;
         const auto former = ::umask(mask);
         EXPECT_TRUE(store.suite());
         ::umask(former);
-        EXPECT_EQ(modeOf(store.path), 0700U);
-        EXPECT_EQ(modeOf(store.file), 0600U);
+        EXPECT_EQ(std::filesystem::status(store.path).permissions(), std::filesystem::perms(0700));
+        EXPECT_EQ(std::filesystem::status(store.file).permissions(), std::filesystem::perms(0600));
         ::chmod(store.file.c_str(), 0644);
         EXPECT_TRUE(store.suite());
-        EXPECT_EQ(modeOf(store.file), 0600U) << "of a file that others could read until now";
+        EXPECT_EQ(std::filesystem::status(store.file).permissions(), std::filesystem::perms(0600))
+            << "of a file that others could read until now";
     }
 }
 
@@ -66,18 +62,6 @@ TEST(SqliteStores, LiveInMemoryWhereNothingCanBeWritten) {
     EXPECT_EQ(stores->suite("suite"), nullptr);
     stores->standard()->set("a", "1");
     EXPECT_EQ(stores->standard()->string("a"), "1");
-}
-
-TEST(SqliteStores, AreFoundInTheUsersDataFolder) {
-    const TemporaryFolder home;
-    ::setenv("HOME", home.path().c_str(), 1);
-    for (const bool isNamed : {false, true}) {
-        isNamed ? ::setenv("XDG_DATA_HOME", (home.path() / "data").c_str(), 1) : ::unsetenv("XDG_DATA_HOME");
-        makeSqliteStores({}, makeOpensslDigest(), {})->standard()->set("a", "1");
-        const auto* folder = isNamed ? "data" : ".local/share";
-        EXPECT_TRUE(std::filesystem::exists(home.path() / folder / "kavio/standard.sqlite"));
-    }
-    ::unsetenv("XDG_DATA_HOME");
 }
 
 TEST(SqliteStores, ShowEachProcessTheOthersWritesAtOnce) {

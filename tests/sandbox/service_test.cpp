@@ -157,14 +157,5 @@ TEST(Control, ShowsRequestsAndSteersTheSandboxOverHttps) {
     EXPECT_EQ(client.send("GET", base + "/nothing").status, 404);
 }
 
-TEST(Issuer, ServesNothingButPagesOverPlainHttp) {
-    const Client client({.issuerPort = 0});
-    httplib::Client plain("localhost", client.service.issuerPort());
-    for (const char* path : {"/v1/time?", "/_sandbox/state", "/acs/challenge/none"}) {
-        const auto reply = plain.Get(path);
-        EXPECT_EQ(reply ? reply->status : 0, 404) << path;
-    }
-}
-
 }  // namespace
 }  // namespace kavio::test

@@ -145,7 +145,7 @@ TEST_F(WalletResults, OfRefusalsNameTheReasonAndSendNothing) {
         "getOrder orderId=x1",
         R"(getOrder orderId="")",
         R"(getMachines filter={"value":"abc"})",
-        R"(getMachines filter={"limit":501})",
+        R"(getMachines filter={"latitude":1,"limit":501})",
         buy("PAYPAL"),
         buy("UNKNOWN"),
         R"(deposit depositCard={"id":"0","number":"","type":"PAYPAL","balance":0,"currency":"EUR","currencyDecimalDigits":2} amount=1 chargedCardId=L1)",

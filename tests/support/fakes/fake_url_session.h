@@ -43,10 +43,8 @@ public:
         if (mOpen.empty()) return false;
         auto completion = std::move(mOpen.front());
         mOpen.pop_front();
-        const auto delivered = mOpen.empty() ? mEventsDelivered : nullptr;
         lock.unlock();
         std::thread(std::move(completion), std::move(outcome)).join();
-        if (delivered && open() == 0) std::thread(delivered).join();
         return true;
     }
     bool fail(UrlError error) { return complete(std::move(error)); }
@@ -59,10 +57,8 @@ protected:
         mOpen.push_back(std::move(completion));
     }
 
-    mutable std::mutex mMutex;
-    std::function<void()> mEventsDelivered;
-
 private:
+    mutable std::mutex mMutex;
     std::vector<UrlRequest> mRequests;
     std::deque<Completion> mOpen;
 };
@@ -82,10 +78,7 @@ public:
     void downloadTask(UrlRequest request, Completion completion) override {
         add(std::move(request), std::move(completion));
     }
-    void onEventsDelivered(std::function<void()> handler) override {
-        const std::lock_guard lock(mMutex);
-        mEventsDelivered = std::move(handler);
-    }
+    void onEventsDelivered(std::function<void()>) override {}
 
     bool answer(int status, std::string_view body) {
         const TemporaryFolder folder;
