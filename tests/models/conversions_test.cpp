@@ -18,7 +18,7 @@ namespace {
 
 class Conversions : public testing::Test {
 protected:
-    const FakeDevice device;
+    const FakeDevice device{};
     const InstalledPlatform installed{device.platform()};
 
     /// The record of a sample after some of its members have been replaced.

@@ -22,7 +22,7 @@ const DateFormat offset{"yyyy-MM-dd'T'HH:mm:ss.SSSZ", std::nullopt, std::nullopt
 
 class DateTexts : public testing::Test {
 protected:
-    const FakeDevice device;
+    const FakeDevice device{};
     const InstalledPlatform installed{device.platform()};
     const std::shared_ptr<DateFormatter> formatter = Platform::current().dateFormatter;
 };

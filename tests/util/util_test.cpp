@@ -13,7 +13,7 @@ namespace {
 
 class Threads : public testing::Test {
 protected:
-    const FakeDevice device;
+    const FakeDevice device{};
     const InstalledPlatform installed{device.platform()};
 };
 

@@ -53,7 +53,7 @@ inline std::string contents(const std::filesystem::path& path) {
 
 /// An event in a few words.
 inline std::string summaryOf(const Json& event) {
-    const auto kind = event.at("event").get<std::string>();
+    auto kind = event.at("event").get<std::string>();
     if (kind == "error") return kind;
     const auto facade = event.value("facade", "-") + ' ';
     if (kind != "callback") return facade + kind + ' ' + event.at("op").get<std::string>();
