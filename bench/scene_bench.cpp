@@ -72,7 +72,7 @@ public:
         mThread = std::thread([this, completion = std::move(completion)] {
             auto body = fmt::format(R"({{"type":3,"id":"I","url":"{}"}})", mUrl);
             answered = Clock::now();
-            completion(UrlReply{200, {}, std::move(body)});
+            completion(UrlReply{200, std::move(body)});
         });
     }
 

@@ -19,7 +19,7 @@ void KavioMockNetworkService::send(APIRequestPtr request, RawCompletion completi
         [handler = errorHandler, status = errorCode, completion = std::move(completion)] {
             if (status == 0) return completion(RawResult::success("null"));
             if (!handler) return completion(failure(APIError::responseUnsuccessful, status, std::nullopt));
-            handler->handle({static_cast<int>(status), {}, {}},
+            handler->handle({static_cast<int>(status), {}},
                             [completion, status](APIError error, std::optional<std::string> message) {
                                 completion(failure(error, status, std::move(message)));
                             });

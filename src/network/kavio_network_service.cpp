@@ -158,7 +158,7 @@ void KavioNetworkService::finishUnsuccessful(const std::weak_ptr<KavioNetworkSer
     if (self) self->note([&](LastExchange& last) { last.status = reply.status; });
     const auto handler = self ? self->errorHandler() : nullptr;
     if (!handler) return completion(RawResult::failed(classify(reply)));
-    const UrlReply seen{reply.status, {}, reply.body};
+    const UrlReply seen{reply.status, reply.body};
     handler->handle(seen, [completion, reply = std::move(reply)](APIError, std::optional<std::string> message) {
         completion(RawResult::failed(handledStatus(reply.status, reply.body, std::move(message))));
     });

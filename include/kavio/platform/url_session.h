@@ -38,7 +38,6 @@ struct UrlRequest {
 /// A reply of any HTTP status: 404 and 500 are replies too.
 struct UrlReply {
     int status = 0;
-    HeaderFields headers;
     /// Absent only where the platform knows that there was none; an empty body is present and empty.
     std::optional<std::string> body;
 };
@@ -73,8 +72,7 @@ struct UrlError {
 
 /// HTTP as a device offers it: TLS always verified against the host in the URL, no cache, compressed replies decoded.
 ///
-/// - A completion is called exactly once, on a thread of the session's own, and never before the call that takes it has
-///   returned.
+/// - A completion is called exactly once, on a thread of the session's own, and never inside the call that takes it.
 /// - Every HTTP status is a reply; an error means that no whole reply came.
 /// - A redirect is followed only for a REPEATABLE request and only within the same scheme, host and port; any other
 ///   redirect is the reply.

@@ -3,6 +3,8 @@
 #include "platform/linux/url_session_failure.h"
 
 #include <openssl/crypto.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -59,6 +61,29 @@ bool isNetworkMissing(const UrlOutcome& outcome) {
     return error != nullptr && error->code == UrlError::notConnectedToInternet;
 }
 
+/// Ends the network thread's wait. libcurl's own way goes through a pair of sockets and back, at every hand-over.
+class Wakeup {
+public:
+    Wakeup() {
+        if (mDescriptor < 0) throw std::bad_alloc();
+    }
+    ~Wakeup() { close(mDescriptor); }
+    Wakeup(const Wakeup&) = delete;
+    Wakeup& operator=(const Wakeup&) = delete;
+
+    void signal() const { eventfd_write(mDescriptor, 1); }
+    /// Waits for a signal, for what the open exchanges wait for, or for so long.
+    void wait(CURLM* multi, int milliseconds) const {
+        curl_waitfd signalled{mDescriptor, CURL_WAIT_POLLIN, 0};
+        curl_multi_wait(multi, &signalled, 1, milliseconds, nullptr);
+        eventfd_t count = 0;
+        if (signalled.revents != 0) eventfd_read(mDescriptor, &count);
+    }
+
+private:
+    const int mDescriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+};
+
 template <class Container>
 TaskPointer takeAt(Container& tasks, typename Container::iterator position) {
     TaskPointer task = std::move(*position);
@@ -106,6 +131,7 @@ private:
 
     const UrlConduct mConduct;
     CurlMulti mMulti;
+    Wakeup mWakeup;
     std::mutex mMutex;
     bool mStopping = false;              // guarded by mMutex
     std::deque<TaskPointer> mSubmitted;  // guarded by mMutex
@@ -140,15 +166,19 @@ UrlEngine::Loop::Loop(UrlConduct conduct) : mConduct(std::move(conduct)) {
 
 void UrlEngine::Loop::submit(UrlRequest request, Completion completion) {
     auto task = std::make_unique<Task>(std::move(request), mConduct, std::move(completion));
-    const std::lock_guard lock(mMutex);  // to the very end, so that no completion comes before the caller has returned
-    mSubmitted.push_back(std::move(task));
-    curl_multi_wakeup(mMulti.get());
+    {
+        const std::lock_guard lock(mMutex);
+        mSubmitted.push_back(std::move(task));
+    }
+    mWakeup.signal();
 }
 
 void UrlEngine::Loop::stop() {
-    const std::lock_guard lock(mMutex);  // the network thread ends no earlier than it was woken
-    mStopping = true;
-    curl_multi_wakeup(mMulti.get());
+    {
+        const std::lock_guard lock(mMutex);
+        mStopping = true;
+    }
+    mWakeup.signal();
 }
 
 void UrlEngine::Loop::run() {
@@ -159,7 +189,7 @@ void UrlEngine::Loop::run() {
         int running = 0;
         curl_multi_perform(mMulti.get(), &running);
         endFinished();
-        curl_multi_poll(mMulti.get(), nullptr, 0, millisecondsToNextResumption(), nullptr);
+        mWakeup.wait(mMulti.get(), millisecondsToNextResumption());
     }
     cancelAll();
     mMulti.reset();  // here, where SIGPIPE is blocked: it says good-bye on open connections

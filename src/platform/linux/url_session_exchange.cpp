@@ -27,8 +27,9 @@ constexpr long wholeExchangeTimeouts = 10;
 
 /// Whether libcurl would send the request as it stands: none of its texts may end early or begin another line.
 bool isWellFormed(const UrlRequest& request) {
-    using namespace std::string_view_literals;
-    const auto isLine = [](std::string_view text) { return text.find_first_of("\r\n\0"sv) == std::string_view::npos; };
+    const auto isLine = [](std::string_view text) {
+        return std::none_of(text.begin(), text.end(), [](char c) { return c == '\r' || c == '\n' || c == '\0'; });
+    };
     return isLine(request.method) && isLine(request.url) &&
            std::all_of(request.headers.begin(), request.headers.end(),
                        [&](const auto& field) { return isLine(field.first) && isLine(field.second); });
@@ -64,17 +65,6 @@ int responseStatus(CURL* easy) {
     long status = 0;
     curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
     return static_cast<int>(status);
-}
-
-HeaderFields receivedHeaders(CURL* easy) {
-    HeaderFields headers;
-    curl_header* header = nullptr;
-    while ((header = curl_easy_nextheader(easy, CURLH_HEADER, -1, header)) != nullptr) {
-        std::string value = header->value;  // an empty one comes with its line's end
-        value.erase(value.find_last_not_of("\r\n") + 1);
-        headers.emplace_back(header->name, std::move(value));
-    }
-    return headers;
 }
 
 }  // namespace
@@ -259,15 +249,15 @@ bool UrlExchange::followRedirect(CURL* easy) {
 UrlOutcome UrlExchange::finish(CURL* easy, CURLcode code) {
     const int status = responseStatus(easy);
     const bool hasHead = mHeadIsWhole && status >= 200;  // a 1xx only says that the reply is still to come
-    if (code == CURLE_OK && hasHead) return takeReply(easy, status);
+    if (code == CURLE_OK && hasHead) return takeReply(status);
     if (code == CURLE_OK) code = CURLE_PARTIAL_FILE;  // libcurl is content with a head that breaks off
     UrlError error = mTooLarge ? urlError(UrlError::dataLengthExceedsMaximum) : describeFailure(easy, code, mSent);
     if (mConduct.background && hasHead) error.status = status;
     return error;
 }
 
-UrlReply UrlExchange::takeReply(CURL* easy, int status) {
-    UrlReply reply{status, receivedHeaders(easy), std::nullopt};
+UrlReply UrlExchange::takeReply(int status) {
+    UrlReply reply{status, std::nullopt};
     const bool bodiless = mRequest.method == "HEAD" || status == 204 || status == 304;
     if (!bodiless) reply.body = std::move(mBody);
     return reply;

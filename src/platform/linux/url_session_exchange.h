@@ -52,7 +52,7 @@ private:
     void setLimits(Options& options) const;
     void setRequest(Options& options);
     void setHeaders(Options& options);
-    UrlReply takeReply(CURL* easy, int status);
+    UrlReply takeReply(int status);
     void forgetBody();
 
     UrlRequest mRequest;

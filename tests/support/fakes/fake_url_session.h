@@ -69,8 +69,8 @@ public:
         add(std::move(request), std::move(completion));
     }
 
-    bool answer(int status, std::string body) { return complete(UrlReply{status, {}, std::move(body)}); }
-    bool answerWithoutBody(int status) { return complete(UrlReply{status, {}, std::nullopt}); }
+    bool answer(int status, std::string body) { return complete(UrlReply{status, std::move(body)}); }
+    bool answerWithoutBody(int status) { return complete(UrlReply{status, std::nullopt}); }
 };
 
 class FakeBackgroundUrlSession final : public ScriptedSession<BackgroundUrlSession, DownloadReply> {
