@@ -17,9 +17,7 @@
 namespace kavio::bench {
 namespace {
 
-Machines decodeMachines(const std::string& reply) {
-    return publicObjects(*decodeDocument<std::vector<MachineModel>>(reply));
-}
+Machines decodeMachines(const std::string& reply) { return decodeDocument<PublicList<MachineModel>>(reply)->objects; }
 
 /// Small replies are decoded many at a time, so that stopping the clock does not show.
 template <class Work>

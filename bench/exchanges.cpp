@@ -68,8 +68,9 @@ APIRequestPtr machineRequest() {
     return makeRequest<MachineByValueRequest>({"machines", KavioUserDefaults::shared()->sessionToken()}, query);
 }
 
-std::vector<MachineModel> lookUpMachine() {
-    return resultOf<std::vector<MachineModel>>([](auto done) { MachineService().machines(query, std::move(done)); });
+Machines lookUpMachine() {
+    return resultOf<PublicList<MachineModel>>([](auto done) { MachineService().machines(query, std::move(done)); })
+        .objects;
 }
 
 BareExchange::BareExchange(const Setup& setup, const UrlRequest& request) : mRequest(request) {

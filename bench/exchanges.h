@@ -1,22 +1,21 @@
 #pragma once
 
-#include "models/machine_model.h"
 #include "network/api_request.h"
 #include "platform/linux/url_session_curl.h"
 #include "platform/linux/url_session_engine.h"
 #include "setup.h"
 
+#include <kavio/delegate.h>
 #include <kavio/platform/url_session.h>
 
 #include <string>
-#include <vector>
 
 namespace kavio::bench {
 
 /// The look-up of one machine, which the benchmarks send.
 APIRequestPtr machineRequest();
 /// As an application has it: signed, sent, decoded, and reported on the main thread.
-std::vector<MachineModel> lookUpMachine();
+Machines lookUpMachine();
 
 /// A request written straight on libcurl, with the settings of the library that reach the wire.
 class BareExchange {

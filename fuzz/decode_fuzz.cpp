@@ -26,25 +26,26 @@ void use(T&& record) {
         publicObject(std::move(record))->debugDescription();
     } else if constexpr (requires { record.encode(); }) {
         serialise(record.encode());
-    } else if constexpr (isList<T>) {
-        for (const auto& object : publicObjects(std::move(record))) object->debugDescription();
+    } else if constexpr (requires { record.objects; }) {
+        for (const auto& object : record.objects) object->debugDescription();
     }
 }
 
 template <class T>
 void decode(const std::string& body) {
     try {
-        if (auto record = decodeDocument<T>(body)) use(*std::move(record));
+        const Document document(body);
+        use(document.root().as<T>());
     } catch (const DecodingError&) {  // what most inputs are for
     }
 }
 
 constexpr void (*decoders[])(const std::string&) = {
-    decode<std::vector<MachineModel>>,
-    decode<std::vector<MachineProduct>>,
+    decode<PublicList<MachineModel>>,
+    decode<PublicList<MachineProduct>>,
     decode<OrderModel>,
     decode<OrderModelResponse>,
-    decode<std::vector<OrderActivityModel>>,
+    decode<PublicList<OrderActivityModel>>,
     decode<AccountModel>,
     decode<Configuration>,
     decode<Challenge>,

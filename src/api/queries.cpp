@@ -40,9 +40,9 @@ JsonObject activitiesParameters(const TransactionFilter& filter) {
 
 // Absent when the reply carried no list.
 template <class Record>
-auto publicList(APIResult<std::vector<Record>> reply) {
-    auto records = std::move(reply).payload();
-    return records ? std::optional(publicObjects(*std::move(records))) : std::nullopt;
+auto objectsOf(APIResult<PublicList<Record>> reply) {
+    auto list = std::move(reply).payload();
+    return list ? std::optional(std::move(list->objects)) : std::nullopt;
 }
 
 }  // namespace
@@ -65,10 +65,10 @@ void Kavio::getMachines(std::shared_ptr<const MachineFilter> filter) {
     mState->mMachineRepo->machines(*std::move(query), std::move(handler));
 }
 
-void Kavio::State::machinesResponse(APIResult<std::vector<MachineModel>> reply) {
+void Kavio::State::machinesResponse(APIResult<PublicList<MachineModel>> reply) {
     mIsBusy = false;
     if (!reply) return fail(&KavioDelegate::onGetMachines, reply.failure());
-    succeed(&KavioDelegate::onGetMachines, publicList(std::move(reply)));
+    succeed(&KavioDelegate::onGetMachines, objectsOf(std::move(reply)));
 }
 
 void Kavio::getMachineProducts(std::int64_t machineId) {
@@ -78,10 +78,10 @@ void Kavio::getMachineProducts(std::int64_t machineId) {
                                    mState->handled(&State::machineProductsResponse));
 }
 
-void Kavio::State::machineProductsResponse(APIResult<std::vector<MachineProduct>> reply) {
+void Kavio::State::machineProductsResponse(APIResult<PublicList<MachineProduct>> reply) {
     mIsBusy = false;
     if (!reply) return fail(&KavioDelegate::onGetMachineProducts, reply.failure());
-    succeed(&KavioDelegate::onGetMachineProducts, publicList(std::move(reply)));
+    succeed(&KavioDelegate::onGetMachineProducts, objectsOf(std::move(reply)));
 }
 
 void Kavio::getTransactions(std::shared_ptr<const TransactionFilter> filter) {
@@ -91,10 +91,10 @@ void Kavio::getTransactions(std::shared_ptr<const TransactionFilter> filter) {
                                         mState->handled(&State::activitiesResponse));
 }
 
-void Kavio::State::activitiesResponse(APIResult<std::vector<OrderActivityModel>> reply) {
+void Kavio::State::activitiesResponse(APIResult<PublicList<OrderActivityModel>> reply) {
     mIsBusy = false;
     if (!reply) return fail(&KavioDelegate::onGetTransactions, reply.failure());
-    succeed(&KavioDelegate::onGetTransactions, publicList(std::move(reply)));
+    succeed(&KavioDelegate::onGetTransactions, objectsOf(std::move(reply)));
 }
 
 }  // namespace kavio

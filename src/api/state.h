@@ -37,11 +37,11 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     void accountResponse(APIResult<AccountModel> reply);
     void paymentMethodsAccountResponse(APIResult<AccountModel> reply);
     void prepaidsResponse(PaymentMethods paymentMethods, APIResult<PrepaidsList> reply);
-    void machinesResponse(APIResult<std::vector<MachineModel>> reply);
-    void machineProductsResponse(APIResult<std::vector<MachineProduct>> reply);
+    void machinesResponse(APIResult<PublicList<MachineModel>> reply);
+    void machineProductsResponse(APIResult<PublicList<MachineProduct>> reply);
     void placeOrderResponse(APIResult<OrderModel> reply);
     void orderStatusResponse(APIResult<OrderModel> reply);
-    void activitiesResponse(APIResult<std::vector<OrderActivityModel>> reply);
+    void activitiesResponse(APIResult<PublicList<OrderActivityModel>> reply);
     void addCreditCardResponse(APIResult<AddCreditCardResponse> reply);
     void removeCreditCardResponse(APIResult<DeleteCreditResponse> reply);
     void depositResponse(APIResult<DepositModel> reply);

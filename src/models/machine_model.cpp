@@ -11,9 +11,9 @@ namespace kavio {
 namespace {
 
 // Some machines still send the name that was once misspelled.
-std::optional<std::string> readCustomLabel(const KeyedContainer& in) {
-    auto label = in.optional<std::string>("customLabel");
-    return label ? label : in.optional<std::string>("customLabe");
+std::optional<std::string_view> readCustomLabel(const KeyedContainer& in) {
+    auto label = in.optional<std::string_view>("customLabel");
+    return label ? label : in.optional<std::string_view>("customLabe");
 }
 
 }  // namespace
@@ -21,21 +21,21 @@ std::optional<std::string> readCustomLabel(const KeyedContainer& in) {
 MachineModel MachineModel::decode(const KeyedContainer& in) {
     MachineModel model{
         .kavioID = in.optional<std::uint64_t>("kavioID"),
-        .operatorName = in.optional<std::string>("operatorName"),
+        .operatorName = in.optional<std::string_view>("operatorName"),
         .name = std::to_string(in.required<std::int64_t>("name")),
         .machineId = in.required<std::int64_t>("machineId"),
-        .machineName = in.optional<std::string>("machineName"),
-        .machineConnectivityStatus = in.optional<std::string>("machineConnectivityStatus"),
+        .machineName = in.optional<std::string_view>("machineName"),
+        .machineConnectivityStatus = in.optional<std::string_view>("machineConnectivityStatus"),
         .machineStatusId = in.optional<std::int32_t>("machineStatusId", 0),
-        .zipCode = in.optional<std::string>("zipCode", ""),
-        .city = in.optional<std::string>("city", ""),
-        .country = in.optional<std::string>("country", ""),
+        .zipCode = in.optional<std::string_view>("zipCode", ""),
+        .city = in.optional<std::string_view>("city", ""),
+        .country = in.optional<std::string_view>("country", ""),
         .isWalletAllowed = in.optional<bool>("isWalletAllowed", true),
         .distance = in.optional<double>("distance"),
         .machineType = in.required<std::int64_t>("machineType"),
         .machineModel = in.optional<std::int64_t>("machineModel"),
-        .currency = in.optional<std::string>("currency", ""),
-        .location = in.optional<std::string>("location"),
+        .currency = in.optional<std::string_view>("currency", ""),
+        .location = in.optional<std::string_view>("location"),
         .isRevalueOnly = in.required<bool>("isRevalueOnly"),
         .campaigns = in.optional<std::vector<CampainModel>>("campaigns", {}),
         .customLabel = readCustomLabel(in),
@@ -44,7 +44,7 @@ MachineModel MachineModel::decode(const KeyedContainer& in) {
         .longitude = in.optional<double>("longitude", 0),
         .decimalPlace = in.optional<std::int64_t>("decimalPlace", 2),
         .fullTreeOperatorsField = in.optional<std::vector<double>>("fullTreeOperatorsField", {}),
-        .createdDateStr = in.optional<std::string>("lastOrderDT", ""),
+        .createdDateStr = in.optional<std::string_view>("lastOrderDT", ""),
         .reviewsCount = in.required<std::int32_t>("reviewsCount"),
         .reviewsAvg = in.optional<float>("reviewsAvg", 0),
         .reviewsCount1 = in.required<std::int32_t>("reviewsCount1"),
@@ -64,10 +64,10 @@ MachineModel MachineModel::decode(const KeyedContainer& in) {
         .supportDcsImage = in.optional<bool>("supportDcsImage", false),
         .supportRemoteVend = in.optional<bool>("supportRemoteVend", false),
         .multiVendCount = in.optional<std::int64_t>("multiVendCount", 0),
-        .machineSerial = in.optional<std::string>("machineSerial"),
-        .supportDcsImageUpdatedDt = in.optional<std::string>("supportDcsImageUpdatedDt", ""),
-        .smartStickerIdUrl = in.optional<std::string>("smartStickerIdUrl", ""),
-        .defaultCredit = in.optional<std::string>("defaultCredit", ""),
+        .machineSerial = in.optional<std::string_view>("machineSerial"),
+        .supportDcsImageUpdatedDt = in.optional<std::string_view>("supportDcsImageUpdatedDt", ""),
+        .smartStickerIdUrl = in.optional<std::string_view>("smartStickerIdUrl", ""),
+        .defaultCredit = in.optional<std::string_view>("defaultCredit", ""),
         .extraCharge = in.optional<double>("extraCharge", 0),
         .extraChargeType = in.optional<std::int32_t>("extraChargeType", 0),
         .createdDate = {},
@@ -84,11 +84,11 @@ std::shared_ptr<const Machine> publicObject(MachineModel&& model) {
     constexpr std::uint64_t largestKavioId = std::numeric_limits<std::int64_t>::max();
     const auto kavioId = static_cast<std::int64_t>(std::min(model.kavioID.value_or(0), largestKavioId));
     const auto type = Machine::machineType(model.machineType).value_or(Machine::MachineType::OTHER);
-    return std::make_shared<Machine>(model.machineId, kavioId, std::move(model.operatorName), model.isWalletAllowed,
-                                     model.latitude, model.longitude, type, publicObjects(std::move(model.campaigns)),
-                                     std::move(model.machineName), std::move(model.country), std::move(model.city),
-                                     std::move(model.machineSerial), model.supportRemoteVend, model.multiVendCount,
-                                     model.machineStatusId == 1);
+    using Text = std::optional<std::string>;
+    return std::make_shared<Machine>(
+        model.machineId, kavioId, Text(model.operatorName), model.isWalletAllowed, model.latitude, model.longitude,
+        type, publicObjects(std::move(model.campaigns)), Text(model.machineName), Text(model.country), Text(model.city),
+        Text(model.machineSerial), model.supportRemoteVend, model.multiVendCount, model.machineStatusId == 1);
 }
 
 }  // namespace kavio

@@ -4,7 +4,7 @@
 
 namespace kavio {
 
-void MachineRepository::machines(MachineQuery query, Completion<std::vector<MachineModel>> completion) {
+void MachineRepository::machines(MachineQuery query, Completion<PublicList<MachineModel>> completion) {
     const bool single = query.kavioMachineId || query.qr_scan || query.qr_number;
     {
         const std::lock_guard lock(mMutex);
@@ -13,12 +13,12 @@ void MachineRepository::machines(MachineQuery query, Completion<std::vector<Mach
         if (single) mLastMachineRequest = MachineByValueModel{query.kavioMachineId, query.qr_scan, query.qr_number};
     }
     MachineService::machines(std::move(query), [weak = weak_from_this(), completion = std::move(completion)](
-                                                   APIResult<std::vector<MachineModel>> reply) {
+                                                   APIResult<PublicList<MachineModel>> reply) {
         if (const auto self = weak.lock(); self && reply) {
             const std::lock_guard lock(self->mMutex);
-            const bool found = reply.payload() && !reply.payload()->empty();
+            const bool found = reply.payload() && !reply.payload()->objects.empty();
             if (self->mLastMachineRequest) {
-                self->mLastMachineResponse = found ? std::optional(reply.payload()->front()) : std::nullopt;
+                self->mLastMachineResponse = found ? reply.payload()->objects.front() : nullptr;
             }
         }
         completion(std::move(reply));
@@ -27,7 +27,7 @@ void MachineRepository::machines(MachineQuery query, Completion<std::vector<Mach
 
 bool MachineRepository::machinesByCode(const std::string& text, std::int64_t limit,
                                        std::optional<std::int64_t> operatorId,
-                                       Completion<std::vector<MachineModel>> completion) {
+                                       Completion<PublicList<MachineModel>> completion) {
     auto query = machineQueryForCode(text);
     if (!query) return false;
     query->limit = limit;
@@ -41,7 +41,7 @@ std::optional<MachineByValueModel> MachineRepository::lastMachineRequest() const
     return mLastMachineRequest;
 }
 
-std::optional<MachineModel> MachineRepository::lastMachineResponse() const {
+std::shared_ptr<const Machine> MachineRepository::lastMachineResponse() const {
     const std::lock_guard lock(mMutex);
     return mLastMachineResponse;
 }

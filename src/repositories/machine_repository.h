@@ -19,21 +19,21 @@ class MachineRepository : private MachineService, public std::enable_shared_from
 public:
     using MachineService::products;
 
-    void machines(MachineQuery query, Completion<std::vector<MachineModel>> completion);
+    void machines(MachineQuery query, Completion<PublicList<MachineModel>> completion);
 
     /// Looks up the machine that a machine number, QR or NFC text or terminal label names. False, and `completion` is
     /// never called, when the text is none of these.
     bool machinesByCode(const std::string& text, std::int64_t limit, std::optional<std::int64_t> operatorId,
-                        Completion<std::vector<MachineModel>> completion);
+                        Completion<PublicList<MachineModel>> completion);
 
-    /// The last look-up of a single machine, and what it found first.
+    /// The last look-up of a single machine, and what it found first; null for nothing.
     std::optional<MachineByValueModel> lastMachineRequest() const;
-    std::optional<MachineModel> lastMachineResponse() const;
+    std::shared_ptr<const Machine> lastMachineResponse() const;
 
 private:
     mutable std::mutex mMutex;  // guards the two below: look-ups may start on any thread
     std::optional<MachineByValueModel> mLastMachineRequest;
-    std::optional<MachineModel> mLastMachineResponse;
+    std::shared_ptr<const Machine> mLastMachineResponse;
 };
 
 /// What a scanned or typed code stands for: the filter values of its look-up. Absent for a text that is no code.

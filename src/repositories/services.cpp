@@ -47,11 +47,11 @@ void AccountService::logout(Completion<LogOutResponse> completion) const {
     sendWithFreshTime(makeRequest<LogOutRequest>(session("logout")), std::move(completion));
 }
 
-void MachineService::machines(MachineQuery query, Completion<std::vector<MachineModel>> completion) const {
+void MachineService::machines(MachineQuery query, Completion<PublicList<MachineModel>> completion) const {
     sendWithFreshTime(makeRequest<MachineByValueRequest>(session("machines"), std::move(query)), std::move(completion));
 }
 
-void MachineService::products(std::uint64_t machineId, Completion<std::vector<MachineProduct>> completion) const {
+void MachineService::products(std::uint64_t machineId, Completion<PublicList<MachineProduct>> completion) const {
     sendWithFreshTime(makeRequest<MachineProductsRequest>(session("products"), machineId), std::move(completion));
 }
 
@@ -106,7 +106,7 @@ void PrepaidService::deposit(std::string prepaidId, Deposit deposit, Completion<
         std::move(completion));
 }
 
-void ActivitiesService::activities(JsonObject params, Completion<std::vector<OrderActivityModel>> completion) const {
+void ActivitiesService::activities(JsonObject params, Completion<PublicList<OrderActivityModel>> completion) const {
     sendWithFreshTime(makeRequest<ActivitesRequest>(session("activities"), std::move(params)), std::move(completion));
 }
 

@@ -6,6 +6,7 @@
 #include "models/order_model.h"
 #include "models/payment_model.h"
 #include "models/product_model.h"
+#include "models/public_objects.h"
 #include "network/api_result.h"
 #include "network/requests.h"
 #include "tdsecure/replies.h"
@@ -38,8 +39,8 @@ public:
 
 class MachineService {
 public:
-    void machines(MachineQuery query, Completion<std::vector<MachineModel>> completion) const;
-    void products(std::uint64_t machineId, Completion<std::vector<MachineProduct>> completion) const;
+    void machines(MachineQuery query, Completion<PublicList<MachineModel>> completion) const;
+    void products(std::uint64_t machineId, Completion<PublicList<MachineProduct>> completion) const;
 };
 
 class PurchaseService {
@@ -69,7 +70,7 @@ public:
 
 class ActivitiesService {
 public:
-    void activities(JsonObject params, Completion<std::vector<OrderActivityModel>> completion) const;
+    void activities(JsonObject params, Completion<PublicList<OrderActivityModel>> completion) const;
 };
 
 /// The area exists in the API; the library uses nothing of it.

@@ -21,12 +21,15 @@ protected:
     const FakeDevice device{};
     const InstalledPlatform installed{device.platform()};
 
-    /// The record of a sample after some of its members have been replaced.
-    template <class Model>
-    static Model changed(const std::string& sample, const JsonValue& patch) {
+    /// A sample after some of its members have been replaced.
+    static std::string patched(const std::string& sample, const JsonValue& patch) {
         auto body = JsonValue::parse(sample);
         if (patch.is_object()) body.merge_patch(patch);
-        return *decodeDocument<Model>(body.dump());
+        return body.dump();
+    }
+    template <class Model>
+    static Model changed(const std::string& sample, const JsonValue& patch) {
+        return *decodeDocument<Model>(patched(sample, patch));
     }
 };
 
@@ -88,7 +91,8 @@ TEST_F(Conversions, NumbersStayInRange) {
     for (const auto& status : {0.0, 2.0, 1e300, -1e300}) EXPECT_FALSE(card({{"cardStatus", status}})->isActive);
 
     const auto machine = [](const JsonValue& members) {
-        return publicObject(changed<MachineModel>(samples::machine, members));
+        const auto reply = "[" + patched(samples::machine, members) + "]";
+        return decodeDocument<PublicList<MachineModel>>(reply)->objects.front();
     };
     EXPECT_EQ(machine({{"kavioID", 18446744073709551615U}})->kavioId, Limits::max());
     EXPECT_FALSE(machine({{"machineStatusId", 2}})->machineStatus);

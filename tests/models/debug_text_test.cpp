@@ -30,7 +30,8 @@ void expectText(const auto& object, std::string expected) {
 template <class Model>
 void expectTextOf(const std::string& sample, const std::string& expected) {
     const InstalledPlatform installed(FakeDevice().platform());
-    expectText(*publicObject(*decodeDocument<Model>(sample)), expected);
+    const Document document(sample);
+    expectText(*publicObject(document.root().as<Model>()), expected);
 }
 
 // The public object of a whole record: its text shows where each member came from.
@@ -46,8 +47,8 @@ const std::string campaignText =
     lookAndFeelText + ")}";
 
 TEST(DebugTexts, OfCampaigns) {
-    expectTextOf<LookAndFeelModel>(samples::lookAndFeel, lookAndFeelText);
-    expectTextOf<LookAndFeelModel>(
+    expectTextOf<BasicLookAndFeelModel<std::string_view>>(samples::lookAndFeel, lookAndFeelText);
+    expectTextOf<BasicLookAndFeelModel<std::string_view>>(
         R"({"imageUrl":"ignored"})",
         "|{image URL: ,|backgroud color: ,|text color: ,|receipt text: ,|punch card text: ,|images: []}");
     expectTextOf<CampainModel>(samples::campaign, campaignText);

@@ -27,7 +27,8 @@ constexpr const char* accepted = "accepted";
 template <class T>
 std::string outcome(const JsonValue& body) {
     try {
-        decodeDocument<T>(body.dump());
+        const Document document(body.dump());
+        document.root().as<T>();
         return accepted;
     } catch (const DecodingError& error) {
         return error.what();

@@ -73,6 +73,7 @@ T DecodedValue::simple() const {
 
 template bool DecodedValue::simple() const;
 template std::string DecodedValue::simple() const;
+template std::string_view DecodedValue::simple() const;
 template double DecodedValue::simple() const;
 template float DecodedValue::simple() const;
 template std::int32_t DecodedValue::simple() const;

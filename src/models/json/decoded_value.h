@@ -35,10 +35,10 @@ struct Element {
 
 /// What is read without the help of its type.
 template <class T>
-concept SimpleValue = std::same_as<T, bool> || std::same_as<T, std::string> || std::same_as<T, double> ||
-    std::same_as<T, float> || std::same_as<T, std::int32_t> || std::same_as<T, std::int64_t> ||
-    std::same_as<T, std::uint32_t> || std::same_as<T, std::uint64_t> || std::same_as<T, Date> ||
-    std::same_as<T, JsonObject> || std::same_as<T, JsonValue>;
+concept SimpleValue = std::same_as<T, bool> || std::same_as<T, std::string> || std::same_as<T, std::string_view> ||
+    std::same_as<T, double> || std::same_as<T, float> || std::same_as<T, std::int32_t> ||
+    std::same_as<T, std::int64_t> || std::same_as<T, std::uint32_t> || std::same_as<T, std::uint64_t> ||
+    std::same_as<T, Date> || std::same_as<T, JsonObject> || std::same_as<T, JsonValue>;
 
 /// One value of a parsed document, valid as long as that. Everything about strictness is decided here.
 class DecodedValue {
@@ -53,9 +53,9 @@ public:
 
     /// The value as a `T`, or `DecodingError`.
     /// - bool, std::string, float, double: a JSON value of that kind. `true` is no number, a number is no text.
-    /// - std::int32_t, std::int64_t, std::uint32_t, std::uint64_t: a number with an integral value in range, however it
-    /// is
-    ///   spelled: 1, 1.0, 1e2.
+    /// - std::string_view: a text in the document, which must outlive it.
+    /// - std::int32_t, std::int64_t, std::uint32_t, std::uint64_t: a number with an integral value in range, however
+    ///   it is spelled: 1, 1.0, 1e2.
     /// - Date: a number of seconds since 2001-01-01 00:00:00 UTC.
     /// - JsonObject, JsonValue: loosely typed, see loose_value.cpp for the rule.
     /// - std::vector of any of these.

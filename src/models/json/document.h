@@ -27,9 +27,16 @@ private:
     std::unique_ptr<Parser> mParser;
 };
 
+/// A record whose texts are the document's own.
+template <class T>
+concept BorrowsTexts = requires {
+    T::borrowsTexts;
+};
+
 /// The payload of a reply; absent for a JSON null. `DecodingError` when the body is not what a `T` decodes from.
 template <class T>
 std::optional<T> decodeDocument(const std::string& body) {
+    static_assert(!BorrowsTexts<T>, "Its texts would be gone with the document.");
     const Document document(body);
     const auto root = document.root();
     if (root.kind() == DecodedValue::Kind::null) return std::nullopt;

@@ -19,7 +19,7 @@ KeyedContainer::KeyedContainer(const DecodedValue& value) : mDocument(value.elem
     };
 
     const std::size_t size = object.size();
-    const auto slots = std::bit_ceil(2 * size + 2);  // at least half of them stay free
+    const auto slots = std::bit_ceil(4 * size + 4);  // three in four stay free: a collision costs more than room
     if (slots > mSlots.size()) {
         mSorted = std::make_unique<std::vector<Member>>();
         for (auto position = object.begin(); position != object.end(); ++position)
@@ -116,6 +116,7 @@ std::optional<T> KeyedContainer::simple(Key key) const {
 
 template std::optional<bool> KeyedContainer::simple(Key) const;
 template std::optional<std::string> KeyedContainer::simple(Key) const;
+template std::optional<std::string_view> KeyedContainer::simple(Key) const;
 template std::optional<double> KeyedContainer::simple(Key) const;
 template std::optional<float> KeyedContainer::simple(Key) const;
 template std::optional<std::int32_t> KeyedContainer::simple(Key) const;

@@ -92,7 +92,7 @@ private:
     const void* mDocument;
     Path mPath;
     int mHashShift = 0;
-    std::array<Slot, 2 * maximumTableMembers> mSlots;
+    std::array<Slot, 4 * maximumTableMembers> mSlots;
     std::array<Member, maximumTableMembers> mMembers;
     std::unique_ptr<std::vector<Member>> mSorted;
 };
@@ -112,6 +112,14 @@ inline constexpr bool isList = false;
 template <class T>
 inline constexpr bool isList<std::vector<T>> = true;
 
+/// How many `T`s to make room for. Room that nothing is written to costs nothing, up to a point: a short hostile reply
+/// can announce many elements.
+template <class T>
+std::size_t reservation(const ArrayReader& reader) {
+    constexpr std::size_t reservedBytes = std::size_t{16} * 1024 * 1024;
+    return std::min(reader.size(), reservedBytes / sizeof(T));
+}
+
 template <class T>
 T DecodedValue::as() const {
     if constexpr (SimpleValue<T>) {
@@ -121,10 +129,7 @@ T DecodedValue::as() const {
     } else if constexpr (isList<T>) {
         ArrayReader reader(*this);
         T list;
-        // Room that nothing is written to costs nothing, up to a point: a short hostile reply can announce many
-        // elements.
-        constexpr std::size_t reservedBytes = std::size_t{16} * 1024 * 1024;
-        list.reserve(std::min(reader.size(), reservedBytes / sizeof(typename T::value_type)));
+        list.reserve(reservation<typename T::value_type>(reader));
         while (!reader.atEnd()) list.emplace_back(Decoding{reader.next()});
         return list;
     } else if constexpr (requires { T::decode(*this); }) {

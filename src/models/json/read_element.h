@@ -30,12 +30,18 @@ struct Reading<bool> {
 };
 
 template <>
-struct Reading<std::string> {
+struct Reading<std::string_view> {
     static constexpr std::string_view expectation = "text";
-    static std::optional<std::string> read(simdjson::dom::element element) {
+    static std::optional<std::string_view> read(simdjson::dom::element element) {
         std::string_view text;
-        if (element.get_string().get(text) != simdjson::SUCCESS) return std::nullopt;
-        return std::optional<std::string>(text);
+        return element.get_string().get(text) == simdjson::SUCCESS ? std::optional(text) : std::nullopt;
+    }
+};
+
+template <>
+struct Reading<std::string> : Reading<std::string_view> {
+    static std::optional<std::string> read(simdjson::dom::element element) {
+        return std::optional<std::string>(Reading<std::string_view>::read(element));
     }
 };
 

@@ -30,16 +30,24 @@ std::optional<Integer> integerOf(double value) {
     return fits ? std::optional(static_cast<Integer>(value)) : std::nullopt;
 }
 
+template <class Integer>
+std::optional<Integer> inRange(auto value) {
+    return std::in_range<Integer>(value) ? std::optional(static_cast<Integer>(value)) : std::nullopt;
+}
+
+/// Apart, so that the ordinary way is short enough to be inlined.
+template <class Integer>
+std::optional<Integer> unusualInteger(simdjson::dom::element element) {
+    if (std::uint64_t value = 0; element.get_uint64().get(value) == simdjson::SUCCESS) return inRange<Integer>(value);
+    if (double value = 0; element.get_double().get(value) == simdjson::SUCCESS) return integerOf<Integer>(value);
+    return std::nullopt;
+}
+
 /// The value of a number that is integral and in range, however it is spelled.
 template <class Integer>
 std::optional<Integer> integerOf(simdjson::dom::element element) {
-    const auto inRange = [](auto value) {
-        return std::in_range<Integer>(value) ? std::optional(static_cast<Integer>(value)) : std::nullopt;
-    };
-    if (std::int64_t value = 0; element.get_int64().get(value) == simdjson::SUCCESS) return inRange(value);
-    if (std::uint64_t value = 0; element.get_uint64().get(value) == simdjson::SUCCESS) return inRange(value);
-    if (double value = 0; element.get_double().get(value) == simdjson::SUCCESS) return integerOf<Integer>(value);
-    return std::nullopt;
+    if (element.is_int64()) return inRange<Integer>(element.get_int64().value_unsafe());
+    return unusualInteger<Integer>(element);
 }
 
 }  // namespace kavio
