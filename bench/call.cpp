@@ -13,8 +13,9 @@ void wholeCall(benchmark::State& state) {
     for (auto _ : state) benchmark::DoNotOptimize(lookUpMachine());
 }
 
+template <class Exchange>
 void bareCall(benchmark::State& state, const Setup& setup) {
-    BareExchange exchange(setup, KavioNetworkService::shared()->prepare(*machineRequest()));
+    Exchange exchange(setup, KavioNetworkService::shared()->prepare(*machineRequest()));
     if (exchange.run() != 200) state.SkipWithError("The service refused the request.");
     for (auto _ : state) exchange.run();
 }
@@ -57,7 +58,8 @@ void registerCalls(const Setup& setup) {
     const auto authorities = systemAuthoritiesAndOurs(setup);
     add("wholeCall", 10, wholeCall);
     add("sessionCall", 10, [setup](auto& state) { sessionCall(state, setup); });
-    add("bareCall", 10, [setup](auto& state) { bareCall(state, setup); });
+    add("bareCall", 10, [setup](auto& state) { bareCall<BareExchange>(state, setup); });
+    add("threadedBareCall", 10, [setup](auto& state) { bareCall<ThreadedBareExchange>(state, setup); });
     add("firstCallOfSession", 1, [=](auto& state) {
         firstCall(
             state, [=](const UrlRequest&) { return std::make_unique<LibraryExchange>(setup, authorities); },

@@ -7,8 +7,6 @@
 
 #include <kavio/platform/linux.h>
 
-#include <future>
-#include <optional>
 #include <stdexcept>
 #include <utility>
 
@@ -107,6 +105,38 @@ long BareExchange::run() {
     long status = 0;
     curl_easy_getinfo(mEasy.get(), CURLINFO_RESPONSE_CODE, &status);
     return status;
+}
+
+ThreadedBareExchange::ThreadedBareExchange(const Setup& setup, const UrlRequest& request) : mExchange(setup, request) {}
+
+ThreadedBareExchange::~ThreadedBareExchange() {
+    {
+        const std::lock_guard lock(mMutex);
+        mEnds = true;
+    }
+    mChanged.notify_one();
+    mThread.join();
+}
+
+long ThreadedBareExchange::run() {
+    std::future<long> status;
+    {
+        const std::lock_guard lock(mMutex);
+        status = mAsked.emplace().get_future();
+    }
+    mChanged.notify_one();
+    return status.get();
+}
+
+void ThreadedBareExchange::serve() {
+    while (true) {
+        std::unique_lock lock(mMutex);
+        mChanged.wait(lock, [this] { return mAsked || mEnds; });
+        if (!mAsked) return;
+        auto asked = *std::exchange(mAsked, std::nullopt);
+        lock.unlock();
+        asked.set_value(mExchange.run());
+    }
 }
 
 LibraryExchange::LibraryExchange(const Setup& setup, const std::filesystem::path& authorities)

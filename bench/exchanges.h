@@ -8,7 +8,12 @@
 #include <kavio/delegate.h>
 #include <kavio/platform/url_session.h>
 
+#include <condition_variable>
+#include <future>
+#include <mutex>
+#include <optional>
 #include <string>
+#include <thread>
 
 namespace kavio::bench {
 
@@ -33,6 +38,25 @@ private:
     CurlList mHeaders;
     CurlList mConnectTo;
     std::string mBody;
+};
+
+/// The same for a caller who may not be held up: on a network thread, with as little as that takes.
+class ThreadedBareExchange {
+public:
+    ThreadedBareExchange(const Setup& setup, const UrlRequest& request);
+    ~ThreadedBareExchange();
+
+    long run();
+
+private:
+    void serve();
+
+    BareExchange mExchange;
+    std::mutex mMutex;
+    std::condition_variable mChanged;
+    std::optional<std::promise<long>> mAsked;
+    bool mEnds = false;
+    std::thread mThread{[this] { serve(); }};
 };
 
 /// The library's session, trusting `authorities` in the place of the system's.

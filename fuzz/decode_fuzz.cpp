@@ -21,7 +21,7 @@ namespace kavio {
 namespace {
 
 template <class T>
-void use(T&& record) {
+void use(T record) {
     if constexpr (requires { publicObject(std::move(record)); }) {
         publicObject(std::move(record))->debugDescription();
     } else if constexpr (requires { record.encode(); }) {

@@ -26,6 +26,7 @@ std::unique_ptr<Host> makeWindowHost(const Options&, std::string& reason) {
     const auto program = std::filesystem::read_symlink("/proc/self/exe", unknown).parent_path() / "kavio-wallet-window";
     auto arguments = ownArguments();
     std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
     for (auto& argument : arguments) pointers.push_back(argument.data());
     pointers.push_back(nullptr);
     execv(program.c_str(), pointers.data());

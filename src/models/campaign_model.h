@@ -2,6 +2,7 @@
 
 #include <kavio/campaign.h>
 
+#include <concepts>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -24,6 +25,7 @@ struct BasicImageMetaModel {
     bool wasUploaded = false;
     std::int64_t dpi = 0;
     bool ios = false;
+    static constexpr bool borrowsTexts = std::same_as<Text, std::string_view>;
     static BasicImageMetaModel decode(const KeyedContainer& in);
 };
 
@@ -35,6 +37,7 @@ struct BasicLookAndFeelModel {
     Text receiptText;
     Text punchCardText;
     std::vector<BasicImageMetaModel<Text>> images;
+    static constexpr bool borrowsTexts = std::same_as<Text, std::string_view>;
     static BasicLookAndFeelModel decode(const KeyedContainer& in);
 };
 
@@ -60,7 +63,7 @@ struct CampainModel {
     static CampainModel decode(const KeyedContainer& in);
 };
 
-/// Reply that lists campaigns.
+/// Reply that lists campaigns. The texts are the document's own.
 struct VoucherModel {
     std::vector<CampainModel> campaigns;
     static constexpr bool borrowsTexts = true;

@@ -16,7 +16,6 @@
 #include <map>
 #include <optional>
 #include <string>
-#include <vector>
 
 /// One service an area of the API. A service turns an operation into a request, with the session token as it is stored
 /// at that moment, and sends it; it keeps nothing. Operations may be called from any thread; completions run on the

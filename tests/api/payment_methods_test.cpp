@@ -67,6 +67,7 @@ TEST(Deposit, SendsTheAmountInTheSmallestUnit) {
              {10.9, 0, 10},
              {0.5, 1, 5},
              {19.99, 2, 1998},  // 19.99 * 10 * 10 falls just short of 1999
+             {-19.99, 2, -1998},
              {10, 3, 10000},
              {7, -3, 7},
              {0, 1000000000000, 0},
@@ -100,6 +101,7 @@ TEST(Deposit, IsRefusedAtOnceWhereNothingCanBeSent) {
         {std::nullopt, 1, "cannot deposit to UNKNOWN card"},
         {PaymentType::CREDIT_CARD, std::nan(""), "invalid amount"},
         {PaymentType::KAVIO, std::numeric_limits<double>::infinity(), "invalid amount"},
+        {PaymentType::KAVIO, -1e300, "invalid amount"},
         {PaymentType::PREPAID, 92233720368547758.08, "invalid amount"},  // 2^63 cents
     };
     for (const auto& [type, amount, message] : cases) {

@@ -12,6 +12,8 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <map>
+#include <sstream>
 
 namespace kavio::test {
 namespace {
@@ -104,6 +106,27 @@ TEST_F(Conversions, AccountsAreStoredAsTheyAreRead) {
     EXPECT_EQ(serialise(again.encode()), serialise(account.encode()));
     for (const auto* text : {"{", "[]", "null", R"({"machinesOrder":1})"})
         EXPECT_FALSE(changed<AccountModel>(samples::account, {{"account", {{"appData", text}}}}).appData) << text;
+}
+
+TEST_F(Conversions, OrderStatusesBecomeWhatTheApplicationSees) {
+    using enum Order::Status;
+    for (const auto& [status, texts] : std::map<Order::Status, std::string>{
+             {CANCELED,
+              "failed duplicated limitcheckfailed cooldowntokenlocator LIMITEXCEEDED currencymismatch "
+              "invalidtokenlocator refused cancelled cardnotallowed"},
+             {TIMEOUT, "timedOut"},
+             {INCOMPLETE, "failedrefund deleted expired"},
+             {AUTHORIZED, "authorized"},
+             {COMPLETED, "Completed"},
+             {CREATED, "created createdpreselection started startedpreselection"},
+             {FREE_TRANSACTION, "freetransaction"},
+             {UNKNOWN, "unknown proccessing processing -"}}) {
+        std::istringstream words(texts);
+        for (std::string text; words >> text;) {
+            const JsonValue changes{{"order", {{"orderStatus", text}}}};
+            EXPECT_EQ(publicObject(changed<OrderModel>(samples::order, changes))->status, status) << text;
+        }
+    }
 }
 
 }  // namespace

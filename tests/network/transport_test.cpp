@@ -1,3 +1,4 @@
+#include "network/kavio_network_service.h"
 #include "network/requests.h"
 #include "support/sample_replies.h"
 #include "support/world.h"
@@ -57,6 +58,30 @@ TEST(Transport, TellsALostConnectionFromOtherFailures) {
         world.kavio().getOrder("1");
         world.answer(answer);
         EXPECT_EQ(world.reports().back(), (Report{"onGetOrder", type, message}));
+    }
+}
+
+struct FixedErrorHandler final : NetworkServiceErrorHandler {
+    void handle(const UrlReply&, Completion completion) override { completion(APIError::serverError, message); }
+    std::optional<std::string> message;
+};
+
+TEST(Transport, LeavesFailuresToTheHostsErrorHandler) {
+    for (const auto& [handled, answer, type, message] :
+         std::vector<std::tuple<std::optional<std::string>, Answer, ResultType, std::string>>{
+             {"H", UrlError::networkConnectionLost, ResultType::NETWORK_FAILED, "H"},
+             {"H", {401, "{}"}, ResultType::ACCESS_DENIED, "H"},
+             {std::nullopt, {500, R"({"message":"M"})"}, ResultType::SERVER_ERROR, "M"},
+             {"H", {417, "{}"}, ResultType::FAILURE, "invalid_signature"},
+             {"H", {488, R"({"code":"C"})"}, ResultType::FAILURE, "C"},
+         }) {
+        World world;
+        const auto handler = std::make_shared<FixedErrorHandler>();
+        handler->message = handled;
+        KavioNetworkService::shared()->setErrorHandler(handler);
+        world.kavio().getOrder("1");
+        world.answer(answer);
+        EXPECT_THAT(world.reports(), testing::ElementsAre(Report{"onGetOrder", type, message}));
     }
 }
 

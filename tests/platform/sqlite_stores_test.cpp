@@ -1,6 +1,7 @@
 #include "platform/linux/sqlite_stores.h"
 
 #include "platform/linux/openssl.h"
+#include "platform/linux/suite_file.h"
 #include "platform/other_process.h"
 #include "support/temporary_folder.h"
 
@@ -177,6 +178,16 @@ TEST(SqliteStores, SetADamagedFileAsideAndReportIt) {
                     testing::MatchesRegex("suite\\.suite\\.sqlite\\.damaged-[0-9]{8}-[0-9]{6}(-[0-9]+)?"));
         EXPECT_EQ(contents(store.setAside[0]).size(), bytes.size());
     }
+}
+
+TEST(SqliteStores, TakeTheJournalOfADamagedFileAwayWithIt) {
+    FilledFolder store;
+    SuiteFile file(store.file, makeOpensslDigest());
+    file.refresh();
+    replaceContents(store.file.string() + "-journal", "what a crash has left");
+    const auto aside = file.setAside();
+    EXPECT_EQ(contents(aside.string() + "-journal"), "what a crash has left");
+    EXPECT_FALSE(std::filesystem::exists(store.file.string() + "-journal"));
 }
 
 TEST(SqliteStores, NeverGiveAWrongValueWhicheverByteIsFlipped) {

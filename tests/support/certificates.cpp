@@ -24,7 +24,7 @@ void require(bool succeeded) {
 Identity make(const std::string& name, int extensionKind, const std::string& extensionValue,
               std::chrono::hours validFor, const Identity* issuer = nullptr) {
     static std::atomic<int> made = 0;
-    const Identity identity{{X509_new(), &X509_free}, {EVP_EC_gen("P-256"), &EVP_PKEY_free}};
+    Identity identity{{X509_new(), &X509_free}, {EVP_EC_gen("P-256"), &EVP_PKEY_free}};
     const auto& signer = issuer == nullptr ? identity : *issuer;
     auto* certificate = identity.certificate.get();
     ASN1_INTEGER_set(X509_get_serialNumber(certificate), ++made);

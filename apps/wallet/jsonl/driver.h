@@ -9,6 +9,8 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <utility>
 
 namespace kavio::wallet {
 
@@ -47,11 +49,8 @@ private:
         std::shared_ptr<Reporter> delegate;
         std::unique_ptr<Kavio> kavio;
     };
-    struct Callback {
-        std::string facade;
-        std::string_view name;
-        auto operator<=>(const Callback&) const = default;
-    };
+    /// A facade and the name of one of its callbacks.
+    using Callback = std::pair<std::string, std::string_view>;
 
     void handle(const std::string& line);
     Held& held(const Call& call);

@@ -47,7 +47,7 @@ Operation reporting(std::string_view name, std::string_view callback, void (Kavi
                 [&]<std::size_t... index>(std::index_sequence<index...>) {
                     // In braces, so that the first bad argument is the one named.
                     std::tuple<Parameters...> arguments{Parameter<Parameters>::in(call.arguments, names[index])...};
-                    (kavio.*method)(std::get<index>(std::move(arguments))...);
+                    std::apply([&](auto&... argument) { (kavio.*method)(std::move(argument)...); }, arguments);
                 }
                 (std::index_sequence_for<Parameters...>{});
             }};

@@ -4,14 +4,11 @@
 
 #include <kavio/date.h>
 
-#include <algorithm>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <type_traits>
-#include <vector>
 
 namespace kavio {
 

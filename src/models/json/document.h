@@ -3,9 +3,12 @@
 #include "models/json/decoded_value.h"
 #include "models/json/keyed_container.h"
 
+#include <concepts>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace kavio {
 
@@ -27,16 +30,19 @@ private:
     std::unique_ptr<Parser> mParser;
 };
 
-/// A record whose texts are the document's own.
+/// Whether the texts of a value are the document's own. Records that have such texts say so, in a member of this name.
 template <class T>
-concept BorrowsTexts = requires {
-    T::borrowsTexts;
-};
+inline constexpr bool borrowsTexts = std::same_as<T, std::string_view>;
+template <class T>
+requires requires { T::borrowsTexts; }
+inline constexpr bool borrowsTexts<T> = T::borrowsTexts;
+template <class T>
+inline constexpr bool borrowsTexts<std::vector<T>> = borrowsTexts<T>;
 
 /// The payload of a reply; absent for a JSON null. `DecodingError` when the body is not what a `T` decodes from.
 template <class T>
 std::optional<T> decodeDocument(const std::string& body) {
-    static_assert(!BorrowsTexts<T>, "Its texts would be gone with the document.");
+    static_assert(!borrowsTexts<T>, "Its texts would be gone with the document.");
     const Document document(body);
     const auto root = document.root();
     if (root.kind() == DecodedValue::Kind::null) return std::nullopt;

@@ -19,7 +19,7 @@ KeyedContainer::KeyedContainer(const DecodedValue& value) : mDocument(value.elem
     };
 
     const std::size_t size = object.size();
-    const auto slots = std::bit_ceil(4 * size + 4);  // three in four stay free: a collision costs more than room
+    const auto slots = std::bit_ceil(std::max<std::size_t>(4 * size, 4));  // a collision costs more than room
     if (slots > mSlots.size()) {
         mSorted = std::make_unique<std::vector<Member>>();
         for (auto position = object.begin(); position != object.end(); ++position)

@@ -155,7 +155,8 @@ UrlEngine::~UrlEngine() {
 }
 
 void UrlEngine::submit(UrlRequest request, Completion completion) {
-    mLoop->submit(std::move(request), std::move(completion));
+    const auto loop = mLoop;  // the completion may come at once, and destroy the engine
+    loop->submit(std::move(request), std::move(completion));
 }
 
 UrlEngine::Loop::Loop(UrlConduct conduct) : mConduct(std::move(conduct)) {

@@ -22,6 +22,8 @@ constexpr int maximumRedirects = 10;
 // A mobile network forgets idle connections without a word; what is sent on such a one is lost.
 constexpr long maximumIdleSeconds = 30;
 constexpr long longestTimeoutSeconds = 24L * 60 * 60;
+// Bodies are small, and a buffer of libcurl's own choice so large that the heap returns and takes it again each time.
+constexpr long uploadBufferBytes = 16L * 1024;
 // A reply that always drips just enough to count as progress must end too.
 constexpr long wholeExchangeTimeouts = 10;
 
@@ -200,6 +202,7 @@ void UrlExchange::setLimits(Options& options) const {
 
 void UrlExchange::setRequest(Options& options) {
     const std::string& method = mRequest.method;
+    options.set(CURLOPT_UPLOAD_BUFFERSIZE, uploadBufferBytes);
     options.set(CURLOPT_URL, mRequest.url.c_str());
     options.set(CURLOPT_PATH_AS_IS, 1L);  // a ".." in an identifier must not lead to a resource that was not signed
     options.set(CURLOPT_ACCEPT_ENCODING, "");

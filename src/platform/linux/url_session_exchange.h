@@ -6,9 +6,7 @@
 #include <kavio/platform/url_session.h>
 
 #include <cstddef>
-#include <cstdint>
 #include <string>
-#include <string_view>
 #include <variant>
 
 namespace kavio {
