@@ -2,7 +2,6 @@
 
 #include "models/date_text.h"
 #include "models/json/keyed_container.h"
-#include "models/public_objects.h"
 
 #include <algorithm>
 #include <limits>
@@ -37,7 +36,7 @@ MachineModel MachineModel::decode(const KeyedContainer& in) {
         .currency = in.optional<std::string_view>("currency", ""),
         .location = in.optional<std::string_view>("location"),
         .isRevalueOnly = in.required<bool>("isRevalueOnly"),
-        .campaigns = in.optional<std::vector<CampainModel>>("campaigns", {}),
+        .campaigns = in.optional<PublicList<CampainModel>>("campaigns", {}),
         .customLabel = readCustomLabel(in),
         .isFavorite = in.optional<bool>("isFavorite"),
         .latitude = in.optional<double>("latitude", 0),
@@ -87,7 +86,7 @@ std::shared_ptr<const Machine> publicObject(MachineModel&& model) {
     using Text = std::optional<std::string>;
     return std::make_shared<Machine>(
         model.machineId, kavioId, Text(model.operatorName), model.isWalletAllowed, model.latitude, model.longitude,
-        type, publicObjects(std::move(model.campaigns)), Text(model.machineName), Text(model.country), Text(model.city),
+        type, std::move(model.campaigns.objects), Text(model.machineName), Text(model.country), Text(model.city),
         Text(model.machineSerial), model.supportRemoteVend, model.multiVendCount, model.machineStatusId == 1);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "models/campaign_model.h"
+#include "models/public_objects.h"
 
 #include <kavio/date.h>
 #include <kavio/machine.h>
@@ -34,7 +35,7 @@ struct MachineModel {  // NOLINT(clang-analyzer-optin.performance.Padding)
     std::string_view currency;
     std::optional<std::string_view> location;
     bool isRevalueOnly = false;
-    std::vector<CampainModel> campaigns;
+    PublicList<CampainModel> campaigns;
     std::optional<std::string_view> customLabel;
     std::optional<bool> isFavorite;
     double latitude = 0;

@@ -46,7 +46,8 @@ std::optional<Integer> unusualInteger(simdjson::dom::element element) {
 /// The value of a number that is integral and in range, however it is spelled.
 template <class Integer>
 std::optional<Integer> integerOf(simdjson::dom::element element) {
-    if (element.is_int64()) return inRange<Integer>(element.get_int64().value_unsafe());
+    if (element.type() == simdjson::dom::element_type::INT64)
+        return inRange<Integer>(element.get_int64().value_unsafe());
     return unusualInteger<Integer>(element);
 }
 
