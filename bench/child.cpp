@@ -11,9 +11,11 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <fstream>
+#include <limits>
 #include <memory>
 #include <stdexcept>
 #include <thread>
@@ -106,10 +108,15 @@ int runChild(const std::string& measurement, const Setup& setup) {
 }
 
 double measureInChild(const std::string& measurement, const Setup& setup) {
-    const auto child = startChild(measurement, setup);
-    double figure = 0;
-    if (std::fscanf(child.get(), "%lf", &figure) != 1) throw std::runtime_error(measurement + " failed.");
-    return figure;
+    constexpr int runs = 10;
+    double best = std::numeric_limits<double>::infinity();
+    for (int run = 0; run < runs; ++run) {
+        const auto child = startChild(measurement, setup);
+        double figure = 0;
+        if (std::fscanf(child.get(), "%lf", &figure) != 1) throw std::runtime_error(measurement + " failed.");
+        best = std::min(best, figure);
+    }
+    return best;
 }
 
 double timeToFirstRequest(const Setup& setup) {

@@ -14,7 +14,7 @@ constexpr const char* childFlag = "--child";
 
 /// In the child: writes the figure to the standard output.
 int runChild(const std::string& measurement, const Setup& setup);
-/// In the parent: the figure of the child.
+/// In the parent: the best figure of several children.
 double measureInChild(const std::string& measurement, const Setup& setup);
 /// Nanoseconds from the start of a process to the first byte of its first request.
 double timeToFirstRequest(const Setup& setup);

@@ -237,6 +237,16 @@ TEST_P(UrlSessionConformance, CallsCompletionsOnAThreadOfItsOwn) {
     EXPECT_EQ(threads[1], threads[2]);
 }
 
+TEST_P(UrlSessionConformance, MayBeDestroyedByACompletionThatComesAtOnce) {
+    const HostServer server(answering(""));
+    for (int i = 0; i < 100; ++i) {
+        auto session = this->session(server);
+        std::promise<void> ended;
+        session->dataTask(get("no URL"), [&](const Outcome&) { session.reset(), ended.set_value(); });
+        ended.get_future().wait();
+    }
+}
+
 TEST_P(UrlSessionConformance, CancelsWhatIsOpenWhenItIsDestroyed) {
     const HostServer server(meeting([](Connection& connection, const std::string& request) {
         if (request.find("/answer") != std::string::npos) connection.send(httpReply(200, "ok"));

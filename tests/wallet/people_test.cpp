@@ -152,8 +152,10 @@ TEST_F(WalletCommands, DoNotShowCardNumbersOnATerminal) {
         wallet.write(answer);
     }
     shown += wallet.read();
-    EXPECT_THAT(shown, AllOf(HasSubstr("robin@kavio.example"), HasSubstr("was stored as card:"),
-                             Not(HasSubstr("41111")), Not(HasSubstr("987"))));
+    const auto identifier = shown.find("was stored as card:");  // which is random, and may hold any digits
+    ASSERT_NE(identifier, std::string::npos) << shown;
+    EXPECT_THAT(shown.substr(0, identifier),
+                AllOf(HasSubstr("robin@kavio.example"), Not(HasSubstr("41111")), Not(HasSubstr("987"))));
     EXPECT_EQ(wallet.waitForEnd(), 0);
 }
 
