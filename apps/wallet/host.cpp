@@ -1,6 +1,7 @@
 #include "host.h"
 
 #include "device.h"
+#include "output.h"
 
 #include <kavio/platform/run_loop.h>
 
@@ -39,9 +40,9 @@ LinuxPlatformOptions deviceOptions(const Options& options, std::shared_ptr<MainQ
     if (options.bundleVersion) device.information.emplace("CFBundleVersion", *options.bundleVersion);
     device.mainQueue = std::move(mainQueue);
     device.onStoreDamaged = [](const std::filesystem::path& damaged, const std::filesystem::path& setAside) {
-        fmt::print(stderr, "kavio-wallet: {} was damaged; {}\n", damaged.string(),
-                   setAside.empty() ? "it could not be moved, so what you do now may be forgotten"
-                                    : "it is kept as " + setAside.string());
+        writeText(stderr, fmt::format("kavio-wallet: {} was damaged; {}\n", damaged.string(),
+                                      setAside.empty() ? "it could not be moved, so what you do now may be forgotten"
+                                                       : "it is kept as " + setAside.string()));
     };
     return device;
 }

@@ -5,7 +5,6 @@
 #include <chrono>
 #include <functional>
 #include <memory>
-#include <stdexcept>
 
 namespace kavio::wallet {
 

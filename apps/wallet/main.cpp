@@ -1,14 +1,17 @@
 #include "host.h"
 #include "jsonl/driver.h"
 #include "options.h"
+#include "output.h"
 #include "people/command.h"
 
 #include <CLI/CLI.hpp>
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <iostream>
+#include <vector>
 
 namespace kavio::wallet {
 
@@ -55,8 +58,22 @@ struct CommandLine {
 
 int complain(ExitStatus status, std::string sentence) {
     std::ranges::replace(sentence, '\n', ' ');
-    fmt::print(stderr, "kavio-wallet: {}\n", sentence);
+    writeText(stderr, fmt::format("kavio-wallet: {}\n", sentence));
     return static_cast<int>(status);
+}
+
+/// A descriptor of the library's must not take the number of a standard one that is closed. Reading such a one ends at
+/// once, writing fails.
+void openStandardDescriptors() {
+    for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(standard, F_GETFD) < 0) static_cast<void>(open("/dev/null", O_RDONLY));  // takes the lowest number
+    }
+}
+
+/// What could not be written was not done.
+int succeed() {
+    if (isOutputComplete()) return static_cast<int>(ExitStatus::OK);
+    return complain(ExitStatus::FAILED, "Standard output took no more: not all is shown.");
 }
 
 std::unique_ptr<Host> makeHost(const CommandLine& line) {
@@ -83,8 +100,9 @@ int run(int argc, char** argv) {
     try {
         line.program.parse(argc, argv);
     } catch (const CLI::ParseError& problem) {
-        if (problem.get_exit_code() == 0) return line.program.exit(problem);  // --help and --version
-        return complain(ExitStatus::USAGE, problem.what());
+        if (problem.get_exit_code() != 0) return complain(ExitStatus::USAGE, problem.what());
+        line.program.exit(problem);  // --help and --version
+        return succeed();
     }
     const auto* const command = line.command();
     if (line.isDriver == (command != nullptr)) {
@@ -95,7 +113,7 @@ int run(int argc, char** argv) {
         if (line.isDriver) return drive(*host, line.options);
         Session session{*host, line.options, line.isJson};
         command->run(session);
-        return static_cast<int>(ExitStatus::OK);
+        return succeed();
     } catch (const Failure& failure) {
         return complain(failure.status, failure.what());
     }
@@ -106,6 +124,7 @@ int run(int argc, char** argv) {
 }  // namespace kavio::wallet
 
 int main(int argc, char** argv) {
+    kavio::wallet::openStandardDescriptors();
     std::ios::sync_with_stdio(false);
     try {
         return kavio::wallet::run(argc, argv);

@@ -1,7 +1,7 @@
 #include "output.h"
 
-#include <cstdio>
 #include <cstdlib>
+#include <iostream>
 
 namespace kavio::wallet {
 
@@ -10,6 +10,16 @@ void writeLine(const Json& json) {
     if (std::fwrite(line.data(), 1, line.size(), stdout) == line.size() && std::fflush(stdout) == 0) return;
     std::perror("kavio-wallet: standard output");
     std::_Exit(EXIT_FAILURE);
+}
+
+void writeText(std::FILE* file, std::string_view text) {
+    std::fwrite(text.data(), 1, text.size(), file);
+    std::fflush(file);
+}
+
+bool isOutputComplete() {
+    std::cout.flush();
+    return std::cout && std::ferror(stdout) == 0;
 }
 
 }  // namespace kavio::wallet

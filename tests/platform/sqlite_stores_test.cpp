@@ -119,11 +119,6 @@ TEST(SqliteStores, KeepEveryAcknowledgedWriteOfAWriterThatIsKilled) {
     EXPECT_THAT(store.setAside, IsEmpty());
 }
 
-std::string contents(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
 void replaceContents(const std::filesystem::path& path, const std::string& bytes) {
     std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
 }

@@ -3,10 +3,17 @@
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <system_error>
 
 namespace kavio::test {
+
+inline std::string contents(const std::filesystem::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
 
 /// A fresh folder, in memory where the system offers that, which goes with everything in it.
 class TemporaryFolder {

@@ -148,62 +148,6 @@ TEST_F(WalletResults, OfAPurchaseWhoseReplyIsLostAreOne) {
     }
 }
 
-TEST_F(WalletResults, OfRefusalsNameTheReasonAndSendNothing) {
-    const auto buy = [](const std::string& type) {
-        return R"({"op":"placeOrder","kavioId":1,"amount":1,"paymentMethod":{"id":"0","number":"","type":")" + type +
-               R"("}})";
-    };
-    const auto run = drive({
-        "isLoggedIn",
-        operations[1].line,
-        "getOrder orderId=x1",
-        R"(getOrder orderId="")",
-        R"(getMachines filter={"value":"abc"})",
-        R"(getMachines filter={"latitude":1,"limit":501})",
-        buy("PAYPAL"),
-        buy("UNKNOWN"),
-        R"(deposit depositCard={"id":"0","number":"","type":"PAYPAL","balance":0,"currency":"EUR","currencyDecimalDigits":2} amount=1 chargedCardId=L1)",
-        R"(login countryCode="49" phoneNumber="1" await=0)",
-        "logout",
-    });
-    Words results;
-    for (const auto& event : run.events()) {
-        const auto& result = event.at("result");
-        results.push_back(result.at("type").get<std::string>() + ' ' + result.at("message").dump());
-    }
-    EXPECT_THAT(results,
-                ElementsAre(R"(FAILURE "Token is empty")", R"(FAILURE "please call login first")",
-                            R"(BAD_INPUT "{x1} is invalid order ID")", R"(BAD_INPUT "{} is invalid order ID")",
-                            R"(BAD_INPUT "{abc} is invalid machine ID or QR code")", R"(BAD_INPUT "invalid filter")",
-                            R"(BAD_INPUT "selected payment method PAYPAL is not supported")",
-                            R"(BAD_INPUT "selected payment method UNKNOWN is not supported")",
-                            R"(BAD_INPUT "cannot deposit to PAYPAL card")", "BUSY null"));
-}
-
-/// An order gets on only when the test lets it.
-class WalletOrders : public WalletTest {
-protected:
-    static constexpr std::chrono::hours step{1};
-    WalletOrders() : WalletTest(step) {}
-};
-
-TEST_F(WalletOrders, AreFollowedToTheirEndAndEachChangeIsWrittenAtOnce) {
-    logIn();
-    LiveWallet wallet{options("--jsonl"), LiveWallet::On::PIPE};
-    const auto answer = [&] { return Json::parse(wallet.read("\n")); };
-    wallet.write(
-        line(R"(placeOrder amount=150 paymentMethod={"id":"0","number":"","type":"KAVIO"} await=3 kavioId=42100107)") +
-        '\n');
-    EXPECT_EQ(answer().at("order").at("status"), "CREATED");
-    advanceOrders(2 * step);
-    EXPECT_EQ(answer().at("order").at("status"), "AUTHORIZED");
-    advanceOrders(step);
-    EXPECT_EQ(answer().at("order").at("status"), "COMPLETED");
-
-    wallet.write(line("getMachineProducts machineId=2001") + '\n');
-    EXPECT_EQ(answer().at("result").at("type"), "SUCCESS");
-}
-
 TEST_F(WalletResults, HaveObjectsWithAllTheirMembers) {
     logIn();
     const auto events = drive({operations[4].line, "getPaymentMethods", getMachines}).events();

@@ -46,7 +46,7 @@ TEST_F(WalletCommands, LogInWithTheCodeThatIsAskedFor) {
 TEST_F(WalletCommands, SayWhyTheyFailed) {
     logIn();
     for (const auto& [fault, status, sentence] : std::vector<std::tuple<sandbox::Fault, int, const char*>>{
-             {{.drop = true, .times = -1}, 4, "cannot be reached"},
+             {{.drop = true, .times = -1}, 4, "gave no reply"},
              {{.status = 500}, 7, "The service has a problem"},
              {{.status = 400}, 6, "refused"},
          }) {
@@ -57,6 +57,7 @@ TEST_F(WalletCommands, SayWhyTheyFailed) {
         EXPECT_EQ(failed.output, "");
         EXPECT_THAT(failed.errors, AllOf(StartsWith("kavio-wallet: "), HasSubstr(sentence)));
     }
+    EXPECT_EQ(run("methods --connect-to 127.0.0.1:1").status, 4);
     sandbox.clearFaults();
     sandbox.expireTokens();
     const auto denied = run("methods");
@@ -106,16 +107,20 @@ TEST_F(WalletCommands, BuyAndShowWhatWasBought) {
     const auto id = json("transactions").at("transactions").at(0).at("id").get<std::string>();
     EXPECT_THAT(run("order " + id).output, HasSubstr(id));
     EXPECT_EQ(run("order x").status, 6);
+    EXPECT_THAT(run("buy --amount 240 --pay card:" + storedCard() + " 42101570").output, HasSubstr("Paid 240 JPY"));
 }
 
 TEST_F(WalletCommands, RefuseAPurchaseBeforeAnyMoneyMoves) {
     logIn();
+    const auto prepaid = "prepaid:" + json("methods").at("paymentMethods").back().at("id").get<std::string>();
     for (const auto& [command, status] : std::map<std::string, int>{
              {"buy " + coffee, 2},
              {"buy 1 --amount 1", 6},
              {"buy --product 99 " + coffee, 6},
              {"buy --amount 1 --pay card:x " + coffee, 6},
              {"buy --amount 1.505 " + coffee, 6},
+             {"buy --amount 1.5 --pay card:" + storedCard() + " 42101570", 6},  // yen have no decimals
+             {"buy --amount 1 --pay " + prepaid + " " + coffee, 2},
          }) {
         const auto refused = run(command);
         EXPECT_EQ(refused.status, status) << command;
@@ -139,7 +144,7 @@ TEST_F(WalletCommands, TellHowAnOrderThatFailedEnded) {
 
 TEST_F(WalletCommands, DoNotShowCardNumbersOnATerminal) {
     logIn();
-    LiveWallet wallet{options("add-card"), LiveWallet::On::TERMINAL};
+    LiveWallet wallet{options("add-card")};
     std::string shown;
     for (const auto& [prompt, answer] : std::vector<std::pair<std::string, std::string>>{
              {"Card number", "4111111111111111\n"},
@@ -160,7 +165,7 @@ TEST_F(WalletCommands, DoNotShowCardNumbersOnATerminal) {
 }
 
 TEST_F(WalletCommands, LeaveATerminalAsItWasWhenInterrupted) {
-    LiveWallet wallet{options("add-card"), LiveWallet::On::TERMINAL};
+    LiveWallet wallet{options("add-card")};
     wallet.read("Card number: ");
     EXPECT_FALSE(wallet.showsWhatIsTyped());
     wallet.write("\x03");
@@ -180,6 +185,13 @@ TEST_F(WalletCommands, NeedADisplayForAWindow) {
 
 using WalletOptions = WalletTest;
 
+TEST_F(WalletOptions, WorkWithStandardChannelsThatAreClosedOrFull) {
+    std::string command = KAVIO_WALLET;
+    for (const auto& word : options("")) command += " '" + word + "'";
+    EXPECT_EQ(endOf(std::system((command + " --jsonl <&-").c_str())), 0);
+    EXPECT_EQ(endOf(std::system((command + " --help >/dev/full 2>&1").c_str())), 1);
+}
+
 TEST_F(WalletOptions, EndWithStatusTwoAndOneLineWhenTheyAreWrong) {
     for (const std::string row : {
              "-> --jsonl",
@@ -195,6 +207,9 @@ TEST_F(WalletOptions, EndWithStatusTwoAndOneLineWhenTheyAreWrong) {
              "buy 1 --product 5:0 -> 5:0",
              "buy 1 --pay cash -> cash",
              "transactions --before yesterday -> yesterday",
+             "transactions --limit 9223372036854775808 -> 9223372036854775808",
+             "machines --near nan,1 -> nan",
+             "machines --operator 1 --limit 3 -> --operator",
          }) {
         SCOPED_TRACE(row);
         const auto arrow = row.find("-> ");

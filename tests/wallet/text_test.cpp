@@ -4,7 +4,6 @@
 
 #include <gmock/gmock.h>
 
-#include <cmath>
 #include <limits>
 
 namespace kavio::wallet {
@@ -14,12 +13,12 @@ using namespace ::testing;
 using Limits = std::numeric_limits<std::int64_t>;
 
 TEST(WalletMoney, IsWrittenInTheDecimalsOfItsCurrency) {
-    EXPECT_EQ(moneyText(5, 2, "EUR"), "0.05 EUR");
-    EXPECT_EQ(moneyText(-5, 2, "EUR"), "-0.05 EUR");
-    EXPECT_EQ(moneyText(1250, 0, "JPY"), "1250 JPY");
-    EXPECT_EQ(moneyText(Limits::min(), 18, "X"), "-9.223372036854775808 X");
-    EXPECT_EQ(moneyText(1, -7, "X"), "1 X");
-    EXPECT_EQ(moneyText(1, 1'000'000'000, "X"), "0.000000000000000001 X");
+    EXPECT_EQ(moneyText(5, {"EUR", 2}), "0.05 EUR");
+    EXPECT_EQ(moneyText(-5, {"EUR", 2}), "-0.05 EUR");
+    EXPECT_EQ(moneyText(1250, {"JPY", 0}), "1250 JPY");
+    EXPECT_EQ(moneyText(Limits::min(), {"X", 18}), "-9.223372036854775808 X");
+    EXPECT_EQ(moneyText(1, {"X", -7}), "1 X");
+    EXPECT_EQ(moneyText(1, {"X", 1'000'000'000}), "0.000000000000000001 X");
 }
 
 TEST(WalletMoney, IsReadExactlyOrNotAtAll) {

@@ -6,13 +6,10 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <pty.h>
-#include <sys/socket.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 
-#include <array>
-#include <atomic>
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
@@ -45,11 +42,6 @@ inline std::string line(const std::string& text) {
 }
 
 inline int endOf(int status) { return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status); }
-
-inline std::string contents(const std::filesystem::path& path) {
-    std::ifstream file{path};
-    return (std::ostringstream{} << file.rdbuf()).str();
-}
 
 /// An event in a few words.
 inline std::string summaryOf(const Json& event) {
@@ -96,29 +88,19 @@ inline Outcome runWallet(const Words& arguments, const std::string& input = {}) 
     return {endOf(status), contents(path + "/output"), contents(path + "/errors")};
 }
 
-/// A kavio-wallet that is talked to.
+/// A kavio-wallet on a terminal of its own.
 class LiveWallet {
 public:
-    enum class On { PIPE, TERMINAL };
-    LiveWallet(Words arguments, On on) {
+    explicit LiveWallet(Words arguments) {
         arguments.insert(arguments.begin(), KAVIO_WALLET);
         std::vector<char*> pointers;
         for (auto& argument : arguments) pointers.push_back(argument.data());
         pointers.push_back(nullptr);
-        std::array<int, 2> ends{};
-        if (on == On::PIPE) {
-            EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
-            mProcess = fork();
-        } else {
-            mProcess = forkpty(ends.data(), nullptr, nullptr, nullptr);
-        }
+        mProcess = forkpty(&mFile, nullptr, nullptr, nullptr);
         if (mProcess == 0) {
-            for (int standard = 0; on == On::PIPE && standard < 2; ++standard) dup2(ends[1], standard);
             execv(KAVIO_WALLET, pointers.data());
             _exit(127);
         }
-        mFile = ends[0];
-        if (on == On::PIPE) close(ends[1]);
     }
     ~LiveWallet() {
         close(mFile);
@@ -154,9 +136,6 @@ private:
 /// kavio-wallet on a sandbox, with a store of its own.
 class WalletTest : public ::testing::Test {
 protected:
-    explicit WalletTest(std::chrono::milliseconds orderStep = std::chrono::milliseconds{300})
-        : sandbox(sandboxOptions(orderStep)) {}
-
     Words options(const std::string& more) const {
         Words all{"--store-dir", mFolder.path() / "store", "--connect-to", sandbox.address(),
                   "--ca-file",   sandbox.authorityFile()};
@@ -174,24 +153,11 @@ protected:
     }
     /// Logs in, so that the store holds a session.
     void logIn() const { ASSERT_EQ(run("login 49 151234567 --country DE", "123456\n").status, 0); }
-    /// Lets orders get on by `time` at once.
-    void advanceOrders(std::chrono::seconds time) {
-        mAhead = mAhead.load() + time;
-        sandbox.setClockOffset(-mAhead.load());  // what is signed is still compared with the time that it really is
-    }
+
+    sandbox::Sandbox sandbox{{.orderStep = std::chrono::milliseconds{300}}};
 
 private:
-    sandbox::Options sandboxOptions(std::chrono::milliseconds orderStep) const {
-        return {.orderStep = orderStep, .signatureWindow = std::chrono::hours{24}, .clock = [this] {
-                    return std::chrono::system_clock::now() + mAhead.load();
-                }};
-    }
-
     TemporaryFolder mFolder;
-    std::atomic<std::chrono::seconds> mAhead{};
-
-protected:
-    sandbox::Sandbox sandbox;
 };
 
 }  // namespace kavio::test

@@ -77,6 +77,8 @@ Input parseLine(std::string_view line) {
         if (depth > maximumDepth) throw Refused("the line is nested too deeply");
         return true;
     };
+    // To the JSON library it ends the text, and what follows would go unseen.
+    if (line.find('\0') != std::string_view::npos) throw Refused("the line is no JSON object: it holds a NUL");
     try {
         auto json = Input::parse(line, refuseDepth);
         if (json.is_object()) return json;

@@ -28,7 +28,9 @@ struct Login {
 };
 
 /// Whether the code may have been mistyped; anything else is no reason to ask for another one.
-bool isWrongCode(ResultType type) {
+bool isWrongCode(const KavioResult& result) {
+    const auto type = result.type;
+    if (failureOf(result).status == ExitStatus::NO_NETWORK) return false;
     return type == ResultType::FAILURE || type == ResultType::BAD_INPUT || type == ResultType::ACCESS_DENIED;
 }
 
@@ -46,7 +48,7 @@ void logIn(Session& session, const Login& login) {
         });
         const auto& result = *report.result;
         if (result.type == ResultType::SUCCESS) break;
-        if (!isWrongCode(result.type)) throw failureOf(result);
+        if (!isWrongCode(result)) throw failureOf(result);
         if (attempt == codesToTry) throw Failure(ExitStatus::REFUSED, "No code was accepted: you are not logged in.");
         session.warn("The code was not accepted.");
     }

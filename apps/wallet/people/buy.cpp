@@ -1,13 +1,11 @@
 #include "people/command.h"
 #include "people/machine_named.h"
-#include "people/money.h"
 #include "people/prices.h"
 #include "people/text.h"
 #include "people/wallet_methods.h"
 
 #include <algorithm>
 #include <charconv>
-#include <cmath>
 #include <memory>
 #include <vector>
 
@@ -39,9 +37,16 @@ Wanted wantedFrom(const std::string& text) {
     throw CLI::ValidationError("--product", "'" + text + "' is not CODE or CODE:QUANTITY");
 }
 
-/// What the wanted products cost together, in the smallest unit of `currency`'s currency.
+/// A credit card tells no currency: it pays in the machine's, which is its country's as far as that is known.
+Currency currencyFor(const PaymentMethod& method, const Machine& machine, const WalletMethods& methods) {
+    if (const auto* const card = dynamic_cast<const DepositCard*>(&method)) return currencyOf(*card);
+    const auto currency = currencyOfCountry(machine.country.value_or(""));
+    return currency ? *currency : currencyOf(*methods.wallet());
+}
+
+/// What the wanted products cost together, in the smallest unit of `currency`.
 std::int64_t costOf(Session& session, const std::vector<Wanted>& wanted, const Machine& machine,
-                    const DepositCard& currency) {
+                    const Currency& currency) {
     const auto offered =
         session.list<Products>("Asking for the prices", [&](Kavio& kavio) { kavio.getMachineProducts(machine.id); });
     double cost = 0;
@@ -56,17 +61,20 @@ std::int64_t costOf(Session& session, const std::vector<Wanted>& wanted, const M
         }
         cost += *price * static_cast<double>(item.quantity);
     }
-    const auto digits = static_cast<int>(currency.currencyDecimalDigits);
-    const auto units = smallestUnits(fmt::format("{:.{}f}", cost, std::clamp(digits, 0, 18)), digits);
+    const auto digits = std::clamp<std::int64_t>(currency.digits, 0, 18);
+    const auto units = smallestUnits(fmt::format("{:.{}f}", cost, static_cast<int>(digits)), digits);
     if (!units) throw Failure(ExitStatus::REFUSED, "What the products cost together is no amount that can be paid.");
     return *units;
 }
 
 /// A prepaid card is charged by the machine: no amount is sent for it.
 std::int64_t amountOf(Session& session, const Purchase& purchase, const Machine& machine, const PaymentMethod& method,
-                      const DepositCard& currency) {
+                      const Currency& currency) {
+    const bool isPrepaid = method.type == PaymentMethod::PaymentType::PREPAID;
+    if (isPrepaid && purchase.amount)
+        throw Failure(ExitStatus::USAGE, "A prepaid card takes no --amount: the machine says what is charged.");
+    if (isPrepaid) return 0;
     if (purchase.amount) return unitsOf(*purchase.amount, currency);
-    if (method.type == PaymentMethod::PaymentType::PREPAID) return 0;
     if (!purchase.products.empty()) return costOf(session, purchase.products, machine, currency);
     throw Failure(ExitStatus::USAGE, "Say how much with --amount, or choose with --product what to buy.");
 }
@@ -92,8 +100,7 @@ struct Ending {
 
 /// "Paid 1.50 EUR", as far as the service says how much.
 std::string paymentText(const Order& order) {
-    const auto currency = order.currency.value_or("");
-    return order.amount < 0 ? "Paid" : "Paid " + moneyText(order.amount, digitsOf(currency), currency);
+    return order.amount < 0 ? "Paid" : "Paid " + moneyText(order.amount, currencyNamed(order.currency.value_or("")));
 }
 
 Ending endingOf(const OrderReport& order, const Machine& machine) {
@@ -153,9 +160,7 @@ void buy(Session& session, const Purchase& purchase) {
     const auto method = methods.named(purchase.method);
     const auto machine = machineNamed(session, purchase.machine);
     const auto products = productsOf(purchase, *machine);
-    // A credit card tells no currency; the account's is the wallet's.
-    const auto deposit = std::dynamic_pointer_cast<const DepositCard>(method);
-    const auto amount = amountOf(session, purchase, *machine, *method, deposit ? *deposit : *methods.wallet());
+    const auto amount = amountOf(session, purchase, *machine, *method, currencyFor(*method, *machine, methods));
 
     const auto order =
         place(session, [&](Kavio& kavio) { kavio.placeOrder(machine->kavioId, method, amount, products); });

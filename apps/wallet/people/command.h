@@ -5,7 +5,6 @@
 #include <CLI/CLI.hpp>
 
 #include <functional>
-#include <vector>
 
 namespace kavio::wallet {
 

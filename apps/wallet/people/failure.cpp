@@ -15,16 +15,21 @@ std::string sentence(std::string_view what, const std::optional<std::string>& me
     return text;
 }
 
+/// Only a lost connection has a type of its own; of others, such as one that was refused, the message tells.
+bool isConnectionFailure(const KavioResult& result) {
+    return result.type == ResultType::NETWORK_FAILED ||
+           (result.type == ResultType::FAILURE && result.message.value_or("").starts_with("failed to send request"));
+}
+
 }  // namespace
 
 Failure failureOf(const KavioResult& result) {
     const auto& message = result.message;
+    if (isConnectionFailure(result)) return {ExitStatus::NO_NETWORK, sentence("The service gave no reply", message)};
     switch (result.type) {
         case ResultType::ACCESS_DENIED:
         case ResultType::NOT_LOGGED_IN:
             return {ExitStatus::NOT_LOGGED_IN, "You are not logged in. Run `kavio-wallet login` first."};
-        case ResultType::NETWORK_FAILED:
-            return {ExitStatus::NO_NETWORK, sentence("The service cannot be reached", message)};
         case ResultType::TIMEOUT:
             return {ExitStatus::TIMED_OUT, sentence("It takes too long", message)};
         case ResultType::BAD_INPUT:
@@ -36,6 +41,7 @@ Failure failureOf(const KavioResult& result) {
         case ResultType::UNKNOWN:
         case ResultType::SUCCESS:
         case ResultType::FAILURE:
+        case ResultType::NETWORK_FAILED:
         case ResultType::SDK_NOT_READY:
             break;
     }

@@ -1,5 +1,6 @@
 #include "people/command.h"
 #include "people/machine_named.h"
+#include "people/numbers.h"
 #include "people/prices.h"
 #include "people/text.h"
 
@@ -97,12 +98,20 @@ Command machinesCommand(CLI::App& program) {
                            ->type_name("LAT,LON")
                            ->delimiter(',')
                            ->expected(2)
+                           ->check(coordinate())
                            ->excludes(code)
                            ->excludes(serial);
-    line->add_option("--radius", search->radius, "How far from the position")->needs(near);
+    line->add_option("--radius", search->radius, "How far from the position, in metres")
+        ->transform(wholeNumber())
+        ->needs(near);
     line->add_option("--country", search->country, "Country of the position, such as DE")->needs(near);
-    line->add_option("--operator", search->operatorId, "Only machines of this operator");
-    line->add_option("--limit", search->limit, "At most so many machines");
+    line->add_option("--operator", search->operatorId, "Only machines of this operator, with --near or --code")
+        ->transform(wholeNumber());
+    line->add_option("--limit", search->limit, "At most so many machines")->transform(wholeNumber());
+    line->parse_complete_callback([search] {
+        if (search->operatorId && !search->code && search->near.empty())
+            throw CLI::ValidationError("--operator", "goes with --near or --code");
+    });
     return {line, [search](Session& session) { listMachines(session, *search); }};
 }
 

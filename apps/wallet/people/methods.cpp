@@ -1,5 +1,4 @@
 #include "people/command.h"
-#include "people/money.h"
 #include "people/text.h"
 #include "people/wallet_methods.h"
 
@@ -45,16 +44,13 @@ void topUp(Session& session, const TopUp& order) {
     const WalletMethods methods{session};
     const auto card = methods.depositNamed(order.to);
     const auto charged = methods.named(nameOfCard(order.card));
-    const auto units = unitsOf(order.amount, *card);
+    const auto units = unitsOf(order.amount, currencyOf(*card));
 
     const auto balance = session.fetch<std::optional<std::int64_t>>("Topping up", [&](Kavio& kavio) {
         kavio.deposit(card, wholeUnits(units, card->currencyDecimalDigits), charged->id);
     });
-    session.say(fmt::format("{} were added to {}.", moneyText(units, card->currencyDecimalDigits, card->currency),
-                            printable(order.to)));
-    if (balance) {
-        session.say(fmt::format("New balance: {}", moneyText(*balance, card->currencyDecimalDigits, card->currency)));
-    }
+    session.say(fmt::format("{} were added to {}.", moneyText(units, currencyOf(*card)), printable(order.to)));
+    if (balance) session.say(fmt::format("New balance: {}", moneyText(*balance, currencyOf(*card))));
 }
 
 }  // namespace

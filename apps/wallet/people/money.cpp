@@ -7,6 +7,7 @@
 #include <unicode/unistr.h>
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -22,23 +23,30 @@ std::size_t sensible(std::int64_t digits) {
 
 }  // namespace
 
-std::int64_t digitsOf(std::string_view currency) {
+Currency currencyNamed(const std::string& code) {
     auto problem = U_ZERO_ERROR;
-    const auto code = icu::UnicodeString::fromUTF8({currency.data(), static_cast<std::int32_t>(currency.size())});
-    const auto digits = currency.size() == 3
-                            ? ucurr_getDefaultFractionDigits(icu::UnicodeString(code).getTerminatedBuffer(), &problem)
-                            : 2;
-    return U_SUCCESS(problem) ? digits : 2;
+    auto wide = icu::UnicodeString::fromUTF8(code);
+    const auto digits = code.size() == 3 ? ucurr_getDefaultFractionDigits(wide.getTerminatedBuffer(), &problem) : 2;
+    return {code, U_SUCCESS(problem) ? digits : 2};
 }
 
-std::string moneyText(std::int64_t amount, std::int64_t digits, std::string_view currency) {
-    const auto decimals = sensible(digits);
+std::optional<Currency> currencyOfCountry(const std::string& country) {
+    auto problem = U_ZERO_ERROR;
+    std::array<char16_t, 4> code{};
+    const auto length = ucurr_forLocale(("und_" + country).c_str(), code.data(), std::ssize(code), &problem);
+    if (U_FAILURE(problem) || length != 3) return std::nullopt;
+    std::string text;
+    return currencyNamed(icu::UnicodeString(code.data(), length).toUTF8String(text));
+}
+
+std::string moneyText(std::int64_t amount, const Currency& currency) {
+    const auto decimals = sensible(currency.digits);
     const bool isNegative = amount < 0;
     auto text =
         fmt::format("{:0{}}", isNegative ? 0 - static_cast<std::uint64_t>(amount) : static_cast<std::uint64_t>(amount),
                     decimals + 1);
     if (decimals > 0) text.insert(text.size() - decimals, ".");
-    return fmt::format("{}{} {}", isNegative ? "-" : "", text, printable(currency));
+    return fmt::format("{}{} {}", isNegative ? "-" : "", text, printable(currency.code));
 }
 
 std::optional<std::int64_t> smallestUnits(std::string_view text, std::int64_t digits) {

@@ -7,11 +7,19 @@
 
 namespace kavio::wallet {
 
-/// How many decimal digits the smallest unit of an ISO currency stands for.
-std::int64_t digitsOf(std::string_view currency);
+struct Currency {
+    std::string code;
+    /// How many decimal digits its smallest unit stands for.
+    std::int64_t digits;
+};
 
-/// An amount of smallest units with the currency's code, such as "12.50 EUR".
-std::string moneyText(std::int64_t amount, std::int64_t digits, std::string_view currency);
+/// By its ISO code; one that is not known has two digits.
+Currency currencyNamed(const std::string& code);
+/// Of a country by its ISO code; absent for one that is not known.
+std::optional<Currency> currencyOfCountry(const std::string& country);
+
+/// An amount of smallest units, such as "12.50 EUR".
+std::string moneyText(std::int64_t amount, const Currency& currency);
 
 /// Smallest units of an amount as people write it, such as "12.50" or "12"; absent for any other text, for more
 /// decimals than the currency has, and for zero or less.

@@ -1,6 +1,7 @@
 #include "json/dates.h"
 #include "people/command.h"
 #include "people/money.h"
+#include "people/numbers.h"
 #include "people/text.h"
 
 #include <map>
@@ -21,8 +22,7 @@ const std::map<std::string, PaymentMethod::PaymentType> paymentTypes{
 
 /// -1 stands for an amount that the service did not send.
 std::string amountText(std::int64_t amount, const Order& order) {
-    const auto currency = order.currency.value_or("");
-    return amount == -1 ? std::string{} : moneyText(amount, digitsOf(currency), currency);
+    return amount == -1 ? std::string{} : moneyText(amount, currencyNamed(order.currency.value_or("")));
 }
 
 void show(Session& session, const Orders& orders) {
@@ -85,13 +85,13 @@ Command orderCommand(CLI::App& program) {
 Command transactionsCommand(CLI::App& program) {
     auto* const line = program.add_subcommand("transactions", "List your past orders");
     const auto search = std::make_shared<Search>();
-    line->add_option("--machine", search->machineId, "Only at the machine of this ID");
+    line->add_option("--machine", search->machineId, "Only at the machine of this ID")->transform(wholeNumber());
     line->add_option("--method", search->method, "Only paid with the payment method of this ID");
     line->add_option_function<std::string>(
             "--type", [search](const std::string& type) { search->type = paymentTypes.at(type); },
             "Only paid with: wallet, card, paypal or prepaid")
         ->check(CLI::IsMember(paymentTypes));
-    line->add_option("--limit", search->limit, "At most so many orders");
+    line->add_option("--limit", search->limit, "At most so many orders")->transform(wholeNumber());
     line->add_option_function<std::string>(
         "--before", [search](const std::string& date) { search->before = dateOf(date); },
         "Only before this date, such as 2024-03-05 or 2024-03-05T14:07:09.250Z");

@@ -4,7 +4,6 @@
 #include "people/terminal.h"
 
 #include <chrono>
-#include <cstdio>
 
 namespace kavio::wallet {
 
@@ -42,17 +41,15 @@ void Session::follow(std::string what, const Operation& operation, const std::fu
 }
 
 void Session::say(std::string_view sentence) const {
-    if (mIsJson) return;
-    fmt::print("{}\n", sentence);
-    std::fflush(stdout);  // at once in a pipe too: an order is followed live
+    if (!mIsJson) writeText(stdout, fmt::format("{}\n", sentence));
 }
 
 void Session::show(const Table& table, std::string_view whenEmpty) const {
     if (table.isEmpty()) return say(whenEmpty);
-    if (!mIsJson) fmt::print("{}", table.text(outputWidth()));
+    if (!mIsJson) writeText(stdout, table.text(outputWidth()));
 }
 
-void Session::warn(std::string_view sentence) const { fmt::print(stderr, "kavio-wallet: {}\n", sentence); }
+void Session::warn(std::string_view sentence) const { writeText(stderr, fmt::format("kavio-wallet: {}\n", sentence)); }
 
 void Session::take(const Report& report) {
     if (mProbe != nullptr) {

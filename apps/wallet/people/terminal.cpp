@@ -10,7 +10,6 @@
 #include <array>
 #include <csignal>
 #include <iostream>
-#include <iterator>
 #include <utility>
 
 namespace kavio::wallet {

@@ -2,7 +2,6 @@
 
 #include <kavio/date.h>
 
-#include <cstdint>
 #include <string>
 #include <string_view>
 

@@ -1,6 +1,5 @@
 #include "wallet_methods.h"
 
-#include "people/money.h"
 #include "people/text.h"
 
 #include <algorithm>
@@ -58,14 +57,14 @@ std::string nameOfCard(const std::string& nameOrId) {
     return nameOrId.starts_with(cardPrefix) ? nameOrId : fmt::format("{}{}", cardPrefix, nameOrId);
 }
 
-std::int64_t unitsOf(const std::string& amount, const DepositCard& card) {
-    if (const auto units = smallestUnits(amount, card.currencyDecimalDigits)) return *units;
-    throw Failure(ExitStatus::REFUSED, fmt::format("'{}' is no amount, such as {}.", printable(amount),
-                                                   moneyText(1250, card.currencyDecimalDigits, card.currency)));
-}
+Currency currencyOf(const DepositCard& card) { return {card.currency, card.currencyDecimalDigits}; }
 
-std::string balanceText(const DepositCard& card) {
-    return moneyText(card.balance, card.currencyDecimalDigits, card.currency);
+std::string balanceText(const DepositCard& card) { return moneyText(card.balance, currencyOf(card)); }
+
+std::int64_t unitsOf(const std::string& amount, const Currency& currency) {
+    if (const auto units = smallestUnits(amount, currency.digits)) return *units;
+    throw Failure(ExitStatus::REFUSED,
+                  fmt::format("'{}' is no amount, such as {}.", printable(amount), moneyText(1250, currency)));
 }
 
 }  // namespace kavio::wallet

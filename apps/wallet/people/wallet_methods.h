@@ -1,5 +1,6 @@
 #pragma once
 
+#include "people/money.h"
 #include "people/session.h"
 
 #include <kavio/payment_method.h>
@@ -35,10 +36,11 @@ std::string nameOf(const PaymentMethod& method);
 /// The name of a credit card, which the user may have given without "card:".
 std::string nameOfCard(const std::string& nameOrId);
 
-/// The amount that the user wrote, in the smallest unit of the card's currency; throws `Failure` for what is no amount.
-std::int64_t unitsOf(const std::string& amount, const DepositCard& card);
-
+Currency currencyOf(const DepositCard& card);
 /// What is left on it, such as "12.50 EUR".
 std::string balanceText(const DepositCard& card);
+
+/// The amount that the user wrote, in the smallest unit of `currency`; throws `Failure` for what is no amount.
+std::int64_t unitsOf(const std::string& amount, const Currency& currency);
 
 }  // namespace kavio::wallet
