@@ -28,10 +28,10 @@ std::optional<Kavio::EnvironmentType> Kavio::environmentType(std::int64_t rawVal
 
 Kavio::Kavio(std::weak_ptr<KavioDelegate> delegate, std::string apiKey, EnvironmentType environment)
     : mState(std::make_shared<State>(std::move(delegate))) {
-    auto& store = *mState->mKavioUserDefaults->defualt;
-    store.set(keys::apiKey, std::move(apiKey));
+    StoreChanges changes{{std::string(keys::apiKey), std::move(apiKey)}};
     const auto service = serviceOf(environment);
-    if (service != currentApiType()) store.set(keys::serviceName, std::string(name(service)));
+    if (service != currentApiType()) changes.emplace(keys::serviceName, std::string(name(service)));
+    mState->mKavioUserDefaults->defualt->write(changes);
     mState->attachToScene();
 }
 

@@ -13,9 +13,8 @@ void AccountRepository::account(std::optional<std::string> appVersion, Completio
 void AccountRepository::logout(Completion<LogOutResponse> completion) const {
     AccountService::logout([completion = std::move(completion)](APIResult<LogOutResponse> reply) {
         if (reply) {
-            const auto defaults = KavioUserDefaults::shared();
-            defaults->setServerExpiredTime(std::nullopt);
-            defaults->defualt->set(keys::sessionToken, std::string());
+            KavioUserDefaults::shared()->defualt->write({{std::string(keys::serverExpiredTime), std::nullopt},
+                                                         {std::string(keys::sessionToken), std::string()}});
         }
         completion(std::move(reply));
     });

@@ -37,7 +37,7 @@ void KavioUserDefaults::saveAccount(const std::optional<AccountModel>& account) 
     }
     const auto encoded = serialise(account->encode());
     if (!encoded) {
-        trace("KavioUserDefaults", [] { return std::string("Error in saving account: it cannot be written as JSON"); });
+        trace("KavioUserDefaults", [] { return SafeMessage{"Error in saving account: it cannot be written as JSON"}; });
         return;
     }
     defualt->set(keys::account, Bytes(encoded->begin(), encoded->end()));

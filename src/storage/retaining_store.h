@@ -22,11 +22,15 @@ public:
     bool write(const StoreChanges& changes) override;
 
 private:
+    void keep(const StoreChanges& changes);
     StoreChanges unwritten() const;
 
     const std::shared_ptr<KeyValueStore> mSuite;
-    mutable std::mutex mMutex;  // never held while the suite is called, which may report to the host
-    StoreChanges mUnwritten;
+    // Held over a whole write: one that takes along what is unwritten must not put that over a later write's value. The
+    // suite may report to the host, which may write in turn.
+    std::recursive_mutex mWriting;
+    mutable std::mutex mMutex;  // never held while the suite is called
+    StoreChanges mUnwritten;    // guarded by mMutex
 };
 
 }  // namespace kavio
