@@ -3,31 +3,38 @@
 #include <openssl/evp.h>
 #include <openssl/x509.h>
 
+#include <chrono>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace kavio::sandbox {
 
-template <auto free>
-struct Freed {
-    template <class T>
-    void operator()(T* object) const {
-        free(object);
-    }
-};
-using Certificate = std::unique_ptr<X509, Freed<X509_free>>;
-using PrivateKey = std::unique_ptr<EVP_PKEY, Freed<EVP_PKEY_free>>;
+/// What a server shows to its clients.
+struct Identity {
+    std::shared_ptr<X509> certificate;
+    std::shared_ptr<EVP_PKEY> key;
 
-/// A certificate authority that lives for one run, and the one server certificate that it signed.
-struct Authority {
-    explicit Authority(const std::vector<std::string>& names);
-
-    Certificate authority;
-    Certificate server;
-    PrivateKey serverKey;
-
+    /// Certificate and key.
     std::string pem() const;
+};
+
+/// A certificate authority that lives for one run.
+class Authority {
+public:
+    static constexpr std::chrono::hours year{365 * 24};
+
+    Authority();
+
+    /// A server's, for hosts and IP addresses. `validFor` counts from now; with a negative one it has expired.
+    Identity issue(const std::vector<std::string>& names, std::chrono::hours validFor = year) const;
+    /// One that nobody vouches for.
+    static Identity selfSigned(const std::vector<std::string>& names);
+    /// The authority's own certificate, for clients to trust.
+    std::string pem() const;
+
+private:
+    Identity mOwn;
 };
 
 }  // namespace kavio::sandbox

@@ -1,20 +1,16 @@
 #include "cards.h"
 
+#include "parameters.h"
 #include "reply.h"
 #include "world.h"
 
 #include <fmt/chrono.h>
 
 #include <algorithm>
-#include <cctype>
 #include <regex>
 
 namespace kavio::sandbox {
 namespace {
-
-bool onlyDigits(const std::string& text) {
-    return std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isdigit(c) != 0; });
-}
 
 bool passesLuhn(const std::string& number) {
     int sum = 0;

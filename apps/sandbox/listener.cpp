@@ -17,6 +17,12 @@ httplib::Server::HandlerResponse noLengthIsNoBody(const httplib::Request& reques
     return httplib::Server::HandlerResponse::Unhandled;
 }
 
+/// The HTTP server's own choice would share a port with another sandbox, which then gets half of the connections.
+void refuseTakenPorts(socket_t socket) {
+    const int on = 1;  // but not those of connections that have only just ended
+    setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+}
+
 }  // namespace
 
 /// Lives as long as the TLS object of its connection, which the HTTP server frees before it closes the socket.
@@ -60,9 +66,10 @@ void Connections::close() {
     for (const int socket : mSockets) shutdown(socket, SHUT_RDWR);
 }
 
-Listener::Listener(const Authority* authority, std::uint16_t port, Handler handler) : mServer(makeServer(authority)) {
+Listener::Listener(const Identity* identity, std::uint16_t port, Handler handler) : mServer(makeServer(identity)) {
     mServer->new_task_queue = [] { return new httplib::ThreadPool(workers); };
     mServer->set_tcp_nodelay(true);
+    mServer->set_socket_options(refuseTakenPorts);
     mServer->set_pre_routing_handler(noLengthIsNoBody);
     mServer->set_payload_max_length(bodyLimit);
     const auto every = [this, handler](const auto& request, auto& response) { handler(*this, request, response); };
@@ -78,13 +85,13 @@ Listener::Listener(const Authority* authority, std::uint16_t port, Handler handl
     while (!mServer->is_running()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
-std::unique_ptr<httplib::Server> Listener::makeServer(const Authority* authority) {
-    if (authority == nullptr) {
+std::unique_ptr<httplib::Server> Listener::makeServer(const Identity* identity) {
+    if (identity == nullptr) {
         auto plain = std::make_unique<httplib::Server>();
         plain->set_keep_alive_max_count(1);  // leaves no idle connection that a stop would wait for
         return plain;
     }
-    auto secure = std::make_unique<httplib::SSLServer>(authority->server.get(), authority->serverKey.get());
+    auto secure = std::make_unique<httplib::SSLServer>(identity->certificate.get(), identity->key.get());
     if (!secure->is_valid()) throw std::runtime_error("the server certificate is not usable");
     mConnections.watch(secure->ssl_context());
     secure->set_keep_alive_max_count(1000);

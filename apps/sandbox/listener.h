@@ -38,8 +38,8 @@ class Listener {
 public:
     using Handler = std::function<void(Listener&, const httplib::Request&, httplib::Response&)>;
 
-    /// Over TLS with an authority's server certificate, plain without one. Throws when the port cannot be had.
-    Listener(const Authority* authority, std::uint16_t port, Handler handler);
+    /// Over TLS with an identity, plain without one. Throws when the port cannot be had.
+    Listener(const Identity* identity, std::uint16_t port, Handler handler);
     ~Listener();
     Listener(const Listener&) = delete;
     Listener& operator=(const Listener&) = delete;
@@ -51,7 +51,7 @@ public:
     static void drop(const httplib::Request& request);
 
 private:
-    std::unique_ptr<httplib::Server> makeServer(const Authority* authority);
+    std::unique_ptr<httplib::Server> makeServer(const Identity* identity);
 
     Connections mConnections;
     std::mutex mMutex;

@@ -149,7 +149,8 @@ nlohmann::json purchase(Call& call) {
     if (order.source != Source::prepaid && !call.in.contains("amount")) throw Refusal(400, "amount is missing");
     const auto& currency = machine->city->country.currency;
     order.amount = call.in.value("amount", cost > 0 ? cost : currency.smallestUnits(defaultPrice * currency.perEuro));
-    if (order.amount <= 0) throw Refusal(400, "amount must be positive");
+    if (order.amount < 1 || order.amount > mostAmount)
+        throw Refusal(400, fmt::format("amount must be 1 to {}", mostAmount));
 
     order.id = call.world.nextId();
     order.items = products;

@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <limits>
 
@@ -70,6 +71,10 @@ void checkParameters(const nlohmann::json& object, const Parameters& parameters,
         if (std::none_of(parameters.begin(), parameters.end(), known))
             throw Refusal(400, full(member.key()) + " is no parameter of this request");
     }
+}
+
+bool onlyDigits(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isdigit(c) != 0; });
 }
 
 std::int64_t numberFrom(std::string_view text) {

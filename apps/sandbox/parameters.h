@@ -23,6 +23,8 @@ using Parameters = std::vector<Parameter>;
 /// `where` stands before the name, as in "paymentCard.number".
 void checkParameters(const nlohmann::json& object, const Parameters& parameters, const std::string& where = {});
 
+bool onlyDigits(std::string_view text);
+
 /// The number that a text is, all of it; -1 when it is none.
 std::int64_t numberFrom(std::string_view text);
 

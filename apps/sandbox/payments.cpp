@@ -10,8 +10,6 @@ namespace {
 
 constexpr std::string_view declinedNumber = "4000000000000002";
 
-constexpr std::int64_t mostDeposit = 100'000'000;  // in the currency's smallest unit
-
 nlohmann::json addCard(Call& call) {
     const auto& given = call.in.at("paymentCard");
     checkParameters(given,
@@ -71,7 +69,7 @@ nlohmann::json deposit(Call& call, OrderType type, std::int64_t& balance, const 
     if (call.in.at("currency") != account.currency->code)
         throw Refusal(400, fmt::format("currency must be {}", account.currency->code));
     const auto amount = call.in.at("amount").get<std::int64_t>();
-    if (amount < 1 || amount > mostDeposit) throw Refusal(400, fmt::format("amount must be 1 to {}", mostDeposit));
+    if (amount < 1 || amount > mostAmount) throw Refusal(400, fmt::format("amount must be 1 to {}", mostAmount));
 
     Order order;
     order.id = call.world.nextId();

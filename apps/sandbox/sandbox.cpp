@@ -91,7 +91,6 @@ void cut(httplib::Response& response, std::string body, std::size_t after, const
 struct Sandbox::Parts {
     Parts(Sandbox& owner, Options options)
         : sandbox(owner),
-          authority(serverNames),
           authorityFile(options.authorityFile, authority.pem()),
           world(std::move(options)),
           service(world) {}
@@ -107,6 +106,7 @@ struct Sandbox::Parts {
 
     Sandbox& sandbox;
     Authority authority;
+    Identity identity = authority.issue(serverNames);
     AuthorityFile authorityFile;
     mutable std::mutex mutex;  // guards world and requests
     World world;
@@ -124,7 +124,7 @@ void Sandbox::Parts::listen() {
             nullptr, *world.options.issuerPort,
             [this](auto& from, const auto& request, auto& response) { serveIssuerPage(from, request, response); });
     }
-    listener.emplace(&authority, world.options.port,
+    listener.emplace(&identity, world.options.port,
                      [this](auto& from, const auto& request, auto& response) { serve(from, request, response); });
     const std::lock_guard lock(mutex);
     // Not 127.0.0.1: to the library an address that begins so is the end of a page.

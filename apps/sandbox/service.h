@@ -6,7 +6,6 @@
 
 #include <httplib.h>
 
-#include <mutex>
 #include <string>
 #include <vector>
 

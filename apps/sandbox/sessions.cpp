@@ -1,10 +1,10 @@
 #include "cards.h"
+#include "parameters.h"
 #include "service.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cctype>
 
 namespace kavio::sandbox {
 namespace {
@@ -14,8 +14,7 @@ constexpr int retryTimeoutSeconds = 30;
 
 std::string digits(const nlohmann::json& in, const char* name, std::size_t shortest, std::size_t longest) {
     auto text = in.at(name).get<std::string>();
-    const bool onlyDigits = std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isdigit(c) != 0; });
-    if (!onlyDigits || text.size() < shortest || text.size() > longest)
+    if (!onlyDigits(text) || text.size() < shortest || text.size() > longest)
         throw Refusal(400, fmt::format("{} must be {} to {} digits", name, shortest, longest));
     return text;
 }

@@ -14,6 +14,9 @@
 
 namespace kavio::sandbox {
 
+/// Of one purchase or deposit, in the currency's smallest unit.
+constexpr std::int64_t mostAmount = 100'000'000;
+
 struct StoredCard {
     std::int64_t id = 0;
     std::string locator;

@@ -43,7 +43,7 @@ protected:
         : GtkHost([] {
               static const TemporaryFolder folder;
               const auto file = folder.path() / "authority.pem";
-              std::ofstream(file) << authority().certificate();
+              std::ofstream(file) << authority().pem();
               return UrlSessionConfiguration{file, ""};
           }()) {
         renew();
@@ -78,8 +78,8 @@ protected:
     }
 
     /// One that the host trusts.
-    static const CertificateAuthority& authority() {
-        static const CertificateAuthority authority;
+    static const sandbox::Authority& authority() {
+        static const sandbox::Authority authority;
         return authority;
     }
 
@@ -182,8 +182,8 @@ TEST_F(SceneTest, NamesTheHostOfThePageThatIsThereAndNotOfOneThatIsOnItsWay) {
 TEST_F(SceneTest, ShowsNothingThatACertificateDoesNotProve) {
     present();
     for (const auto& identity :
-         {selfSigned("localhost"), authority().issue("other.example"),
-          authority().issue("localhost", std::chrono::hours(-1)), CertificateAuthority().issue("localhost")}) {
+         {sandbox::Authority::selfSigned({"localhost"}), authority().issue({"other.example"}),
+          authority().issue({"localhost"}, std::chrono::hours(-1)), sandbox::Authority().issue({"localhost"})}) {
         const RawServer secure(identity, answering(httpReply(200, "page")));
         const auto port = secure.address().substr(std::string("127.0.0.1").size());
         scene->webView()->loadUrl("https://localhost" + port, std::chrono::seconds(60));

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/certificates.h"
+#include "sandbox/authority.h"
 #include "support/raw_server.h"
 #include "support/temporary_folder.h"
 
@@ -26,14 +26,14 @@ inline const std::string host = "https://service.test";
 
 /// One authority and a server's identity for `host`, made once, and what makes a session trust and reach that.
 struct TestHost {
-    TestHost() { std::ofstream(folder.path() / "authority.pem") << authority.certificate(); }
+    TestHost() { std::ofstream(folder.path() / "authority.pem") << authority.pem(); }
     UrlSessionConfiguration reaching(const std::string& address) const {
         return {folder.path() / "authority.pem", address};
     }
 
     TemporaryFolder folder;
-    CertificateAuthority authority;
-    Identity identity = authority.issue("service.test");
+    sandbox::Authority authority;
+    sandbox::Identity identity = authority.issue({"service.test"});
 };
 
 /// The one of this program.

@@ -107,11 +107,11 @@ TEST_P(UrlSessionConformance, FollowsRedirectsOnlyOfRepeatableRequestsAndWithinT
 }
 
 TEST_P(UrlSessionConformance, RefusesAHostThatCannotProveWhoItIs) {
-    for (const auto& [identity, reason] : std::vector<std::pair<Identity, std::string>>{
-             {service().authority.issue("service.test", std::chrono::hours(-1)), "expired"},
-             {service().authority.issue("else.test"), "another host"},
-             {selfSigned("service.test"), "self-signed"},
-             {CertificateAuthority().issue("service.test"), "issuer|signature"},
+    for (const auto& [identity, reason] : std::vector<std::pair<sandbox::Identity, std::string>>{
+             {service().authority.issue({"service.test"}, std::chrono::hours(-1)), "expired"},
+             {service().authority.issue({"else.test"}), "another host"},
+             {sandbox::Authority::selfSigned({"service.test"}), "self-signed"},
+             {sandbox::Authority().issue({"service.test"}), "issuer|signature"},
          }) {
         const RawServer server(identity, answering(httpReply(200, "")));
         EXPECT_THAT(text(fetch(*session(server), get(host))),

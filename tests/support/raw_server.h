@@ -1,20 +1,15 @@
 #pragma once
 
-#include "support/certificates.h"
+#include "sandbox/authority.h"
 
-#include <netinet/in.h>
-#include <netinet/tcp.h>
 #include <openssl/ssl.h>
 #include <poll.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include <chrono>
-#include <csignal>
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -90,47 +85,14 @@ public:
     using Script = std::function<void(Connection&)>;
 
     /// `protocol` is the one that the server takes by ALPN, whatever the client offers.
-    RawServer(const Identity& identity, Script script, std::string protocol = "http/1.1")
-        : mScript(std::move(script)), mProtocol(std::move(protocol)) {
-        const auto choose = [](SSL*, const unsigned char** chosen, unsigned char* length, const unsigned char*,
-                               unsigned int, void* own) {
-            const auto& text = *static_cast<const std::string*>(own);
-            *chosen = reinterpret_cast<const unsigned char*>(text.data());
-            *length = static_cast<unsigned char>(text.size());
-            return SSL_TLSEXT_ERR_OK;
-        };
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        if (SSL_CTX_use_certificate(mContext.get(), identity.certificate.get()) != 1 ||
-            SSL_CTX_use_PrivateKey(mContext.get(), identity.key.get()) != 1 ||
-            ::bind(mListener, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-            ::listen(mListener, SOMAXCONN) != 0)
-            throw std::runtime_error("cannot start a TLS server");
-        SSL_CTX_set_alpn_select_cb(mContext.get(), choose, &mProtocol);
-        mAcceptor = std::thread([this] { acceptAll(); });
-    }
+    RawServer(const sandbox::Identity& identity, Script script, std::string protocol = "http/1.1");
     /// Cuts what is open.
-    ~RawServer() {
-        ::shutdown(mListener, SHUT_RDWR);
-        mAcceptor.join();
-        {
-            const std::lock_guard lock(mMutex);
-            for (const int socket : mSockets) ::shutdown(socket, SHUT_RDWR);
-        }
-        for (auto& thread : mThreads) thread.join();
-        ::close(mListener);
-    }
+    ~RawServer();
     RawServer(const RawServer&) = delete;
     RawServer& operator=(const RawServer&) = delete;
 
     /// "127.0.0.1:PORT"
-    std::string address() const {
-        sockaddr_in address{};
-        socklen_t length = sizeof address;
-        ::getsockname(mListener, reinterpret_cast<sockaddr*>(&address), &length);
-        return "127.0.0.1:" + std::to_string(ntohs(address.sin_port));
-    }
+    std::string address() const;
     /// The bytes inside TLS that scripts have read, a text a connection, in the order in which those came.
     std::vector<std::string> received() const {
         const std::lock_guard lock(mMutex);
@@ -143,26 +105,8 @@ public:
     }
 
 private:
-    void acceptAll() {
-        for (int socket = 0; (socket = ::accept4(mListener, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {
-            const std::lock_guard lock(mMutex);
-            mReceived.emplace_back();
-            mSockets.push_back(socket);
-            mThreads.emplace_back(&RawServer::serve, this, socket, mSockets.size() - 1);
-        }
-    }
-    void serve(int socket, std::size_t number) {
-        sigset_t signals{};
-        sigemptyset(&signals);
-        sigaddset(&signals, SIGPIPE);  // of a client that left
-        pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-        const int on = 1;
-        ::setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-        Connection connection(*this, number, socket);
-        mScript(connection);
-        const std::lock_guard lock(mMutex);
-        ::close(std::exchange(mSockets[number], -1));
-    }
+    void acceptAll();
+    void serve(int socket, std::size_t number);
 
     const Script mScript;
     std::string mProtocol;
