@@ -12,6 +12,7 @@
 #include "models/public_objects.h"
 #include "models/request_models.h"
 #include "support/fakes/fake_device.h"
+#include "tdsecure/replies.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -70,6 +71,8 @@ constexpr void (*decoders[])(const std::string&) = {
     decode<MachineByValueModel>,
     decode<PlaceOrderModel>,
     decode<JsonValue>,
+    decode<TDSAddCardResponseFactory>,
+    decode<TDSGetCardResponseFactory>,
 };
 
 }  // namespace

@@ -12,8 +12,8 @@ public:
     Card(std::string pan, std::string month, std::string year, std::string cvv, std::string email);
 
     const std::string pan;
-    const std::string month;
-    const std::string year;
+    const std::string month;  ///< such as "12"
+    const std::string year;   ///< such as "2030"
     const std::string cvv;
     const std::string email;
 

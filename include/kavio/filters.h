@@ -24,9 +24,12 @@ public:
     /// Degrees.
     const std::optional<double> latitude;
     const std::optional<double> longitude;
+    /// Of the position, such as "DE".
     const std::optional<std::string> country;
+    /// Metres.
     const std::optional<std::int64_t> radius;
     const std::optional<std::int64_t> operatorId;
+    /// Of the machine's payment device.
     const std::optional<std::string> hwSerial;
     const std::optional<std::int64_t> limit;
 
@@ -42,6 +45,7 @@ public:
                                std::optional<std::int64_t> limit = std::nullopt,
                                std::optional<Date> transactionsBefore = std::nullopt);
 
+    /// A `Machine`'s `id`, not its `kavioId`.
     const std::optional<std::int64_t> machineId;
     const std::optional<std::string> paymentMethodId;
     const std::optional<PaymentMethod::PaymentType> paymentType;

@@ -37,7 +37,8 @@ public:
     /// Stores the API key and the environment for the whole process: the last facade made wins.
     /// The delegate is held weakly; once it is gone, results are dropped.
     Kavio(std::weak_ptr<KavioDelegate> delegate, std::string apiKey, EnvironmentType environment);
-    /// Safe at any time, inside a callback and with a request in flight too. Nothing is reported afterwards.
+    /// Safe at any time, inside a callback and with a request in flight too. Nothing is reported afterwards. A card
+    /// issuer's page that is up stays: only `release` takes it down.
     ~Kavio();
     Kavio(const Kavio&) = delete;
     Kavio& operator=(const Kavio&) = delete;
@@ -46,7 +47,8 @@ public:
     std::optional<std::string> getVersion() const;
     /// Build number of the library.
     std::optional<std::string> getBuild() const;
-    /// Gives back what the facade shares with others and drops the delegate. `caller` is the facade itself.
+    /// Gives back what the facade shares with others and drops the delegate. `caller` is the facade itself. Once a
+    /// facade: each call gives back one use of the card issuer's page, and the last one takes that down.
     void release(const void* caller);
 
     /// Whether the stored session is still accepted; reports to `onCheckIsUserLogin`. `FAILURE` "Token is empty",

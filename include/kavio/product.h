@@ -29,6 +29,8 @@ public:
     const std::int64_t id;
     const std::optional<std::string> name;
     const std::optional<std::string> department;
+    /// This and the other prices in whole units of the machine's currency, 1.5 for EUR 1.50; `preapidPrice` in its
+    /// smallest unit.
     const std::optional<double> cashPrice;
     const std::optional<double> cardPrice;
     const std::optional<double> exPrepaidPrice;

@@ -32,7 +32,7 @@ public:
     KavioResult(ResultType type, std::optional<std::string> message);
 
     const ResultType type;
-    /// For people; absent on success and on `BUSY`.
+    /// For people; absent on success and on `BUSY`, and on any failure of which there is nothing to say.
     const std::optional<std::string> message;
 
     std::string debugDescription() const;

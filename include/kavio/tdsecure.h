@@ -9,8 +9,8 @@ namespace kavio {
 /// The card of a 3-D Secure enrolment. It has no debug text on purpose.
 struct TDSPaymentCard {
     std::string number;
-    std::int64_t month = 0;
-    std::int64_t year = 0;
+    std::int64_t month = 0;  ///< 1 to 12
+    std::int64_t year = 0;   ///< such as 2030
     std::int64_t securityCode = 0;
 };
 

@@ -52,7 +52,6 @@ OrderModel OrderModel::decodeOrder(const KeyedContainer& order) {
     model.currency = order.optional<std::string>("currency");
     model.userAmount = order.optional<std::int64_t>("userAmount");
     model.items = order.optional<std::vector<JsonObject>>("orderItems");
-    model.orderItems = model.items.value_or(std::vector<JsonObject>());
     model.machineName = order.optional<std::string>("externalReference");
     if (!model.machineName) {
         if (const auto id = order.optional<std::int64_t>("externalId")) model.machineName = std::to_string(*id);

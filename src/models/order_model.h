@@ -46,11 +46,11 @@ struct OrderModel {
     std::optional<std::string> externalCampaignID;
     std::optional<std::int64_t> punchesOnPunch;
     std::optional<std::int64_t> totalPunches;
-    std::vector<JsonObject> orderItems;
     Date dateCreated;
     std::int64_t endingBalance = -1;
     std::optional<LookAndFeelModel> lookAndFeel;
     std::optional<OrderMachineReviewModel> machineReview;
+    std::vector<JsonObject> orderItems() const { return items.value_or(std::vector<JsonObject>()); }
     static OrderModel decode(const KeyedContainer& in);
     /// From the inner object.
     static OrderModel decodeOrder(const KeyedContainer& order);

@@ -57,8 +57,6 @@ constexpr EnumRow<FeedbackType> feedbackTypes[] = {
 
 }  // namespace
 
-std::string_view wireText(OrderStatus status) { return textOf(orderStatuses, status); }
-
 OrderStatus orderStatus(std::string text) {
     return withText(orderStatuses, lowercased(std::move(text))).value_or(OrderStatus::unknown);
 }

@@ -37,7 +37,6 @@ enum class OrderStatus {
     unknown,
     proccessing,
 };
-std::string_view wireText(OrderStatus status);
 /// Any case of letters; `unknown` for a text that is no status.
 OrderStatus orderStatus(std::string text);
 /// The state as the application sees it.

@@ -8,7 +8,7 @@
 
 namespace kavio {
 
-/// A transport without a network, for a host's own tests: every request is answered from here, asynchronously. With an
+/// A transport without a network, for tests: every request is answered from here, asynchronously. With an
 /// `errorCode` of 0 the answer is the body `null`, a success without a payload; any other is the failure of that HTTP
 /// status, which `errorHandler` may take over.
 class KavioMockNetworkService final : public NetworkServiceProtocol {

@@ -124,7 +124,8 @@ UrlRequest KavioNetworkService::prepare(const APIRequestProtocol& request) {
         last.requestName = request.requestName();
         last.networkConfiguration.baseURL = baseURL;
     });
-    trace(traceTag, [&] { return "REQUEST[" + request.requestName() + "]: " + std::string(request.method()); });
+    trace(traceTag,
+          [&] { return SafeMessage{"REQUEST[" + request.requestName() + "]: " + std::string(request.method())}; });
     return urlRequest;
 }
 

@@ -57,7 +57,7 @@ private:
     static void finish(const std::weak_ptr<KavioNetworkService>& transport, Reply reply,
                        const RawCompletion& completion);
     using Classification = std::function<APIFailure(const Reply&)>;
-    /// `classify` says what the failure is, unless a host's error handler does.
+    /// `classify` says what the failure is, unless an error handler does.
     static void finishUnsuccessful(const std::weak_ptr<KavioNetworkService>& transport, Reply reply,
                                    const RawCompletion& completion, const Classification& classify);
     void backgroundEventsDelivered();

@@ -13,8 +13,7 @@ namespace kavio {
 using RawResult = APIResult<std::string>;
 using RawCompletion = std::function<void(RawResult)>;
 
-/// Sends requests. A completion is called exactly once, on a thread of the session's own, and never before the call has
-/// returned.
+/// Sends requests. A completion is called exactly once, on any thread, and never inside the call that takes it.
 class NetworkServiceProtocol {
 public:
     virtual ~NetworkServiceProtocol() = default;
@@ -23,7 +22,7 @@ public:
     virtual void sendInBackground(APIRequestPtr request, RawCompletion completion) = 0;
 };
 
-/// Takes over the classification of failures where a host installs one.
+/// Takes over the classification of failures where one is installed. The library installs none.
 class NetworkServiceErrorHandler {
 public:
     using Completion = std::function<void(APIError error, std::optional<std::string> message)>;

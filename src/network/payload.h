@@ -24,7 +24,7 @@ std::optional<T> decodedOrNone(std::string_view body) {
     }
 }
 
-/// The typed outcome of a request. The one place where a decoding error ends.
+/// The typed outcome of a request. Here ends the decoding error of a reply.
 template <class T>
 APIResult<T> decoded(RawResult raw) {
     if (!raw) return APIResult<T>::failed(raw.failure());
@@ -36,7 +36,7 @@ APIResult<T> decoded(RawResult raw) {
             return APIResult<T>::success(decodeDocument<T>(*raw.payload()));
         } catch (const DecodingError& error) {
             trace("KavioNetworkService",
-                  [&] { return "failed to parse a reply, error: " + std::string(error.what()); });
+                  [&] { return SafeMessage{"failed to parse a reply, error: " + std::string(error.what())}; });
             return APIResult<T>::failed({APIError::jsonConversionFailure, 400, std::nullopt, std::nullopt});
         }
     }

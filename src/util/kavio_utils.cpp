@@ -1,5 +1,6 @@
 #include "util/kavio_utils.h"
 
+#include "models/ascii_text.h"
 #include "models/date_text.h"
 #include "time/reliable_clock.h"
 #include "util/trace.h"
@@ -22,9 +23,7 @@ std::string signedUrl(std::string_view url) {
     std::string text(url);
     removeAll(text, "%E2%80%8F");
     removeAll(text, "\u00E2");
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return text;
+    return lowercased(std::move(text));
 }
 
 Digest::Sha1 sha1(std::string_view bytes) { return Platform::current().digest->sha1(bytes); }
@@ -36,7 +35,7 @@ std::string_view bytesOf(const Digest::Sha1& digest) {
 std::vector<RegularExpression::Match> allMatches(std::string_view pattern, std::string_view text) {
     auto found = Platform::current().regularExpression->matches(pattern, text);
     if (const auto* invalid = std::get_if<RegularExpression::Invalid>(&found)) {
-        trace("KavioUtils", [&] { return "invalid regex: " + invalid->description; });
+        trace("KavioUtils", [&] { return SafeMessage{"invalid regex: " + invalid->description}; });
         return {};
     }
     return std::get<std::vector<RegularExpression::Match>>(std::move(found));

@@ -16,13 +16,12 @@ bool isTraceWritten();
 /// A line on standard error, stamped with the time since the device started.
 void writeTrace(std::string_view tag, std::string_view message);
 
-/// A diagnostic line under the name of the calling class. `message` is a callable, asked only where the line goes
-/// somewhere: in a build with KAVIO_TRACE, and only when it gives a `SafeMessage`. A plain text is never written.
+/// A diagnostic line under the name of the calling class. `message` is a callable that gives a `SafeMessage`, asked
+/// only in a build with KAVIO_TRACE.
 template <class Message>
-void trace([[maybe_unused]] std::string_view tag, [[maybe_unused]] const Message& message) {
-    if constexpr (std::is_same_v<std::invoke_result_t<Message>, SafeMessage>) {
-        if (isTraceWritten()) writeTrace(tag, message().text);
-    }
+requires std::is_same_v<std::invoke_result_t<Message>, SafeMessage>
+void trace(std::string_view tag, const Message& message) {
+    if (isTraceWritten()) writeTrace(tag, message().text);
 }
 
 }  // namespace kavio

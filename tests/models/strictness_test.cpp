@@ -1,5 +1,5 @@
-// Every key of every record, with every wrong kind of value. What a row says of a key is all that the records have to
-// agree with; the engine works out the outcome, down to the text of the error.
+// Every key of every record of this folder, with every wrong kind of value. What a row says of a key is all that the
+// records have to agree with; the engine works out the outcome, down to the text of the error.
 
 #include "models/account_model.h"
 #include "models/json/decoding_error.h"

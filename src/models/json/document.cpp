@@ -18,8 +18,8 @@ struct Document::Parser {
 
 namespace {
 
-// A parser keeps its buffers, several times the size of what it parsed. Up to this much text they are worth keeping in
-// any case, larger ones for as long as they are made use of.
+// A parser keeps its buffers, several times the size of what it parsed. Those for more than this much text go when the
+// thread next parses a text that needs less than half of them.
 constexpr std::size_t keptCapacity = std::size_t{2} * 1024 * 1024;
 
 bool isOversized(std::size_t capacity, std::size_t needed) { return capacity > keptCapacity && capacity / 2 > needed; }
