@@ -10,7 +10,6 @@
 #include <sqlite3.h>
 
 #include <array>
-#include <stdexcept>
 
 namespace kavio::bench {
 namespace {

@@ -7,7 +7,6 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
-#include <iostream>
 #include <limits>
 #include <stdexcept>
 #include <tuple>

@@ -11,7 +11,6 @@
 #include <webkit/webkit.h>
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <chrono>
 #include <cstdio>

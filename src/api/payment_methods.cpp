@@ -3,7 +3,6 @@
 #include <kavio/platform/platform.h>
 
 #include <cmath>
-#include <limits>
 
 namespace kavio {
 namespace {

@@ -3,8 +3,6 @@
 #include <kavio/platform/platform.h>
 
 #include <algorithm>
-#include <cmath>
-#include <memory>
 
 namespace kavio {
 namespace {

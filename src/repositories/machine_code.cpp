@@ -4,7 +4,6 @@
 #include "util/kavio_utils.h"
 
 #include <array>
-#include <charconv>
 
 namespace kavio {
 namespace {

@@ -60,10 +60,12 @@ TEST(PlaceOrder, SendsWhatTheKindOfPaymentNeeds) {
 TEST(PlaceOrder, RefusesWhatCannotPay) {
     World world;
     world.kavio().placeOrder(1, nullptr, 150, {});
+    world.kavio().placeOrder(1, paying(PaymentType::PAYPAL), 150, {});
     world.kavio().placeOrder(1, paying(PaymentType::KAVIO), 150, ProductList{nullptr});
     const auto refused = [](const char* why) { return Report{"onPlaceOrder", ResultType::BAD_INPUT, why}; };
     EXPECT_THAT(world.reports(),
-                ElementsAre(refused("selected payment method UNKNOWN is not supported"), refused("invalid product")));
+                ElementsAre(refused("selected payment method UNKNOWN is not supported"),
+                            refused("selected payment method PAYPAL is not supported"), refused("invalid product")));
     EXPECT_THAT(world.sentInBackground(), IsEmpty());
 }
 

@@ -35,6 +35,19 @@ TEST(Machines, AreAskedForByTheFirstThatTheFilterHolds) {
     }
 }
 
+TEST(Queries, ThatCannotBeAskedAreRefusedAtOnce) {
+    World world;
+    world.kavio().getMachines(filter("abc"));
+    world.kavio().getMachines(filter({}, 1, {}, {}, {}, {}, {}, 501));
+    for (const auto* id : {"x1", ""}) world.kavio().getOrder(id);
+    EXPECT_THAT(world.reports(),
+                ElementsAre(Report{"onGetMachines", ResultType::BAD_INPUT, "{abc} is invalid machine ID or QR code"},
+                            Report{"onGetMachines", ResultType::BAD_INPUT, "invalid filter"},
+                            Report{"onGetOrder", ResultType::BAD_INPUT, "{x1} is invalid order ID"},
+                            Report{"onGetOrder", ResultType::BAD_INPUT, "{} is invalid order ID"}));
+    EXPECT_THAT(world.sent(), testing::IsEmpty());
+}
+
 TEST(Products, AreAskedForByTheMachinesUnsignedIdentifier) {
     World world;
     world.kavio().getMachineProducts(-1);

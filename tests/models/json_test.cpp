@@ -2,7 +2,6 @@
 #include "models/json/document.h"
 #include "models/json/json_value.h"
 #include "models/replies.h"
-#include "samples.h"
 
 #include <gmock/gmock.h>
 
@@ -106,11 +105,6 @@ TEST(Documents, NestedTooDeeplyAreRefused) {
     std::string objects;
     for (int i = 0; i < 1'000'000; ++i) objects += R"({"a":)";
     EXPECT_TRUE(isRefused(objects));
-}
-
-TEST(Documents, CutOffAnywhereAreRefused) {
-    for (std::size_t size = 0; size < samples::machine.size(); ++size)
-        EXPECT_TRUE(isRefused(samples::machine.substr(0, size))) << size;
 }
 
 TEST(Serialising, FailsForWhatJsonCannotHold) {

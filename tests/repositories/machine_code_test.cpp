@@ -73,14 +73,31 @@ TEST(MachineCode, StandsForALookUp) {
     for (const auto* link :
          {"?mmid=12", "?MMID=", "?MMID=-12", "?NDS=99", "", "?MMID=9223372036854775808", "?MMID=\u0661\u0662"})
         EXPECT_EQ(lookedUpAs(web + link), "nothing") << link;
-    for (const auto* text : {"9223372036854775808", "\u0661\u0662\u0663", "\uFF11\uFF12", "12 ", "12\n", "1.0", "1e2",
-                             "0x10", "+", "--1", "", "abc", "\xff"})
-        EXPECT_EQ(lookedUpAs(text), "nothing") << "for \"" << text << "\"";
-    for (const auto* text :
-         {"Kavio://m", " kavio://m", "kavio:/m", "HTTPS://QR.kavio.example/x", "http://qr.kavio.example/x",
-          "https://nfc.kavio.exampl", "VPOS TERMINAL Kavio ID:77 Serial Num: 123", "VPOS TERMINAL kavio id: 77",
-          "VPOS TERMINAL Serial Num: 123", "VPOS TERMINAL Kavio ID: 99999999999999999999", "VPOS TERMINAL",
-          "vpos terminal Kavio ID: 77"})
+    for (const auto* text : {"9223372036854775808",
+                             "\u0661\u0662\u0663",
+                             "\uFF11\uFF12",
+                             "12 ",
+                             "12\n",
+                             "1.0",
+                             "1e2",
+                             "0x10",
+                             "+",
+                             "--1",
+                             "",
+                             "abc",
+                             "\xff",
+                             "Kavio://m",
+                             " kavio://m",
+                             "kavio:/m",
+                             "HTTPS://QR.kavio.example/x",
+                             "http://qr.kavio.example/x",
+                             "https://nfc.kavio.exampl",
+                             "VPOS TERMINAL Kavio ID:77 Serial Num: 123",
+                             "VPOS TERMINAL kavio id: 77",
+                             "VPOS TERMINAL Serial Num: 123",
+                             "VPOS TERMINAL Kavio ID: 99999999999999999999",
+                             "VPOS TERMINAL",
+                             "vpos terminal Kavio ID: 77"})
         EXPECT_EQ(lookedUpAs(text), "nothing") << "for \"" << text << "\"";
     EXPECT_EQ(lookedUpAs(std::string("12\0", 3)), "nothing");
 }
