@@ -2,6 +2,9 @@
 // service is another process and does not count.
 
 #include "exchanges.h"
+#include "models/json/document.h"
+#include "models/machine_model.h"
+#include "models/public_objects.h"
 #include "network/kavio_network_service.h"
 
 #include <benchmark/benchmark.h>
@@ -19,6 +22,17 @@ void bareCall(benchmark::State& state, const Setup& setup) {
     Exchange exchange(setup, KavioNetworkService::shared()->prepare(*machineRequest()));
     if (exchange.run() != 200) state.SkipWithError("The service refused the request.");
     for (auto _ : state) exchange.run();
+}
+
+/// What no library around libcurl can do without: each request is signed, each reply decoded. No thread, no session.
+void signedBareCall(benchmark::State& state, const Setup& setup) {
+    BareExchange exchange(setup, KavioNetworkService::shared()->prepare(*machineRequest()));
+    if (exchange.run() != 200) state.SkipWithError("The service refused the request.");
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(KavioNetworkService::shared()->prepare(*machineRequest()));
+        exchange.run();
+        benchmark::DoNotOptimize(decodeDocument<PublicList<MachineModel>>(exchange.body()));
+    }
 }
 
 /// `make` gives what is to do its first exchange.
@@ -60,6 +74,7 @@ void registerCalls(const Setup& setup) {
     add("wholeCall", 10, wholeCall);
     add("sessionCall", 10, [setup](auto& state) { sessionCall(state, setup); });
     add("bareCall", 10, [setup](auto& state) { bareCall<BareExchange>(state, setup); });
+    add("signedBareCall", 10, [setup](auto& state) { signedBareCall(state, setup); });
     add("threadedBareCall", 10, [setup](auto& state) { bareCall<ThreadedBareExchange>(state, setup); });
     add("firstCallOfSession", 1, [=](auto& state) {
         firstCall(

@@ -79,6 +79,7 @@ void addCalls(Table& table, const BestRuns& best, const Setup& setup) {
                 0.5);
     table.ratio("whole call on a reused connection, over bare libcurl", best["wholeCall"], best["bareCall"],
                 Aim::atMost, 1.15);
+    table.alone("the same on bare libcurl with our signing and decoding", duration(best["signedBareCall"]));
     table.alone("the same on bare libcurl on a network thread", duration(best["threadedBareCall"]));
     table.alone("the same on the library's session alone", duration(best["sessionCall"]));
     constexpr double limit = 3e6;
