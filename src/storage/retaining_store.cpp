@@ -3,8 +3,12 @@
 namespace kavio {
 
 std::vector<std::optional<StoredValue>> RetainingStore::values(std::initializer_list<std::string_view> keys) const {
-    const auto kept = unwritten();  // first: what is written meanwhile is then found in the suite
+    auto kept = unwritten();
     auto found = mSuite->values(keys);
+    for (auto now = unwritten(); now != kept; now = unwritten()) {  // of one moment, not of two
+        kept = std::move(now);
+        found = mSuite->values(keys);
+    }
     auto value = found.begin();
     for (const auto key : keys) {
         if (const auto unwritten = kept.find(key); unwritten != kept.end()) *value = unwritten->second;
@@ -14,22 +18,30 @@ std::vector<std::optional<StoredValue>> RetainingStore::values(std::initializer_
 }
 
 bool RetainingStore::write(const StoreChanges& changes) {
-    const std::lock_guard oneAtATime(mWriting);
-    keep(changes);
-    const auto all = unwritten();
-    if (!mSuite->write(all)) return false;
-    const std::lock_guard lock(mMutex);
-    // But not what the host, told of a damaged file meanwhile, has failed to write.
-    std::erase_if(mUnwritten, [&](const auto& change) {
-        const auto written = all.find(change.first);
-        return written != all.end() && written->second == change.second;
-    });
-    return true;
+    begin(changes);
+    auto all = unwritten();
+    const bool isWritten = mSuite->write(all);
+    for (bool goesOn = isWritten; !end(all, goesOn); goesOn = mSuite->write(all)) all = unwritten();
+    return isWritten;
 }
 
-void RetainingStore::keep(const StoreChanges& changes) {
+void RetainingStore::begin(const StoreChanges& changes) {
     const std::lock_guard lock(mMutex);
+    ++mWriters;
     for (const auto& [key, value] : changes) mUnwritten.insert_or_assign(key, value);
+}
+
+bool RetainingStore::end(const StoreChanges& all, bool isWritten) {
+    const std::lock_guard lock(mMutex);
+    if (isWritten && mWriters == 1) {
+        std::erase_if(mUnwritten, [&](const auto& change) {
+            const auto written = all.find(change.first);
+            return written != all.end() && written->second == change.second;
+        });
+        if (!mUnwritten.empty()) return false;
+    }
+    --mWriters;
+    return true;
 }
 
 StoreChanges RetainingStore::unwritten() const {

@@ -22,15 +22,16 @@ public:
     bool write(const StoreChanges& changes) override;
 
 private:
-    void keep(const StoreChanges& changes);
+    void begin(const StoreChanges& changes);
+    /// Whether the writer is done. Of several at once the last one forgets what is written, and writes again what
+    /// another has changed meanwhile: a write that took along an old value may have put that over a newer one.
+    bool end(const StoreChanges& all, bool isWritten);
     StoreChanges unwritten() const;
 
     const std::shared_ptr<KeyValueStore> mSuite;
-    // Held over a whole write: one that takes along what is unwritten must not put that over a later write's value. The
-    // suite may report to the host, which may write in turn.
-    std::recursive_mutex mWriting;
-    mutable std::mutex mMutex;  // never held while the suite is called
-    StoreChanges mUnwritten;    // guarded by mMutex
+    mutable std::mutex mMutex;  // never held while the suite is called, which may report to the host
+    StoreChanges mUnwritten;    // guarded by mMutex, as is the number of writes under way
+    int mWriters = 0;
 };
 
 }  // namespace kavio

@@ -1,5 +1,6 @@
 #include "storage/kavio_user_defaults.h"
 
+#include "storage/retaining_store.h"
 #include "support/world.h"
 #include "util/shared_instance.h"
 
@@ -60,6 +61,30 @@ TEST_F(UserDefaults, CountInThisProcessWhenTheyCannotBeWritten) {
     EXPECT_EQ(suite->date("server_expired_time"), std::nullopt);
     suite->set("api_key", std::string("of another process"));
     EXPECT_EQ(defaults->defualt->string("api_key"), "of another process");
+}
+
+/// A suite in which something else happens just before a write takes effect.
+struct InterruptedSuite final : KeyValueStore {
+    std::optional<StoredValue> value(std::string_view key) const override { return values.value(key); }
+    bool write(const StoreChanges& changes) override {
+        if (const auto now = std::exchange(before, nullptr)) now();
+        return !refuses && values.write(changes);
+    }
+    std::function<void()> before;
+    bool refuses = false;
+    MemoryStore values;
+};
+
+TEST(RetainingStores, PutNoOldValueOverANewerOne) {
+    const auto suite = std::make_shared<InterruptedSuite>();
+    RetainingStore store(suite);
+    suite->refuses = true;
+    store.set("token", std::string("old"));
+    suite->refuses = false;
+    suite->before = [&] { store.set("token", std::string("new")); };
+    EXPECT_TRUE(store.set("key", std::string("k"))) << "takes the old token along";
+    EXPECT_EQ(suite->string("token"), "new");
+    EXPECT_EQ(suite->string("key"), "k");
 }
 
 }  // namespace
