@@ -43,10 +43,11 @@ std::optional<std::string> Kavio::getVersion() const { return Auxiliary::version
 std::optional<std::string> Kavio::getBuild() const { return Auxiliary::build(); }
 
 void Kavio::release(const void* caller) {
-    mState->release(caller == this ? mState.get() : caller);
-    mState->mTDSecSceneController->release(mState.get());
-    mState->mIsBusy = false;
-    mState->mDelegate.reset();
+    const auto state = mState;  // a window that closes may make the host destroy the facade
+    state->release(caller == this ? state.get() : caller);
+    state->mTDSecSceneController->release(state.get());
+    state->mIsBusy = false;
+    state->mDelegate.reset();
 }
 
 ResultType Kavio::State::resultType(std::int64_t status) {

@@ -55,6 +55,7 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     void showNextChallenge(const std::string& url);
     void tdSecureWindowClosed();
     bool presentPage(TDSFlowType flow, const std::string& content);
+    void closePage();
     void finishEnrolment(ResultType type, std::optional<std::string> message);
     void attachToScene();
 
@@ -71,8 +72,7 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
         };
     }
 
-    /// As `handled`, but nothing happens either once `release` has ended the operation: no page may come up then, and
-    /// the one of another facade stays.
+    /// As `handled`, but nothing happens either once `release` has ended the operation: no page may come up then.
     template <class P>
     Completion<P> whileBusy(void (State::*handler)(APIResult<P>)) {
         return [weak = weak_from_this(), handler](APIResult<P> reply) {
@@ -127,6 +127,7 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     std::optional<std::string> mLastChallenge;
     std::optional<TDSPaymentCard> mLastPaymentCard;
     TDSFlowType mLastFlow = TDSFlowType::UNKNOWN;
+    std::weak_ptr<TDSecureScene> mPage;  // the last one that this facade showed something on
     std::int64_t mPollingCounter = 0;
     bool mIsBusy = false;
     bool mReceivedTDSRedirect = true;

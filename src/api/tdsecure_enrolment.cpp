@@ -119,24 +119,27 @@ void Kavio::State::tdSecureFinished(const TDSecureSceneController& controller) {
     mReceivedTDSRedirect = true;
     TDSGetCard body{.flow = mLastFlow, .card = *mLastPaymentCard};
     readRedirect(*controller.mRedirectedUrl, body);
-    mPaymentMethodRepo->getCardTDSecure(std::move(body), whileBusy(&State::getCardResponse));
+    mPaymentMethodRepo->getCardTDSecure(std::move(body), handled(&State::getCardResponse));
 }
 
 void Kavio::State::getCardResponse(APIResult<TDSGetCardResponseFactory> reply) {
     const auto payload = reply ? reply.payload() : std::nullopt;
-    if (payload) {
-        if (const auto* challenge = std::get_if<TDSGetCardChallengeResponse>(&payload->reply)) {
-            return showNextChallenge(challenge->url);
-        }
-    }
+    const auto* challenge = payload ? std::get_if<TDSGetCardChallengeResponse>(&payload->reply) : nullptr;
+    if (challenge && mIsBusy) return showNextChallenge(challenge->url);  // once released, nobody waits for that
     mIsBusy = false;
-    mTDSecSceneController->close(true);
+    closePage();
     if (!reply) return fail(&KavioDelegate::onAddCreditCard, reply.failure());
     if (payload && std::holds_alternative<TDSGetCardLocatorResponse>(payload->reply)) {
-        return finishEnrolment(ResultType::SUCCESS, std::nullopt);
+        return succeed(&KavioDelegate::onAddCreditCard, nullptr);
     }
     const auto* error = payload ? std::get_if<TDSGetCardErrorResponse>(&payload->reply) : nullptr;
-    finishEnrolment(ResultType::SERVER_ERROR, error ? "error: " + error->message : cannotParse);
+    fail(&KavioDelegate::onAddCreditCard, ResultType::SERVER_ERROR, error ? "error: " + error->message : cannotParse);
+}
+
+// Not one that another facade has brought up since.
+void Kavio::State::closePage() {
+    const auto page = mPage.lock();
+    if (page && page == mTDSecSceneController->scene()) mTDSecSceneController->endPage();
 }
 
 void Kavio::State::showNextChallenge(const std::string& url) {
@@ -163,6 +166,7 @@ bool Kavio::State::presentPage(TDSFlowType flow, const std::string& content) {
     mTDSecSceneController->mFlow = flow;
     const auto scene = mTDSecSceneController->createScene(storyboard);
     if (!scene) return false;
+    mPage = scene;
     mReceivedTDSRedirect = false;
     scene->delegate = mTDSecSceneController;
     scene->presentOn(*topMost, true);

@@ -66,7 +66,9 @@ void TDSecureSceneController::onRedirect(const std::optional<std::string>& url) 
     tdSecureFinished->invokeAll();
 }
 
-void TDSecureSceneController::onCloseClicked() {
+void TDSecureSceneController::onCloseClicked() { endPage(); }
+
+void TDSecureSceneController::endPage() {
     close(true);
     tdSecureWindowClosed->invokeAll();
 }

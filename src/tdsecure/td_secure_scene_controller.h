@@ -22,7 +22,7 @@ public:
 
     /// A page has sent the web view to the loopback address, which is `mRedirectedUrl`.
     std::shared_ptr<SceneEvent> tdSecureFinished;
-    /// The person has closed the screen, which is gone already.
+    /// The person has closed the screen, or the end of an enrolment has. It is gone already.
     std::shared_ptr<SceneEvent> tdSecureWindowClosed;
     /// What the scene loads once its view has loaded: a page's address or, for a fingerprint, an HTML document.
     std::string mUrl;
@@ -31,6 +31,8 @@ public:
     std::optional<std::string> mRedirectedUrl;
 
     void loadContent();
+    /// Closes the screen; whoever still waits for a page hears of that.
+    void endPage();
 
     /// Gives back the use of `owner`, with what it attached to both events. With the last use the scene goes away too.
     void release(const void* owner) override;

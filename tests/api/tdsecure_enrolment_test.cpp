@@ -235,6 +235,21 @@ TEST(TDSecureEnrolment, LeavesThePageOfAnotherFacadeAlone) {
     }
 }
 
+TEST(TDSecureEnrolment, ClosesItsOwnPageAndNoOther) {
+    Enrolment enrolment;
+    const auto delegate = std::make_shared<RecordingDelegate>();
+    Kavio other(delegate, "key", Kavio::EnvironmentType::TEST);
+    for (const auto& step : words("call; challenge")) enrolment.play(step);
+    other.addCreditCardTDSecure(card, {});
+    for (const auto& step : words("redirect; close; challenge")) enrolment.play(step);
+    EXPECT_THAT(enrolment.play("locator"), ElementsAre("SUCCESS -"));
+    EXPECT_THAT(enrolment.play("close"), ElementsAre("dismiss animated"));
+    EXPECT_THAT(delegate->reports, ElementsAre(Report{"onAddCreditCard", ResultType::FAILURE, "canceled by user"}));
+
+    for (const auto& step : words("call; challenge; redirect; release")) enrolment.play(step);
+    EXPECT_THAT(enrolment.play("locator"), ElementsAre("dismiss animated"));
+}
+
 TEST(TDSecureEnrolment, SharesTheSceneThatAnotherFacadeHasUp) {
     Enrolment enrolment;
     const auto delegate = std::make_shared<RecordingDelegate>();

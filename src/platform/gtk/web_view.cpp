@@ -145,7 +145,9 @@ void GtkWebView::setHidden(bool hidden) {
 }
 
 void GtkWebView::loadHtml(const std::string& document) {
-    begin([this, document] { webkit_web_view_load_html(mView.get(), document.c_str(), nullptr); });
+    auto text = document;
+    std::erase(text, '\0');  // HTML ignores it, but here it would end the document
+    begin([this, text] { webkit_web_view_load_html(mView.get(), text.c_str(), nullptr); });
 }
 
 void GtkWebView::loadUrl(const std::string& url, std::chrono::seconds timeout) {
