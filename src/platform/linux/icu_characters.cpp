@@ -31,7 +31,9 @@ public:
         return end == icu::BreakIterator::DONE ? text : text.substr(0, static_cast<std::size_t>(end));
     }
 
-    std::string wellFormed(std::string_view text) const override { return fromIcu(toIcu(text)); }
+    std::string wellFormed(std::string_view text) const override {
+        return isPlain(text) ? std::string(text) : fromIcu(toIcu(text));
+    }
 
 private:
     static std::unique_ptr<icu::BreakIterator> makeBoundaries() {
