@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdlib>
 #include <iostream>
 #include <vector>
@@ -20,7 +21,7 @@ namespace {
 constexpr auto about = "Pay at unattended vending points from the terminal.";
 
 constexpr auto exitStatuses =
-    "Exit status: 0 done, 1 failed, 2 wrong use, 3 not logged in, 4 no network, 5 took too long, 6 refused input,\n"
+    "Exit status: 0 done, 1 failed, 2 wrong use, 3 not logged in, 4 no reply, 5 took too long, 6 refused input,\n"
     "7 the service failed.\n"
     "Log in first: kavio-wallet login 49 151234567 --country DE\n"
     "`kavio-wallet COMMAND --help` explains a command.";
@@ -70,7 +71,7 @@ void openStandardDescriptors() {
     }
 }
 
-/// What could not be written was not done.
+/// The work is done, but whoever is to read of it must know that this is not all.
 int succeed() {
     if (isOutputComplete()) return static_cast<int>(ExitStatus::OK);
     return complain(ExitStatus::FAILED, "Standard output took no more: not all is shown.");
@@ -125,6 +126,7 @@ int run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     kavio::wallet::openStandardDescriptors();
+    std::signal(SIGPIPE, SIG_IGN);  // a reader that leaves must not end the program in the middle of an order
     std::ios::sync_with_stdio(false);
     try {
         return kavio::wallet::run(argc, argv);

@@ -46,7 +46,7 @@ TEST_F(WalletCommands, LogInWithTheCodeThatIsAskedFor) {
 TEST_F(WalletCommands, SayWhyTheyFailed) {
     logIn();
     for (const auto& [fault, status, sentence] : std::vector<std::tuple<sandbox::Fault, int, const char*>>{
-             {{.drop = true, .times = -1}, 4, "gave no reply"},
+             {{.drop = true, .times = -1}, 4, "no usable reply"},
              {{.status = 500}, 7, "The service has a problem"},
              {{.status = 400}, 6, "refused"},
          }) {
@@ -102,7 +102,7 @@ TEST_F(WalletCommands, BuyAndShowWhatWasBought) {
     EXPECT_THAT(bought.output, AllOf(HasSubstr(": created\n"), HasSubstr(": completed\n"),
                                      HasSubstr("Paid 1.50 EUR at "), HasSubstr("New balance: ")));
     EXPECT_THAT(run("buy --product 11:2 --product 12 " + coffee).output, HasSubstr("Paid 5.20 EUR"));
-    EXPECT_THAT(run("products " + coffee).output, AllOf(HasSubstr("Espresso"), HasSubstr("1.50")));
+    EXPECT_THAT(run("products " + coffee).output, AllOf(HasSubstr("Espresso"), HasSubstr("1.50 EUR")));
     EXPECT_THAT(run("transactions").output, AllOf(HasSubstr("1.50 EUR"), HasSubstr("5.20 EUR")));
     const auto id = json("transactions").at("transactions").at(0).at("id").get<std::string>();
     EXPECT_THAT(run("order " + id).output, HasSubstr(id));

@@ -37,11 +37,17 @@ Wanted wantedFrom(const std::string& text) {
     throw CLI::ValidationError("--product", "'" + text + "' is not CODE or CODE:QUANTITY");
 }
 
-/// A credit card tells no currency: it pays in the machine's, which is its country's as far as that is known.
+/// A credit card tells no currency: it pays in the machine's, which is its country's.
 Currency currencyFor(const PaymentMethod& method, const Machine& machine, const WalletMethods& methods) {
     if (const auto* const card = dynamic_cast<const DepositCard*>(&method)) return currencyOf(*card);
     const auto currency = currencyOfCountry(machine.country.value_or(""));
-    return currency ? *currency : currencyOf(*methods.wallet());
+    if (!currency) {
+        throw Failure(ExitStatus::REFUSED, fmt::format("It is not known in which currency {} is paid with a card: "
+                                                       "pay with the wallet.",
+                                                       titleOf(machine)));
+    }
+    const auto wallet = currencyOf(*methods.wallet());
+    return currency->code == wallet.code ? wallet : *currency;  // what the service says of its own counts
 }
 
 /// What the wanted products cost together, in the smallest unit of `currency`.
@@ -138,6 +144,10 @@ OrderReport place(Session& session, const Session::Operation& operation) {
         if (last) session.say(fmt::format("Order {}: {}", printable(last->id), words(name(last->status))));
     });
     if (!failure) return last;
+    if (!last && failure->status == ExitStatus::NO_NETWORK)
+        throw Failure(failure->status, std::string{failure->what()} +
+                                           " The order may have been placed: look at `kavio-wallet transactions` "
+                                           "before you try again.");
     if (!last) throw *failure;
     // It was placed, but is not at its end: the user must not pay twice.
     throw Failure(failure->status, fmt::format("The order takes longer than orders are followed: look at `kavio-wallet "

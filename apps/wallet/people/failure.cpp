@@ -25,7 +25,7 @@ bool isConnectionFailure(const KavioResult& result) {
 
 Failure failureOf(const KavioResult& result) {
     const auto& message = result.message;
-    if (isConnectionFailure(result)) return {ExitStatus::NO_NETWORK, sentence("The service gave no reply", message)};
+    if (isConnectionFailure(result)) return {ExitStatus::NO_NETWORK, sentence("There was no usable reply", message)};
     switch (result.type) {
         case ResultType::ACCESS_DENIED:
         case ResultType::NOT_LOGGED_IN:

@@ -63,10 +63,12 @@ void listProducts(Session& session, const std::string& code) {
     const auto machine = machineNamed(session, code);
     const auto products =
         session.list<Products>("Asking for its products", [&](Kavio& kavio) { kavio.getMachineProducts(machine->id); });
+    const auto currency = currencyOfCountry(machine->country.value_or(""));
     Table table{{{"CODE", NUMBER}, {"NAME"}, {"DEPARTMENT"}, {"PRICE", NUMBER}, {"NOTE"}}};
     for (const auto& product : products) {
         table.add({product->codeInMap ? fmt::to_string(*product->codeInMap) : "", product->name.value_or(""),
-                   product->department.value_or(""), priceText(*product), product->vendOut ? "sold out" : ""});
+                   product->department.value_or(""), priceText(*product, currency),
+                   product->vendOut ? "sold out" : ""});
     }
     session.show(table, fmt::format("{} lists no products.", titleOf(*machine)));
 }

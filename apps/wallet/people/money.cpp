@@ -11,6 +11,7 @@
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include <map>
 
 namespace kavio::wallet {
 
@@ -24,6 +25,13 @@ std::size_t sensible(std::int64_t digits) {
 }  // namespace
 
 Currency currencyNamed(const std::string& code) {
+    // ICU knows what people count with, which leaves out coins that are no longer used; services count in the unit that
+    // ISO 4217 names.
+    static const std::map<std::string, std::int64_t> others{
+        {"AFN", 2}, {"ALL", 2}, {"IQD", 3}, {"IRR", 2}, {"KPW", 2}, {"LAK", 2}, {"LBP", 2},
+        {"MGA", 2}, {"MMK", 2}, {"RSD", 2}, {"SOS", 2}, {"SYP", 2}, {"YER", 2},
+    };
+    if (const auto other = others.find(code); other != others.end()) return {code, other->second};
     auto problem = U_ZERO_ERROR;
     auto wide = icu::UnicodeString::fromUTF8(code);
     const auto digits = code.size() == 3 ? ucurr_getDefaultFractionDigits(wide.getTerminatedBuffer(), &problem) : 2;

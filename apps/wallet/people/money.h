@@ -13,7 +13,7 @@ struct Currency {
     std::int64_t digits;
 };
 
-/// By its ISO code; one that is not known has two digits.
+/// By its ISO code, with the digits of ISO 4217; one that is not known has two.
 Currency currencyNamed(const std::string& code);
 /// Of a country by its ISO code; absent for one that is not known.
 std::optional<Currency> currencyOfCountry(const std::string& country);

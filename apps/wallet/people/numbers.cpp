@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
@@ -33,7 +34,10 @@ CLI::Validator wholeNumber() {
 
 CLI::Validator coordinate() {
     return {[](const std::string& text) {
-                const auto number = numberFrom<double>(text);
+                // As maps write it: "52.5219, +13.4132".
+                const auto begin = std::min(text.find_first_not_of(' '), text.size());
+                const auto number =
+                    numberFrom<double>(text.substr(text.substr(begin).starts_with('+') ? begin + 1 : begin));
                 return number && std::isfinite(*number) ? std::string{} : fmt::format("'{}' is no coordinate", text);
             },
             ""};

@@ -11,9 +11,11 @@ std::optional<double> priceOf(const Product& product) {
     return std::nullopt;
 }
 
-std::string priceText(const Product& product) {
+std::string priceText(const Product& product, const std::optional<Currency>& currency) {
     const auto price = priceOf(product);
-    return price ? fmt::format("{:.2f}", *price) : std::string{};
+    if (!price) return {};
+    return currency ? fmt::format("{:.{}f} {}", *price, static_cast<int>(currency->digits), currency->code)
+                    : fmt::format("{:.2f}", *price);
 }
 
 }  // namespace kavio::wallet

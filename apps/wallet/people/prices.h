@@ -1,5 +1,7 @@
 #pragma once
 
+#include "people/money.h"
+
 #include <kavio/product.h>
 
 #include <optional>
@@ -10,7 +12,7 @@ namespace kavio::wallet {
 /// What paying for it without cash costs, in whole units of the machine's currency; absent when no price is known.
 std::optional<double> priceOf(const Product& product);
 
-/// Empty when no price is known. A product does not tell its currency.
-std::string priceText(const Product& product);
+/// Such as "1.50 EUR"; empty when no price is known. A product does not tell its currency, its machine's country does.
+std::string priceText(const Product& product, const std::optional<Currency>& currency);
 
 }  // namespace kavio::wallet

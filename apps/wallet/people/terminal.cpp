@@ -1,6 +1,7 @@
 #include "terminal.h"
 
 #include "jsonl/line_reader.h"
+#include "output.h"
 
 #include <fmt/format.h>
 #include <sys/ioctl.h>
@@ -40,7 +41,7 @@ public:
         if (!mIsSilent) return;
         tcsetattr(STDIN_FILENO, TCSAFLUSH, &terminalBefore);
         for (const int signal : ending) std::signal(signal, SIG_DFL);
-        fmt::print(stderr, "\n");  // the one that the user typed did not show
+        writeText(stderr, "\n");  // the one that the user typed did not show
     }
     Silence(const Silence&) = delete;
     Silence& operator=(const Silence&) = delete;
@@ -73,7 +74,7 @@ std::optional<std::string> readLine(std::string_view prompt, Echo echo) {
     if (!isInputTerminal()) return nextLine();
     std::optional<Silence> silence;
     if (echo == Echo::OFF) silence.emplace();  // before the prompt: what follows that may be secret
-    fmt::print(stderr, "{}: ", prompt);
+    writeText(stderr, fmt::format("{}: ", prompt));
     return nextLine();
 }
 
@@ -95,13 +96,13 @@ Progress::~Progress() { clear(); }
 void Progress::show() {
     if (!mIsVisible) return;
     const auto elapsed = std::chrono::floor<std::chrono::seconds>(std::chrono::steady_clock::now() - mBegin);
-    fmt::print(stderr, "\r\033[K{}…", mText);
-    if (elapsed.count() >= 2) fmt::print(stderr, " {} s", elapsed.count());
+    const auto time = elapsed.count() >= 2 ? fmt::format(" {} s", elapsed.count()) : std::string{};
+    writeText(stderr, fmt::format("\r\033[K{}…{}", mText, time));
     mIsShown = true;
 }
 
 void Progress::clear() {
-    if (mIsShown) fmt::print(stderr, "\r\033[K");
+    if (mIsShown) writeText(stderr, "\r\033[K");
     mIsShown = false;
 }
 
