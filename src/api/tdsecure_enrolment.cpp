@@ -146,6 +146,7 @@ void Kavio::State::showNextChallenge(const std::string& url) {
     mLastFlow = TDSFlowType::CHALLENGE;
     if (const auto scene = mTDSecSceneController->scene()) {
         mReceivedTDSRedirect = false;
+        mPage = scene;
         return scene->load(url, false);
     }
     if (!presentPage(TDSFlowType::CHALLENGE, url)) finishEnrolment(ResultType::FAILURE, cannotStartPage);

@@ -1,5 +1,7 @@
 #include "storage/retaining_store.h"
 
+#include <utility>
+
 namespace kavio {
 
 std::vector<std::optional<StoredValue>> RetainingStore::values(std::initializer_list<std::string_view> keys) const {
@@ -19,26 +21,23 @@ std::vector<std::optional<StoredValue>> RetainingStore::values(std::initializer_
 
 bool RetainingStore::write(const StoreChanges& changes) {
     begin(changes);
-    auto all = unwritten();
-    const bool isWritten = mSuite->write(all);
-    for (bool goesOn = isWritten; !end(all, goesOn); goesOn = mSuite->write(all)) all = unwritten();
+    bool isWritten = mSuite->write(unwritten());
+    while (!end(isWritten)) isWritten = mSuite->write(unwritten());
     return isWritten;
 }
 
 void RetainingStore::begin(const StoreChanges& changes) {
     const std::lock_guard lock(mMutex);
+    mHaveOverlapped |= mWriters > 0;
     ++mWriters;
     for (const auto& [key, value] : changes) mUnwritten.insert_or_assign(key, value);
 }
 
-bool RetainingStore::end(const StoreChanges& all, bool isWritten) {
+bool RetainingStore::end(bool isWritten) {
     const std::lock_guard lock(mMutex);
-    if (isWritten && mWriters == 1) {
-        std::erase_if(mUnwritten, [&](const auto& change) {
-            const auto written = all.find(change.first);
-            return written != all.end() && written->second == change.second;
-        });
-        if (!mUnwritten.empty()) return false;
+    if (mWriters == 1) {
+        if (std::exchange(mHaveOverlapped, false)) return false;
+        if (isWritten) mUnwritten.clear();
     }
     --mWriters;
     return true;

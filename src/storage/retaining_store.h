@@ -23,15 +23,17 @@ public:
 
 private:
     void begin(const StoreChanges& changes);
-    /// Whether the writer is done. Of several at once the last one forgets what is written, and writes again what
-    /// another has changed meanwhile: a write that took along an old value may have put that over a newer one.
-    bool end(const StoreChanges& all, bool isWritten);
+    /// Whether the writer is done. Of several at once nobody knows whose values the suite has in the end, for each took
+    /// along what the others had not written yet: the last one writes once more.
+    bool end(bool isWritten);
     StoreChanges unwritten() const;
 
     const std::shared_ptr<KeyValueStore> mSuite;
     mutable std::mutex mMutex;  // never held while the suite is called, which may report to the host
-    StoreChanges mUnwritten;    // guarded by mMutex, as is the number of writes under way
-    int mWriters = 0;
+    // Guarded by mMutex:
+    StoreChanges mUnwritten;
+    int mWriters = 0;  // under way
+    bool mHaveOverlapped = false;
 };
 
 }  // namespace kavio

@@ -85,6 +85,8 @@ TEST(RetainingStores, PutNoOldValueOverANewerOne) {
     EXPECT_TRUE(store.set("key", std::string("k"))) << "takes the old token along";
     EXPECT_EQ(suite->string("token"), "new");
     EXPECT_EQ(suite->string("key"), "k");
+    suite->set("token", std::string("of another process"));
+    EXPECT_EQ(store.string("token"), "of another process") << "nothing is left to write";
 }
 
 }  // namespace
