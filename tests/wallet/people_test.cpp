@@ -190,6 +190,13 @@ TEST_F(WalletOptions, WorkWithStandardChannelsThatAreClosedOrFull) {
     for (const auto& word : options("")) command += " '" + word + "'";
     EXPECT_EQ(endOf(std::system((command + " --jsonl <&-").c_str())), 0);
     EXPECT_EQ(endOf(std::system((command + " --help >/dev/full 2>&1").c_str())), 1);
+
+    logIn();
+    const TemporaryFolder folder;
+    const auto status = folder.path() / "status";
+    command = "(" + command + " buy --amount 1 " + coffee + "; echo $? >" + status.string() + ") 2>/dev/null | true";
+    EXPECT_EQ(std::system(command.c_str()), 0);
+    EXPECT_EQ(contents(status), "1\n") << "followed to its end, although nobody reads of that";
 }
 
 TEST_F(WalletOptions, EndWithStatusTwoAndOneLineWhenTheyAreWrong) {

@@ -131,20 +131,27 @@ Ending endingOf(const OrderReport& order, const Machine& machine) {
                                             printable(order->id))};
 }
 
+/// Whether the purchase may have reached the machine although the reply says nothing of an order.
+bool mayBePlaced(const KavioResult& result, ExitStatus status) {
+    return !result.message || status == ExitStatus::NO_NETWORK || status == ExitStatus::SERVICE_FAILED;
+}
+
 /// Follows the order to its end; throws `Failure` when none was placed, or when it took too long.
 OrderReport place(Session& session, const Session::Operation& operation) {
     OrderReport last;
     std::optional<Failure> failure;
+    bool isUncertain = false;
     session.follow("Waiting for the machine", operation, [&](const Report& report) {
         if (report.result->type != ResultType::SUCCESS) {
             failure = failureOf(*report.result);
+            isUncertain = mayBePlaced(*report.result, failure->status);
             return;
         }
         last = std::get<OrderReport>(report.payload);
         if (last) session.say(fmt::format("Order {}: {}", printable(last->id), words(name(last->status))));
     });
     if (!failure) return last;
-    if (!last && failure->status == ExitStatus::NO_NETWORK)
+    if (!last && isUncertain)
         throw Failure(failure->status, std::string{failure->what()} +
                                            " The order may have been placed: look at `kavio-wallet transactions` "
                                            "before you try again.");

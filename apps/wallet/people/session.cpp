@@ -56,7 +56,7 @@ void Session::take(const Report& report) {
         *mProbe = report.result;
         return;
     }
-    if (mIsJson) writeLine(eventOf(report, "main"));
+    if (mIsJson) writeText(stdout, lineOf(eventOf(report, "main")) + '\n');
     mReports.push_back(report);
 }
 
