@@ -68,7 +68,7 @@ Identity newServer(const std::vector<std::string>& names, std::chrono::seconds v
     std::string alternatives;
     for (const auto& name : names)
         alternatives += fmt::format("{}{}:{}", alternatives.empty() ? "" : ",", isAddress(name) ? "IP" : "DNS", name);
-    const auto server = newIdentity("Kavio Sandbox", validFor);
+    auto server = newIdentity("Kavio Sandbox", validFor);
     const auto add = [&](int kind, const std::string& value) {
         addExtension(server.certificate.get(), issuer ? issuer->certificate.get() : nullptr, kind, value);
     };

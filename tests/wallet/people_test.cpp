@@ -112,15 +112,17 @@ TEST_F(WalletCommands, BuyAndShowWhatWasBought) {
 
 TEST_F(WalletCommands, RefuseAPurchaseBeforeAnyMoneyMoves) {
     logIn();
-    const auto prepaid = "prepaid:" + json("methods").at("paymentMethods").back().at("id").get<std::string>();
+    const auto prepaid = json("methods").at("paymentMethods").back().at("id").get<std::string>();
+    const auto prepaidWithAmount = "buy --amount 1 --pay prepaid:" + prepaid + " " + coffee;
+    const auto yenWithDecimals = "buy --amount 1.5 --pay card:" + storedCard() + " 42101570";
     for (const auto& [command, status] : std::map<std::string, int>{
              {"buy " + coffee, 2},
              {"buy 1 --amount 1", 6},
              {"buy --product 99 " + coffee, 6},
              {"buy --amount 1 --pay card:x " + coffee, 6},
              {"buy --amount 1.505 " + coffee, 6},
-             {"buy --amount 1.5 --pay card:" + storedCard() + " 42101570", 6},  // yen have no decimals
-             {"buy --amount 1 --pay " + prepaid + " " + coffee, 2},
+             {yenWithDecimals, 6},
+             {prepaidWithAmount, 2},
          }) {
         const auto refused = run(command);
         EXPECT_EQ(refused.status, status) << command;
