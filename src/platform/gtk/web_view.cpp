@@ -173,6 +173,7 @@ void GtkWebView::begin(std::function<void()> load) {
     webkit_web_view_stop_loading(mView.get());
     endTimeout();
     mLoad = load;
+    mIsRepeated = false;
     mPage = {.isHidden = mPage.isHidden, .host = {}};
     announce();
     load();
@@ -274,6 +275,11 @@ gboolean GtkWebView::onLoadFailed(int, const char* url, GError* error) {
     if (isOver) return TRUE;
     if (isLoopback(url)) {
         change(Page::Phase::WORKING);
+    } else if (g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED) && !std::exchange(mIsRepeated, true)) {
+        // Nobody cancelled it: WebKit may lose a load to the end of the one before.
+        endTimeout();
+        const auto load = mLoad;
+        load();
     } else {
         fail();
     }

@@ -81,6 +81,7 @@ private:
     const std::filesystem::path mAuthorities;
     Page mPage;
     std::function<void()> mLoad;
+    bool mIsRepeated = false;
     guint mTimeout = 0;
     std::set<std::string> mVouchedHosts;
     SignalConnections mConnections;
