@@ -38,7 +38,7 @@ public:
     /// The delegate is held weakly; once it is gone, results are dropped.
     Kavio(std::weak_ptr<KavioDelegate> delegate, std::string apiKey, EnvironmentType environment);
     /// Safe at any time, inside a callback and with a request in flight too. Nothing is reported afterwards. A card
-    /// issuer's page that is up stays: only `release` takes it down.
+    /// issuer's page that is up stays until the person closes it, unless `release` came before.
     ~Kavio();
     Kavio(const Kavio&) = delete;
     Kavio& operator=(const Kavio&) = delete;

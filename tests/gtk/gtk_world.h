@@ -84,6 +84,13 @@ protected:
     }
     static GtkWindow* window() { return GTK_WINDOW(find("TDSecureScene")); }
     static std::size_t windowCount() { return g_list_model_get_n_items(gtk_window_get_toplevels()); }
+    /// As WebKit reports a load that it lost.
+    static void loseLoad(const std::string& url) {
+        GError* const error = g_error_new_literal(G_IO_ERROR, G_IO_ERROR_CANCELLED, "Operation was cancelled");
+        gboolean isHandled = FALSE;
+        g_signal_emit_by_name(find("webView"), "load-failed", WEBKIT_LOAD_STARTED, url.c_str(), error, &isHandled);
+        g_error_free(error);
+    }
     static void endWebProcess() { webkit_web_view_terminate_web_process(WEBKIT_WEB_VIEW(find("webView"))); }
     /// Runs `script` in the page that is shown, once it is there as a whole.
     static void runInPage(const std::string& script) {

@@ -218,6 +218,19 @@ TEST_F(SceneTest, GivesAPageUpOfWhichNothingComes) {
     EXPECT_TRUE(until([&] { return shown() == "failed"; }));
 }
 
+TEST_F(SceneTest, LoadsAPageAgainThatWebKitLostButOnlyOnce) {
+    server.serveNothing("/slow");
+    scene->webView()->loadUrl(server.url("/slow"), std::chrono::seconds(60));
+    present();
+    const auto isAskedFor = [&](int times) { return std::ranges::count(server.requests(), "GET /slow") == times; };
+    ASSERT_TRUE(until([&] { return isAskedFor(1); }));
+    loseLoad(server.url("/slow"));
+    EXPECT_TRUE(until([&] { return isAskedFor(2); }));
+    EXPECT_EQ(shown(), "working");
+    loseLoad(server.url("/slow"));
+    EXPECT_EQ(shown(), "failed");
+}
+
 TEST_F(SceneTest, OutlivesItsWebProcess) {
     showPage("<p>page");
     ASSERT_TRUE(until([&] { return shown() == "page"; }));

@@ -170,13 +170,18 @@ void GtkWebView::goBack() {
 }
 
 void GtkWebView::begin(std::function<void()> load) {
-    webkit_web_view_stop_loading(mView.get());
-    endTimeout();
+    stop();
     mLoad = load;
-    mIsRepeated = false;
+    mMayLoadAgain = true;
     mPage = {.isHidden = mPage.isHidden, .host = {}};
     announce();
     load();
+}
+
+void GtkWebView::stop() {
+    mMayLoadAgain = false;
+    webkit_web_view_stop_loading(mView.get());
+    endTimeout();
 }
 
 void GtkWebView::fail() {
@@ -189,7 +194,7 @@ void GtkWebView::endTimeout() { g_clear_handle_id(&mTimeout, g_source_remove); }
 
 void GtkWebView::onTimeout() {
     mTimeout = 0;
-    webkit_web_view_stop_loading(mView.get());
+    stop();
     fail();
 }
 
@@ -275,10 +280,11 @@ gboolean GtkWebView::onLoadFailed(int, const char* url, GError* error) {
     if (isOver) return TRUE;
     if (isLoopback(url)) {
         change(Page::Phase::WORKING);
-    } else if (g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED) && !std::exchange(mIsRepeated, true)) {
-        // Nobody cancelled it: WebKit may lose a load to the end of the one before.
+    } else if (g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED) && !mPage.hasArrived &&
+               std::exchange(mMayLoadAgain, false)) {
+        // Not by us: WebKit may lose a load to the end of the one before.
         endTimeout();
-        const auto load = mLoad;
+        const auto load = mLoad;  // which may be another one before this has returned
         load();
     } else {
         fail();

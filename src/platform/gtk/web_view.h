@@ -59,6 +59,8 @@ private:
     GtkWebView(GtkWidget* view, std::filesystem::path authorities);
 
     void begin(std::function<void()> load);
+    /// Ends the load under way by our own will.
+    void stop();
     void fail();
     void change(Page::Phase phase);
     void announce();
@@ -81,7 +83,7 @@ private:
     const std::filesystem::path mAuthorities;
     Page mPage;
     std::function<void()> mLoad;
-    bool mIsRepeated = false;
+    bool mMayLoadAgain = false;
     guint mTimeout = 0;
     std::set<std::string> mVouchedHosts;
     SignalConnections mConnections;
