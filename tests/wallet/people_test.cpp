@@ -131,6 +131,20 @@ TEST_F(WalletCommands, RefuseAPurchaseBeforeAnyMoneyMoves) {
     EXPECT_THAT(sandbox.state().at("purchases"), SizeIs(0));
 }
 
+TEST_F(WalletCommands, WarnOfAnOrderThatMayHaveBeenPlacedAllTheSame) {
+    logIn();
+    for (const auto& [fault, warns] : std::vector<std::pair<sandbox::Fault, bool>>{
+             {{.drop = true, .handled = true}, true},
+             {{.cutAfter = 0}, true},
+             {{.status = 500, .body = R"({"message":"?"})"}, true},
+             {{.status = 402, .body = R"({"message":"declined"})"}, false},
+         }) {
+        sandbox.fault("/machines/*/orders", fault);
+        const auto errors = run("buy --amount 1.50 " + coffee).errors;
+        EXPECT_EQ(errors.find("may have been placed") != std::string::npos, warns) << errors;
+    }
+}
+
 TEST_F(WalletCommands, TellHowAnOrderThatFailedEnded) {
     logIn();
     for (const auto& [purchase, status] : std::map<std::string, int>{
