@@ -1,15 +1,13 @@
 #include "platform/linux/url_session.h"
 #include "platform/linux/url_session_engine.h"
 
-#include <fcntl.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <mutex>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <utility>
 
 namespace kavio {
@@ -24,33 +22,23 @@ bool writeAll(int file, std::string_view bytes) {
     return true;
 }
 
-/// A reply's body in a file that nobody else can read, for as long as this object lives. Each has a folder of its own,
-/// made when it is needed: a system may tidy away what has long lain in the folder for temporary files.
+/// A reply's body in a file that nobody else can read, for as long as this object lives. It is in memory: a full disk
+/// must not turn an order that was placed into a failure.
 class StoredBody {
 public:
-    explicit StoredBody(std::string_view body) {
-        std::error_code failure;
-        std::string folder = (std::filesystem::temp_directory_path(failure) / "kavio-XXXXXX").string();
-        if (failure || ::mkdtemp(folder.data()) == nullptr) return;
-        mFolder = folder;
-        const int file = ::open(path().c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-        if (file < 0) return;
-        const bool written = writeAll(file, body);
-        mIsWhole = ::close(file) == 0 && written;
-    }
+    explicit StoredBody(std::string_view body) : mIsWhole(mFile >= 0 && writeAll(mFile, body)) {}
     ~StoredBody() {
-        std::error_code ignored;
-        if (!mFolder.empty()) std::filesystem::remove_all(mFolder, ignored);
+        if (mFile >= 0) ::close(mFile);
     }
     StoredBody(const StoredBody&) = delete;
     StoredBody& operator=(const StoredBody&) = delete;
 
     bool isWhole() const { return mIsWhole; }
-    std::filesystem::path path() const { return mFolder / "reply"; }
+    std::filesystem::path path() const { return "/proc/self/fd/" + std::to_string(mFile); }
 
 private:
-    std::filesystem::path mFolder;
-    bool mIsWhole = false;
+    const int mFile = ::memfd_create("kavio-reply", MFD_CLOEXEC);
+    const bool mIsWhole;
 };
 
 /// Hands the outcome to `completion`, a reply's body by way of a file that is gone afterwards.
