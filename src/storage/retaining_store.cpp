@@ -1,8 +1,18 @@
 #include "storage/retaining_store.h"
 
+#include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace kavio {
+namespace {
+
+bool isNoDate(const std::optional<StoredValue>& value) {
+    const auto* date = value ? std::get_if<Date>(&*value) : nullptr;
+    return date != nullptr && std::isnan(date->time_since_epoch().count());
+}
+
+}  // namespace
 
 std::vector<std::optional<StoredValue>> RetainingStore::values(std::initializer_list<std::string_view> keys) const {
     auto kept = unwritten();
@@ -20,6 +30,9 @@ std::vector<std::optional<StoredValue>> RetainingStore::values(std::initializer_
 }
 
 bool RetainingStore::write(const StoreChanges& changes) {
+    // No suite can be counted on to hold a date that is no number. Kept, it would be in the way of all other changes.
+    if (std::any_of(changes.begin(), changes.end(), [](const auto& change) { return isNoDate(change.second); }))
+        return false;
     begin(changes);
     bool isWritten = mSuite->write(unwritten());
     while (!end(isWritten)) isWritten = mSuite->write(unwritten());

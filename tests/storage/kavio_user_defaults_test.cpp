@@ -6,6 +6,8 @@
 
 #include <gmock/gmock.h>
 
+#include <cmath>
+
 namespace kavio::test {
 namespace {
 
@@ -55,6 +57,7 @@ TEST_F(UserDefaults, CountInThisProcessWhenTheyCannotBeWritten) {
     EXPECT_EQ(suite->string("api_key"), "old");
 
     *mDevice.stores->refusesWrites = false;
+    EXPECT_FALSE(defaults->defualt->set("push_token", Date(Date::duration(std::nan("")))));
     EXPECT_TRUE(defaults->defualt->set("push_token", std::string("p"))) << "takes along what is waiting";
     EXPECT_EQ(suite->string("api_key"), "new");
     EXPECT_EQ(suite->string("session_token"), "");

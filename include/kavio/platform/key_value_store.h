@@ -25,7 +25,7 @@ using StoreChanges = std::map<std::string, std::optional<StoredValue>, std::less
 /// A named suite of values that outlasts the process.
 ///
 /// - A write that has returned true is kept, whatever happens to the process afterwards; one that returned false
-///   changed nothing. All changes of one write come together.
+///   changed nothing. All changes of one write come together. A date that is no number may be refused.
 /// - A read sees the last completed write of any process that shares the suite; while the suite cannot be read, the
 ///   values last seen in it.
 /// - Safe from any thread. No call throws.
