@@ -26,7 +26,7 @@ struct PublicList {
     static PublicList decode(const DecodedValue& value) {
         ArrayReader reader(value);
         PublicList list;
-        list.objects.reserve(reservation<typename decltype(list.objects)::value_type>(reader));
+        list.objects.reserve(reader.size());
         while (!reader.atEnd()) list.objects.push_back(publicObject(reader.next().template as<Record>()));
         return list;
     }

@@ -98,6 +98,13 @@ TEST(Documents, ThatAreNotJsonAreRefused) {
     EXPECT_EQ(decodeDocument<std::string>("\"\\u00e9\\ud83d\\ude00\""), "\u00e9\U0001F600");
 }
 
+TEST(Documents, WithListsLongerThanAMillionAreRefused) {
+    std::string list = "[0";
+    for (int i = 1; i < 1'000'000; ++i) list += ",0";
+    EXPECT_EQ(valueOf<std::vector<double>>(list + "]").value_or(std::vector<double>{}).size(), 1'000'000U);
+    EXPECT_FALSE(valueOf<std::vector<double>>(list + ",0]"));
+}
+
 TEST(Documents, NestedTooDeeplyAreRefused) {
     const auto nested = [](std::size_t depth) { return std::string(depth, '[') + "1" + std::string(depth, ']'); };
     EXPECT_FALSE(isRefused(nested(500)));

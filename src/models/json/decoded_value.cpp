@@ -90,6 +90,7 @@ ArrayReader::ArrayReader(const DecodedValue& value) : mDocument(value.element().
     mNext = fromDom(*array.begin()).index;
     mEnd = fromDom(*array.end()).index;
     mSize = array.size();
+    if (mSize > mostElements) value.refuse("an array of at most a million elements");
 }
 
 DecodedValue ArrayReader::next() {

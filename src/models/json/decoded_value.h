@@ -72,14 +72,16 @@ private:
     Path mPath;
 };
 
-/// Walks the elements of an array; `DecodingError` for another value.
+/// Walks the elements of an array; `DecodingError` for another value, and for an array of more than a million: no list
+/// of the service is that long, and the elements of a hostile one are many times as large as their texts.
 class ArrayReader {
 public:
+    static constexpr std::size_t mostElements = 1'000'000;
+
     explicit ArrayReader(const DecodedValue& array);
 
     bool atEnd() const { return mNext == mEnd; }
     DecodedValue next();
-    /// Number of elements; of more than 16 million it may be less.
     std::size_t size() const { return mSize; }
 
 private:

@@ -3,7 +3,6 @@
 #include "models/json/decoded_value.h"
 #include "models/json/key.h"
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -112,14 +111,6 @@ inline constexpr bool isList = false;
 template <class T>
 inline constexpr bool isList<std::vector<T>> = true;
 
-/// How many `T`s to make room for. Room that nothing is written to costs nothing, up to a point: a short hostile reply
-/// can announce many elements.
-template <class T>
-std::size_t reservation(const ArrayReader& reader) {
-    constexpr std::size_t reservedBytes = std::size_t{16} * 1024 * 1024;
-    return std::min(reader.size(), reservedBytes / sizeof(T));
-}
-
 template <class T>
 T DecodedValue::as() const {
     if constexpr (SimpleValue<T>) {
@@ -129,7 +120,7 @@ T DecodedValue::as() const {
     } else if constexpr (isList<T>) {
         ArrayReader reader(*this);
         T list;
-        list.reserve(reservation<typename T::value_type>(reader));
+        list.reserve(reader.size());
         while (!reader.atEnd()) list.emplace_back(Decoding{reader.next()});
         return list;
     } else if constexpr (requires { T::decode(*this); }) {
