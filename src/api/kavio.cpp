@@ -47,6 +47,7 @@ void Kavio::release(const void* caller) {
     state->release(caller == this ? state.get() : caller);
     state->mTDSecSceneController->release(state.get());
     state->mIsBusy = false;
+    ++state->mEnrolment;
     state->mDelegate.reset();
 }
 

@@ -51,7 +51,7 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     void startFingerprint(const TDSAddCardFingerprintResponse& fingerprint);
     void fingerprintPageResponse(APIResult<std::string> reply);
     void tdSecureFinished(const TDSecureSceneController& controller);
-    void getCardResponse(APIResult<TDSGetCardResponseFactory> reply);
+    void getCardResponse(APIResult<TDSGetCardResponseFactory> reply, bool isAwaited);
     void showNextChallenge(const std::string& url);
     void tdSecureWindowClosed();
     bool presentPage(TDSFlowType flow, const std::string& content);
@@ -72,14 +72,15 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
         };
     }
 
-    /// As `handled`, but nothing happens either once `release` has ended the operation: no page may come up then.
+    /// As `handled`, but nothing happens either once `release` has ended the enrolment: no page may come up then.
     template <class P>
-    Completion<P> whileBusy(void (State::*handler)(APIResult<P>)) {
-        return [weak = weak_from_this(), handler](APIResult<P> reply) {
+    Completion<P> whileEnrolling(void (State::*handler)(APIResult<P>)) {
+        return [weak = weak_from_this(), handler, enrolment = mEnrolment](APIResult<P> reply) {
             const auto self = weak.lock();
-            if (self && self->mIsBusy) ((*self).*handler)(std::move(reply));
+            if (self && self->isUnderWay(enrolment)) ((*self).*handler)(std::move(reply));
         };
     }
+    bool isUnderWay(std::int64_t enrolment) const { return mIsBusy && mEnrolment == enrolment; }
 
     /// The gate of every operation: true when it may go on. Otherwise reports `BUSY` to its callback.
     template <class... Payload>
@@ -129,6 +130,7 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     TDSFlowType mLastFlow = TDSFlowType::UNKNOWN;
     std::weak_ptr<TDSecureScene> mPage;  // the last one that this facade showed something on
     std::int64_t mPollingCounter = 0;
+    std::int64_t mEnrolment = 0;  // tells them apart; `release` ends one as well
     bool mIsBusy = false;
     bool mReceivedTDSRedirect = true;
     bool mIsUserLogin = false;

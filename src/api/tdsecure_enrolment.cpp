@@ -66,10 +66,11 @@ void readRedirect(const std::string& url, TDSGetCard& body) {
 void Kavio::addCreditCardTDSecure(TDSPaymentCard paymentCard, TDSCardHolder cardHolder) {
     if (!mState->isIdle(&KavioDelegate::onAddCreditCard)) return;
     mState->mIsBusy = true;
+    ++mState->mEnrolment;
     mState->mLastPaymentCard = paymentCard;
     mState->mPaymentMethodRepo->addCardTDSecure(
         {std::move(paymentCard), Platform::current().uuid->make(), {.holder = std::move(cardHolder)}},
-        mState->whileBusy(&State::addCreditCardTDSecureResponse));
+        mState->whileEnrolling(&State::addCreditCardTDSecureResponse));
 }
 
 void Kavio::State::addCreditCardTDSecureResponse(APIResult<TDSAddCardResponseFactory> reply) {
@@ -99,7 +100,7 @@ void Kavio::State::startFingerprint(const TDSAddCardFingerprintResponse& fingerp
     mLastFlow = TDSFlowType::FINGERPRINT;
     if (!isUrl(fingerprint.page)) return finishEnrolment(ResultType::SERVER_ERROR, "invalid URL");
     mPaymentMethodRepo->pageTDSecure({threeDSMethodData(fingerprint.id)}, fingerprint.page,
-                                     whileBusy(&State::fingerprintPageResponse));
+                                     whileEnrolling(&State::fingerprintPageResponse));
 }
 
 void Kavio::State::fingerprintPageResponse(APIResult<std::string> reply) {
@@ -119,14 +120,18 @@ void Kavio::State::tdSecureFinished(const TDSecureSceneController& controller) {
     mReceivedTDSRedirect = true;
     TDSGetCard body{.flow = mLastFlow, .card = *mLastPaymentCard};
     readRedirect(*controller.mRedirectedUrl, body);
-    mPaymentMethodRepo->getCardTDSecure(std::move(body), handled(&State::getCardResponse));
+    mPaymentMethodRepo->getCardTDSecure(
+        std::move(body), [weak = weak_from_this(), enrolment = mEnrolment](APIResult<TDSGetCardResponseFactory> reply) {
+            if (const auto self = weak.lock()) self->getCardResponse(std::move(reply), self->isUnderWay(enrolment));
+        });
 }
 
-void Kavio::State::getCardResponse(APIResult<TDSGetCardResponseFactory> reply) {
+// Once released nobody waits for the next page, and what is under way is another operation.
+void Kavio::State::getCardResponse(APIResult<TDSGetCardResponseFactory> reply, bool isAwaited) {
     const auto payload = reply ? reply.payload() : std::nullopt;
     const auto* challenge = payload ? std::get_if<TDSGetCardChallengeResponse>(&payload->reply) : nullptr;
-    if (challenge && mIsBusy) return showNextChallenge(challenge->url);  // once released, nobody waits for that
-    mIsBusy = false;
+    if (challenge && isAwaited) return showNextChallenge(challenge->url);
+    if (isAwaited) mIsBusy = false;
     closePage();
     if (!reply) return fail(&KavioDelegate::onAddCreditCard, reply.failure());
     if (payload && std::holds_alternative<TDSGetCardLocatorResponse>(payload->reply)) {

@@ -12,6 +12,7 @@
 namespace kavio::test {
 namespace {
 
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Pair;
@@ -248,6 +249,10 @@ TEST(TDSecureEnrolment, ClosesItsOwnPageAndNoOther) {
 
     for (const auto& step : words("call; challenge; redirect; release")) enrolment.play(step);
     EXPECT_THAT(enrolment.play("locator"), ElementsAre("dismiss animated"));
+
+    for (const auto& step : words("call; release; call")) enrolment.play(step);
+    EXPECT_THAT(enrolment.play("challenge"), IsEmpty()) << "of the one that was released";
+    EXPECT_THAT(enrolment.play("challenge"), Contains("present animated"));
 }
 
 TEST(TDSecureEnrolment, SharesTheSceneThatAnotherFacadeHasUp) {
