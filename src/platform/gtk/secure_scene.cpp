@@ -110,7 +110,7 @@ void GtkScene::showAbove(GtkWindow* parent) {
     coverMonitor(mWindow, monitorOf(parent).get());
 
     tell(ViewEvent::DID_LOAD);
-    tell(ViewEvent::WILL_APPEAR);
+    if (mWindow) tell(ViewEvent::WILL_APPEAR);
     if (!mWindow) return;  // dismissed by whom it was told
     gtk_window_present(mWindow);
     tell(ViewEvent::DID_APPEAR);
