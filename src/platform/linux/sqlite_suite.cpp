@@ -5,7 +5,7 @@
 namespace kavio {
 namespace {
 
-/// A fresh file that proves damaged too is not worth a third one.
+/// Two fresh files that prove damaged too are enough.
 constexpr int mostAttempts = 3;
 
 }  // namespace

@@ -30,7 +30,7 @@ public:
 private:
     using Work = std::function<void(SuiteFile&)>;
 
-    /// Runs `work` on the file, and once more on its successor when it proves damaged. False when no file can be used.
+    /// Runs `work` on the file, and again on its successor when it proves damaged. False when no file can be used.
     bool use(const Work& work) const;
     bool useLocked(const Work& work, std::vector<std::filesystem::path>& setAside) const;
     void report(const std::filesystem::path& setAside) const;
