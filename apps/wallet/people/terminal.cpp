@@ -47,7 +47,7 @@ public:
     Silence& operator=(const Silence&) = delete;
 
 private:
-    static constexpr std::array ending{SIGHUP, SIGINT, SIGTERM};
+    static constexpr std::array ending{SIGHUP, SIGINT, SIGQUIT, SIGTERM};
     bool mIsSilent = false;
 };
 
