@@ -47,7 +47,10 @@ const Action actions[]{
     {"PUT", "/clock",
      [](Sandbox& sandbox, const nlohmann::json& in) {
          checkParameters(in, {{"offsetSeconds", Kind::integer, true}});
-         sandbox.setClockOffset(std::chrono::seconds{in["offsetSeconds"].get<std::int64_t>()});
+         const std::chrono::seconds offset{in["offsetSeconds"].get<std::int64_t>()};
+         constexpr std::chrono::years most{100};
+         if (offset < -most || offset > most) throw Refusal(400, "offsetSeconds must be within a hundred years");
+         sandbox.setClockOffset(offset);
          return done;
      }},
     {"PUT", "/code",

@@ -17,7 +17,10 @@ struct Reply {
     std::chrono::milliseconds delay{0};
 };
 
-inline Reply jsonReply(const nlohmann::json& body, int status = 200) { return {.status = status, .body = body.dump()}; }
+/// What a request brought that is no UTF-8 has U+FFFD in its place.
+inline Reply jsonReply(const nlohmann::json& body, int status = 200) {
+    return {.status = status, .body = body.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)};
+}
 
 /// Thrown where a request turns out wrong, caught where handlers are called; becomes {"message": what()}.
 struct Refusal : std::runtime_error {

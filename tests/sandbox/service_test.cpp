@@ -144,13 +144,15 @@ TEST(Control, ShowsRequestsAndSteersTheSandboxOverHttps) {
     const std::string base = "/_sandbox";
     client.ok("POST", base + "/faults", {{"path", "/time"}, {"status", 500}});
     EXPECT_EQ(client.send("GET", "/v1/time?").status, 500);
+    EXPECT_EQ(client.send("GET", "/v1/%FF").status, 404);
     client.ok("PUT", base + "/clock", {{"offsetSeconds", 86400}});
     EXPECT_EQ(client.ok("GET", "/v1/time?")["serverTime"], "2024-03-06T14:07:09.250+0000");
     client.ok("PUT", base + "/clock", {{"offsetSeconds", 0}});
     client.login();
     client.ok("DELETE", base + "/tokens");
     EXPECT_EQ(client.send("GET", "/v1/account?").status, 401);
-    EXPECT_EQ(client.ok("GET", base + "/requests").size(), 6U);
+    EXPECT_EQ(client.ok("GET", base + "/requests").size(), 7U);
+    EXPECT_EQ(client.send("PUT", base + "/clock", {{"offsetSeconds", 1'000'000'000'000'000'000}}).status, 400);
     EXPECT_EQ(client.ok("GET", base + "/state")["accounts"][0]["balance"], 5000);
     for (const auto& [name, value] : std::map<std::string, int>{{"status", 99}, {"times", 0}, {"padTo", -1}}) {
         const auto refused = client.send("POST", base + "/faults", {{"path", "/x"}, {name, value}});
