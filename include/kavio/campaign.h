@@ -17,6 +17,7 @@ public:
     Image(std::string file, std::int64_t width, std::int64_t height, bool wasUploaded, std::int64_t dpi, bool iOS);
 
     const std::string file;
+    /// Width and height in pixels.
     const std::int64_t width;
     const std::int64_t height;
     const bool wasUploaded;

@@ -28,9 +28,11 @@ public:
     const std::optional<std::string> country;
     /// Metres.
     const std::optional<std::int64_t> radius;
+    /// Not sent along with `hwSerial`.
     const std::optional<std::int64_t> operatorId;
     /// Of the machine's payment device.
     const std::optional<std::string> hwSerial;
+    /// At most so many machines; 50 for a `value` when absent.
     const std::optional<std::int64_t> limit;
 
     std::string debugDescription() const;
@@ -49,7 +51,9 @@ public:
     const std::optional<std::int64_t> machineId;
     const std::optional<std::string> paymentMethodId;
     const std::optional<PaymentMethod::PaymentType> paymentType;
+    /// At most so many orders.
     const std::optional<std::int64_t> limit;
+    /// Sent in UTC, to the millisecond below.
     const std::optional<Date> transactionsBefore;
 
     std::string debugDescription() const;

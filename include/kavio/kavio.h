@@ -81,10 +81,13 @@ public:
     /// change of its status. The order is followed by one request a second, 60 at most; then `TIMEOUT` is reported,
     /// which says nothing about the order itself: ask `getOrder`. A change that the last request brings is still
     /// reported, after it. There is no report of the end as such: an order that stays as it is, or that the reply to
-    /// the purchase does not hold, ends in silence, and the next operation is welcome. The purchase is sent at most
-    /// once; without connectivity it waits. The facade is busy until the order is no longer followed. `kavioId`: the
-    /// machine's `kavioId`. `paymentMethod`: wallet, credit card or prepaid card; any other type is `BAD_INPUT` before
-    /// returning, as is a null product ("invalid product"). `amount` is not sent for a prepaid card.
+    /// the purchase does not hold, ends in silence, and the next operation is welcome. The facade is busy until the
+    /// order is no longer followed. The purchase is sent at most once; without connectivity it waits, even past the end
+    /// of the facade, and is signed when it is asked for: after minutes the service may refuse it. `NETWORK_FAILED`,
+    /// `SERVER_ERROR` and a failure without a message leave open whether an order was placed: look at
+    /// `getTransactions` before the person pays again. `kavioId`: the machine's `kavioId`. `paymentMethod`: wallet,
+    /// credit card or prepaid card; any other type is `BAD_INPUT` before returning, as is a null product ("invalid
+    /// product"). `amount` is not sent for a prepaid card.
     void placeOrder(std::int64_t kavioId, std::shared_ptr<const PaymentMethod> paymentMethod, std::int64_t amount,
                     std::optional<std::vector<std::shared_ptr<const RemoteVendProduct>>> products);
 

@@ -78,6 +78,7 @@ public:
     const std::optional<std::string> hwSerial;
     /// Whether an order may name products.
     const bool supportRemoteVend;
+    /// As the service sends it; 0 when it sends nothing.
     const std::int64_t multiVendCount;
     /// Whether the machine is in service.
     const bool machineStatus;

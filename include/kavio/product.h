@@ -36,17 +36,20 @@ public:
     const std::optional<double> exPrepaidPrice;
     const std::optional<double> machinePrice;
     const std::optional<std::int64_t> preapidPrice;
+    /// As the service sends it.
     const std::optional<double> commissionValue;
     const std::optional<std::string> paCode;
     const std::optional<std::string> opButtonCode;
     const std::optional<std::int64_t> opRowCode;
     const std::optional<std::int64_t> opColCode;
     const std::optional<std::string> imageUrl;
+    /// As the service sends it.
     const std::optional<std::int64_t> ageVerification;
     const bool memberType;
     const std::optional<std::string> image;
     /// Position in the machine; a `RemoteVendProduct` asks for the product by it.
     const std::optional<std::int64_t> codeInMap;
+    // Stock and sales, as the service sends them.
     const std::optional<std::int64_t> missingProduct;
     const bool vendOut;
     const std::optional<double> retailPrice;
