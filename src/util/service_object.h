@@ -12,13 +12,9 @@ public:
 
     /// Marks the object released when `caller` is this very object; any other caller changes nothing.
     virtual void release(const void* caller) {
-        if (caller == identity()) mIsReleased = true;
+        if (caller == dynamic_cast<const void*>(this)) mIsReleased = true;
     }
     bool isReleased() const { return mIsReleased; }
-
-protected:
-    /// The address by which users know the object.
-    virtual const void* identity() const { return dynamic_cast<const void*>(this); }
 
 private:
     bool mIsReleased = false;

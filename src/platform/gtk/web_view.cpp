@@ -74,23 +74,9 @@ gboolean refuseDialog(WebKitWebView*, WebKitScriptDialog* dialog, gpointer) {
     return TRUE;
 }
 
-gboolean refusePermission(WebKitWebView*, WebKitPermissionRequest* request, gpointer) {
-    webkit_permission_request_deny(request);
-    return TRUE;
-}
-
-gboolean refuseFileChooser(WebKitWebView*, WebKitFileChooserRequest* request, gpointer) {
-    webkit_file_chooser_request_cancel(request);
-    return TRUE;
-}
-
-gboolean refuseColorChooser(WebKitWebView*, WebKitColorChooserRequest* request, gpointer) {
-    webkit_color_chooser_request_cancel(request);
-    return TRUE;
-}
-
-gboolean refuseAuthentication(WebKitWebView*, WebKitAuthenticationRequest* request, gpointer) {
-    webkit_authentication_request_cancel(request);
+template <class Request, void (*deny)(Request*)>
+gboolean refuse(WebKitWebView*, Request* request, gpointer) {
+    deny(request);
     return TRUE;
 }
 
@@ -101,10 +87,10 @@ void refuseDownload(WebKitNetworkSession*, WebKitDownload* download, gpointer) {
 void refuseFreedoms(WebKitWebView* view) {
     const std::array<std::pair<const char*, GCallback>, 6> refusals{{
         {"script-dialog", G_CALLBACK(refuseDialog)},
-        {"permission-request", G_CALLBACK(refusePermission)},
-        {"run-file-chooser", G_CALLBACK(refuseFileChooser)},
-        {"run-color-chooser", G_CALLBACK(refuseColorChooser)},
-        {"authenticate", G_CALLBACK(refuseAuthentication)},
+        {"permission-request", G_CALLBACK((refuse<WebKitPermissionRequest, webkit_permission_request_deny>))},
+        {"run-file-chooser", G_CALLBACK((refuse<WebKitFileChooserRequest, webkit_file_chooser_request_cancel>))},
+        {"run-color-chooser", G_CALLBACK((refuse<WebKitColorChooserRequest, webkit_color_chooser_request_cancel>))},
+        {"authenticate", G_CALLBACK((refuse<WebKitAuthenticationRequest, webkit_authentication_request_cancel>))},
         {"print", G_CALLBACK(refusePrint)},
     }};
     for (const auto& [signal, refuse] : refusals) g_signal_connect(view, signal, refuse, nullptr);
