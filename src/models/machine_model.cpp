@@ -73,6 +73,7 @@ MachineModel MachineModel::decode(const KeyedContainer& in) {
     };
     model.createdDate = DateText::parse(model.createdDateStr).value_or(Date());
     if (const auto coordinate = in.nestedIfPresent("coordinate")) {
+        coordinate->requireNumbers();
         model.latitude = coordinate->optional<double>("latitude", 0);
         model.longitude = coordinate->optional<double>("longitude", 0);
     }

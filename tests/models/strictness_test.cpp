@@ -37,7 +37,8 @@ std::string outcome(const JsonValue& body) {
 
 struct Record {
     std::string (*outcome)(const JsonValue&);
-    /// Behind a "kind:" the keys of that kind; "kind?:" for optional ones. Behind an "outer/" those nested there.
+    /// Behind a "kind:" the keys of that kind; "kind?:" for optional ones, "kind*:" for those that may be absent but
+    /// not null. Behind an "outer/" those nested there.
     const char* keys;
 };
 
@@ -62,7 +63,7 @@ const std::vector<Record> records{
         supportRemoteVend number?: distance latitude longitude extraCharge integer?: machineModel decimalPlace uniQR
         actorID distributorID multiVendCount boolean: isRevalueOnly isPulse array?: campaigns fullTreeOperatorsField
         integer32: reviewsCount reviewsCount1 reviewsCount2 reviewsCount3 reviewsCount4 reviewsCount5
-        float?: reviewsAvg object?: coordinate coordinate/ number?: latitude longitude)"},
+        float?: reviewsAvg object?: coordinate coordinate/ number*: latitude longitude accuracy)"},
     {outcome<MachineProduct>,
      R"(integer: machineProductID productID text?: productName groupName paCode opButtonCode imageURL productPicture
         number?: cashPrice cardPrice exPrepaidPrice machinePrice commissionValue retailPrice integer?: preapidPrice
@@ -142,7 +143,8 @@ const std::map<std::string, Kind> kinds{
 struct Key {
     std::string path;
     std::string kind;
-    bool isOptional;
+    bool mayBeAbsent;
+    bool mayBeNull;
 };
 
 std::vector<Key> keysOf(const Record& record) {
@@ -156,8 +158,8 @@ std::vector<Key> keysOf(const Record& record) {
         } else if (word.ends_with(':')) {
             kind = word.substr(0, word.size() - 1);
         } else {
-            const bool isOptional = kind.ends_with('?');
-            keys.push_back({outer + word, kind.substr(0, kind.size() - (isOptional ? 1 : 0)), isOptional});
+            const auto mark = kind.substr(std::min(kind.find_first_of("?*"), kind.size()));
+            keys.push_back({outer + word, kind.substr(0, kind.size() - mark.size()), !mark.empty(), mark == "?"});
         }
     }
     return keys;
@@ -172,20 +174,21 @@ TEST(KeysOfRecords, AreAsStrictAsTheirRowsSay) {
             sample[JsonValue::json_pointer("/" + key.path)] = probes[kinds.at(key.kind).accepts.front()];
         ASSERT_EQ(record.outcome(sample), accepted) << record.keys;
 
-        for (const auto& [key, kind, isOptional] : keys) {
+        for (const auto& [key, kind, mayBeAbsent, mayBeNull] : keys) {
             const JsonValue::json_pointer pointer("/" + key);
             auto path = key;
             std::replace(path.begin(), path.end(), '/', '.');
             SCOPED_TRACE(path + " in " + record.keys);
 
-            const std::string whenMissing = isOptional ? accepted : path + ": missing";
+            const std::string whenMissing = mayBeAbsent ? accepted : path + ": missing";
             auto body = sample;
             body[pointer.parent_pointer()].erase(pointer.back());
             EXPECT_EQ(record.outcome(body), whenMissing) << "absent";
             body[pointer] = nullptr;
-            EXPECT_EQ(record.outcome(body), whenMissing) << "null";
-
             const auto& [expectation, accepts] = kinds.at(kind);
+            const auto refusedNull = path + ": expected " + expectation + ", found null";
+            EXPECT_EQ(record.outcome(body), mayBeAbsent && !mayBeNull ? refusedNull : whenMissing) << "null";
+
             for (std::size_t i = 0; i < probes.size(); ++i) {
                 body[pointer] = probes[i];
                 const auto result = record.outcome(body);

@@ -31,11 +31,10 @@ KeyedContainer::KeyedContainer(const DecodedValue& value) : mDocument(value.elem
 
     mHashShift = 32 - std::countr_zero(slots);
     std::fill_n(mSlots.begin(), slots, Slot{0});
-    Slot count = 0;
     for (auto position = object.begin(); position != object.end(); ++position) {
         const auto member = memberAt(position);
         auto& slot = mSlots[slotOf(member.name(), nameHash(member.name()))];
-        if (slot == 0) slot = ++count;
+        if (slot == 0) slot = static_cast<Slot>(++mMemberCount);
         mMembers[slot - 1U] = member;
     }
 }
@@ -56,6 +55,17 @@ std::optional<std::string> KeyedContainer::textIfText(Key key) const {
     const auto found = valueIfPresent(key);
     if (!found || found->kind() != DecodedValue::Kind::text) return std::nullopt;
     return found->as<std::string>();
+}
+
+void KeyedContainer::requireNumbers() const {
+    const auto require = [this](const Member& member) {
+        DecodedValue({mDocument, member.index}, {&mPath, member.name()}).as<double>();
+    };
+    if (mSorted) {
+        std::for_each(mSorted->begin(), mSorted->end(), require);
+    } else {
+        std::for_each_n(mMembers.begin(), mMemberCount, require);
+    }
 }
 
 DecodedValue KeyedContainer::value(Key key) const {

@@ -63,6 +63,8 @@ public:
     std::optional<KeyedContainer> nestedIfObject(Key key) const&& = delete;
     /// Absent as well when the member is no text.
     std::optional<std::string> textIfText(Key key) const;
+    /// Of an object of numbers each member is one, those as well that nobody asks for; null is none.
+    void requireNumbers() const;
 
 private:
     struct Member {
@@ -93,6 +95,7 @@ private:
     int mHashShift = 0;
     std::array<Slot, 4 * maximumTableMembers> mSlots;
     std::array<Member, maximumTableMembers> mMembers;
+    std::size_t mMemberCount = 0;
     std::unique_ptr<std::vector<Member>> mSorted;
 };
 
