@@ -121,6 +121,7 @@ TEST_F(WalletCommands, RefuseAPurchaseBeforeAnyMoneyMoves) {
              {"buy --product 99 " + coffee, 6},
              {"buy --amount 1 --pay card:x " + coffee, 6},
              {"buy --amount 1.505 " + coffee, 6},
+             {"buy --amount 1.5 42101570", 6},  // in yen
              {yenWithDecimals, 6},
              {prepaidWithAmount, 2},
          }) {
@@ -131,17 +132,20 @@ TEST_F(WalletCommands, RefuseAPurchaseBeforeAnyMoneyMoves) {
     EXPECT_THAT(sandbox.state().at("purchases"), SizeIs(0));
 }
 
-TEST_F(WalletCommands, WarnOfAnOrderThatMayHaveBeenPlacedAllTheSame) {
+TEST_F(WalletCommands, WarnOfAPaymentThatMayHaveBeenMadeAllTheSame) {
     logIn();
+    const auto card = storedCard();
     for (const auto& [fault, warns] : std::vector<std::pair<sandbox::Fault, bool>>{
              {{.drop = true, .handled = true}, true},
              {{.cutAfter = 0}, true},
              {{.status = 500, .body = R"({"message":"?"})"}, true},
              {{.status = 402, .body = R"({"message":"declined"})"}, false},
          }) {
-        sandbox.fault("/machines/*/orders", fault);
-        const auto errors = run("buy --amount 1.50 " + coffee).errors;
-        EXPECT_EQ(errors.find("may have been placed") != std::string::npos, warns) << errors;
+        for (const auto* path : {"/machines/*/orders", "/deposits/"}) sandbox.fault(path, fault);
+        for (const auto& command : {"buy --amount 1.50 " + coffee, "top-up 1 --card " + card}) {
+            const auto errors = run(command).errors;
+            EXPECT_EQ(errors.find("may have been ") != std::string::npos, warns) << errors;
+        }
     }
 }
 

@@ -36,11 +36,12 @@ TEST(WalletMoney, IsReadExactlyOrNotAtAll) {
 TEST(WalletMoney, IsDepositedWithoutLosingTheLastUnit) {
     for (const std::int64_t digits : {0, 1, 2, 3}) {
         for (std::int64_t units = 1; units < 20'000; ++units) {
-            double deposited = wholeUnits(units, digits);
+            double deposited = wholeUnits(units, digits).value_or(0);
             for (std::int64_t i = 0; i < digits; ++i) deposited *= 10.0;
             ASSERT_EQ(static_cast<std::int64_t>(deposited), units) << digits;
         }
     }
+    EXPECT_FALSE(wholeUnits(4340185607671923, 2) || wholeUnits(Limits::max(), 0)) << "between two doubles";
 }
 
 TEST(WalletText, ShowsNothingThatATerminalWouldObey) {

@@ -37,17 +37,15 @@ Wanted wantedFrom(const std::string& text) {
     throw CLI::ValidationError("--product", "'" + text + "' is not CODE or CODE:QUANTITY");
 }
 
-/// A credit card tells no currency: it pays in the machine's, which is its country's.
+/// A machine is paid in the currency of its country, whoever pays.
 Currency currencyFor(const PaymentMethod& method, const Machine& machine, const WalletMethods& methods) {
-    if (const auto* const card = dynamic_cast<const DepositCard*>(&method)) return currencyOf(*card);
-    const auto currency = currencyOfCountry(machine.country.value_or(""));
-    if (!currency) {
-        throw Failure(ExitStatus::REFUSED, fmt::format("It is not known in which currency {} is paid with a card: "
-                                                       "pay with the wallet.",
-                                                       titleOf(machine)));
-    }
     const auto wallet = currencyOf(*methods.wallet());
-    return currency->code == wallet.code ? wallet : *currency;  // what the service says of its own counts
+    const auto currency = currencyOfCountry(machine.country.value_or(""));
+    if (currency) return currency->code == wallet.code ? wallet : *currency;  // what the service says of its own counts
+    if (method.type != PaymentMethod::PaymentType::CREDIT_CARD) return wallet;
+    throw Failure(ExitStatus::REFUSED, fmt::format("It is not known in which currency {} is paid with a card: pay with "
+                                                   "the wallet.",
+                                                   titleOf(machine)));
 }
 
 /// What the wanted products cost together, in the smallest unit of `currency`.
@@ -131,27 +129,20 @@ Ending endingOf(const OrderReport& order, const Machine& machine) {
                                             printable(order->id))};
 }
 
-/// Whether the purchase may have reached the machine although the reply says nothing of an order.
-bool mayBePlaced(const KavioResult& result, ExitStatus status) {
-    return !result.message || status == ExitStatus::NO_NETWORK || status == ExitStatus::SERVICE_FAILED;
-}
-
 /// Follows the order to its end; throws `Failure` when none was placed, or when it took too long.
 OrderReport place(Session& session, const Session::Operation& operation) {
     OrderReport last;
     std::optional<Failure> failure;
-    bool isUncertain = false;
     session.follow("Waiting for the machine", operation, [&](const Report& report) {
         if (report.result->type != ResultType::SUCCESS) {
             failure = failureOf(*report.result);
-            isUncertain = mayBePlaced(*report.result, failure->status);
             return;
         }
         last = std::get<OrderReport>(report.payload);
         if (last) session.say(fmt::format("Order {}: {}", printable(last->id), words(name(last->status))));
     });
     if (!failure) return last;
-    if (!last && isUncertain)
+    if (!last && failure->leavesOpen)
         throw Failure(failure->status, std::string{failure->what()} +
                                            " The order may have been placed: look at `kavio-wallet transactions` "
                                            "before you try again.");

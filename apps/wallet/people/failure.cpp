@@ -21,9 +21,7 @@ bool isConnectionFailure(const KavioResult& result) {
            (result.type == ResultType::FAILURE && result.message.value_or("").starts_with("failed to send request"));
 }
 
-}  // namespace
-
-Failure failureOf(const KavioResult& result) {
+Failure explain(const KavioResult& result) {
     const auto& message = result.message;
     if (isConnectionFailure(result)) return {ExitStatus::NO_NETWORK, sentence("There was no usable reply", message)};
     switch (result.type) {
@@ -46,6 +44,15 @@ Failure failureOf(const KavioResult& result) {
             break;
     }
     return {ExitStatus::FAILED, sentence("That did not work", message)};
+}
+
+}  // namespace
+
+Failure failureOf(const KavioResult& result) {
+    auto failure = explain(result);
+    failure.leavesOpen =
+        !result.message || failure.status == ExitStatus::NO_NETWORK || failure.status == ExitStatus::SERVICE_FAILED;
+    return failure;
 }
 
 }  // namespace kavio::wallet

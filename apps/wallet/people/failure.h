@@ -24,6 +24,8 @@ struct Failure : std::runtime_error {
     Failure(ExitStatus exitStatus, const std::string& sentence) : std::runtime_error(sentence), status(exitStatus) {}
 
     ExitStatus status;
+    /// Whether what was asked for may have happened all the same: no reply says that it did not.
+    bool leavesOpen = false;
 };
 
 /// What a result other than `SUCCESS` means to the user.

@@ -40,15 +40,26 @@ struct TopUp {
     std::string to = "wallet";
 };
 
+std::optional<std::int64_t> depositing(Session& session, const Session::Operation& operation) {
+    try {
+        return session.fetch<std::optional<std::int64_t>>("Topping up", operation);
+    } catch (const Failure& failure) {
+        if (!failure.leavesOpen) throw;
+        throw Failure(failure.status, std::string{failure.what()} +
+                                          " The card may have been charged: look at `kavio-wallet methods` before you "
+                                          "try again.");
+    }
+}
+
 void topUp(Session& session, const TopUp& order) {
     const WalletMethods methods{session};
     const auto card = methods.depositNamed(order.to);
     const auto charged = methods.named(nameOfCard(order.card));
     const auto units = unitsOf(order.amount, currencyOf(*card));
+    const auto amount = wholeUnits(units, card->currencyDecimalDigits);
+    if (!amount) throw Failure(ExitStatus::REFUSED, fmt::format("{} is too much.", order.amount));
 
-    const auto balance = session.fetch<std::optional<std::int64_t>>("Topping up", [&](Kavio& kavio) {
-        kavio.deposit(card, wholeUnits(units, card->currencyDecimalDigits), charged->id);
-    });
+    const auto balance = depositing(session, [&](Kavio& kavio) { kavio.deposit(card, *amount, charged->id); });
     session.say(fmt::format("{} were added to {}.", moneyText(units, currencyOf(*card)), printable(order.to)));
     if (balance) session.say(fmt::format("New balance: {}", moneyText(*balance, currencyOf(*card))));
 }

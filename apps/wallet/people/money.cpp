@@ -71,7 +71,7 @@ std::optional<std::int64_t> smallestUnits(std::string_view text, std::int64_t di
     return read.ec == std::errc{} && units > 0 ? std::optional{units} : std::nullopt;
 }
 
-double wholeUnits(std::int64_t amount, std::int64_t digits) {
+std::optional<double> wholeUnits(std::int64_t amount, std::int64_t digits) {
     // `deposit` multiplies by ten, digit by digit, and cuts off: 19.99 would come out as 1998.
     const auto deposited = [digits](double units) {
         for (std::size_t i = 0; i < sensible(digits); ++i) units *= 10.0;
@@ -79,7 +79,8 @@ double wholeUnits(std::int64_t amount, std::int64_t digits) {
     };
     auto units = static_cast<double>(amount) / std::pow(10.0, static_cast<double>(sensible(digits)));
     while (deposited(units) < static_cast<double>(amount)) units = std::nextafter(units, HUGE_VAL);
-    return units;
+    const bool isExact = deposited(units) < 0x1p63 && static_cast<std::int64_t>(deposited(units)) == amount;
+    return isExact ? std::optional(units) : std::nullopt;
 }
 
 }  // namespace kavio::wallet

@@ -25,7 +25,8 @@ std::string moneyText(std::int64_t amount, const Currency& currency);
 /// decimals than the currency has, and for zero or less.
 std::optional<std::int64_t> smallestUnits(std::string_view text, std::int64_t digits);
 
-/// The number of whole units that `Kavio::deposit` turns into exactly `amount` smallest units.
-double wholeUnits(std::int64_t amount, std::int64_t digits);
+/// The number of whole units that `Kavio::deposit` turns into exactly `amount` smallest units; absent for some amounts
+/// of quadrillions, for which there is none.
+std::optional<double> wholeUnits(std::int64_t amount, std::int64_t digits);
 
 }  // namespace kavio::wallet
