@@ -31,12 +31,14 @@ KeyedContainer::KeyedContainer(const DecodedValue& value) : mDocument(value.elem
 
     mHashShift = 32 - std::countr_zero(slots);
     std::fill_n(mSlots.begin(), slots, Slot{0});
+    Slot count = 0;
     for (auto position = object.begin(); position != object.end(); ++position) {
         const auto member = memberAt(position);
         auto& slot = mSlots[slotOf(member.name(), nameHash(member.name()))];
-        if (slot == 0) slot = static_cast<Slot>(++mMemberCount);
+        if (slot == 0) slot = ++count;
         mMembers[slot - 1U] = member;
     }
+    mMemberCount = count;
 }
 
 std::optional<KeyedContainer> KeyedContainer::nestedIfPresent(Key key) const& {
