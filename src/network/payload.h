@@ -1,12 +1,12 @@
 #pragma once
 
+#include "models/json/decoding_error.h"
 #include "models/json/document.h"
 #include "network/network_service_protocol.h"
 #include "util/trace.h"
 
 #include <kavio/platform/platform.h>
 
-#include <exception>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -14,19 +14,17 @@
 
 namespace kavio {
 
-// A body that unfolds to more than the memory is as bad as one that cannot be decoded.
-
 /// The decoded body; absent for the JSON text `null` and for a body that is no `T`.
 template <class T>
 std::optional<T> decodedOrNone(std::string_view body) {
     try {
         return decodeDocument<T>(std::string(body));
-    } catch (const std::exception&) {
+    } catch (const DecodingError&) {
         return std::nullopt;
     }
 }
 
-/// The typed outcome of a request. Here ends whatever goes wrong with decoding a reply.
+/// The typed outcome of a request. Here ends the decoding error of a reply.
 template <class T>
 APIResult<T> decoded(RawResult raw) {
     if (!raw) return APIResult<T>::failed(raw.failure());
@@ -36,7 +34,7 @@ APIResult<T> decoded(RawResult raw) {
         if (!raw.payload()) return APIResult<T>::success(std::nullopt);
         try {
             return APIResult<T>::success(decodeDocument<T>(*raw.payload()));
-        } catch (const std::exception& error) {
+        } catch (const DecodingError& error) {
             trace("KavioNetworkService",
                   [&] { return SafeMessage{"failed to parse a reply, error: " + std::string(error.what())}; });
             return APIResult<T>::failed({APIError::jsonConversionFailure, 400, std::nullopt, std::nullopt});

@@ -10,6 +10,8 @@ namespace {
 
 using simdjson::dom::element_type;
 
+constexpr std::size_t mostElements = 1'000'000;
+
 std::string_view nameOf(DecodedValue::Kind kind) {
     switch (kind) {
         case DecodedValue::Kind::null:

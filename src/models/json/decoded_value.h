@@ -76,8 +76,6 @@ private:
 /// of the service is that long, and the elements of a hostile one are many times as large as their texts.
 class ArrayReader {
 public:
-    static constexpr std::size_t mostElements = 1'000'000;
-
     explicit ArrayReader(const DecodedValue& array);
 
     bool atEnd() const { return mNext == mEnd; }

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "models/json/decoded_value.h"
+#include "models/json/decoding_error.h"
 #include "models/json/keyed_container.h"
 
 #include <concepts>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -39,14 +41,19 @@ inline constexpr bool borrowsTexts<T> = T::borrowsTexts;
 template <class T>
 inline constexpr bool borrowsTexts<std::vector<T>> = borrowsTexts<T>;
 
-/// The payload of a reply; absent for a JSON null. `DecodingError` when the body is not what a `T` decodes from.
+/// The payload of a reply; absent for a JSON null. `DecodingError` when the body is not what a `T` decodes from, and
+/// when it unfolds to more than there is memory.
 template <class T>
 std::optional<T> decodeDocument(const std::string& body) {
     static_assert(!borrowsTexts<T>, "Its texts would be gone with the document.");
-    const Document document(body);
-    const auto root = document.root();
-    if (root.kind() == DecodedValue::Kind::null) return std::nullopt;
-    return root.as<T>();
+    try {
+        const Document document(body);
+        const auto root = document.root();
+        if (root.kind() == DecodedValue::Kind::null) return std::nullopt;
+        return root.as<T>();
+    } catch (const std::bad_alloc&) {
+        throw DecodingError("too large for the memory");
+    }
 }
 
 }  // namespace kavio
