@@ -101,7 +101,8 @@ public:
     /// Charges the stored card `chargedCardId` and adds to the wallet or a prepaid card; reports to `onDeposit`.
     /// `amount` is in whole units of the currency (12.5 is 12 units and a half); what is finer than the smallest unit
     /// is cut off. `BAD_INPUT`, before returning: "invalid amount" for one that is not finite or too large, "cannot
-    /// deposit to TYPE card" for another type of card.
+    /// deposit to TYPE card" for another type of card. After `NETWORK_FAILED`, `SERVER_ERROR` and a failure without a
+    /// message the charged card may have paid all the same: look at the balance before the person tries again.
     void deposit(std::shared_ptr<const DepositCard> depositCard, double amount, std::string chargedCardId);
 
 private:

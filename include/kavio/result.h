@@ -17,7 +17,7 @@ enum class ResultType {
     ACCESS_DENIED,   ///< the service refused the session (HTTP 401)
     SDK_NOT_READY,   ///< never reported
     SERVER_ERROR,    ///< the service failed (HTTP 500 to 599), or sent a 3-D Secure reply that cannot be used
-    BAD_INPUT,       ///< refused input, by the service (HTTP 400) or by the library itself
+    BAD_INPUT,       ///< input refused (HTTP 400, or by the library itself), or a reply that is not understood
     BUSY,            ///< another operation of the same facade is under way
     NOT_LOGGED_IN,   ///< never reported
     TIMEOUT,         ///< the order was followed for as long as orders are followed

@@ -94,7 +94,7 @@ Command transactionsCommand(CLI::App& program) {
     line->add_option("--limit", search->limit, "At most so many orders")->transform(wholeNumber());
     line->add_option_function<std::string>(
         "--before", [search](const std::string& date) { search->before = dateOf(date); },
-        "Only before this date, such as 2024-03-05 or 2024-03-05T14:07:09.250Z");
+        "Only before this date in UTC, such as 2024-03-05 or 2024-03-05T14:07:09.250Z");
     return {line, [search](Session& session) { list(session, *search); }};
 }
 
