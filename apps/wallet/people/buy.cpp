@@ -39,7 +39,7 @@ Wanted wantedFrom(const std::string& text) {
 
 /// A machine is paid in the currency of its country, whoever pays.
 Currency currencyFor(const PaymentMethod& method, const Machine& machine, const WalletMethods& methods) {
-    const auto wallet = currencyOf(*methods.wallet());
+    auto wallet = currencyOf(*methods.wallet());
     const auto currency = currencyOfCountry(machine.country.value_or(""));
     if (currency) return currency->code == wallet.code ? wallet : *currency;  // what the service says of its own counts
     if (method.type != PaymentMethod::PaymentType::CREDIT_CARD) return wallet;
