@@ -38,7 +38,9 @@ int run(int argc, char** argv) {
     app.add_option("--authority", options.authorityFile, "File for the authority's certificate (PEM)");
     app.add_option("--api-key", options.apiKey, "The only API key accepted; any by default");
     app.add_option("--code", options.code, "One-time code of every login")->capture_default_str();
-    app.add_option("--order-step-ms", orderStep, "How long an order stays in each status")->capture_default_str();
+    app.add_option("--order-step-ms", orderStep, "How long an order stays in each status, at most a day")
+        ->check(CLI::Range(std::int64_t{0}, std::int64_t{86'400'000}))
+        ->capture_default_str();
     app.add_flag("--json", json, "Write JSON lines");
     try {
         app.parse(argc, argv);

@@ -117,7 +117,7 @@ nlohmann::json orderReply(const World& world, const Order& order, bool statusOnl
                          {"createdUTC", secondsText(order.created)},
                          {"paymentSource", wireName(order.source)},
                          {"orderItemsCount", order.items.size()}};
-    if (order.settled) reply["endingBalance"] = order.endingBalance;
+    if (order.endingBalance) reply["endingBalance"] = *order.endingBalance;
     if (statusOnly) return {{"order", reply}};
 
     reply["paymentSourceLabel"] = order.label;
@@ -174,6 +174,9 @@ nlohmann::json readOrder(Call& call) {
     return orderReply(call.world, *order, call.in.at("statusOnly").get<bool>());
 }
 
+/// What an activity, which always has both balances, says of one that there is not.
+constexpr std::int64_t noBalance = -1;
+
 nlohmann::json activityReply(const World& world, const Order& order) {
     nlohmann::json reply{{"orderId", order.id},
                          {"created", millisecondsText(order.created)},
@@ -183,8 +186,8 @@ nlohmann::json activityReply(const World& world, const Order& order) {
                          {"orderType", int(order.type)},
                          {"orderTypeName", wireName(order.type)},
                          {"label", order.label},
-                         {"startingBalance", order.startingBalance},
-                         {"endingBalance", order.endingBalance},
+                         {"startingBalance", order.endingBalance ? order.startingBalance : noBalance},
+                         {"endingBalance", order.endingBalance.value_or(noBalance)},
                          {"currency", order.currency},
                          {"bonus", 0},
                          {"gameWin", 0},

@@ -110,8 +110,9 @@ void World::settleOrders() {
 void World::settle(Account& account, Order& order) const {
     if (order.settled || statusOf(order) != order.course.back()) return;
     order.settled = true;
+    if (order.source == Source::creditCard || order.currency != account.currency->code) return;
     auto& balance = account.balanceBehind(order);
-    if (order.course.back() == "completed" && order.source != Source::creditCard) balance -= order.amount;
+    if (order.course.back() == "completed") balance -= order.amount;
     order.endingBalance = balance;
 }
 
