@@ -3,6 +3,7 @@
 #include "options.h"
 #include "output.h"
 #include "people/command.h"
+#include "people/text.h"
 
 #include <CLI/CLI.hpp>
 #include <fcntl.h>
@@ -57,9 +58,9 @@ struct CommandLine {
     }
 };
 
-int complain(ExitStatus status, std::string sentence) {
-    std::ranges::replace(sentence, '\n', ' ');
-    writeText(stderr, fmt::format("kavio-wallet: {}\n", sentence));
+/// One line, whatever the sentence quotes.
+int complain(ExitStatus status, std::string_view sentence) {
+    writeText(stderr, fmt::format("kavio-wallet: {}\n", printable(sentence)));
     return static_cast<int>(status);
 }
 

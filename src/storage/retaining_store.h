@@ -21,6 +21,7 @@ public:
     /// False when the changes are not in the suite, and end with this process unless a later write takes them along.
     /// False as well, and without any effect, when one is a date that is no number.
     bool write(const StoreChanges& changes) override;
+    bool isKept() const override { return unwritten().empty() && mSuite->isKept(); }
 
 private:
     void begin(const StoreChanges& changes);

@@ -83,9 +83,10 @@ TEST(RetainingStores, PutNoOldValueOverANewerOne) {
     RetainingStore store(suite);
     suite->refuses = true;
     store.set("token", std::string("old"));
+    EXPECT_FALSE(store.isKept());
     suite->refuses = false;
     suite->before = [&] { store.set("token", std::string("new")); };
-    EXPECT_TRUE(store.set("key", std::string("k"))) << "takes the old token along";
+    EXPECT_TRUE(store.set("key", std::string("k")) && store.isKept()) << "takes the old token along";
     EXPECT_EQ(suite->string("token"), "new");
     EXPECT_EQ(suite->string("key"), "k");
     suite->set("token", std::string("of another process"));

@@ -2,10 +2,12 @@
 #include "people/terminal.h"
 #include "people/text.h"
 
-#include <unicode/uloc.h>
+#include <kavio/user_defaults.h>
 
-#include <array>
+#include <unicode/locid.h>
+
 #include <memory>
+#include <string_view>
 
 namespace kavio::wallet {
 
@@ -13,12 +15,10 @@ namespace {
 
 constexpr int codesToTry = 3;
 
-/// The region of the user's locale; empty when it has none.
+/// The region of the user's locale; empty when it has none, as the one named "C" or "POSIX": ICU calls it American.
 std::string ownCountry() {
-    std::array<char, ULOC_COUNTRY_CAPACITY> country{};
-    auto problem = U_ZERO_ERROR;
-    uloc_getCountry(nullptr, country.data(), country.size(), &problem);
-    return U_SUCCESS(problem) ? country.data() : "";
+    const auto locale = icu::Locale::getDefault();
+    return std::string_view{locale.getVariant()} == "POSIX" ? "" : locale.getCountry();
 }
 
 struct Login {
@@ -34,9 +34,18 @@ bool isWrongCode(const KavioResult& result) {
     return type == ResultType::FAILURE || type == ResultType::BAD_INPUT || type == ResultType::ACCESS_DENIED;
 }
 
+/// A session that ends with this program is of no use to the next one.
+void requireStore() {
+    if (!userDefaults()->isKept())
+        throw Failure(ExitStatus::FAILED,
+                      "You are not logged in: nothing can be written to the folder that keeps the session "
+                      "(--store-dir).");
+}
+
 // The service's challenge is kept in memory only: the code must be given to the process that asked for it.
 void logIn(Session& session, const Login& login) {
     if (login.country.empty()) throw Failure(ExitStatus::USAGE, "Name the phone's country with --country, such as DE.");
+    requireStore();
     session.perform("Asking for a code", [&](Kavio& kavio) { kavio.login(login.countryCode, login.phoneNumber); });
     session.say(fmt::format("A code was sent to +{} {}.", login.countryCode, login.phoneNumber));
 
@@ -50,8 +59,9 @@ void logIn(Session& session, const Login& login) {
         if (result.type == ResultType::SUCCESS) break;
         if (!isWrongCode(result)) throw failureOf(result);
         if (attempt == codesToTry) throw Failure(ExitStatus::REFUSED, "No code was accepted: you are not logged in.");
-        session.warn("The code was not accepted.");
+        session.warn(sentence("The code was not accepted", result.message));
     }
+    requireStore();
     session.say("You are logged in.");
 }
 

@@ -1,9 +1,10 @@
 #include "jsonl/arguments.h"
 #include "people/command.h"
+#include "people/numbers.h"
 #include "people/terminal.h"
 #include "people/text.h"
 
-#include <charconv>
+#include <algorithm>
 #include <initializer_list>
 #include <memory>
 
@@ -35,9 +36,7 @@ const Fields secureFields{
 
 Input valueOf(const Field& field, const std::string& text) {
     if (!field.isInteger) return text;
-    std::int64_t number = 0;
-    const auto read = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (read.ec == std::errc{} && read.ptr == text.data() + text.size()) return number;
+    if (const auto number = numberFrom<std::int64_t>(text)) return *number;
     throw Refused(fmt::format("\"{}\" must be an integer", field.member));
 }
 
@@ -48,7 +47,9 @@ Input readCard(Fields fields) {
     for (const auto& field : fields) {
         const auto line = readLine(field.prompt, field.echo);
         if (!line) throw Refused(fmt::format("\"{}\" is missing", field.member));
-        if (card.empty() && !isInputTerminal() && line->starts_with('{')) return parseLine(*line + readRest());
+        const auto begin = std::min(line->find_first_not_of(" \t"), line->size());
+        if (card.empty() && !isInputTerminal() && line->substr(begin).starts_with('{'))
+            return parseLine(*line + readRest());
         card[std::string{field.member}] = valueOf(field, *line);
     }
     return card;

@@ -1,11 +1,11 @@
 #include "people/command.h"
 #include "people/machine_named.h"
+#include "people/numbers.h"
 #include "people/prices.h"
 #include "people/text.h"
 #include "people/wallet_methods.h"
 
 #include <algorithm>
-#include <charconv>
 #include <memory>
 #include <vector>
 
@@ -27,13 +27,10 @@ struct Purchase {
 
 /// "CODE" or "CODE:QUANTITY"
 Wanted wantedFrom(const std::string& text) {
-    Wanted wanted;
-    const char* const end = text.data() + text.size();
-    auto read = std::from_chars(text.data(), end, wanted.code);
-    if (read.ec == std::errc{} && read.ptr != end && *read.ptr == ':') {
-        read = std::from_chars(read.ptr + 1, end, wanted.quantity);
-    }
-    if (read.ec == std::errc{} && read.ptr == end && wanted.quantity > 0) return wanted;
+    const auto colon = text.find(':');
+    const auto code = numberFrom<std::int64_t>(text.substr(0, colon));
+    const auto quantity = colon == std::string::npos ? 1 : numberFrom<std::int64_t>(text.substr(colon + 1)).value_or(0);
+    if (code && quantity > 0) return {*code, quantity};
     throw CLI::ValidationError("--product", "'" + text + "' is not CODE or CODE:QUANTITY");
 }
 
@@ -151,16 +148,6 @@ OrderReport place(Session& session, const Session::Operation& operation) {
     throw Failure(failure->status, fmt::format("The order takes longer than orders are followed: look at `kavio-wallet "
                                                "order {}` before you try again.",
                                                printable(last->id)));
-}
-
-/// A balance that cannot be had is no failure of the purchase.
-void showBalance(Session& session, const std::string& method) {
-    try {
-        const auto card = std::dynamic_pointer_cast<const DepositCard>(WalletMethods{session}.named(method));
-        if (card) session.say(fmt::format("New balance: {}", balanceText(*card)));
-    } catch (const Failure& failure) {
-        session.warn(failure.what());
-    }
 }
 
 void buy(Session& session, const Purchase& purchase) {

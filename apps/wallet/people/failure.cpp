@@ -8,26 +8,29 @@ namespace kavio::wallet {
 
 namespace {
 
-/// "what: message." or, without a message, "what."
-std::string sentence(std::string_view what, const std::optional<std::string>& message) {
-    auto text = message && !message->empty() ? fmt::format("{}: {}", what, printable(*message)) : std::string{what};
-    if (!text.ends_with('.')) text += '.';
-    return text;
+/// The most columns that a message may take: a gateway's error page says no more in all its lines.
+constexpr std::size_t longestMessage = 300;
+
+/// Only a lost connection has a type of its own; of others, such as one that was refused, the message tells. Input that
+/// is refused without a word is a reply that was not understood.
+bool hasNoUsableReply(const KavioResult& result) {
+    return result.type == ResultType::NETWORK_FAILED ||
+           (result.type == ResultType::FAILURE && result.message.value_or("").starts_with("failed to send request")) ||
+           (result.type == ResultType::BAD_INPUT && !result.message);
 }
 
-/// Only a lost connection has a type of its own; of others, such as one that was refused, the message tells.
-bool isConnectionFailure(const KavioResult& result) {
-    return result.type == ResultType::NETWORK_FAILED ||
-           (result.type == ResultType::FAILURE && result.message.value_or("").starts_with("failed to send request"));
+/// One that the service does not know any more has a type of its own, one that has expired has not.
+bool isSessionOver(const KavioResult& result) {
+    return result.type == ResultType::ACCESS_DENIED || result.type == ResultType::NOT_LOGGED_IN ||
+           result.message == "Your session token is expaired";
 }
 
 Failure explain(const KavioResult& result) {
     const auto& message = result.message;
-    if (isConnectionFailure(result)) return {ExitStatus::NO_NETWORK, sentence("There was no usable reply", message)};
+    if (hasNoUsableReply(result)) return {ExitStatus::NO_NETWORK, sentence("There was no usable reply", message)};
+    if (isSessionOver(result))
+        return {ExitStatus::NOT_LOGGED_IN, "You are not logged in. Run `kavio-wallet login` first."};
     switch (result.type) {
-        case ResultType::ACCESS_DENIED:
-        case ResultType::NOT_LOGGED_IN:
-            return {ExitStatus::NOT_LOGGED_IN, "You are not logged in. Run `kavio-wallet login` first."};
         case ResultType::TIMEOUT:
             return {ExitStatus::TIMED_OUT, sentence("It takes too long", message)};
         case ResultType::BAD_INPUT:
@@ -40,6 +43,8 @@ Failure explain(const KavioResult& result) {
         case ResultType::SUCCESS:
         case ResultType::FAILURE:
         case ResultType::NETWORK_FAILED:
+        case ResultType::ACCESS_DENIED:
+        case ResultType::NOT_LOGGED_IN:
         case ResultType::SDK_NOT_READY:
             break;
     }
@@ -47,6 +52,13 @@ Failure explain(const KavioResult& result) {
 }
 
 }  // namespace
+
+std::string sentence(std::string_view what, const std::optional<std::string>& message) {
+    auto text = message && !message->empty() ? fmt::format("{}: {}", what, cutTo(longestMessage, printable(*message)))
+                                             : std::string{what};
+    if (!text.ends_with('.')) text += '.';
+    return text;
+}
 
 Failure failureOf(const KavioResult& result) {
     auto failure = explain(result);

@@ -2,8 +2,10 @@
 
 #include <kavio/result.h>
 
+#include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace kavio::wallet {
 
@@ -27,6 +29,9 @@ struct Failure : std::runtime_error {
     /// Whether what was asked for may have happened all the same: no reply says that it did not.
     bool leavesOpen = false;
 };
+
+/// "what: message." or, without a message, "what."; the message is cut where it is no sentence.
+std::string sentence(std::string_view what, const std::optional<std::string>& message);
 
 /// What a result other than `SUCCESS` means to the user.
 Failure failureOf(const KavioResult& result);

@@ -109,7 +109,7 @@ Command machinesCommand(CLI::App& program) {
     line->add_option("--country", search->country, "Country of the position, such as DE")->needs(near);
     line->add_option("--operator", search->operatorId, "Only machines of this operator, with --near or --code")
         ->transform(wholeNumber());
-    line->add_option("--limit", search->limit, "At most so many machines")->transform(wholeNumber());
+    line->add_option("--limit", search->limit, "At most so many machines")->transform(listLength());
     line->parse_complete_callback([search] {
         if (search->operatorId && !search->code && search->near.empty())
             throw CLI::ValidationError("--operator", "goes with --near or --code");

@@ -40,9 +40,9 @@ struct TopUp {
     std::string to = "wallet";
 };
 
-std::optional<std::int64_t> depositing(Session& session, const Session::Operation& operation) {
+void deposit(Session& session, const Session::Operation& operation) {
     try {
-        return session.fetch<std::optional<std::int64_t>>("Topping up", operation);
+        session.fetch<std::optional<std::int64_t>>("Topping up", operation);
     } catch (const Failure& failure) {
         if (!failure.leavesOpen) throw;
         throw Failure(failure.status, std::string{failure.what()} +
@@ -59,9 +59,9 @@ void topUp(Session& session, const TopUp& order) {
     const auto amount = wholeUnits(units, card->currencyDecimalDigits);
     if (!amount) throw Failure(ExitStatus::REFUSED, fmt::format("{} is too much.", order.amount));
 
-    const auto balance = depositing(session, [&](Kavio& kavio) { kavio.deposit(card, *amount, charged->id); });
+    deposit(session, [&](Kavio& kavio) { kavio.deposit(card, *amount, charged->id); });
     session.say(fmt::format("{} were added to {}.", moneyText(units, currencyOf(*card)), printable(order.to)));
-    if (balance) session.say(fmt::format("New balance: {}", moneyText(*balance, currencyOf(*card))));
+    showBalance(session, order.to);
 }
 
 }  // namespace

@@ -3,34 +3,22 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
-#include <cstdint>
-#include <optional>
 
 namespace kavio::wallet {
 
-namespace {
-
-template <class T>
-std::optional<T> numberFrom(const std::string& text) {
-    T number{};
-    const char* const end = text.data() + text.size();
-    const auto read = std::from_chars(text.data(), end, number);
-    return read.ec == std::errc{} && read.ptr == end ? std::optional{number} : std::nullopt;
-}
-
-}  // namespace
-
-CLI::Validator wholeNumber() {
-    return {[](std::string& text) {
+CLI::Validator wholeNumber(std::int64_t least, std::int64_t most) {
+    return {[least, most](std::string& text) {
                 const auto number = numberFrom<std::int64_t>(text);
-                if (!number) return fmt::format("'{}' is no whole number of 64 bits", text);
+                if (!number || *number < least || *number > most)
+                    return fmt::format("'{}' is no whole number from {} to {}", text, least, most);
                 text = fmt::to_string(*number);  // in a form that is read as it is meant
                 return std::string{};
             },
             ""};
 }
+
+CLI::Validator listLength() { return wholeNumber(1, 500); }
 
 CLI::Validator coordinate() {
     return {[](const std::string& text) {

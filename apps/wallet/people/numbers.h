@@ -2,12 +2,30 @@
 
 #include <CLI/CLI.hpp>
 
+#include <charconv>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <string_view>
+
 namespace kavio::wallet {
+
+/// Absent unless the whole text is a number, and one that fits.
+template <class T>
+std::optional<T> numberFrom(std::string_view text) {
+    T number{};
+    const char* const end = text.data() + text.size();
+    const auto read = std::from_chars(text.data(), end, number);
+    return read.ec == std::errc{} && read.ptr == end ? std::optional{number} : std::nullopt;
+}
 
 // What options with numbers take. The command line library's own reading clamps numbers that are out of range, and
 // takes "010" for 8.
 
-CLI::Validator wholeNumber();
+CLI::Validator wholeNumber(std::int64_t least = std::numeric_limits<std::int64_t>::min(),
+                           std::int64_t most = std::numeric_limits<std::int64_t>::max());
+/// How many entries of a list the service may be asked for.
+CLI::Validator listLength();
 CLI::Validator coordinate();
 
 }  // namespace kavio::wallet

@@ -3,6 +3,7 @@
 #include "people/money.h"
 #include "people/numbers.h"
 #include "people/text.h"
+#include "people/wallet_methods.h"
 
 #include <map>
 #include <memory>
@@ -29,7 +30,7 @@ void show(Session& session, const Orders& orders) {
     Table table{{{"ORDER", NUMBER},
                  {"DATE", EXACT},
                  {"TYPE"},
-                 {"STATUS"},
+                 {"STATUS", EXACT},
                  {"PAID WITH"},
                  {"AMOUNT", NUMBER},
                  {"ITEMS", NUMBER},
@@ -47,25 +48,25 @@ struct Search {
     std::optional<std::string> method;
     std::optional<PaymentMethod::PaymentType> type;
     std::optional<std::int64_t> limit;
-    std::optional<Date> before;
+    std::optional<std::string> before;
 
     bool isEmpty() const { return !machineId && !method && !type && !limit && !before; }
 };
 
-void list(Session& session, const Search& search) {
-    const auto filter = search.isEmpty()
-                            ? nullptr
-                            : std::make_shared<const TransactionFilter>(search.machineId, search.method, search.type,
-                                                                        search.limit, search.before);
-    show(session, session.list<Orders>("Asking for your orders", [&](Kavio& kavio) { kavio.getTransactions(filter); }));
+/// As the table of orders shows it, or to the millisecond in UTC.
+Date dateOf(const std::string& text) {
+    if (const auto date = dateFromIso(text)) return *date;
+    if (const auto date = dateFromLocalTime(text)) return *date;
+    throw Failure(ExitStatus::USAGE, fmt::format("'{}' is not a date such as 2024-03-05.", text));
 }
 
-/// A day begins at midnight in UTC, as the dates of orders are compared.
-Date dateOf(const std::string& text) {
-    for (const auto* rest : {"", "T00:00:00.000Z"}) {
-        if (const auto date = dateFromIso(text + rest)) return *date;
-    }
-    throw CLI::ValidationError("--before", "'" + text + "' is not a date such as 2024-03-05");
+void list(Session& session, Search search) {
+    if (search.method) search.method = idOf(session, *search.method);
+    const auto before = search.before ? std::optional{dateOf(*search.before)} : std::nullopt;
+    const auto filter = search.isEmpty() ? nullptr
+                                         : std::make_shared<const TransactionFilter>(search.machineId, search.method,
+                                                                                     search.type, search.limit, before);
+    show(session, session.list<Orders>("Asking for your orders", [&](Kavio& kavio) { kavio.getTransactions(filter); }));
 }
 
 }  // namespace
@@ -86,15 +87,14 @@ Command transactionsCommand(CLI::App& program) {
     auto* const line = program.add_subcommand("transactions", "List your past orders");
     const auto search = std::make_shared<Search>();
     line->add_option("--machine", search->machineId, "Only at the machine of this ID")->transform(wholeNumber());
-    line->add_option("--method", search->method, "Only paid with the payment method of this ID");
+    line->add_option("--method", search->method, "Only paid with: wallet, card:ID, prepaid:ID, or a method's ID alone");
     line->add_option_function<std::string>(
             "--type", [search](const std::string& type) { search->type = paymentTypes.at(type); },
             "Only paid with: wallet, card, paypal or prepaid")
         ->check(CLI::IsMember(paymentTypes));
-    line->add_option("--limit", search->limit, "At most so many orders")->transform(wholeNumber());
-    line->add_option_function<std::string>(
-        "--before", [search](const std::string& date) { search->before = dateOf(date); },
-        "Only before this date in UTC, such as 2024-03-05 or 2024-03-05T14:07:09.250Z");
+    line->add_option("--limit", search->limit, "At most so many orders")->transform(listLength());
+    line->add_option("--before", search->before,
+                     "Only before this date in your time zone, such as \"2024-03-05 14:07\" or 2024-03-05");
     return {line, [search](Session& session) { list(session, *search); }};
 }
 

@@ -12,6 +12,9 @@ namespace kavio::wallet {
 
 namespace {
 
+const DateFormat localMinute{"yyyy-MM-dd HH:mm", "en_US_POSIX", std::nullopt};
+const DateFormat localDay{"yyyy-MM-dd", "en_US_POSIX", std::nullopt};
+
 /// Calls `visit` with each code point of the text; U+FFFD stands for bytes that are no UTF-8.
 template <class Visit>
 void forEachCodePoint(std::string_view text, Visit visit) {
@@ -66,8 +69,15 @@ std::string words(std::string_view enumerator) {
     return result;
 }
 
-std::string localTime(Date date) {
-    return Platform::current().dateFormatter->format({"yyyy-MM-dd HH:mm", "en_US_POSIX", std::nullopt}, date);
+std::string localTime(Date date) { return Platform::current().dateFormatter->format(localMinute, date); }
+
+std::optional<Date> dateFromLocalTime(const std::string& text) {
+    const auto& formatter = *Platform::current().dateFormatter;
+    for (const auto& format : {localMinute, localDay}) {
+        const auto date = formatter.parse(format, text);
+        if (date && formatter.format(format, *date) == text) return date;
+    }
+    return std::nullopt;
 }
 
 }  // namespace kavio::wallet

@@ -2,6 +2,7 @@
 
 #include <kavio/date.h>
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -19,5 +20,7 @@ std::string cutTo(std::size_t columns, std::string_view text);
 std::string words(std::string_view enumerator);
 /// To the minute, in the user's own time zone.
 std::string localTime(Date date);
+/// The date of such a text, or of a day, which begins at midnight; absent for any other text.
+std::optional<Date> dateFromLocalTime(const std::string& text);
 
 }  // namespace kavio::wallet

@@ -53,6 +53,14 @@ std::string nameOf(const PaymentMethod& method) {
     return fmt::format("{}:{}", words(name(method.type)), method.id);
 }
 
+std::string idOf(Session& session, const std::string& nameOrId) {
+    if (nameOrId == walletName) return WalletMethods{session}.wallet()->id;
+    for (const auto prefix : {cardPrefix, prepaidPrefix}) {
+        if (nameOrId.starts_with(prefix)) return nameOrId.substr(prefix.size());
+    }
+    return nameOrId;
+}
+
 std::string nameOfCard(const std::string& nameOrId) {
     return nameOrId.starts_with(cardPrefix) ? nameOrId : fmt::format("{}{}", cardPrefix, nameOrId);
 }
@@ -60,6 +68,15 @@ std::string nameOfCard(const std::string& nameOrId) {
 Currency currencyOf(const DepositCard& card) { return {card.currency, card.currencyDecimalDigits}; }
 
 std::string balanceText(const DepositCard& card) { return moneyText(card.balance, currencyOf(card)); }
+
+void showBalance(Session& session, const std::string& method) {
+    try {
+        const auto card = std::dynamic_pointer_cast<const DepositCard>(WalletMethods{session}.named(method));
+        if (card) session.say(fmt::format("New balance: {}", balanceText(*card)));
+    } catch (const Failure& failure) {
+        session.warn(failure.what());
+    }
+}
 
 std::int64_t unitsOf(const std::string& amount, const Currency& currency) {
     if (const auto units = smallestUnits(amount, currency.digits)) return *units;

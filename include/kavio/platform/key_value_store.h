@@ -41,6 +41,9 @@ public:
         return found;
     }
     virtual bool write(const StoreChanges& changes) = 0;
+    /// Whether all that was written outlasts the process; not so where values live in memory for want of a better
+    /// place.
+    virtual bool isKept() const { return true; }
 
     bool set(std::string_view key, StoredValue value) { return write({{std::string(key), std::move(value)}}); }
     bool remove(std::string_view key) { return write({{std::string(key), std::nullopt}}); }

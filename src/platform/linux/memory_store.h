@@ -30,6 +30,8 @@ public:
         return true;
     }
 
+    bool isKept() const override { return false; }
+
 private:
     mutable std::mutex mMutex;
     std::map<std::string, StoredValue, std::less<>> mValues;
