@@ -70,13 +70,13 @@ public:
     void async(std::function<void()> work) override {
         const std::lock_guard lock(mShared->mutex);
         if (mShared->stopping) return;  // posted by what a dropped block held
-        mShared->pending.push_back(std::move(work));
-        if (mShared->pending.size() > mShared->idle && mThreads.size() < mLimit) {
+        // Before the work is taken: a thread that cannot be started throws, and then the work must not run.
+        if (mShared->pending.size() >= mShared->idle && mThreads.size() < mLimit) {
             auto& thread = mThreads.emplace_back(serve, mShared);
             ::pthread_setname_np(thread.native_handle(), mName.c_str());
-        } else {
-            mShared->changed.notify_one();
         }
+        mShared->pending.push_back(std::move(work));
+        mShared->changed.notify_one();
     }
 
 private:
