@@ -174,7 +174,7 @@ nlohmann::json readOrder(Call& call) {
     return orderReply(call.world, *order, call.in.at("statusOnly").get<bool>());
 }
 
-/// What an activity, which always has both balances, says of one that there is not.
+/// What an activity, which always has both balances, says while it has none.
 constexpr std::int64_t noBalance = -1;
 
 nlohmann::json activityReply(const World& world, const Order& order) {

@@ -60,7 +60,7 @@ struct Order {
     TimePoint created;                // by the service's clock, which tests may set years off
     bool settled = false;
     std::int64_t startingBalance = 0;
-    std::optional<std::int64_t> endingBalance;  // once it is settled, if it moved one in its own currency
+    std::optional<std::int64_t> endingBalance;  // once it is settled, if it is paid from one in its own currency
 };
 
 struct Account {

@@ -2,6 +2,8 @@
 
 #include "people/money.h"
 
+#include <kavio/platform/linux.h>
+
 #include <gmock/gmock.h>
 
 #include <limits>
@@ -48,6 +50,15 @@ TEST(WalletText, ShowsNothingThatATerminalWouldObey) {
     EXPECT_EQ(printable("a\033[31mb\r\nc\tq"), "a [31mb  c q");
     EXPECT_EQ(printable("\u202eabc\u2028"), " abc ");
     EXPECT_EQ(printable("caf\xc3\xa9 \xff"), "café \uFFFD");
+}
+
+TEST(WalletText, TakesDatesAsItShowsThem) {
+    Platform::install(makeLinuxPlatform());
+    const Date date{std::chrono::seconds{1709647620}};
+    EXPECT_EQ(dateFromLocalTime(localTime(date)), date);
+    EXPECT_EQ(dateFromLocalTime("2024-03-05"), dateFromLocalTime("2024-03-05 00:00"));
+    for (const auto* text : {"2024-3-5", "2024-03-05 7:9", "2024-02-30", "2024-03-05 ", ""})
+        EXPECT_FALSE(dateFromLocalTime(text)) << text;
 }
 
 }  // namespace kavio::wallet

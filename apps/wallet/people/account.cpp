@@ -29,17 +29,14 @@ struct Login {
 
 /// Whether the code may have been mistyped; anything else is no reason to ask for another one.
 bool isWrongCode(const KavioResult& result) {
-    const auto type = result.type;
-    if (failureOf(result).status == ExitStatus::NO_NETWORK) return false;
-    return type == ResultType::FAILURE || type == ResultType::BAD_INPUT || type == ResultType::ACCESS_DENIED;
+    if (result.type == ResultType::FAILURE) return failureOf(result).status != ExitStatus::NO_NETWORK;
+    return result.type == ResultType::BAD_INPUT || result.type == ResultType::ACCESS_DENIED;
 }
 
-/// A session that ends with this program is of no use to the next one.
+/// A session that ends with this program is of no use to the next one. One that was kept before stays.
 void requireStore() {
     if (!userDefaults()->isKept())
-        throw Failure(ExitStatus::FAILED,
-                      "You are not logged in: nothing can be written to the folder that keeps the session "
-                      "(--store-dir).");
+        throw Failure(ExitStatus::FAILED, "The session cannot be kept: its folder (--store-dir) cannot be written.");
 }
 
 // The service's challenge is kept in memory only: the code must be given to the process that asked for it.

@@ -11,8 +11,8 @@ namespace {
 /// The most columns that a message may take: a gateway's error page says no more in all its lines.
 constexpr std::size_t longestMessage = 300;
 
-/// Only a lost connection has a type of its own; of others, such as one that was refused, the message tells. Input that
-/// is refused without a word is a reply that was not understood.
+/// Only a lost connection has a type of its own; of others, such as one that was refused, the message tells. A refusal
+/// without a word cannot be told from a reply that was not understood.
 bool hasNoUsableReply(const KavioResult& result) {
     return result.type == ResultType::NETWORK_FAILED ||
            (result.type == ResultType::FAILURE && result.message.value_or("").starts_with("failed to send request")) ||

@@ -56,13 +56,13 @@ struct Search {
 /// As the table of orders shows it, or to the millisecond in UTC.
 Date dateOf(const std::string& text) {
     if (const auto date = dateFromIso(text)) return *date;
-    if (const auto date = dateFromLocalTime(text)) return *date;
+    if (const auto date = dateFromLocalTime(text); date && isoText(*date)) return *date;
     throw Failure(ExitStatus::USAGE, fmt::format("'{}' is not a date such as 2024-03-05.", text));
 }
 
 void list(Session& session, Search search) {
-    if (search.method) search.method = idOf(session, *search.method);
     const auto before = search.before ? std::optional{dateOf(*search.before)} : std::nullopt;
+    if (search.method) search.method = idOf(session, *search.method);
     const auto filter = search.isEmpty() ? nullptr
                                          : std::make_shared<const TransactionFilter>(search.machineId, search.method,
                                                                                      search.type, search.limit, before);
@@ -87,7 +87,8 @@ Command transactionsCommand(CLI::App& program) {
     auto* const line = program.add_subcommand("transactions", "List your past orders");
     const auto search = std::make_shared<Search>();
     line->add_option("--machine", search->machineId, "Only at the machine of this ID")->transform(wholeNumber());
-    line->add_option("--method", search->method, "Only paid with: wallet, card:ID, prepaid:ID, or a method's ID alone");
+    line->add_option("--method", search->method, "Only paid with: wallet, card:ID, prepaid:ID, or a method's ID alone")
+        ->check(checkMethodNameOrId);
     line->add_option_function<std::string>(
             "--type", [search](const std::string& type) { search->type = paymentTypes.at(type); },
             "Only paid with: wallet, card, paypal or prepaid")

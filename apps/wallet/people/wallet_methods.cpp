@@ -38,6 +38,10 @@ std::string checkMethodName(const std::string& name) {
     return isName ? std::string{} : fmt::format("'{}' is not wallet, card:ID or prepaid:ID", name);
 }
 
+std::string checkMethodNameOrId(const std::string& text) {
+    return text.empty() || text.find(':') != std::string::npos ? checkMethodName(text) : std::string{};
+}
+
 std::string nameOf(const PaymentMethod& method) {
     switch (method.type) {
         case PaymentMethod::PaymentType::KAVIO:
@@ -74,7 +78,7 @@ void showBalance(Session& session, const std::string& method) {
         const auto card = std::dynamic_pointer_cast<const DepositCard>(WalletMethods{session}.named(method));
         if (card) session.say(fmt::format("New balance: {}", balanceText(*card)));
     } catch (const Failure& failure) {
-        session.warn(failure.what());
+        session.warn(fmt::format("The new balance is not known. {}", failure.what()));
     }
 }
 

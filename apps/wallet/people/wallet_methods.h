@@ -30,6 +30,8 @@ private:
 
 /// Empty for "wallet", "card:ID" and "prepaid:ID", else what is wrong: a check for the command line.
 std::string checkMethodName(const std::string& name);
+/// The same where a method's ID alone will do.
+std::string checkMethodNameOrId(const std::string& text);
 
 /// How the commands name a method.
 std::string nameOf(const PaymentMethod& method);
