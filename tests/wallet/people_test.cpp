@@ -137,6 +137,7 @@ TEST_F(WalletCommands, RefuseAPurchaseBeforeAnyMoneyMoves) {
              {"buy " + coffee, 2},
              {"buy 1 --amount 1", 6},
              {"buy --product 99 " + coffee, 6},
+             {"buy --product 14 " + coffee, 6},  // sold out
              {"buy --amount 1 --pay card:x " + coffee, 6},
              {"buy --amount 1.505 " + coffee, 6},
              {"buy --amount 1.5 42101570", 6},  // in yen
@@ -157,6 +158,8 @@ TEST_F(WalletCommands, WarnOfAPaymentThatMayHaveBeenMadeAllTheSame) {
              {{.drop = true, .handled = true}, true},
              {{.cutAfter = 0}, true},
              {{.status = 500, .body = R"({"message":"?"})"}, true},
+             {{.status = 408, .body = "<html>slow"}, true},
+             {{.body = "null"}, true},
              {{.status = 402, .body = R"({"message":"declined"})"}, false},
          }) {
         for (const auto* path : {"/machines/*/orders", "/deposits/"}) sandbox.fault(path, fault);
@@ -250,6 +253,7 @@ TEST_F(WalletOptions, EndWithStatusTwoAndOneLineWhenTheyAreWrong) {
              "status logout -> logout",
              "login 49 -> PHONE",
              "buy 1 --product 5:0 -> 5:0",
+             "buy 1 --product 5 6 -> 6",
              "buy 1 --pay cash -> cash",
              "transactions --before yesterday -> yesterday",
              "transactions --limit 9223372036854775808 -> 9223372036854775808",

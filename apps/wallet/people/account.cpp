@@ -48,14 +48,14 @@ void logIn(Session& session, const Login& login) {
 
     for (int attempt = 1;; ++attempt) {
         const auto code = readLine("Code");
-        if (!code || code->empty()) throw Failure(ExitStatus::REFUSED, "No code was given: you are not logged in.");
+        if (!code || code->empty()) throw Failure(ExitStatus::REFUSED, "No code was given: nothing has changed.");
         const auto report = session.ask("Checking the code", [&](Kavio& kavio) {
             kavio.verify(*code, login.country, login.countryCode, login.phoneNumber);
         });
         const auto& result = *report.result;
         if (result.type == ResultType::SUCCESS) break;
         if (!isWrongCode(result)) throw failureOf(result);
-        if (attempt == codesToTry) throw Failure(ExitStatus::REFUSED, "No code was accepted: you are not logged in.");
+        if (attempt == codesToTry) throw Failure(ExitStatus::REFUSED, "No code was accepted: nothing has changed.");
         session.warn(sentence("The code was not accepted", result.message));
     }
     requireStore();

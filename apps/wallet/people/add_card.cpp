@@ -55,11 +55,19 @@ Input readCard(Fields fields) {
     return card;
 }
 
+CardReport storing(Session& session, const Session::Operation& operation) {
+    try {
+        return session.fetch<CardReport>("Storing the card", operation);
+    } catch (const Failure& failure) {
+        throw failure.withHint("It may have been stored: look at `kavio-wallet methods` before you try again.");
+    }
+}
+
 void addPlain(Session& session) {
     const auto input = readCard(plainFields);
     std::shared_ptr<const Card> card;
     read(Value{input, "card"}, card);
-    const auto added = session.fetch<CardReport>("Storing the card", [&](Kavio& kavio) { kavio.addCreditCard(card); });
+    const auto added = storing(session, [&](Kavio& kavio) { kavio.addCreditCard(card); });
     session.say(added
                     ? fmt::format("The card {} was stored as card:{}.", printable(added->number), printable(added->id))
                     : "The card was stored.");

@@ -54,6 +54,8 @@ std::int64_t costOf(Session& session, const std::vector<Wanted>& wanted, const M
     for (const auto& item : wanted) {
         const auto found =
             std::ranges::find_if(offered, [&](const auto& product) { return product->codeInMap == item.code; });
+        if (found != offered.end() && (*found)->vendOut)
+            throw Failure(ExitStatus::REFUSED, fmt::format("{} has sold out product {}.", titleOf(machine), item.code));
         const auto price = found == offered.end() ? std::nullopt : priceOf(**found);
         if (!price) {
             throw Failure(ExitStatus::REFUSED,
@@ -93,6 +95,9 @@ std::vector<std::shared_ptr<const RemoteVendProduct>> productsOf(const Purchase&
     return products;
 }
 
+constexpr auto lookAtOrders =
+    "The order may have been placed: look at `kavio-wallet transactions` before you try again.";
+
 /// How the order ended, for people; the exit status says the same to scripts.
 struct Ending {
     ExitStatus status;
@@ -105,7 +110,8 @@ std::string paymentText(const Order& order) {
 }
 
 Ending endingOf(const OrderReport& order, const Machine& machine) {
-    if (!order) return {ExitStatus::FAILED, "The service does not say what became of the order."};
+    if (!order)
+        return {ExitStatus::FAILED, fmt::format("The service does not say what became of the order. {}", lookAtOrders)};
     switch (order->status) {
         case Order::Status::COMPLETED:
             return {ExitStatus::OK, fmt::format("{} at {}.", paymentText(*order), titleOf(machine))};
@@ -139,11 +145,7 @@ OrderReport place(Session& session, const Session::Operation& operation) {
         if (last) session.say(fmt::format("Order {}: {}", printable(last->id), words(name(last->status))));
     });
     if (!failure) return last;
-    if (!last && failure->leavesOpen)
-        throw Failure(failure->status, std::string{failure->what()} +
-                                           " The order may have been placed: look at `kavio-wallet transactions` "
-                                           "before you try again.");
-    if (!last) throw *failure;
+    if (!last) throw failure->withHint(lookAtOrders);
     // It was placed, but is not at its end: the user must not pay twice.
     throw Failure(failure->status, fmt::format("The order takes longer than orders are followed: look at `kavio-wallet "
                                                "order {}` before you try again.",
@@ -180,6 +182,7 @@ Command buyCommand(CLI::App& program) {
             "What to buy, as `products` shows it; may be repeated")
         ->type_name("CODE[:QUANTITY]")
         ->expected(1)
+        ->allow_extra_args(false)
         ->take_all();
     line->add_option("--pay", purchase->method,
                      "wallet, card:ID or prepaid:ID, as `methods` shows it (default: wallet)")

@@ -4,6 +4,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 namespace kavio::wallet {
 
 namespace {
@@ -30,6 +32,8 @@ Failure explain(const KavioResult& result) {
     if (hasNoUsableReply(result)) return {ExitStatus::NO_NETWORK, sentence("There was no usable reply", message)};
     if (isSessionOver(result))
         return {ExitStatus::NOT_LOGGED_IN, "You are not logged in. Run `kavio-wallet login` first."};
+    if (result.message == "invalid_signature")
+        return {ExitStatus::FAILED, "The clock was off, so nothing was done. It is asked for anew: try again."};
     switch (result.type) {
         case ResultType::TIMEOUT:
             return {ExitStatus::TIMED_OUT, sentence("It takes too long", message)};
@@ -51,7 +55,17 @@ Failure explain(const KavioResult& result) {
     return {ExitStatus::FAILED, sentence("That did not work", message)};
 }
 
+/// A gateway's page is no word of the service's.
+bool isWordOfTheService(const std::optional<std::string>& message) {
+    return message &&
+           !message->substr(std::min(message->find_first_not_of(" \t\r\n"), message->size())).starts_with('<');
+}
+
 }  // namespace
+
+Failure Failure::withHint(std::string_view hint) const {
+    return leavesOpen ? Failure(status, fmt::format("{} {}", what(), hint)) : *this;
+}
 
 std::string sentence(std::string_view what, const std::optional<std::string>& message) {
     auto text = message && !message->empty() ? fmt::format("{}: {}", what, cutTo(longestMessage, printable(*message)))
@@ -62,8 +76,8 @@ std::string sentence(std::string_view what, const std::optional<std::string>& me
 
 Failure failureOf(const KavioResult& result) {
     auto failure = explain(result);
-    failure.leavesOpen =
-        !result.message || failure.status == ExitStatus::NO_NETWORK || failure.status == ExitStatus::SERVICE_FAILED;
+    failure.leavesOpen = !isWordOfTheService(result.message) || failure.status == ExitStatus::NO_NETWORK ||
+                         failure.status == ExitStatus::SERVICE_FAILED;
     return failure;
 }
 

@@ -28,6 +28,9 @@ struct Failure : std::runtime_error {
     ExitStatus status;
     /// Whether what was asked for may have happened all the same: no reply says that it did not.
     bool leavesOpen = false;
+
+    /// The same, followed by what to look at when it may have happened.
+    Failure withHint(std::string_view hint) const;
 };
 
 /// "what: message." or, without a message, "what."; the message is cut where it is no sentence.

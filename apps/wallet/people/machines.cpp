@@ -50,7 +50,7 @@ void listMachines(Session& session, const Search& search) {
     const auto filter = filterOf(search);
     const auto machines =
         session.list<Machines>("Looking for machines", [&](Kavio& kavio) { kavio.getMachines(filter); });
-    Table table{{{"MACHINE", NUMBER}, {"ID", NUMBER}, {"NAME"}, {"OPERATOR"}, {"TYPE"}, {"PLACE"}, {"STATE"}}};
+    Table table{{{"MACHINE", NUMBER}, {"ID", NUMBER}, {"NAME"}, {"OPERATOR"}, {"TYPE"}, {"PLACE"}, {"STATE", EXACT}}};
     for (const auto& machine : machines) {
         table.add({fmt::to_string(machine->kavioId), fmt::to_string(machine->id), machine->name.value_or(""),
                    machine->operatorName.value_or(""), words(name(machine->type)), placeOf(*machine),
@@ -64,7 +64,7 @@ void listProducts(Session& session, const std::string& code) {
     const auto products =
         session.list<Products>("Asking for its products", [&](Kavio& kavio) { kavio.getMachineProducts(machine->id); });
     const auto currency = currencyOfCountry(machine->country.value_or(""));
-    Table table{{{"CODE", NUMBER}, {"NAME"}, {"DEPARTMENT"}, {"PRICE", NUMBER}, {"NOTE"}}};
+    Table table{{{"CODE", NUMBER}, {"NAME"}, {"DEPARTMENT"}, {"PRICE", NUMBER}, {"NOTE", EXACT}}};
     for (const auto& product : products) {
         table.add({product->codeInMap ? fmt::to_string(*product->codeInMap) : "", product->name.value_or(""),
                    product->department.value_or(""), priceText(*product, currency),

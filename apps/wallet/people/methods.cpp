@@ -27,7 +27,7 @@ std::string noteOf(const PaymentMethod& method) {
 
 void list(Session& session) {
     const WalletMethods methods{session};
-    Table table{{{"NAME", EXACT}, {"NUMBER", EXACT}, {"BRAND"}, {"BALANCE", NUMBER}, {"NOTE"}}};
+    Table table{{{"NAME", EXACT}, {"NUMBER", EXACT}, {"BRAND"}, {"BALANCE", NUMBER}, {"NOTE", EXACT}}};
     for (const auto& method : methods.all()) {
         table.add({nameOf(*method), method->number, brandOf(*method), balanceOf(*method), noteOf(*method)});
     }
@@ -40,15 +40,15 @@ struct TopUp {
     std::string to = "wallet";
 };
 
+constexpr auto lookAtMethods = "The card may have been charged: look at `kavio-wallet methods` before you try again.";
+
 void deposit(Session& session, const Session::Operation& operation) {
     try {
-        session.fetch<std::optional<std::int64_t>>("Topping up", operation);
+        if (session.fetch<std::optional<std::int64_t>>("Topping up", operation)) return;
     } catch (const Failure& failure) {
-        if (!failure.leavesOpen) throw;
-        throw Failure(failure.status, std::string{failure.what()} +
-                                          " The card may have been charged: look at `kavio-wallet methods` before you "
-                                          "try again.");
+        throw failure.withHint(lookAtMethods);
     }
+    throw Failure(ExitStatus::FAILED, fmt::format("The service does not say what became of it. {}", lookAtMethods));
 }
 
 void topUp(Session& session, const TopUp& order) {

@@ -86,7 +86,9 @@ Command orderCommand(CLI::App& program) {
 Command transactionsCommand(CLI::App& program) {
     auto* const line = program.add_subcommand("transactions", "List your past orders");
     const auto search = std::make_shared<Search>();
-    line->add_option("--machine", search->machineId, "Only at the machine of this ID")->transform(wholeNumber());
+    line->add_option("--machine", search->machineId,
+                     "Only at the machine of this number in the column ID of `machines`")
+        ->transform(wholeNumber());
     line->add_option("--method", search->method, "Only paid with: wallet, card:ID, prepaid:ID, or a method's ID alone")
         ->check(checkMethodNameOrId);
     line->add_option_function<std::string>(

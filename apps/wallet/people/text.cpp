@@ -73,9 +73,11 @@ std::string localTime(Date date) { return Platform::current().dateFormatter->for
 
 std::optional<Date> dateFromLocalTime(const std::string& text) {
     const auto& formatter = *Platform::current().dateFormatter;
-    for (const auto& format : {localMinute, localDay}) {
-        const auto date = formatter.parse(format, text);
-        if (date && formatter.format(format, *date) == text) return date;
+    // Where clocks are put forward at midnight, a day begins at one o'clock.
+    for (const auto& [format, whole] :
+         {std::pair{localMinute, text}, {localDay, text}, {localMinute, text + " 01:00"}}) {
+        const auto date = formatter.parse(format, whole);
+        if (date && formatter.format(format, *date) == whole) return date;
     }
     return std::nullopt;
 }
