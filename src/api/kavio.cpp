@@ -47,16 +47,7 @@ void Kavio::release(const void* caller) {
     state->release(caller == this ? state.get() : caller);
     state->mTDSecSceneController->release(state.get());
     state->mIsBusy = false;
-    ++state->mEnrolment;
     state->mDelegate.reset();
-}
-
-ResultType Kavio::State::resultType(std::int64_t status) {
-    if (status == 401) return ResultType::ACCESS_DENIED;
-    if (status == 400) return ResultType::BAD_INPUT;
-    if (status == statusNoConnection) return ResultType::NETWORK_FAILED;
-    if (status >= 500 && status <= 599) return ResultType::SERVER_ERROR;
-    return ResultType::FAILURE;
 }
 
 }  // namespace kavio

@@ -71,82 +71,67 @@ std::optional<Order::Status> statusOf(const std::shared_ptr<const Order>& order)
 
 void Kavio::placeOrder(std::int64_t kavioId, std::shared_ptr<const PaymentMethod> paymentMethod, std::int64_t amount,
                        std::optional<ProductList> products) {
-    if (!mState->isIdle(&KavioDelegate::onPlaceOrder)) return;
+    const auto operation = mState->begin(&KavioDelegate::onPlaceOrder);
+    if (!operation) return;
     const auto type = paymentMethod ? paymentMethod->type : PaymentMethod::PaymentType::UNKNOWN;
     auto params = purchaseParameters(type, paymentMethod ? paymentMethod->id : "", amount);
     if (!params) {
-        return mState->fail(&KavioDelegate::onPlaceOrder, ResultType::BAD_INPUT,
-                            "selected payment method " + std::string(name(type)) + " is not supported");
+        return operation->fail(ResultType::BAD_INPUT,
+                               "selected payment method " + std::string(name(type)) + " is not supported");
     }
     const auto list = std::move(products).value_or(ProductList{});
     if (std::find(list.begin(), list.end(), nullptr) != list.end()) {
-        return mState->fail(&KavioDelegate::onPlaceOrder, ResultType::BAD_INPUT, "invalid product");
+        return operation->fail(ResultType::BAD_INPUT, "invalid product");
     }
     params->emplace("products", productEntries(list));
-    mState->mIsBusy = true;
     mState->mPurchaseRepo->purchase(*std::move(params), std::to_string(kavioId),
-                                    mState->handled(&State::placeOrderResponse));
+                                    operation->then<OrderModel>(&State::placeOrderResponse));
 }
 
-void Kavio::State::placeOrderResponse(APIResult<OrderModel> reply) {
-    if (!reply) {
-        mIsBusy = false;
-        return fail(&KavioDelegate::onPlaceOrder, reply.failure());
-    }
+void Kavio::State::placeOrderResponse(const OrderOperation& operation, APIResult<OrderModel> reply) {
+    if (!reply) return operation.fail(reply.failure());
     mLastOrder = orderOf(std::move(reply).payload());
     mPollingCounter = 0;
-    scheduleNextPoll();
-    succeed(&KavioDelegate::onPlaceOrder, mLastOrder);
+    scheduleNextPoll(operation);
+    operation.report(ResultType::SUCCESS, std::nullopt, mLastOrder);
 }
 
-void Kavio::State::scheduleNextPoll() {
-    if (mPollingCounter >= pollLimit) {
-        mIsBusy = false;
-        return fail(&KavioDelegate::onPlaceOrder, ResultType::TIMEOUT, "polling status timed out");
-    }
+void Kavio::State::scheduleNextPoll(const OrderOperation& operation) {
+    if (mPollingCounter >= pollLimit) return operation.fail(ResultType::TIMEOUT, "polling status timed out");
     TimerTool::delay(
-        [weak = weak_from_this()] {
-            if (const auto self = weak.lock()) self->poll();
+        [weak = weak_from_this(), operation] {
+            if (const auto self = weak.lock()) self->poll(operation);
         },
         pollIntervalMilliseconds);
 }
 
-void Kavio::State::poll() {
+void Kavio::State::poll(const OrderOperation& operation) {
     ++mPollingCounter;
-    if (!mLastOrder) {
-        mIsBusy = false;
-        return;
-    }
-    mPurchaseRepo->order(mLastOrder->id, true, handled(&State::pollResponse));
+    if (!mLastOrder) return operation.end();
+    mPurchaseRepo->order(mLastOrder->id, true, operation.then<OrderModel>(&State::pollResponse));
 }
 
-void Kavio::State::pollResponse(APIResult<OrderModel> reply) {
-    if (!reply) return scheduleNextPoll();
+void Kavio::State::pollResponse(const OrderOperation& operation, APIResult<OrderModel> reply) {
+    if (!reply) return scheduleNextPoll(operation);
     const bool goesOn = reply.payload() && isInProgress(reply.payload()->status);
     auto order = orderOf(std::move(reply).payload());
     const bool changed = statusOf(order) != statusOf(mLastOrder);
     if (changed) mLastOrder = order;
     if (goesOn) {
-        scheduleNextPoll();  // may report TIMEOUT, and the delegate may then destroy the facade
+        scheduleNextPoll(operation);  // may report TIMEOUT, and the delegate may then destroy the facade
     } else {
-        mIsBusy = false;
+        operation.end();
     }
-    if (changed) succeed(&KavioDelegate::onPlaceOrder, std::move(order));
+    if (changed) operation.report(ResultType::SUCCESS, std::nullopt, std::move(order));
 }
 
 void Kavio::getOrder(std::string orderId) {
-    if (!mState->isIdle(&KavioDelegate::onGetOrder)) return;
+    const auto operation = mState->begin(&KavioDelegate::onGetOrder);
+    if (!operation) return;
     if (!decimalInteger(orderId)) {
-        return mState->fail(&KavioDelegate::onGetOrder, ResultType::BAD_INPUT, "{" + orderId + "} is invalid order ID");
+        return operation->fail(ResultType::BAD_INPUT, "{" + orderId + "} is invalid order ID");
     }
-    mState->mIsBusy = true;
-    mState->mPurchaseRepo->order(std::move(orderId), false, mState->handled(&State::orderStatusResponse));
-}
-
-void Kavio::State::orderStatusResponse(APIResult<OrderModel> reply) {
-    mIsBusy = false;
-    if (!reply) return fail(&KavioDelegate::onGetOrder, reply.failure());
-    succeed(&KavioDelegate::onGetOrder, orderOf(std::move(reply).payload()));
+    mState->mPurchaseRepo->order(std::move(orderId), false, operation->finish<OrderModel>(orderOf));
 }
 
 }  // namespace kavio

@@ -39,62 +39,38 @@ JsonObject activitiesParameters(const TransactionFilter& filter) {
 }
 
 // Absent when the reply carried no list.
-template <class Record>
-auto objectsOf(APIResult<PublicList<Record>> reply) {
-    auto list = std::move(reply).payload();
-    return list ? std::optional(std::move(list->objects)) : std::nullopt;
-}
+constexpr auto objectsOf = [](auto list) { return list ? std::optional(std::move(list->objects)) : std::nullopt; };
 
 }  // namespace
 
 void Kavio::getMachines(std::shared_ptr<const MachineFilter> filter) {
-    if (!mState->isIdle(&KavioDelegate::onGetMachines)) return;
-    auto handler = mState->handled(&State::machinesResponse);
+    const auto operation = mState->begin(&KavioDelegate::onGetMachines);
+    if (!operation) return;
+    auto machinesResponse = operation->finish<PublicList<MachineModel>>(objectsOf);
     if (filter && isGiven(filter->value)) {
-        if (!mState->mMachineRepo->machinesByCode(*filter->value, filter->limit.value_or(defaultLookUpLimit),
-                                                  filter->operatorId, std::move(handler))) {
-            return mState->fail(&KavioDelegate::onGetMachines, ResultType::BAD_INPUT,
-                                "{" + *filter->value + "} is invalid machine ID or QR code");
+        if (mState->mMachineRepo->machinesByCode(*filter->value, filter->limit.value_or(defaultLookUpLimit),
+                                                 filter->operatorId, std::move(machinesResponse))) {
+            return;
         }
-        mState->mIsBusy = true;
-        return;
+        return operation->fail(ResultType::BAD_INPUT, "{" + *filter->value + "} is invalid machine ID or QR code");
     }
     auto query = filter ? machineQuery(*filter) : MachineQuery{.isByAccount = true};
-    if (!query) return mState->fail(&KavioDelegate::onGetMachines, ResultType::BAD_INPUT, "invalid filter");
-    mState->mIsBusy = true;
-    mState->mMachineRepo->machines(*std::move(query), std::move(handler));
-}
-
-void Kavio::State::machinesResponse(APIResult<PublicList<MachineModel>> reply) {
-    mIsBusy = false;
-    if (!reply) return fail(&KavioDelegate::onGetMachines, reply.failure());
-    succeed(&KavioDelegate::onGetMachines, objectsOf(std::move(reply)));
+    if (!query) return operation->fail(ResultType::BAD_INPUT, "invalid filter");
+    mState->mMachineRepo->machines(*std::move(query), std::move(machinesResponse));
 }
 
 void Kavio::getMachineProducts(std::int64_t machineId) {
-    if (!mState->isIdle(&KavioDelegate::onGetMachineProducts)) return;
-    mState->mIsBusy = true;
+    const auto operation = mState->begin(&KavioDelegate::onGetMachineProducts);
+    if (!operation) return;
     mState->mMachineRepo->products(static_cast<std::uint64_t>(machineId),
-                                   mState->handled(&State::machineProductsResponse));
-}
-
-void Kavio::State::machineProductsResponse(APIResult<PublicList<MachineProduct>> reply) {
-    mIsBusy = false;
-    if (!reply) return fail(&KavioDelegate::onGetMachineProducts, reply.failure());
-    succeed(&KavioDelegate::onGetMachineProducts, objectsOf(std::move(reply)));
+                                   operation->finish<PublicList<MachineProduct>>(objectsOf));
 }
 
 void Kavio::getTransactions(std::shared_ptr<const TransactionFilter> filter) {
-    if (!mState->isIdle(&KavioDelegate::onGetTransactions)) return;
-    mState->mIsBusy = true;
+    const auto operation = mState->begin(&KavioDelegate::onGetTransactions);
+    if (!operation) return;
     mState->mActivitiesRepo->activities(filter ? activitiesParameters(*filter) : JsonObject{},
-                                        mState->handled(&State::activitiesResponse));
-}
-
-void Kavio::State::activitiesResponse(APIResult<PublicList<OrderActivityModel>> reply) {
-    mIsBusy = false;
-    if (!reply) return fail(&KavioDelegate::onGetTransactions, reply.failure());
-    succeed(&KavioDelegate::onGetTransactions, objectsOf(std::move(reply)));
+                                        operation->finish<PublicList<OrderActivityModel>>(objectsOf));
 }
 
 }  // namespace kavio

@@ -5,7 +5,6 @@
 #include "repositories/machine_repository.h"
 #include "repositories/repositories.h"
 #include "storage/kavio_user_defaults.h"
-#include "tdsecure/replies.h"
 #include "tdsecure/td_secure_scene_controller.h"
 #include "util/service_object.h"
 #include "util/shared_instance.h"
@@ -13,107 +12,42 @@
 #include <kavio/kavio.h>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
-#include <type_traits>
 #include <utility>
 
 namespace kavio {
 
-/// What a facade knows. Response handlers and scheduled polls hold it weakly, so that nothing happens once the facade
-/// is gone. Used on the main thread; no locks.
+/// What a facade knows. Used on the main thread; no locks.
 struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::State> {
     template <class... Payload>
     using Callback = void (KavioDelegate::*)(KavioDelegate::Result, Payload...);
+    template <class... Payload>
+    class Operation;
+    using PaymentMethodsOperation = Operation<std::optional<PaymentMethods>>;
+    using OrderOperation = Operation<std::shared_ptr<const Order>>;
+    class Enrolment;
+    /// The application version that the account is asked for with.
+    static constexpr const char* accountAppVersion = "2.5";
 
     explicit State(std::weak_ptr<KavioDelegate> delegate) : mDelegate(std::move(delegate)) {}
-
-    // Response handlers, one an operation.
-    void challengeResponse(APIResult<Challenge> reply);
-    void verifyResponse(APIResult<Token> reply);
-    void logoutResponse(APIResult<LogOutResponse> reply);
-    void accountResponse(APIResult<AccountModel> reply);
-    void paymentMethodsAccountResponse(APIResult<AccountModel> reply);
-    void prepaidsResponse(PaymentMethods paymentMethods, APIResult<PrepaidsList> reply);
-    void machinesResponse(APIResult<PublicList<MachineModel>> reply);
-    void machineProductsResponse(APIResult<PublicList<MachineProduct>> reply);
-    void placeOrderResponse(APIResult<OrderModel> reply);
-    void orderStatusResponse(APIResult<OrderModel> reply);
-    void activitiesResponse(APIResult<PublicList<OrderActivityModel>> reply);
-    void addCreditCardResponse(APIResult<AddCreditCardResponse> reply);
-    void removeCreditCardResponse(APIResult<DeleteCreditResponse> reply);
-    void depositResponse(APIResult<DepositModel> reply);
-
-    void addCreditCardTDSecureResponse(APIResult<TDSAddCardResponseFactory> reply);
-
-    // The steps of a 3-D Secure enrolment that follow the reply to its card.
-    void startFingerprint(const TDSAddCardFingerprintResponse& fingerprint);
-    void fingerprintPageResponse(APIResult<std::string> reply);
-    void tdSecureFinished(const TDSecureSceneController& controller);
-    void getCardResponse(APIResult<TDSGetCardResponseFactory> reply, bool isAwaited);
-    void showNextChallenge(const std::string& url);
-    void tdSecureWindowClosed();
-    bool presentPage(TDSFlowType flow, const std::string& content);
-    void closePage();
-    void finishEnrolment(ResultType type, std::optional<std::string> message);
+    /// Takes part in what happens to the issuer's pages, until `release`.
     void attachToScene();
 
-    void fetchAccount();
-    void scheduleNextPoll();
-    void poll();
-    void pollResponse(APIResult<OrderModel> reply);
+    /// The gate of every operation. Empty while another one is under way: that has been reported as `BUSY` then.
+    template <class... Payload>
+    std::optional<Operation<Payload...>> begin(Callback<Payload...> callback);
 
-    /// A completion that calls `handler` with the reply while the facade exists, and does nothing afterwards.
-    template <class P>
-    Completion<P> handled(void (State::*handler)(APIResult<P>)) {
-        return [weak = weak_from_this(), handler](APIResult<P> reply) {
-            if (const auto self = weak.lock()) ((*self).*handler)(std::move(reply));
-        };
-    }
-
-    /// As `handled`, but nothing happens either once `release` has ended the enrolment: no page may come up then.
-    template <class P>
-    Completion<P> whileEnrolling(void (State::*handler)(APIResult<P>)) {
-        return [weak = weak_from_this(), handler, enrolment = mEnrolment](APIResult<P> reply) {
-            const auto self = weak.lock();
-            if (self && self->isUnderWay(enrolment)) ((*self).*handler)(std::move(reply));
-        };
-    }
-    bool isUnderWay(std::int64_t enrolment) const { return mIsBusy && mEnrolment == enrolment; }
-
-    /// The gate of every operation: true when it may go on. Otherwise reports `BUSY` to its callback.
-    template <class... Payload>
-    bool isIdle(Callback<Payload...> callback) {
-        if (!mIsBusy) return true;
-        fail(callback, ResultType::BUSY);
-        return false;
-    }
-
-    /// Reports to the delegate, if it still exists. Always the last thing that an operation does: the delegate may
-    /// start the next operation, or destroy the facade.
-    template <class... Payload>
-    void report(Callback<Payload...> callback, ResultType type, std::optional<std::string> message,
-                std::type_identity_t<Payload>... payload) {
-        if (const auto delegate = mDelegate.lock()) {
-            ((*delegate).*callback)(std::make_shared<const KavioResult>(type, std::move(message)),
-                                    std::move(payload)...);
-        }
-    }
-    template <class... Payload>
-    void succeed(Callback<Payload...> callback, std::type_identity_t<Payload>... payload) {
-        report(callback, ResultType::SUCCESS, std::nullopt, std::move(payload)...);
-    }
-    template <class... Payload>
-    void fail(Callback<Payload...> callback, ResultType type, std::optional<std::string> message = std::nullopt) {
-        report(callback, type, std::move(message), Payload{}...);
-    }
-    /// The one rule by which a transport failure becomes a result.
-    template <class... Payload>
-    void fail(Callback<Payload...> callback, const APIFailure& failure) {
-        fail(callback, resultType(failure.status), failure.message ? failure.message : failure.fallbackMessage);
-    }
-    static ResultType resultType(std::int64_t status);
+    // Handlers of replies that change what the facade knows, or that are not the end of their operation.
+    void challengeResponse(const Operation<>& operation, APIResult<Challenge> reply);
+    void verifyResponse(const Operation<>& operation, APIResult<Token> reply);
+    void accountResponse(const PaymentMethodsOperation& operation, APIResult<AccountModel> reply);
+    void placeOrderResponse(const OrderOperation& operation, APIResult<OrderModel> reply);
+    void scheduleNextPoll(const OrderOperation& operation);
+    void poll(const OrderOperation& operation);
+    void pollResponse(const OrderOperation& operation, APIResult<OrderModel> reply);
 
     std::weak_ptr<KavioDelegate> mDelegate;
     const std::shared_ptr<AccountRepository> mAccountRepo = sharedInstance<AccountRepository>();
@@ -126,14 +60,96 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     const std::shared_ptr<TDSecureSceneController> mTDSecSceneController = TDSecureSceneController::takeUse();
     std::shared_ptr<const Order> mLastOrder;
     std::optional<std::string> mLastChallenge;
-    std::optional<TDSPaymentCard> mLastPaymentCard;
-    TDSFlowType mLastFlow = TDSFlowType::UNKNOWN;
-    std::weak_ptr<TDSecureScene> mPage;  // the last one that this facade showed something on
+    std::shared_ptr<Enrolment> mEnrolment;  // the last one
     std::int64_t mPollingCounter = 0;
-    std::int64_t mEnrolment = 0;  // tells them apart; `release` ends one as well
-    bool mIsBusy = false;
-    bool mReceivedTDSRedirect = true;
-    bool mIsUserLogin = false;
+    std::int64_t mLastOperation = 0;  // its number
+    bool mIsBusy = false;             // it is under way
 };
+
+/// One operation, from the gate to its last report. Whoever waits for a reply or a delay holds it, and through it the
+/// facade weakly: nothing happens once the facade is gone, and an operation that `release` has ended ends no later one.
+template <class... Payload>
+class Kavio::State::Operation {
+public:
+    Operation(std::weak_ptr<State> state, Callback<Payload...> callback, std::int64_t number)
+        : mState(std::move(state)), mCallback(callback), mNumber(number) {}
+
+    bool isUnderWay() const {
+        const auto state = mState.lock();
+        return state && state->mIsBusy && state->mLastOperation == mNumber;
+    }
+    void end() const {
+        if (isUnderWay()) mState.lock()->mIsBusy = false;
+    }
+
+    /// Tells the delegate, if it still exists. Always the last thing that is done: the delegate may start the next
+    /// operation, or destroy the facade.
+    void report(ResultType type, std::optional<std::string> message, Payload... payload) const {
+        const auto state = mState.lock();
+        const auto delegate = state ? state->mDelegate.lock() : nullptr;
+        if (!delegate) return;
+        ((*delegate).*mCallback)(std::make_shared<const KavioResult>(type, std::move(message)), std::move(payload)...);
+    }
+    void succeed(Payload... payload) const {
+        end();
+        report(ResultType::SUCCESS, std::nullopt, std::move(payload)...);
+    }
+    void fail(ResultType type, std::optional<std::string> message = std::nullopt) const {
+        end();
+        report(type, std::move(message), Payload{}...);
+    }
+    /// The one rule by which a transport failure becomes a result.
+    void fail(const APIFailure& failure) const {
+        fail(resultType(failure.status), failure.message ? failure.message : failure.fallbackMessage);
+    }
+
+    /// A completion that calls `handler` with the state, this operation and the reply.
+    template <class Reply, class Handler>
+    Completion<Reply> then(Handler handler) const {
+        return [operation = *this, handler = std::move(handler)](APIResult<Reply> reply) {
+            if (const auto state = operation.mState.lock()) {
+                std::invoke(handler, *state, operation, std::move(reply));
+            }
+        };
+    }
+    /// A completion that ends the operation, on success with the payload that `payloadOf` makes of the reply's.
+    template <class Reply, class PayloadOf>
+    Completion<Reply> finish(PayloadOf payloadOf) const {
+        return then<Reply>(
+            [payloadOf = std::move(payloadOf)](State&, const Operation& operation, APIResult<Reply> reply) {
+                if (!reply) return operation.fail(reply.failure());
+                operation.succeed(payloadOf(std::move(reply).payload()));
+            });
+    }
+    /// The same where only success counts.
+    template <class Reply>
+    Completion<Reply> finish() const {
+        return then<Reply>([](State&, const Operation& operation, const APIResult<Reply>& reply) {
+            reply ? operation.succeed() : operation.fail(reply.failure());
+        });
+    }
+
+private:
+    static ResultType resultType(std::int64_t status) {
+        if (status == 401) return ResultType::ACCESS_DENIED;
+        if (status == 400) return ResultType::BAD_INPUT;
+        if (status == statusNoConnection) return ResultType::NETWORK_FAILED;
+        return status >= 500 && status <= 599 ? ResultType::SERVER_ERROR : ResultType::FAILURE;
+    }
+
+    std::weak_ptr<State> mState;
+    Callback<Payload...> mCallback;
+    std::int64_t mNumber;
+};
+
+template <class... Payload>
+std::optional<Kavio::State::Operation<Payload...>> Kavio::State::begin(Callback<Payload...> callback) {
+    if (mIsBusy) {
+        Operation<Payload...>(weak_from_this(), callback, 0).fail(ResultType::BUSY);
+        return std::nullopt;
+    }
+    mIsBusy = true;
+    return Operation<Payload...>(weak_from_this(), callback, ++mLastOperation);
+}
 
 }  // namespace kavio

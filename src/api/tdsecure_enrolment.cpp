@@ -1,4 +1,5 @@
-#include "api/state.h"
+#include "api/tdsecure_enrolment.h"
+
 #include "models/json/json_value.h"
 #include "network/url_request.h"
 
@@ -64,108 +65,112 @@ void readRedirect(const std::string& url, TDSGetCard& body) {
 }  // namespace
 
 void Kavio::addCreditCardTDSecure(TDSPaymentCard paymentCard, TDSCardHolder cardHolder) {
-    if (!mState->isIdle(&KavioDelegate::onAddCreditCard)) return;
-    mState->mIsBusy = true;
-    ++mState->mEnrolment;
-    mState->mLastPaymentCard = paymentCard;
-    mState->mPaymentMethodRepo->addCardTDSecure(
-        {std::move(paymentCard), Platform::current().uuid->make(), {.holder = std::move(cardHolder)}},
-        mState->whileEnrolling(&State::addCreditCardTDSecureResponse));
+    const auto operation = mState->begin(&KavioDelegate::onAddCreditCard);
+    if (!operation) return;
+    mState->mEnrolment = std::make_shared<State::Enrolment>(*mState, *operation, std::move(paymentCard));
+    mState->mEnrolment->start(std::move(cardHolder));
 }
 
-void Kavio::State::addCreditCardTDSecureResponse(APIResult<TDSAddCardResponseFactory> reply) {
-    if (!reply) {
-        mIsBusy = false;
-        return fail(&KavioDelegate::onAddCreditCard, reply.failure());
-    }
-    const auto payload = std::move(reply).payload();
-    if (!payload) return finishEnrolment(ResultType::SERVER_ERROR, cannotParse);
+void Kavio::State::Enrolment::start(TDSCardHolder cardHolder) {
+    mPaymentMethodRepo->addCardTDSecure(
+        {mLastPaymentCard, Platform::current().uuid->make(), {.holder = std::move(cardHolder)}},
+        whileUnderWay(&Enrolment::addCreditCardTDSecureResponse));
+}
+
+// A completion that takes the next step, but not once `release` has ended the enrolment: no page may come up then.
+template <class Reply>
+Completion<Reply> Kavio::State::Enrolment::whileUnderWay(void (Enrolment::*step)(APIResult<Reply>)) {
+    return mOperation.then<Reply>([self = shared_from_this(), step](State&, const auto& operation, auto reply) {
+        if (operation.isUnderWay()) ((*self).*step)(std::move(reply));
+    });
+}
+
+void Kavio::State::Enrolment::addCreditCardTDSecureResponse(APIResult<TDSAddCardResponseFactory> reply) {
+    if (!reply) return mOperation.fail(reply.failure());
+    const auto payload = std::move(reply).payload().value_or(TDSAddCardResponseFactory{std::monostate{}});
     std::visit(
         Overloaded{
-            [&](const TDSAddCardFrictionlessResponse&) { finishEnrolment(ResultType::SUCCESS, std::nullopt); },
+            [&](const TDSAddCardFrictionlessResponse&) { mOperation.succeed(nullptr); },
             [&](const TDSAddCardFingerprintResponse& fingerprint) { startFingerprint(fingerprint); },
             [&](const TDSAddCardChallengeResponse& challenge) {
-                mLastFlow = TDSFlowType::CHALLENGE;
                 if (!presentPage(TDSFlowType::CHALLENGE, challenge.url)) {
-                    finishEnrolment(ResultType::FAILURE, cannotStart);
+                    mOperation.fail(ResultType::FAILURE, cannotStart);
                 }
             },
-            [&](const TDSAddCardErrorResponse& error) { finishEnrolment(ResultType::SERVER_ERROR, error.message); },
-            [&](std::monostate) { finishEnrolment(ResultType::SERVER_ERROR, cannotParse); },
+            [&](const TDSAddCardErrorResponse& error) { mOperation.fail(ResultType::SERVER_ERROR, error.message); },
+            [&](std::monostate) { mOperation.fail(ResultType::SERVER_ERROR, cannotParse); },
         },
-        payload->reply);
+        payload.reply);
 }
 
-void Kavio::State::startFingerprint(const TDSAddCardFingerprintResponse& fingerprint) {
-    mLastFlow = TDSFlowType::FINGERPRINT;
-    if (!isUrl(fingerprint.page)) return finishEnrolment(ResultType::SERVER_ERROR, "invalid URL");
+void Kavio::State::Enrolment::startFingerprint(const TDSAddCardFingerprintResponse& fingerprint) {
+    if (!isUrl(fingerprint.page)) return mOperation.fail(ResultType::SERVER_ERROR, "invalid URL");
     mPaymentMethodRepo->pageTDSecure({threeDSMethodData(fingerprint.id)}, fingerprint.page,
-                                     whileEnrolling(&State::fingerprintPageResponse));
+                                     whileUnderWay(&Enrolment::pageResponse));
 }
 
-void Kavio::State::fingerprintPageResponse(APIResult<std::string> reply) {
-    if (!reply) {
-        mIsBusy = false;
-        return fail(&KavioDelegate::onAddCreditCard, reply.failure());
-    }
+void Kavio::State::Enrolment::pageResponse(APIResult<std::string> reply) {
+    if (!reply) return mOperation.fail(reply.failure());
     const auto page = std::move(reply).payload();
     const bool isText = page && Platform::current().characters->wellFormed(*page) == *page;
-    if (!isText || !presentPage(TDSFlowType::FINGERPRINT, *page)) finishEnrolment(ResultType::FAILURE, cannotStart);
+    if (!isText || !presentPage(TDSFlowType::FINGERPRINT, *page)) mOperation.fail(ResultType::FAILURE, cannotStart);
 }
 
 // A page has ended: the service is asked what that means. Once a page: it may go to the loopback address twice, and so
 // may the page of another facade, for which nobody waits here.
-void Kavio::State::tdSecureFinished(const TDSecureSceneController& controller) {
-    if (mReceivedTDSRedirect || !controller.mRedirectedUrl || !mLastPaymentCard) return;
+void Kavio::State::Enrolment::tdSecureFinished() {
+    const auto& url = mTDSecSceneController->mRedirectedUrl;
+    if (mReceivedTDSRedirect || !url) return;
     mReceivedTDSRedirect = true;
-    TDSGetCard body{.flow = mLastFlow, .card = *mLastPaymentCard};
-    readRedirect(*controller.mRedirectedUrl, body);
+    TDSGetCard body{.flow = mLastFlow, .card = mLastPaymentCard};
+    readRedirect(*url, body);
     mPaymentMethodRepo->getCardTDSecure(
-        std::move(body), [weak = weak_from_this(), enrolment = mEnrolment](APIResult<TDSGetCardResponseFactory> reply) {
-            if (const auto self = weak.lock()) self->getCardResponse(std::move(reply), self->isUnderWay(enrolment));
-        });
+        std::move(body),
+        mOperation.then<TDSGetCardResponseFactory>(
+            [self = shared_from_this()](State&, const auto&, const auto& reply) { self->getCardResponse(reply); }));
 }
 
-// Once released nobody waits for the next page, and what is under way is another operation.
-void Kavio::State::getCardResponse(APIResult<TDSGetCardResponseFactory> reply, bool isAwaited) {
+// Once released nobody waits for the next page, but one that is up goes away all the same.
+void Kavio::State::Enrolment::getCardResponse(const APIResult<TDSGetCardResponseFactory>& reply) {
     const auto payload = reply ? reply.payload() : std::nullopt;
     const auto* challenge = payload ? std::get_if<TDSGetCardChallengeResponse>(&payload->reply) : nullptr;
-    if (challenge && isAwaited) return showNextChallenge(challenge->url);
-    if (isAwaited) mIsBusy = false;
+    if (challenge && mOperation.isUnderWay()) return showNextChallenge(challenge->url);
+    mOperation.end();
     closePage();
-    if (!reply) return fail(&KavioDelegate::onAddCreditCard, reply.failure());
+    if (!reply) return mOperation.fail(reply.failure());
     if (payload && std::holds_alternative<TDSGetCardLocatorResponse>(payload->reply)) {
-        return succeed(&KavioDelegate::onAddCreditCard, nullptr);
+        return mOperation.succeed(nullptr);
     }
     const auto* error = payload ? std::get_if<TDSGetCardErrorResponse>(&payload->reply) : nullptr;
-    fail(&KavioDelegate::onAddCreditCard, ResultType::SERVER_ERROR, error ? "error: " + error->message : cannotParse);
+    mOperation.fail(ResultType::SERVER_ERROR, error ? "error: " + error->message : cannotParse);
 }
 
 // Not one that another facade has brought up since.
-void Kavio::State::closePage() {
+void Kavio::State::Enrolment::closePage() {
     const auto page = mPage.lock();
     if (page && page == mTDSecSceneController->scene()) mTDSecSceneController->endPage();
 }
 
-void Kavio::State::showNextChallenge(const std::string& url) {
-    mLastFlow = TDSFlowType::CHALLENGE;
+void Kavio::State::Enrolment::showNextChallenge(const std::string& url) {
     if (const auto scene = mTDSecSceneController->scene()) {
+        mLastFlow = TDSFlowType::CHALLENGE;
         mReceivedTDSRedirect = false;
         mPage = scene;
         return scene->load(url, false);
     }
-    if (!presentPage(TDSFlowType::CHALLENGE, url)) finishEnrolment(ResultType::FAILURE, cannotStartPage);
+    if (!presentPage(TDSFlowType::CHALLENGE, url)) mOperation.fail(ResultType::FAILURE, cannotStartPage);
 }
 
 // The person closed the page. Past its end that changes nothing: the answer of the service is on its way.
-void Kavio::State::tdSecureWindowClosed() {
+void Kavio::State::Enrolment::tdSecureWindowClosed() {
     if (mReceivedTDSRedirect) return;
     mReceivedTDSRedirect = true;  // the page is gone: what another facade's page does later is no concern of this one
-    finishEnrolment(ResultType::FAILURE, "canceled by user");
+    mOperation.fail(ResultType::FAILURE, "canceled by user");
 }
 
 // False when there is nothing to present on.
-bool Kavio::State::presentPage(TDSFlowType flow, const std::string& content) {
+bool Kavio::State::Enrolment::presentPage(TDSFlowType flow, const std::string& content) {
+    mLastFlow = flow;
     const auto topMost = topMostViewController();
     if (!topMost) return false;
     mTDSecSceneController->mUrl = content;
@@ -179,21 +184,16 @@ bool Kavio::State::presentPage(TDSFlowType flow, const std::string& content) {
     return true;
 }
 
-void Kavio::State::finishEnrolment(ResultType type, std::optional<std::string> message) {
-    mIsBusy = false;
-    report(&KavioDelegate::onAddCreditCard, type, std::move(message), nullptr);
-}
-
 void Kavio::State::attachToScene() {
     using Observer = TDSecureSceneController::SceneEvent::Observer;
-    mTDSecSceneController->tdSecureFinished->attach(
-        std::make_shared<Observer>(weak_from_this(), [weak = weak_from_this()](TDSecureSceneController& controller) {
-            if (const auto self = weak.lock()) self->tdSecureFinished(controller);
-        }));
-    mTDSecSceneController->tdSecureWindowClosed->attach(
-        std::make_shared<Observer>(weak_from_this(), [weak = weak_from_this()](TDSecureSceneController&) {
-            if (const auto self = weak.lock()) self->tdSecureWindowClosed();
-        }));
+    const auto observer = [&](void (Enrolment::*step)()) {
+        return std::make_shared<Observer>(weak_from_this(), [weak = weak_from_this(), step](TDSecureSceneController&) {
+            const auto self = weak.lock();
+            if (const auto enrolment = self ? self->mEnrolment : nullptr) ((*enrolment).*step)();
+        });
+    };
+    mTDSecSceneController->tdSecureFinished->attach(observer(&Enrolment::tdSecureFinished));
+    mTDSecSceneController->tdSecureWindowClosed->attach(observer(&Enrolment::tdSecureWindowClosed));
 }
 
 }  // namespace kavio

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "api/state.h"
+#include "tdsecure/replies.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace kavio {
+
+/// One enrolment of a card with 3-D Secure, from the request that adds the card to its report. Who waits for a reply
+/// keeps it alive.
+class Kavio::State::Enrolment final : public std::enable_shared_from_this<Enrolment> {
+public:
+    using CardOperation = Operation<std::shared_ptr<const CreditCard>>;
+
+    Enrolment(const State& facade, CardOperation operation, TDSPaymentCard card)
+        : mPaymentMethodRepo(facade.mPaymentMethodRepo),
+          mTDSecSceneController(facade.mTDSecSceneController),
+          mOperation(std::move(operation)),
+          mLastPaymentCard(std::move(card)) {}
+
+    void start(TDSCardHolder cardHolder);
+    /// A page has sent the web view to the loopback address: one of this enrolment, or of another facade's.
+    void tdSecureFinished();
+    /// The screen of the pages is gone.
+    void tdSecureWindowClosed();
+
+private:
+    template <class Reply>
+    Completion<Reply> whileUnderWay(void (Enrolment::*step)(APIResult<Reply>));
+
+    void addCreditCardTDSecureResponse(APIResult<TDSAddCardResponseFactory> reply);
+    void startFingerprint(const TDSAddCardFingerprintResponse& fingerprint);
+    void pageResponse(APIResult<std::string> reply);
+    void getCardResponse(const APIResult<TDSGetCardResponseFactory>& reply);
+    void showNextChallenge(const std::string& url);
+    bool presentPage(TDSFlowType flow, const std::string& content);
+    void closePage();
+
+    const std::shared_ptr<PaymentMethodRepository> mPaymentMethodRepo;
+    const std::shared_ptr<TDSecureSceneController> mTDSecSceneController;
+    const CardOperation mOperation;
+    const TDSPaymentCard mLastPaymentCard;
+    TDSFlowType mLastFlow = TDSFlowType::UNKNOWN;
+    std::weak_ptr<TDSecureScene> mPage;  // the last one that this enrolment showed something on
+    bool mReceivedTDSRedirect = true;    // no page of its own is waited for
+};
+
+}  // namespace kavio
