@@ -62,6 +62,19 @@ void readRedirect(const std::string& url, TDSGetCard& body) {
     }
 }
 
+// The screen that covers all others in the window that the person uses; null when there is none to present on.
+std::shared_ptr<ViewController> topMostViewController() {
+    const auto windows = Platform::current().windows;
+    const auto window = windows ? windows->keyWindow() : nullptr;
+    auto topMost = window ? window->rootViewController() : nullptr;
+    while (topMost) {
+        auto presented = topMost->presentedViewController();
+        if (!presented) break;
+        topMost = std::move(presented);
+    }
+    return topMost;
+}
+
 }  // namespace
 
 void Kavio::addCreditCardTDSecure(TDSPaymentCard paymentCard, TDSCardHolder cardHolder) {
@@ -180,7 +193,7 @@ bool Kavio::State::Enrolment::presentPage(TDSFlowType flow, const std::string& c
     mPage = scene;
     mReceivedTDSRedirect = false;
     scene->delegate = mTDSecSceneController;
-    scene->presentOn(*topMost, true);
+    topMost->present(scene, true);
     return true;
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "tdsecure/abstract_scene.h"
 #include "util/service_object.h"
 
 #include <kavio/platform/platform.h>
@@ -21,11 +20,8 @@ public:
     std::shared_ptr<Scene> createScene(std::string_view storyboardName) {
         if (mScene) return mScene;
         const auto windows = Platform::current().windows;
-        const auto view = windows ? windows->instantiateScene(storyboardName, Scene::identifier) : nullptr;
-        if (!view) return nullptr;
-        mScene = std::make_shared<Scene>(view);
-        mScene->lifecycleDelegate = this->weak_from_this();
-        view->setObserver(mScene);
+        mScene = windows ? windows->instantiateScene(storyboardName, Scene::identifier) : nullptr;
+        if (mScene) mScene->lifecycleDelegate = this->weak_from_this();
         return mScene;
     }
 

@@ -2,7 +2,6 @@
 
 #include "tdsecure/abstract_scene_controller.h"
 #include "tdsecure/messages.h"
-#include "tdsecure/td_secure_scene.h"
 #include "util/event.h"
 
 #include <memory>

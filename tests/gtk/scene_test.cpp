@@ -16,19 +16,23 @@ using ::testing::IsEmpty;
 using ::testing::Not;
 
 /// What a scene told its controller.
-struct SceneLog final : SceneObserver {
-    void onViewEvent(ViewEvent event) override { events.push_back(event); }
-    bool shouldStartLoad(const std::optional<std::string>& url) override {
+struct SceneLog final : ViewLifecycle, TDSecureSceneDelegate {
+    void onViewDidLoad() override { events.emplace_back("did load"); }
+    void onViewWillAppear() override { events.emplace_back("will appear"); }
+    void onViewDidAppear() override { events.emplace_back("did appear"); }
+    void onViewWillDisappear() override { events.emplace_back("will disappear"); }
+    void onViewDidDisappear() override { events.emplace_back("did disappear"); }
+    void onDidReceiveMemoryWarning() override {}
+    void onRedirect(const std::optional<std::string>& url) override {
         urls.push_back(url.value_or("none"));
         if (urls.back().starts_with("http://127.0.0.1")) loopbacks.push_back(urls.back());
         if (onLoad) onLoad(urls.back());
-        return true;
     }
-    void onButtonClick() override {
+    void onCloseClicked() override {
         ++closes;
         if (onClose) onClose();
     }
-    std::vector<ViewEvent> events;
+    std::vector<std::string> events;
     std::vector<std::string> urls;
     std::vector<std::string> loopbacks;  // those of them that are addresses of this device
     int closes = 0;
@@ -67,7 +71,8 @@ protected:
         if (scene) scene->dismiss(false);
         log = std::make_shared<SceneLog>();
         scene = Platform::current().windows->instantiateScene("libKavio", "TDSecureScene");
-        scene->setObserver(log);
+        scene->lifecycleDelegate = log;
+        scene->delegate = log;
     }
 
     /// Everything that the page before it has begun was offered by then.
@@ -83,7 +88,7 @@ protected:
         return authority;
     }
 
-    std::shared_ptr<WebScene> scene;
+    std::shared_ptr<TDSecureScene> scene;
     std::shared_ptr<SceneLog> log = std::make_shared<SceneLog>();
 };
 
@@ -149,13 +154,13 @@ TEST_F(SceneTest, CoversTheScreenAndIsTheTopMostThen) {
     EXPECT_FALSE(windows.keyWindow()->rootViewController()->presentedViewController());
     showPage("<p>Enter your code");
     ASSERT_TRUE(until([&] { return shown() == "page"; }));
-    EXPECT_THAT(log->events, ElementsAre(ViewEvent::DID_LOAD, ViewEvent::WILL_APPEAR, ViewEvent::DID_APPEAR));
+    EXPECT_THAT(log->events, ElementsAre("did load", "will appear", "did appear"));
 
     log->events.clear();
     present();
     EXPECT_THAT(log->events, IsEmpty());
     scene->dismiss(true);
-    EXPECT_THAT(log->events, ElementsAre(ViewEvent::WILL_DISAPPEAR, ViewEvent::DID_DISAPPEAR));
+    EXPECT_THAT(log->events, ElementsAre("will disappear", "did disappear"));
     EXPECT_EQ(shown(), "nothing");
 }
 
@@ -257,7 +262,7 @@ TEST_F(SceneTest, TakesItForACloseWhenTheHostDestroysItsWindow) {
     showPage("<p>page");
     gtk_window_destroy(window());
     EXPECT_EQ(log->closes, 1);
-    EXPECT_EQ(log->events.back(), ViewEvent::DID_DISAPPEAR);
+    EXPECT_EQ(log->events.back(), "did disappear");
 }
 
 }  // namespace

@@ -25,20 +25,28 @@ public:
     virtual void loadUrl(const std::string& url, std::chrono::seconds timeout) = 0;
 };
 
-enum class ViewEvent { DID_LOAD, WILL_APPEAR, DID_APPEAR, WILL_DISAPPEAR, DID_DISAPPEAR, DID_RECEIVE_MEMORY_WARNING };
-
-/// Told what happens in a scene. It may load another page and dismiss the scene inside any of these calls.
-class KAVIO_API SceneObserver {
+/// Told what happens to a scene's view, after the platform's own handling of it.
+class KAVIO_API ViewLifecycle {
 public:
-    virtual ~SceneObserver() = default;
-    /// Called after the platform's own handling of the event.
-    virtual void onViewEvent(ViewEvent event) = 0;
-    /// Whether a navigation may start: of the page, of a frame in it or into a new window, the first load and each
-    /// redirect too. Asked once each, before its request goes out. The URL is absent where the platform knows none.
-    virtual bool shouldStartLoad(const std::optional<std::string>& url) = 0;
+    virtual ~ViewLifecycle() = default;
+    virtual void onViewDidLoad() = 0;
+    virtual void onViewWillAppear() = 0;
+    virtual void onViewDidAppear() = 0;
+    virtual void onViewWillDisappear() = 0;
+    virtual void onViewDidDisappear() = 0;
+    virtual void onDidReceiveMemoryWarning() = 0;
+};
+
+/// Told what the page of a secure scene and the person before it do.
+class KAVIO_API TDSecureSceneDelegate {
+public:
+    virtual ~TDSecureSceneDelegate() = default;
+    /// A navigation is about to start: of the page, of a frame in it or into a new window, the first load and each
+    /// redirect too. Told once each, before its request goes out. The URL is absent where the platform knows none.
+    virtual void onRedirect(const std::optional<std::string>& url) = 0;
     /// The person wants to leave: by the scene's close button or whatever else the device has for that. The scene stays
     /// until it is dismissed.
-    virtual void onButtonClick() = 0;
+    virtual void onCloseClicked() = 0;
 };
 
 /// One screen. A window shows a stack of them, each presented by the one below.
@@ -48,18 +56,37 @@ public:
     /// Null when this screen is the top-most.
     virtual std::shared_ptr<ViewController> presentedViewController() const = 0;
     /// Shows `scene`, of the same platform, full screen and modally above this screen. On the first time it has told
-    /// DID_LOAD when it returns. Does nothing when the scene is already shown.
+    /// that its view is loaded when it returns. Does nothing when the scene is already shown.
     virtual void present(const std::shared_ptr<ViewController>& scene, bool animated) = 0;
-    /// Takes the screen away, where it is shown; it is never shown again. WILL_DISAPPEAR has been told when it returns.
-    /// A screen that nobody holds any more is dismissed.
+    /// Takes the screen away, where it is shown; it is never shown again. That it disappears has been told when it
+    /// returns, and nothing but the end of that is told afterwards. A screen that nobody holds any more is dismissed.
     virtual void dismiss(bool animated) = 0;
 };
 
-/// A screen drawn in a storyboard: a web view under a bar that has a close button and names the host of the page.
-class KAVIO_API WebScene : public ViewController {
+/// One screen of the library. Whom it tells may load another page and dismiss it inside any of these calls.
+class KAVIO_API AbstractScene : public ViewController {
 public:
+    std::weak_ptr<ViewLifecycle> lifecycleDelegate;
+
+protected:
+    void tell(void (ViewLifecycle::*event)()) const {
+        if (const auto told = lifecycleDelegate.lock()) ((*told).*event)();
+    }
+};
+
+/// The screen that runs the card issuer's pages, drawn in a storyboard: a web view under a bar that has a close button
+/// and names the host of the page.
+class KAVIO_API TDSecureScene : public AbstractScene {
+public:
+    /// Its name in the storyboard.
+    static constexpr std::string_view identifier = "TDSecureScene";
+
+    std::weak_ptr<TDSecureSceneDelegate> delegate;
+
+    /// Null once the scene is dismissed.
     virtual std::shared_ptr<WebView> webView() const = 0;
-    virtual void setObserver(std::weak_ptr<SceneObserver> observer) = 0;
+    /// Hidden: `content` is an HTML document. Visible: it is a page's address; what is not a URL loads nothing.
+    void load(const std::string& content, bool hidden) const;
 };
 
 class KAVIO_API Window {
@@ -76,7 +103,8 @@ public:
     /// The window that the person uses; null without one.
     virtual std::shared_ptr<Window> keyWindow() const = 0;
     /// A new scene from the library's own storyboard of that name; null when either name is unknown.
-    virtual std::shared_ptr<WebScene> instantiateScene(std::string_view storyboard, std::string_view identifier) = 0;
+    virtual std::shared_ptr<TDSecureScene> instantiateScene(std::string_view storyboard,
+                                                            std::string_view identifier) = 0;
 };
 
 }  // namespace kavio

@@ -109,28 +109,29 @@ void GtkScene::showAbove(GtkWindow* parent) {
     gtk_window_set_modal(mWindow, TRUE);
     coverMonitor(mWindow, monitorOf(parent).get());
 
-    tell(ViewEvent::DID_LOAD);
-    if (mWindow) tell(ViewEvent::WILL_APPEAR);
+    tell(&ViewLifecycle::onViewDidLoad);
+    if (mWindow) tell(&ViewLifecycle::onViewWillAppear);
     if (!mWindow) return;  // dismissed by whom it was told
     gtk_window_present(mWindow);
-    tell(ViewEvent::DID_APPEAR);
+    tell(&ViewLifecycle::onViewDidAppear);
 }
 
 void GtkScene::dismiss(bool) {
     GtkWindow* window = std::exchange(mWindow, nullptr);
     if (!window) return;
     mConnections.clear();
-    if (mIsShown) tell(ViewEvent::WILL_DISAPPEAR);
+    if (mIsShown) tell(&ViewLifecycle::onViewWillDisappear);
     gtk_window_destroy(window);
-    if (mIsShown) tell(ViewEvent::DID_DISAPPEAR);
+    if (mIsShown) tell(&ViewLifecycle::onViewDidDisappear);
     // With the last references the web process goes, although somebody may hold the scene for a while.
     mWebView.reset();
     mBuilder.reset();
 }
 
 bool GtkScene::shouldStartLoad(const std::optional<std::string>& url) {
-    const auto asked = mObserver.lock();
-    return mWindow && (!asked || asked->shouldStartLoad(url));
+    if (!mWindow) return false;
+    if (const auto told = delegate.lock()) told->onRedirect(url);
+    return true;
 }
 
 void GtkScene::onPageChanged(const Page& page) {
@@ -161,12 +162,9 @@ void GtkScene::setText(const char* label, const char* text) const {
     gtk_label_set_text(widget<GtkLabel>(label), translated(text).c_str());
 }
 
-void GtkScene::tell(ViewEvent event) {
-    if (const auto told = mObserver.lock()) told->onViewEvent(event);
-}
-
 void GtkScene::askToClose() {
-    if (const auto asked = mObserver.lock()) asked->onButtonClick();
+    const auto self = weak_from_this().lock();  // whom it asks may let go of it
+    if (const auto asked = delegate.lock()) asked->onCloseClicked();
 }
 
 gboolean GtkScene::onCloseRequest() {

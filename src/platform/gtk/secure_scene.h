@@ -8,7 +8,7 @@
 namespace kavio {
 
 /// A scene of the storyboard, in a window of its own.
-class GtkScene final : public WebScene, public PageObserver, public std::enable_shared_from_this<GtkScene> {
+class GtkScene final : public TDSecureScene, public PageObserver, public std::enable_shared_from_this<GtkScene> {
 public:
     /// Null when the storyboard or the identifier is unknown.
     static std::shared_ptr<GtkScene> make(std::string_view storyboard, std::string_view identifier,
@@ -16,7 +16,6 @@ public:
     ~GtkScene() override;
 
     std::shared_ptr<WebView> webView() const override { return mWebView; }
-    void setObserver(std::weak_ptr<SceneObserver> observer) override { mObserver = std::move(observer); }
     std::shared_ptr<ViewController> presentedViewController() const override;
     void present(const std::shared_ptr<ViewController>& scene, bool animated) override;
     void dismiss(bool animated) override;
@@ -34,7 +33,6 @@ private:
         return reinterpret_cast<Widget*>(gtk_builder_get_object(mBuilder.get(), id));
     }
     void setText(const char* label, const char* text) const;
-    void tell(ViewEvent event);
 
     void onCloseClicked() { askToClose(); }
     gboolean onCloseRequest();
@@ -47,7 +45,6 @@ private:
     ObjectPointer<GtkBuilder> mBuilder;
     GtkWindow* mWindow;
     std::shared_ptr<GtkWebView> mWebView;
-    std::weak_ptr<SceneObserver> mObserver;
     bool mIsShown = false;
     SignalConnections mConnections;
 };

@@ -29,7 +29,7 @@ std::shared_ptr<Window> GtkWindows::keyWindow() const {
     return nullptr;
 }
 
-std::shared_ptr<WebScene> GtkWindows::instantiateScene(std::string_view storyboard, std::string_view identifier) {
+std::shared_ptr<TDSecureScene> GtkWindows::instantiateScene(std::string_view storyboard, std::string_view identifier) {
     return GtkScene::make(storyboard, identifier, mAuthorities);
 }
 

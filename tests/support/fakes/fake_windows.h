@@ -17,7 +17,7 @@ public:
     std::shared_ptr<Window> keyWindow() const override {
         return hasKeyWindow ? std::make_shared<OneWindow>() : nullptr;
     }
-    std::shared_ptr<WebScene> instantiateScene(std::string_view storyboard, std::string_view identifier) override {
+    std::shared_ptr<TDSecureScene> instantiateScene(std::string_view storyboard, std::string_view identifier) override {
         const bool isKnown = storyboard == "libKavio" && identifier == "TDSecureScene";
         return isKnown ? std::make_shared<Scene>(shared_from_this()) : nullptr;
     }
@@ -29,13 +29,14 @@ public:
 
     /// Whether a scene is on the screen.
     bool hasScene() const { return mPresented != nullptr; }
-    /// The page that the scene shows goes there; false when nobody lets it.
+    /// The page that the scene shows goes there; false when nobody hears of it.
     bool navigate(const std::optional<std::string>& url) const {
-        const auto asked = observer();
-        return asked && asked->shouldStartLoad(url);
+        const auto told = delegate();
+        if (told) told->onRedirect(url);
+        return told != nullptr;
     }
     void pressClose() const {
-        if (const auto told = observer()) told->onButtonClick();
+        if (const auto told = delegate()) told->onCloseClicked();
     }
 
 private:
@@ -52,7 +53,7 @@ private:
         FakeWindows& mWindows;
     };
 
-    class Scene final : public WebScene {
+    class Scene final : public TDSecureScene {
     public:
         explicit Scene(std::shared_ptr<FakeWindows> windows) : mWindows(std::move(windows)) {}
         ~Scene() override { dismiss(false); }
@@ -60,31 +61,26 @@ private:
         std::shared_ptr<ViewController> presentedViewController() const override { return nullptr; }
         void present(const std::shared_ptr<ViewController>&, bool) override {}
         std::shared_ptr<WebView> webView() const override { return mWebView; }
-        void setObserver(std::weak_ptr<SceneObserver> observer) override { mObserver = std::move(observer); }
 
         void show(bool animated) {
             if (mWindows->mPresented) return;
             mWindows->mPresented = this;
-            tell(animated ? "present animated" : "present",
-                 {ViewEvent::DID_LOAD, ViewEvent::WILL_APPEAR, ViewEvent::DID_APPEAR});
+            mWindows->log.emplace_back(animated ? "present animated" : "present");
+            tell(&ViewLifecycle::onViewDidLoad);
+            tell(&ViewLifecycle::onViewWillAppear);
+            tell(&ViewLifecycle::onViewDidAppear);
         }
         void dismiss(bool animated) override {
             if (mWindows->mPresented != this) return;
             mWindows->mPresented = nullptr;
-            tell(animated ? "dismiss animated" : "dismiss", {ViewEvent::WILL_DISAPPEAR, ViewEvent::DID_DISAPPEAR});
+            mWindows->log.emplace_back(animated ? "dismiss animated" : "dismiss");
+            tell(&ViewLifecycle::onViewWillDisappear);
+            tell(&ViewLifecycle::onViewDidDisappear);
         }
-        std::shared_ptr<SceneObserver> observer() const { return mObserver.lock(); }
 
     private:
-        void tell(const char* what, std::initializer_list<ViewEvent> events) {
-            mWindows->log.emplace_back(what);
-            for (const auto event : events)
-                if (const auto told = observer()) told->onViewEvent(event);
-        }
-
         const std::shared_ptr<FakeWindows> mWindows;
         const std::shared_ptr<PageView> mWebView = std::make_shared<PageView>(*mWindows);
-        std::weak_ptr<SceneObserver> mObserver;
     };
 
     /// Only the top-most screen can present.
@@ -104,7 +100,9 @@ private:
         const std::shared_ptr<Screen> root = std::make_shared<Screen>(std::make_shared<Screen>());
     };
 
-    std::shared_ptr<SceneObserver> observer() const { return mPresented ? mPresented->observer() : nullptr; }
+    std::shared_ptr<TDSecureSceneDelegate> delegate() const {
+        return mPresented ? mPresented->delegate.lock() : nullptr;
+    }
 
     Scene* mPresented = nullptr;
 };
