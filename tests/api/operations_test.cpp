@@ -88,5 +88,20 @@ TEST(EveryOperation, MayStartTheNextFromItsCallbackAndDestroyTheFacade) {
     }
 }
 
+TEST(EveryOperation, EndsNoneThatHasBegunSinceItWasReleased) {
+    for (const auto& operation : operations) {
+        SCOPED_TRACE(operation.callback);
+        World world;
+        prepare(world);
+        operation.start(world);
+        world.kavio().release(&world.kavio());
+        world.kavio().login("49", "502");
+        world.answer({503, "{}"});
+        const auto sent = world.sent().size();
+        world.kavio().login("49", "503");
+        EXPECT_EQ(world.sent().size(), sent);
+    }
+}
+
 }  // namespace
 }  // namespace kavio::test
