@@ -3,7 +3,7 @@
 #include "exchanges.h"
 #include "network/kavio_network_service.h"
 #include "storage/kavio_user_defaults.h"
-#include "util/kavio_utils.h"
+#include "time/reliable_clock.h"
 
 #include <benchmark/benchmark.h>
 #include <openssl/evp.h>
@@ -23,7 +23,7 @@ void prepareRequest(benchmark::State& state) {
 /// Of the texts that `prepareRequest` signs: URL, start of the body, time, and the digests of these.
 void bareDigests(benchmark::State& state) {
     const auto request = KavioNetworkService::shared()->prepare(*machineRequest());
-    const std::array texts{request.url, request.body.value_or("").substr(0, 32), KavioUtils::serverTimeStamp(),
+    const std::array texts{request.url, request.body.value_or("").substr(0, 32), serverTimeStamp(),
                            std::string(60, 'd')};
     std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
     for (auto _ : state) {

@@ -164,8 +164,8 @@ JsonObject KavioCardModel::encode() const {
     return {{"amount", amount}, {"decimalDigits", decimalDigits}, {"currency", currency}};
 }
 
-PaymentMethods paymentMethods(AccountModel&& account) {
-    PaymentMethods methods;
+std::vector<std::shared_ptr<const PaymentMethod>> paymentMethods(AccountModel&& account) {
+    std::vector<std::shared_ptr<const PaymentMethod>> methods;
     methods.push_back(std::make_shared<DepositCard>("0", std::move(account.phone), PaymentMethod::PaymentType::KAVIO,
                                                     saturatingInteger(account.balance), std::move(account.currency),
                                                     account.currencyDecimalDigits));

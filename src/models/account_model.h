@@ -3,7 +3,7 @@
 #include "models/json/json_types.h"
 #include "models/payment_model.h"
 
-#include <kavio/delegate.h>
+#include <kavio/payment_method.h>
 
 #include <cstdint>
 #include <map>
@@ -99,6 +99,6 @@ struct KavioCardModel {
 };
 
 /// What the account pays with: the wallet, then the stored cards in their order.
-PaymentMethods paymentMethods(AccountModel&& account);
+std::vector<std::shared_ptr<const PaymentMethod>> paymentMethods(AccountModel&& account);
 
 }  // namespace kavio

@@ -1,10 +1,10 @@
 #include "network/kavio_network_service.h"
 
 #include "network/payload.h"
+#include "network/request_signature.h"
 #include "network/response_classification.h"
 #include "network/url_request.h"
 #include "storage/kavio_user_defaults.h"
-#include "util/kavio_utils.h"
 #include "util/shared_instance.h"
 #include "util/trace.h"
 
@@ -114,8 +114,7 @@ UrlRequest KavioNetworkService::prepare(const APIRequestProtocol& request) {
     urlRequest.method = request.method();
     urlRequest.idempotency = request.idempotency();
     urlRequest.headers = request.headers().value_or(serviceHeaders(apiKey, request.token()));
-    urlRequest.headers.emplace_back("X-Zelto-Sign",
-                                    KavioUtils::signRequest(urlRequest.url, urlRequest.body.value_or("")));
+    urlRequest.headers.emplace_back("X-Zelto-Sign", signRequest(urlRequest.url, urlRequest.body.value_or("")));
 
     note([&](LastExchange& last) {
         last.url = url;

@@ -22,13 +22,18 @@ constexpr std::array<std::array<std::uint8_t, 10>, 10> dammTable{{
     {2, 5, 8, 1, 4, 3, 6, 7, 9, 0},
 }};
 
+// The digits that follow the first `label` that is followed by any.
+std::optional<std::string> digitsAfter(std::string_view label, const std::string& text) {
+    const auto found = KavioUtils::matches(std::string(label) + R"(\d+)", text);
+    if (found.empty()) return std::nullopt;
+    return found.front().substr(label.size());
+}
+
 // A text that carries a machine's number and, possibly, its serial.
-std::optional<MachineQuery> queryForLabel(const std::string& text, std::string_view number, std::string_view serial) {
-    const auto digits = KavioUtils::firstGroup(number, text);
-    const auto kavioMachineId = digits ? decimalInteger(*digits) : std::nullopt;
+std::optional<MachineQuery> queryForLabels(const std::string& text, std::string_view number, std::string_view serial) {
+    const auto kavioMachineId = decimalInteger(digitsAfter(number, text).value_or(""));
     if (!kavioMachineId) return std::nullopt;
-    return MachineQuery{.kavioMachineId = kavioMachineId,
-                        .hwSerial = KavioUtils::firstGroup(serial, text).value_or("")};
+    return MachineQuery{.kavioMachineId = kavioMachineId, .hwSerial = digitsAfter(serial, text).value_or("")};
 }
 
 // How many characters a person would count in a decimal integer: its bytes, which are ASCII.
@@ -44,9 +49,9 @@ std::optional<MachineQuery> machineQueryForCode(const std::string& text) {
     for (const auto prefix : {deployment::qrLinkPrefix, deployment::nfcLinkPrefix, std::string_view("kavio://")}) {
         if (text.starts_with(prefix)) return MachineQuery{.qr_scan = text};
     }
-    if (text.starts_with(deployment::webLinkPrefix)) return queryForLabel(text, R"(MMID=(\d+))", R"(NDS=(\d+))");
+    if (text.starts_with(deployment::webLinkPrefix)) return queryForLabels(text, "MMID=", "NDS=");
     if (const auto number = decimalInteger(text)) return queryForNumber(text, *number);
-    if (text.starts_with("VPOS TERMINAL")) return queryForLabel(text, R"(Kavio ID: (\d+))", R"(Serial Num: (\d+))");
+    if (text.starts_with("VPOS TERMINAL")) return queryForLabels(text, "Kavio ID: ", "Serial Num: ");
     return std::nullopt;
 }
 

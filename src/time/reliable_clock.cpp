@@ -1,12 +1,12 @@
 #include "time/reliable_clock.h"
 
+#include "models/date_text.h"
 #include "models/replies.h"
 #include "storage/kavio_user_defaults.h"
 
 #include <kavio/platform/platform.h>
 
 namespace kavio {
-
 namespace {
 
 struct TimeSample {
@@ -27,6 +27,8 @@ TimeSample timeSample() {
 }  // namespace
 
 Date serverNow() { return timeSample().serverNow; }
+
+std::string serverTimeStamp() { return DateText::stamp(serverNow()); }
 
 bool isTimeSampleFresh() {
     const auto sample = timeSample();

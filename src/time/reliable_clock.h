@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <optional>
+#include <string>
 
 namespace kavio {
 
@@ -14,6 +15,8 @@ inline constexpr std::chrono::seconds TIME_SAMPLE_MARGIN{300};
 
 /// The server's clock: the last time sample moved forward by what the device's clock has moved since.
 Date serverNow();
+/// `serverNow` as yyyyMMddHHmmss in UTC.
+std::string serverTimeStamp();
 
 /// Whether the stored time sample is good for more than `TIME_SAMPLE_MARGIN`.
 bool isTimeSampleFresh();

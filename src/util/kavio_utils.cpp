@@ -1,93 +1,21 @@
 #include "util/kavio_utils.h"
 
-#include "models/ascii_text.h"
-#include "models/date_text.h"
-#include "time/reliable_clock.h"
 #include "util/trace.h"
 
 #include <kavio/platform/platform.h>
 
-#include <algorithm>
-
 namespace kavio {
-namespace {
-
-constexpr std::size_t signedBodyCharacters = 32;
-
-void removeAll(std::string& text, std::string_view part) {
-    for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at)) text.erase(at, part.size());
-}
-
-// Services in right-to-left scripts put these marks into texts that end up in URLs; the service drops them too.
-std::string signedUrl(std::string_view url) {
-    std::string text(url);
-    removeAll(text, "%E2%80%8F");
-    removeAll(text, "\u00E2");
-    return lowercased(std::move(text));
-}
-
-Digest::Sha1 sha1(std::string_view bytes) { return Platform::current().digest->sha1(bytes); }
-
-std::string_view bytesOf(const Digest::Sha1& digest) {
-    return {reinterpret_cast<const char*>(digest.data()), digest.size()};
-}
-
-std::vector<RegularExpression::Match> allMatches(std::string_view pattern, std::string_view text) {
-    auto found = Platform::current().regularExpression->matches(pattern, text);
-    if (const auto* invalid = std::get_if<RegularExpression::Invalid>(&found)) {
-        trace("KavioUtils", [&] { return SafeMessage{"invalid regex: " + invalid->description}; });
-        return {};
-    }
-    return std::get<std::vector<RegularExpression::Match>>(std::move(found));
-}
-
-}  // namespace
-
-std::string KavioUtils::signRequest(std::string_view url, std::string_view body) {
-    const auto stamp = serverTimeStamp();
-    const auto urlDigest = sha1(signedUrl(url));
-    const auto& characters = *Platform::current().characters;
-    const bool isText = characters.wellFormed(body) == body;
-    const auto bodyDigest = sha1(isText ? characters.prefix(body, signedBodyCharacters) : std::string_view());
-    const auto stampDigest = sha1(stamp);
-
-    std::string digests;
-    for (const auto& digest : {urlDigest, bodyDigest, stampDigest}) digests += bytesOf(digest);
-    const auto all = sha1(digests);
-
-    std::string token(bytesOf(urlDigest).substr(0, 1));
-    token += bytesOf(all);
-    return urlTokenEncode(token) + stamp.substr(stamp.size() - std::min<std::size_t>(4, stamp.size()));
-}
-
-std::string KavioUtils::urlTokenEncode(std::string_view bytes) {
-    auto text = Platform::current().base64->encode(bytes);
-    const auto padding = std::count(text.begin(), text.end(), '=');
-    text.resize(text.size() - static_cast<std::size_t>(padding));
-    std::replace(text.begin(), text.end(), '+', '-');
-    std::replace(text.begin(), text.end(), '/', '_');
-    return text + std::to_string(padding);
-}
-
-std::string KavioUtils::hexDigest(const Digest::Sha1& digest) {
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string text;
-    for (const auto byte : digest) text += {digits[byte >> 4U], digits[byte & 0xFU]};
-    return text;
-}
-
-std::string KavioUtils::serverTimeStamp() { return DateText::stamp(serverNow()); }
 
 std::vector<std::string> KavioUtils::matches(std::string_view pattern, std::string_view text) {
     std::vector<std::string> texts;
-    for (auto& match : allMatches(pattern, text)) texts.push_back(std::move(match.front()));
+    auto found = Platform::current().regularExpression->matches(pattern, text);
+    if (const auto* invalid = std::get_if<RegularExpression::Invalid>(&found)) {
+        trace("KavioUtils", [&] { return SafeMessage{"invalid regex: " + invalid->description}; });
+        return texts;
+    }
+    for (auto& match : std::get<std::vector<RegularExpression::Match>>(found))
+        texts.push_back(std::move(match.front()));
     return texts;
-}
-
-std::optional<std::string> KavioUtils::firstGroup(std::string_view pattern, std::string_view text) {
-    const auto found = allMatches(pattern, text);
-    if (found.empty()) return std::nullopt;
-    return found.front().at(1);
 }
 
 }  // namespace kavio

@@ -1,7 +1,7 @@
+#include "network/request_signature.h"
 #include "support/sample_replies.h"
 #include "support/world.h"
 #include "time/reliable_clock.h"
-#include "util/kavio_utils.h"
 
 #include <gmock/gmock.h>
 
@@ -42,9 +42,9 @@ TEST(FreshTime, ComesBeforeTheRequestWhateverItBrings) {
         world.answer(answer);
         ASSERT_THAT(world.paths(), ElementsAre("/time?", order));
         EXPECT_EQ(header(world.sent().front(), "X-Zelto-Wallet-Session-Token"), "");
-        EXPECT_EQ(KavioUtils::serverTimeStamp(), stamp);
+        EXPECT_EQ(serverTimeStamp(), stamp);
         const auto request = world.sent().back();
-        EXPECT_EQ(header(request, "X-Zelto-Sign"), KavioUtils::signRequest(request.url, ""));
+        EXPECT_EQ(header(request, "X-Zelto-Sign"), signRequest(request.url, ""));
         world.answer({200, replies::order("completed")});
         EXPECT_THAT(world.reports(),
                     ElementsAre(Report{"onGetOrder", ResultType::SUCCESS, std::nullopt, "77 COMPLETED"}))
@@ -61,7 +61,7 @@ TEST(FreshTime, FollowsTheServersClockAndComesBeforeAnOrderToo) {
     world.answer({200, R"({"serverTime":"2020-01-01T10:00:00.000+0000","expireTime":"2020-01-02T00:00:00.000+0100"})"});
     EXPECT_EQ(world.sentInBackground().size(), 1U);
     world.device().clock->advance(seconds(90));
-    EXPECT_EQ(KavioUtils::serverTimeStamp(), "20200101100130");
+    EXPECT_EQ(serverTimeStamp(), "20200101100130");
     EXPECT_EQ(world.store().date("server_expired_time"),
               Date(std::chrono::sys_days(std::chrono::January / 1 / 2020) + std::chrono::hours(23)));
 }

@@ -1,8 +1,9 @@
 #include "network/kavio_network_service.h"
+#include "network/request_signature.h"
 #include "network/requests.h"
 #include "support/sample_replies.h"
 #include "support/world.h"
-#include "util/kavio_utils.h"
+#include "time/reliable_clock.h"
 
 #include <gmock/gmock.h>
 
@@ -101,7 +102,7 @@ TEST(Transport, WritesTheAppVersionWithTheHostsBuild) {
 TEST(Signature, CoversUrlBodyAndTime) {
     World world;
     world.device().clock->advance(std::chrono::seconds(754));
-    EXPECT_EQ(KavioUtils::serverTimeStamp(), "20240101001234");
+    EXPECT_EQ(serverTimeStamp(), "20240101001234");
     const std::string letters = "abcdefghijklmnopqrstuvwxyz";
     std::string families;  // of 31 characters
     for (int i = 0; i < 31; ++i) families += "👩‍👩‍👧‍👦";
@@ -118,7 +119,7 @@ TEST(Signature, CoversUrlBodyAndTime) {
              {"u", letters + "\r\n0123456", "Ue9XDaTtX1WhcN9GgitkDWYzvTAj01234"},
              {"u", families + "e\u0301 and more", "UWrCUizN3r0CnoXd-k7YImkGcOpi01234"},
          })
-        EXPECT_EQ(KavioUtils::signRequest(url, body), signature) << url << " " << body;
+        EXPECT_EQ(signRequest(url, body), signature) << url << " " << body;
 }
 
 }  // namespace

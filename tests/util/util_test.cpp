@@ -1,5 +1,6 @@
 #include "support/fakes/fake_device.h"
 #include "util/event.h"
+#include "util/kavio_utils.h"
 #include "util/trace.h"
 
 #include <kavio/threads_manager.h>
@@ -56,6 +57,11 @@ TEST_F(Threads, GuardBlocksByTheAddressOfTheirLock) {
     count();
     second.join();
     EXPECT_EQ(counter, 2000);
+}
+
+TEST_F(Threads, FindEveryMatchOfAPattern) {
+    EXPECT_THAT(KavioUtils::matches("a(b)", "abxab"), testing::ElementsAre("ab", "ab"));
+    EXPECT_THAT(KavioUtils::matches("(", "abab"), testing::IsEmpty()) << "a pattern that does not compile";
 }
 
 struct Door {
