@@ -19,17 +19,17 @@ void wholeCall(benchmark::State& state) {
 
 template <class Exchange>
 void bareCall(benchmark::State& state, const Setup& setup) {
-    Exchange exchange(setup, KavioNetworkService::shared()->prepare(*machineRequest()));
+    Exchange exchange(setup, KavioNetworkService::prepare(machineRequest()));
     if (exchange.run() != 200) state.SkipWithError("The service refused the request.");
     for (auto _ : state) exchange.run();
 }
 
 /// What no library around libcurl can do without: each request is signed, each reply decoded. No thread, no session.
 void signedBareCall(benchmark::State& state, const Setup& setup) {
-    BareExchange exchange(setup, KavioNetworkService::shared()->prepare(*machineRequest()));
+    BareExchange exchange(setup, KavioNetworkService::prepare(machineRequest()));
     if (exchange.run() != 200) state.SkipWithError("The service refused the request.");
     for (auto _ : state) {
-        benchmark::DoNotOptimize(KavioNetworkService::shared()->prepare(*machineRequest()));
+        benchmark::DoNotOptimize(KavioNetworkService::prepare(machineRequest()));
         exchange.run();
         benchmark::DoNotOptimize(decodeDocument<PublicList<MachineModel>>(exchange.body()));
     }
@@ -38,7 +38,7 @@ void signedBareCall(benchmark::State& state, const Setup& setup) {
 /// `make` gives what is to do its first exchange.
 template <class Make, class Run>
 void firstCall(benchmark::State& state, Make make, Run run) {
-    const auto request = KavioNetworkService::shared()->prepare(*machineRequest());
+    const auto request = KavioNetworkService::prepare(machineRequest());
     for (auto _ : state) {
         state.PauseTiming();
         auto exchange = make(request);
@@ -53,7 +53,7 @@ void firstCall(benchmark::State& state, Make make, Run run) {
 /// What the sessions add to the bare exchange is mostly a thread of their own.
 void sessionCall(benchmark::State& state, const Setup& setup) {
     LibraryExchange exchange(setup, systemAuthoritiesAndOurs(setup));
-    const auto request = KavioNetworkService::shared()->prepare(*machineRequest());
+    const auto request = KavioNetworkService::prepare(machineRequest());
     if (exchange.run(request) != 200) state.SkipWithError("The service refused the request.");
     for (auto _ : state) exchange.run(request);
 }

@@ -2,7 +2,7 @@
 
 #include "network/kavio_network_service.h"
 #include "network/requests.h"
-#include "repositories/services.h"
+#include "repositories/repositories.h"
 #include "storage/kavio_user_defaults.h"
 
 #include <kavio/platform/linux.h>
@@ -51,7 +51,7 @@ void openSession(const Setup& setup) {
     options.mainQueue = mainQueue();
     Platform::install(makeLinuxPlatform(std::move(options)));
 
-    const LoginService service;
+    const LoginRepository service;
     const auto challenge = resultOf<Challenge>(
         [&](Completion<Challenge> done) { service.challenge("49", "151234567", "", "", std::move(done)); });
     const auto token = resultOf<Token>([&](Completion<Token> done) {
@@ -62,12 +62,10 @@ void openSession(const Setup& setup) {
     if (lookUpMachine().size() != 1) throw std::runtime_error("The service does not know the machine.");
 }
 
-APIRequestPtr machineRequest() {
-    return makeRequest<MachineByValueRequest>({"machines", KavioUserDefaults::shared()->sessionToken()}, query);
-}
+APIRequest machineRequest() { return machineByValueRequest(query); }
 
 Machines lookUpMachine() {
-    return resultOf<PublicList<MachineModel>>([](auto done) { MachineService().machines(query, std::move(done)); })
+    return resultOf<PublicList<MachineModel>>([](auto done) { MachineRepository().machines(query, std::move(done)); })
         .objects;
 }
 

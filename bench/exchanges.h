@@ -18,7 +18,7 @@
 namespace kavio::bench {
 
 /// The look-up of one machine, which the benchmarks send.
-APIRequestPtr machineRequest();
+APIRequest machineRequest();
 /// As an application has it: signed, sent, decoded, and reported on the main thread.
 Machines lookUpMachine();
 

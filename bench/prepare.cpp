@@ -15,14 +15,13 @@ namespace kavio::bench {
 namespace {
 
 void prepareRequest(benchmark::State& state) {
-    const auto transport = KavioNetworkService::shared();
     const auto request = machineRequest();
-    for (auto _ : state) benchmark::DoNotOptimize(transport->prepare(*request));
+    for (auto _ : state) benchmark::DoNotOptimize(KavioNetworkService::prepare(request));
 }
 
 /// Of the texts that `prepareRequest` signs: URL, start of the body, time, and the digests of these.
 void bareDigests(benchmark::State& state) {
-    const auto request = KavioNetworkService::shared()->prepare(*machineRequest());
+    const auto request = KavioNetworkService::prepare(machineRequest());
     const std::array texts{request.url, request.body.value_or("").substr(0, 32), serverTimeStamp(),
                            std::string(60, 'd')};
     std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};

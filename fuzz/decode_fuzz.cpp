@@ -11,8 +11,8 @@
 #include "models/product_model.h"
 #include "models/public_objects.h"
 #include "models/request_models.h"
+#include "models/td_secure_replies.h"
 #include "support/fakes/fake_device.h"
-#include "tdsecure/replies.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -28,7 +28,7 @@ void Kavio::getPaymentMethods() {
 void Kavio::State::accountResponse(const PaymentMethodsOperation& operation, APIResult<AccountModel> reply) {
     if (!reply) return operation.fail(reply.failure());
     auto account = std::move(reply).payload();
-    mAccountRepo->prepaidCards(operation.finish<PrepaidsList>(
+    mPrepaidRepo->prepaidCards(operation.finish<PrepaidsList>(
         [others = account ? paymentMethods(*std::move(account)) : PaymentMethods{}](std::optional<PrepaidsList> list) {
             auto methods = others;
             if (!list) return methods;
@@ -55,7 +55,7 @@ void Kavio::addCreditCard(std::shared_ptr<const Card> card) {
 
 void Kavio::removeCard(std::string id) {
     const auto operation = mState->begin(&KavioDelegate::onRemoveCard);
-    if (operation) mState->mPaymentMethodRepo->removeCard(std::move(id), operation->finish<DeleteCreditResponse>());
+    if (operation) mState->mPaymentMethodRepo->removeCard(id, operation->finish<DeleteCreditResponse>());
 }
 
 void Kavio::deposit(std::shared_ptr<const DepositCard> depositCard, double amount, std::string chargedCardId) {
@@ -69,18 +69,18 @@ void Kavio::deposit(std::shared_ptr<const DepositCard> depositCard, double amoun
         return operation->fail(ResultType::BAD_INPUT, "cannot deposit to " + std::string(name(type)) + " card");
     }
 
-    Deposit deposit{.tokenLocator = std::move(chargedCardId),
-                    .paypalMetaDataId = std::nullopt,
-                    .currency = depositCard->currency,
-                    .amount = *units,
-                    .label = std::nullopt,
-                    .autoTopup = false};
+    const Deposit deposit{.tokenLocator = std::move(chargedCardId),
+                          .paypalMetaDataId = std::nullopt,
+                          .currency = depositCard->currency,
+                          .amount = *units,
+                          .label = std::nullopt,
+                          .autoTopup = false};
     auto depositResponse = operation->finish<DepositModel>(
         [](const std::optional<DepositModel>& done) { return done ? done->balance : std::nullopt; });
     if (type == PaymentType::PREPAID) {
-        mState->mPaymentMethodRepo->prepaidDeposit(depositCard->id, std::move(deposit), std::move(depositResponse));
+        mState->mPrepaidRepo->deposit(depositCard->id, deposit, std::move(depositResponse));
     } else {
-        mState->mPaymentMethodRepo->deposit(std::move(deposit), std::move(depositResponse));
+        mState->mPaymentMethodRepo->deposit(deposit, std::move(depositResponse));
     }
 }
 

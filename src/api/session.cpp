@@ -1,19 +1,12 @@
 #include "api/state.h"
-#include "network/kavio_network_service.h"
-#include "network/payload.h"
-#include "network/requests.h"
 
 namespace kavio {
-
-// Login and verification go straight to the transport: they are the first requests of a fresh install, and their
-// signature stands without the server's time.
 
 void Kavio::login(std::string countryCode, std::string phoneNumber) {
     const auto operation = mState->begin(&KavioDelegate::onLogin);
     if (!operation) return;
-    KavioNetworkService::shared()->send(
-        makeRequest<ChallengeRequest>({"challenge"}, std::move(countryCode), std::move(phoneNumber), "", "0"),
-        decodePayload(operation->then<Challenge>(&State::challengeResponse)));
+    mState->mLoginRepo->challenge(std::move(countryCode), std::move(phoneNumber), "", "0",
+                                  operation->then<Challenge>(&State::challengeResponse));
 }
 
 void Kavio::State::challengeResponse(const Operation<>& operation, APIResult<Challenge> reply) {
@@ -26,16 +19,8 @@ void Kavio::verify(std::string otp, std::string country, std::string countryCode
     const auto operation = mState->begin(&KavioDelegate::onVerify);
     if (!operation) return;
     if (!mState->mLastChallenge) return operation->fail(ResultType::FAILURE, "please call login first");
-    KavioNetworkService::shared()->send(
-        makeRequest<VerifyRequest>({"verify"}, std::move(otp), std::move(country), std::move(countryCode),
-                                   std::move(phoneNumber), *mState->mLastChallenge, "0"),
-        decodePayload<Token>([handler = operation->then<Token>(&State::verifyResponse)](APIResult<Token> reply) {
-            // Kept even when the facade is gone by now: the session was opened.
-            if (reply && reply.payload()) {
-                KavioUserDefaults::shared()->defualt->set(keys::sessionToken, reply.payload()->token);
-            }
-            handler(std::move(reply));
-        }));
+    mState->mLoginRepo->verify(std::move(otp), std::move(country), std::move(countryCode), std::move(phoneNumber),
+                               *mState->mLastChallenge, "0", operation->then<Token>(&State::verifyResponse));
 }
 
 void Kavio::State::verifyResponse(const Operation<>& operation, APIResult<Token> reply) {

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "models/public_objects.h"
+#include "models/td_secure_replies.h"
 #include "network/api_result.h"
-#include "repositories/machine_repository.h"
 #include "repositories/repositories.h"
 #include "storage/kavio_user_defaults.h"
 #include "tdsecure/td_secure_scene_controller.h"
@@ -56,6 +56,7 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     const std::shared_ptr<ActivitiesRepository> mActivitiesRepo = sharedInstance<ActivitiesRepository>();
     const std::shared_ptr<PurchaseRepository> mPurchaseRepo = sharedInstance<PurchaseRepository>();
     const std::shared_ptr<PaymentMethodRepository> mPaymentMethodRepo = sharedInstance<PaymentMethodRepository>();
+    const std::shared_ptr<PrepaidRepository> mPrepaidRepo = sharedInstance<PrepaidRepository>();
     const std::shared_ptr<KavioUserDefaults> mKavioUserDefaults = KavioUserDefaults::shared();
     const std::shared_ptr<TDSecureSceneController> mTDSecSceneController = TDSecureSceneController::takeUse();
     std::shared_ptr<const Order> mLastOrder;

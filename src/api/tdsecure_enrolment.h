@@ -1,7 +1,7 @@
 #pragma once
 
 #include "api/state.h"
-#include "tdsecure/replies.h"
+#include "models/td_secure_replies.h"
 
 #include <memory>
 #include <optional>

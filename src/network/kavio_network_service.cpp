@@ -1,5 +1,6 @@
 #include "network/kavio_network_service.h"
 
+#include "network/environments.h"
 #include "network/payload.h"
 #include "network/request_signature.h"
 #include "network/response_classification.h"
@@ -19,6 +20,8 @@ namespace {
 
 constexpr const char* traceTag = "KavioNetworkService";
 constexpr const char* fallbackApiKey = "529qtx";
+
+using ErrorHandlerPointer = std::shared_ptr<NetworkServiceErrorHandler>;
 
 RawResult failed(APIError error, std::int64_t status, std::optional<std::string> message = std::nullopt) {
     return RawResult::failed({error, status, std::move(message), std::nullopt});
@@ -52,6 +55,33 @@ APIFailure handledStatus(int status, const std::optional<std::string>& body, std
     return {APIError::responseUnsuccessful, status, std::move(message), std::nullopt};
 }
 
+// Ends a request whose status is not 200; `classify` says what the failure is, unless an error handler does.
+void finishUnsuccessful(const ErrorHandlerPointer& handler, UrlReply reply, const RawCompletion& completion,
+                        const std::function<APIFailure(const UrlReply&)>& classify) {
+    if (!handler) return completion(RawResult::failed(classify(reply)));
+    const auto seen = reply;
+    handler->handle(seen, [completion, reply = std::move(reply)](APIError, std::optional<std::string> message) {
+        completion(RawResult::failed(handledStatus(reply.status, reply.body, std::move(message))));
+    });
+}
+
+void finish(const ErrorHandlerPointer& handler, UrlReply reply, const RawCompletion& completion) {
+    if (reply.status != 200) {
+        return finishUnsuccessful(handler, std::move(reply), completion,
+                                  [](const UrlReply& known) { return classifyStatus(known.status, known.body); });
+    }
+    if (!reply.body) return completion(failed(APIError::invalidData, reply.status));
+    completion(RawResult::success(std::move(reply.body)));
+}
+
+void finish(const ErrorHandlerPointer& handler, const UrlError& error, const RawCompletion& completion) {
+    auto failure = connectionFailure(error);
+    if (!handler) return completion(RawResult::failed(std::move(failure)));
+    handler->handle({}, [completion, status = failure.status](APIError handled, std::optional<std::string> message) {
+        completion(failed(handled, status, std::move(message)));
+    });
+}
+
 // A download whose reply was lost after its head had arrived: the status is known, the body is not.
 APIFailure lostReply(int status, const UrlError& error) {
     switch (status) {
@@ -71,97 +101,50 @@ APIFailure lostReply(int status, const UrlError& error) {
 
 std::shared_ptr<KavioNetworkService> KavioNetworkService::shared() { return sharedInstance<KavioNetworkService>(); }
 
-void KavioNetworkService::send(APIRequestPtr request, RawCompletion completion) {
+void KavioNetworkService::send(APIRequest request, RawCompletion completion) {
     Platform::current().urlSession->dataTask(
-        prepare(*request),
+        prepare(std::move(request)),
         [weak = weak_from_this(), completion = std::move(completion)](std::variant<UrlReply, UrlError> outcome) {
-            if (const auto* error = std::get_if<UrlError>(&outcome)) return finish(weak, *error, completion);
-            auto& reply = std::get<UrlReply>(outcome);
-            finish(weak, {reply.status, std::move(reply.body)}, completion);
+            std::visit([&](auto& ended) { finish(errorHandler(weak), std::move(ended), completion); }, outcome);
         });
 }
 
-void KavioNetworkService::sendInBackground(APIRequestPtr request, RawCompletion completion) {
+void KavioNetworkService::sendInBackground(APIRequest request, RawCompletion completion) {
     auto& session = *Platform::current().backgroundUrlSession;
     session.onEventsDelivered([weak = weak_from_this()] {
         if (const auto self = weak.lock()) self->backgroundEventsDelivered();
     });
-    session.downloadTask(prepare(*request), [weak = weak_from_this(), completion = std::move(completion)](
-                                                std::variant<DownloadReply, UrlError> outcome) {
+    session.downloadTask(prepare(std::move(request)), [weak = weak_from_this(), completion = std::move(completion)](
+                                                          std::variant<DownloadReply, UrlError> outcome) {
+        const auto handler = errorHandler(weak);
         if (const auto* error = std::get_if<UrlError>(&outcome)) {
-            if (!error->status) return finish(weak, *error, completion);
-            return finishUnsuccessful(weak, {*error->status, std::nullopt}, completion,
-                                      [error = *error](const Reply& reply) { return lostReply(reply.status, error); });
+            if (!error->status) return finish(handler, *error, completion);
+            return finishUnsuccessful(handler, {*error->status, std::nullopt}, completion,
+                                      [error](const UrlReply& reply) { return lostReply(reply.status, *error); });
         }
         const auto& reply = std::get<DownloadReply>(outcome);
         auto body = readFile(reply.file);
         if (!body) return completion(failed(APIError::jsonConversionFailure, reply.status));
-        finish(weak, {reply.status, std::move(body)}, completion);
+        finish(handler, UrlReply{reply.status, std::move(body)}, completion);
     });
 }
 
-UrlRequest KavioNetworkService::prepare(const APIRequestProtocol& request) {
+UrlRequest KavioNetworkService::prepare(APIRequest request) {
     const auto stored = KavioUserDefaults::shared()->defualt->values({keys::serviceName, keys::apiKey});
     const auto serviceName = KeyValueStore::typed<std::string>(stored[0]);
     const auto apiKey = KeyValueStore::typed<std::string>(stored[1]);
-    const std::string baseURL{urlString(apiTypeNamed(serviceName))};
-    const auto endpoint = request.endpoint();
-    const auto url = request.url().value_or(appendingPathComponent(baseURL, endpoint));
-    const auto params = request.params();
-    const bool inQuery = request.encoding() == ParameterEncoding::path;
+    const auto baseURL = urlString(apiTypeNamed(serviceName));
 
-    auto urlRequest = buildURLRequest(url, params, inQuery);
-    urlRequest.method = request.method();
-    urlRequest.idempotency = request.idempotency();
-    urlRequest.headers = request.headers().value_or(serviceHeaders(apiKey, request.token()));
+    auto urlRequest = buildURLRequest(request.url ? *request.url : appendingPathComponent(baseURL, request.endpoint),
+                                      request.params, request.encoding == ParameterEncoding::path);
+    urlRequest.method = request.method;
+    urlRequest.idempotency = request.idempotency;
+    urlRequest.headers = request.headers ? *std::move(request.headers) : serviceHeaders(apiKey, request.token);
     urlRequest.headers.emplace_back("X-Zelto-Sign", signRequest(urlRequest.url, urlRequest.body.value_or("")));
-
-    note([&](LastExchange& last) {
-        last.url = url;
-        last.method = request.method();
-        last.request = urlRequest.url;
-        last.requestName = request.requestName();
-        last.networkConfiguration.baseURL = baseURL;
+    trace(traceTag, [&] {
+        return SafeMessage{"REQUEST[" + std::string(request.requestName) + "]: " + std::string(request.method)};
     });
-    trace(traceTag,
-          [&] { return SafeMessage{"REQUEST[" + request.requestName() + "]: " + std::string(request.method())}; });
     return urlRequest;
-}
-
-void KavioNetworkService::finish(const std::weak_ptr<KavioNetworkService>& transport, const UrlError& error,
-                                 const RawCompletion& completion) {
-    auto failure = connectionFailure(error);
-    const auto self = transport.lock();
-    const auto handler = self ? self->errorHandler() : nullptr;
-    if (!handler) return completion(RawResult::failed(std::move(failure)));
-    handler->handle({}, [completion, status = failure.status](APIError handled, std::optional<std::string> message) {
-        completion(failed(handled, status, std::move(message)));
-    });
-}
-
-void KavioNetworkService::finish(const std::weak_ptr<KavioNetworkService>& transport, Reply reply,
-                                 const RawCompletion& completion) {
-    if (reply.status != 200) {
-        return finishUnsuccessful(transport, std::move(reply), completion,
-                                  [](const Reply& known) { return classifyStatus(known.status, known.body); });
-    }
-    const auto self = transport.lock();
-    if (self) self->note([&](LastExchange& last) { last.status = reply.status; });
-    if (!reply.body) return completion(failed(APIError::invalidData, reply.status));
-    if (self) self->note([&](LastExchange& last) { last.response = *reply.body; });
-    completion(RawResult::success(std::move(reply.body)));
-}
-
-void KavioNetworkService::finishUnsuccessful(const std::weak_ptr<KavioNetworkService>& transport, Reply reply,
-                                             const RawCompletion& completion, const Classification& classify) {
-    const auto self = transport.lock();
-    if (self) self->note([&](LastExchange& last) { last.status = reply.status; });
-    const auto handler = self ? self->errorHandler() : nullptr;
-    if (!handler) return completion(RawResult::failed(classify(reply)));
-    const UrlReply seen{reply.status, reply.body};
-    handler->handle(seen, [completion, reply = std::move(reply)](APIError, std::optional<std::string> message) {
-        completion(RawResult::failed(handledStatus(reply.status, reply.body, std::move(message))));
-    });
 }
 
 void KavioNetworkService::backgroundEventsDelivered() {
@@ -182,19 +165,16 @@ void KavioNetworkService::setErrorHandler(std::shared_ptr<NetworkServiceErrorHan
     mErrorHandler = std::move(errorHandler);
 }
 
-std::shared_ptr<NetworkServiceErrorHandler> KavioNetworkService::errorHandler() const {
-    const std::lock_guard lock(mMutex);
-    return mErrorHandler;
+std::shared_ptr<NetworkServiceErrorHandler> KavioNetworkService::errorHandler(const WeakTransport& transport) {
+    const auto self = transport.lock();
+    if (!self) return nullptr;
+    const std::lock_guard lock(self->mMutex);
+    return self->mErrorHandler;
 }
 
 void KavioNetworkService::setSavedBackgroundCompletionHandler(std::function<void()> handler) {
     const std::lock_guard lock(mMutex);
     mSavedBackgroundCompletionHandler = std::move(handler);
-}
-
-KavioNetworkService::LastExchange KavioNetworkService::lastExchange() const {
-    const std::lock_guard lock(mMutex);
-    return mLast;
 }
 
 }  // namespace kavio

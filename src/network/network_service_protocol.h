@@ -17,9 +17,9 @@ using RawCompletion = std::function<void(RawResult)>;
 class NetworkServiceProtocol {
 public:
     virtual ~NetworkServiceProtocol() = default;
-    virtual void send(APIRequestPtr request, RawCompletion completion) = 0;
+    virtual void send(APIRequest request, RawCompletion completion) = 0;
     /// As `send`, on a session that waits for connectivity and sends at most once.
-    virtual void sendInBackground(APIRequestPtr request, RawCompletion completion) = 0;
+    virtual void sendInBackground(APIRequest request, RawCompletion completion) = 0;
 };
 
 /// Takes over the classification of failures where one is installed. The library installs none.

@@ -1,52 +1,132 @@
 #include "network/requests.h"
 
+#include "network/deployment.h"
+#include "storage/kavio_user_defaults.h"
+
 #include <kavio/platform/platform.h>
 
-#include <vector>
+#include <algorithm>
+#include <utility>
 
 namespace kavio {
 namespace {
 
-std::vector<std::string> split(const std::string& text, char separator) {
-    std::vector<std::string> parts;
-    std::size_t begin = 0;
-    for (auto end = text.find(separator); end != std::string::npos; end = text.find(separator, begin)) {
-        parts.push_back(text.substr(begin, end - begin));
-        begin = end + 1;
+using enum ParameterEncoding;
+using enum Idempotency;
+
+enum class Token { none, empty, stored };
+
+/// What is the same for every request of a kind.
+struct Kind {
+    std::string_view name;
+    std::string_view method;
+    ParameterEncoding encoding;
+    Idempotency idempotency;
+    Token token = Token::stored;
+};
+
+namespace kinds {
+constexpr Kind challenge{"challenge", "POST", json, ONCE, Token::none};  // each is a message to a person's phone
+constexpr Kind verify{"verify", "POST", json, ONCE, Token::none};        // a code opens one session
+constexpr Kind logOut{"logout", "PUT", path, REPEATABLE};
+constexpr Kind account{"account", "GET", path, REPEATABLE};
+constexpr Kind machineByValue{"machines", "POST", json, REPEATABLE};  // changes nothing, though it is a POST
+constexpr Kind machineProducts{"products", "GET", path, REPEATABLE};
+constexpr Kind purchase{"purchase", "POST", json, ONCE};
+constexpr Kind getOrder{"order", "GET", path, REPEATABLE};
+constexpr Kind activites{"activities", "GET", path, REPEATABLE};
+// Once, although its key lets the service tell a repetition: a card holder's bank may be asked for each.
+constexpr Kind addCreditCard{"addCard", "POST", json, ONCE};
+constexpr Kind deleteLocator{"removeCard", "DELETE", json, REPEATABLE};
+constexpr Kind postDeposit{"deposit", "POST", json, ONCE};
+constexpr Kind postPrepaidDeposit{"prepaidDeposit", "POST", json, ONCE};
+constexpr Kind prepaidCards{"getPrepaidRequest", "GET", path, REPEATABLE};
+constexpr Kind tdsAddCard{"TDSAddCardRequestProto", "POST", json, ONCE};
+constexpr Kind tdsGetCard{"TDSGetCardRequestProto", "POST", json, ONCE};
+constexpr Kind tdsGetPage{"TDSGetPageRequestProto", "POST", path, ONCE, Token::none};
+constexpr Kind serverTime{timeRequestName, "GET", path, REPEATABLE, Token::empty};
+}  // namespace kinds
+
+std::optional<std::string> sessionToken(Token token) {
+    switch (token) {
+        case Token::none:
+            return std::nullopt;
+        case Token::empty:
+            return "";
+        case Token::stored:
+            return KavioUserDefaults::shared()->sessionToken();
     }
-    parts.push_back(text.substr(begin));
-    return parts;
+    return std::nullopt;
+}
+
+APIRequest make(const Kind& kind, std::string endpoint, std::optional<JsonObject> params = std::nullopt) {
+    return {.requestName = kind.name,
+            .method = kind.method,
+            .encoding = kind.encoding,
+            .idempotency = kind.idempotency,
+            .endpoint = std::move(endpoint),
+            .params = std::move(params),
+            .token = sessionToken(kind.token)};
 }
 
 // "2.3.1" of a host with build 45 is sent as "2.3145"; a version of another shape as it is.
-std::string sentAppVersion(const std::string& appVersion) {
-    const auto parts = split(appVersion, '.');
-    if (parts.size() != 3) return appVersion;
-    const auto build = Platform::current().mainBundle->informationText("CFBundleVersion").value_or("0");
-    return parts[0] + "." + parts[1] + parts[2] + build;
+std::string sentAppVersion(std::string appVersion) {
+    if (std::count(appVersion.begin(), appVersion.end(), '.') != 2) return appVersion;
+    appVersion.erase(appVersion.rfind('.'), 1);
+    return appVersion + Platform::current().mainBundle->informationText("CFBundleVersion").value_or("0");
+}
+
+std::string libraryInformation(std::string_view key) {
+    return Platform::current().libraryBundle->informationText(key).value_or("");
+}
+
+JsonObject depositParameters(const Deposit& deposit) {
+    JsonObject params{{"paymentCardLocator", JsonObject{{"locator", deposit.tokenLocator}}},
+                      {"amount", deposit.amount},
+                      {"currency", deposit.currency},
+                      {"autoTopup", deposit.autoTopup}};
+    if (deposit.paypalMetaDataId) {
+        params["payPalMetadataId"] = *deposit.paypalMetaDataId;
+    } else {
+        setIfPresent(params, "label", deposit.label);
+    }
+    return params;
 }
 
 }  // namespace
 
-std::optional<JsonObject> ChallengeRequest::params() const {
-    return JsonObject{
-        {"countryCode", countryCode}, {"phoneNumber", phoneNumber}, {"challenge", challenge}, {"retry", retry}};
+APIRequest challengeRequest(std::string countryCode, std::string phoneNumber, std::string challenge,
+                            std::string retry) {
+    return make(kinds::challenge, "/account/challenge/",
+                JsonObject{{"countryCode", std::move(countryCode)},
+                           {"phoneNumber", std::move(phoneNumber)},
+                           {"challenge", std::move(challenge)},
+                           {"retry", std::move(retry)}});
 }
 
-std::optional<JsonObject> VerifyRequest::params() const {
-    return JsonObject{{"verificationCode", verifyCode},  {"challenge", challenge},
-                      {"retryTimeoutSeconds", retry},    {"country", countryIsoCode},
-                      {"countryCode", countryPhoneCode}, {"phoneNumber", phoneNumber}};
+APIRequest verifyRequest(std::string verifyCode, std::string countryIsoCode, std::string countryPhoneCode,
+                         std::string phoneNumber, std::string challenge, std::string retry) {
+    return make(kinds::verify, "/account/verify/",
+                JsonObject{{"verificationCode", std::move(verifyCode)},
+                           {"challenge", std::move(challenge)},
+                           {"retryTimeoutSeconds", std::move(retry)},
+                           {"country", std::move(countryIsoCode)},
+                           {"countryCode", std::move(countryPhoneCode)},
+                           {"phoneNumber", std::move(phoneNumber)}});
 }
 
-std::optional<JsonObject> AccountRequest::params() const {
-    if (!appVersion) return std::nullopt;
-    JsonObject params{{"os", os}, {"osVersion", version}, {"appVersion", sentAppVersion(*appVersion)}};
-    setIfPresent(params, "pushToken", pushToken);
-    return params;
+APIRequest logOutRequest() { return make(kinds::logOut, "/account/logout"); }
+
+APIRequest accountRequest(const std::optional<std::string>& appVersion) {
+    if (!appVersion) return make(kinds::account, "/account");
+    JsonObject params{{"os", libraryInformation("DTPlatformName")},
+                      {"osVersion", libraryInformation("DTPlatformVersion")},
+                      {"appVersion", sentAppVersion(*appVersion)}};
+    setIfPresent(params, "pushToken", KavioUserDefaults::shared()->defualt->string(keys::pushToken));
+    return make(kinds::account, "/account", std::move(params));
 }
 
-std::optional<JsonObject> MachineByValueRequest::params() const {
+APIRequest machineByValueRequest(const MachineQuery& query) {
     JsonObject params;
     setIfPresent(params, "machineId", query.machineId);
     setIfPresent(params, "kavioMachineId", query.kavioMachineId);
@@ -62,26 +142,61 @@ std::optional<JsonObject> MachineByValueRequest::params() const {
     setIfPresent(params, "uni_qr_number", query.qr_number);
     setIfPresent(params, "hwSerial", query.hwSerial);
     setIfPresent(params, "operatorId", query.operatorId);
-    return params;
+    return make(kinds::machineByValue, "/machines/byValue", std::move(params));
 }
 
-std::optional<JsonObject> GetOrderRequest::params() const { return JsonObject{{"statusOnly", statusOnly}}; }
-
-std::optional<JsonObject> AddCreditCardRequest::params() const {
-    return JsonObject{{"paymentCard", paymentCard}, {"key", uuidKey}};
+APIRequest machineProductsRequest(std::uint64_t machineId) {
+    return make(kinds::machineProducts, "machines/" + std::to_string(machineId) + "/products");
 }
 
-JsonObject Deposit::params() const {
-    JsonObject params{{"paymentCardLocator", JsonObject{{"locator", tokenLocator}}},
-                      {"amount", amount},
-                      {"currency", currency},
-                      {"autoTopup", autoTopup}};
-    if (paypalMetaDataId) {
-        params["payPalMetadataId"] = *paypalMetaDataId;
-    } else {
-        setIfPresent(params, "label", label);
-    }
-    return params;
+APIRequest purchaseRequest(const std::string& machineId, JsonObject params) {
+    return make(kinds::purchase, "/machines/" + machineId + "/orders", std::move(params));
 }
+
+APIRequest getOrderRequest(const std::string& orderId, bool statusOnly) {
+    return make(kinds::getOrder, "/orders/" + orderId, JsonObject{{"statusOnly", statusOnly}});
+}
+
+APIRequest activitesRequest(JsonObject params) {
+    return make(kinds::activites, "/orders/activities", std::move(params));
+}
+
+APIRequest addCreditCardRequest(std::string uuidKey, std::map<std::string, std::string> paymentCard) {
+    return make(kinds::addCreditCard, "/account/locators",
+                JsonObject{{"paymentCard", std::move(paymentCard)}, {"key", std::move(uuidKey)}});
+}
+
+APIRequest deleteLocatorRequest(const std::string& tokenLocator) {
+    return make(kinds::deleteLocator, "/account/locators/" + tokenLocator);
+}
+
+APIRequest postDepositRequest(const Deposit& deposit) {
+    return make(kinds::postDeposit, "/deposits/", depositParameters(deposit));
+}
+
+APIRequest postPrepaidDepositRequest(const std::string& prepaidId, const Deposit& deposit) {
+    return make(kinds::postPrepaidDeposit, "/prepaidCards/" + prepaidId + "/deposits/", depositParameters(deposit));
+}
+
+APIRequest prepaidCardsRequest() { return make(kinds::prepaidCards, "/prepaidCards"); }
+
+APIRequest tdsAddCardRequest(const TDSAddCard& body) {
+    return make(kinds::tdsAddCard, "/account/locators/credorax/addCard", encode(body));
+}
+
+APIRequest tdsGetCardRequest(const TDSGetCard& body) {
+    return make(kinds::tdsGetCard, "/account/locators/credorax/getLocator", encode(body));
+}
+
+APIRequest tdsGetPageRequest(const TDSGetPage& body, std::string url) {
+    auto request = make(kinds::tdsGetPage, "", encode(body));
+    request.url = std::move(url);
+    request.headers = {{"Content-Type", "application/x-www-form-urlencoded"},
+                       {"Cache-Control", "no-cache"},
+                       {"Host", std::string(deployment::issuerHost)}};
+    return request;
+}
+
+APIRequest timeRequest() { return make(kinds::serverTime, "/time"); }
 
 }  // namespace kavio

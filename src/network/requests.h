@@ -1,57 +1,24 @@
 #pragma once
 
+#include "models/td_secure_messages.h"
 #include "network/api_request.h"
-#include "network/reserved_requests.h"
 
 #include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 
-/// The requests that the library sends.
+/// The requests that the library sends. Those of a signed-in user take the session token as it is stored when they are
+/// made; it is empty when there is none.
 namespace kavio {
 
-/// Asks for a one-time code. Once: each one is a message to a person's phone.
-struct ChallengeRequest {
-    static constexpr auto form = form::post;
-    std::string countryCode;
-    std::string phoneNumber;
-    std::string challenge;
-    std::string retry;
-
-    std::string endpoint() const { return "/account/challenge/"; }
-    std::optional<JsonObject> params() const;
-};
-
-/// Answers a one-time code. Once: a code opens one session.
-struct VerifyRequest {
-    static constexpr auto form = form::post;
-    std::string verifyCode;
-    std::string countryIsoCode;
-    std::string countryPhoneCode;
-    std::string phoneNumber;
-    std::string challenge;
-    std::string retry;
-
-    std::string endpoint() const { return "/account/verify/"; }
-    std::optional<JsonObject> params() const;
-};
-
-struct LogOutRequest {
-    static constexpr auto form = form::put;
-    std::string endpoint() const { return "/account/logout"; }
-};
-
-struct AccountRequest {
-    static constexpr auto form = form::get;
-    std::optional<std::string> pushToken;
-    std::optional<std::string> appVersion;
-    std::string version;
-    std::string os;
-
-    std::string endpoint() const { return "/account"; }
-    std::optional<JsonObject> params() const;
-};
+APIRequest challengeRequest(std::string countryCode, std::string phoneNumber, std::string challenge, std::string retry);
+APIRequest verifyRequest(std::string verifyCode, std::string countryIsoCode, std::string countryPhoneCode,
+                         std::string phoneNumber, std::string challenge, std::string retry);
+APIRequest logOutRequest();
+/// With a version it tells the service of the device and of the host application too.
+APIRequest accountRequest(const std::optional<std::string>& appVersion);
 
 /// The filter values of a machine look-up; the absent ones are not sent.
 struct MachineQuery {
@@ -70,66 +37,15 @@ struct MachineQuery {
     std::optional<std::string> hwSerial = std::nullopt;
     std::optional<std::int64_t> operatorId = std::nullopt;
 };
+APIRequest machineByValueRequest(const MachineQuery& query);
+APIRequest machineProductsRequest(std::uint64_t machineId);
 
-/// A query, though it is a POST: sending it twice does no harm.
-struct MachineByValueRequest {
-    static constexpr auto form = form::query;
-    MachineQuery query;
+APIRequest purchaseRequest(const std::string& machineId, JsonObject params);
+APIRequest getOrderRequest(const std::string& orderId, bool statusOnly);
+APIRequest activitesRequest(JsonObject params);
 
-    std::string endpoint() const { return "/machines/byValue"; }
-    std::optional<JsonObject> params() const;
-};
-
-struct MachineProductsRequest {
-    static constexpr auto form = form::get;
-    std::uint64_t machineId;
-
-    std::string endpoint() const { return "machines/" + std::to_string(machineId) + "/products"; }
-};
-
-/// Once, like every request that moves money.
-struct PurchaseRequest {
-    static constexpr auto form = form::post;
-    std::string machineId;
-    JsonObject parameters;
-
-    std::string endpoint() const { return "/machines/" + machineId + "/orders"; }
-    std::optional<JsonObject> params() const { return parameters; }
-};
-
-struct GetOrderRequest {
-    static constexpr auto form = form::get;
-    std::string orderId;
-    bool statusOnly;
-
-    std::string endpoint() const { return "/orders/" + orderId; }
-    std::optional<JsonObject> params() const;
-};
-
-struct ActivitesRequest {
-    static constexpr auto form = form::get;
-    JsonObject parameters;
-
-    std::string endpoint() const { return "/orders/activities"; }
-    std::optional<JsonObject> params() const { return parameters; }
-};
-
-/// Once, although `uuidKey` lets the service tell a repetition: a card holder's bank may be asked for each.
-struct AddCreditCardRequest {
-    static constexpr auto form = form::post;
-    std::string uuidKey;
-    std::map<std::string, std::string> paymentCard;
-
-    std::string endpoint() const { return "/account/locators"; }
-    std::optional<JsonObject> params() const;
-};
-
-struct DeleteLocatorRequest {
-    static constexpr auto form = form::remove;
-    std::string tokenLocator;
-
-    std::string endpoint() const { return "/account/locators/" + tokenLocator; }
-};
+APIRequest addCreditCardRequest(std::string uuidKey, std::map<std::string, std::string> paymentCard);
+APIRequest deleteLocatorRequest(const std::string& tokenLocator);
 
 /// What both deposits send.
 struct Deposit {
@@ -139,36 +55,17 @@ struct Deposit {
     std::int64_t amount;
     std::optional<std::string> label;
     bool autoTopup;
-
-    JsonObject params() const;
 };
+APIRequest postDepositRequest(const Deposit& deposit);
+APIRequest postPrepaidDepositRequest(const std::string& prepaidId, const Deposit& deposit);
+APIRequest prepaidCardsRequest();
 
-struct PostDepositRequest {
-    static constexpr auto form = form::post;
-    Deposit deposit;
+APIRequest tdsAddCardRequest(const TDSAddCard& body);
+APIRequest tdsGetCardRequest(const TDSGetCard& body);
+/// Goes to the issuer, not to the service: it carries neither the API key nor the session token.
+APIRequest tdsGetPageRequest(const TDSGetPage& body, std::string url);
 
-    std::string endpoint() const { return "/deposits/"; }
-    std::optional<JsonObject> params() const { return deposit.params(); }
-};
-
-struct PostPrepaidDepositRequest {
-    static constexpr auto form = form::post;
-    std::string prepaidId;
-    Deposit deposit;
-
-    std::string endpoint() const { return "/prepaidCards/" + prepaidId + "/deposits/"; }
-    std::optional<JsonObject> params() const { return deposit.params(); }
-};
-
-struct GeneralGetRequest {
-    static constexpr auto form = form::get;
-    std::string _endpoint;
-
-    std::string endpoint() const { return _endpoint; }
-};
-
-/// Names that the creators of requests choose and that something depends on.
-inline constexpr const char* timeRequestName = "getServerTimeRequest";
-inline constexpr const char* timeEndpoint = "/time";
+inline constexpr std::string_view timeRequestName = "getServerTimeRequest";
+APIRequest timeRequest();
 
 }  // namespace kavio

@@ -1,6 +1,7 @@
+#include "repositories/machine_code.h"
+
 #include "models/ascii_text.h"
 #include "network/deployment.h"
-#include "repositories/machine_repository.h"
 #include "util/kavio_utils.h"
 
 #include <array>

@@ -1,10 +1,12 @@
-#include "repositories/machine_repository.h"
+#include "network/send_with_fresh_time.h"
+#include "repositories/machine_code.h"
+#include "repositories/repositories.h"
 
 #include <utility>
 
 namespace kavio {
 
-void MachineRepository::machines(MachineQuery query, Completion<PublicList<MachineModel>> completion) {
+void MachineRepository::machines(const MachineQuery& query, Completion<PublicList<MachineModel>> completion) {
     const bool single = query.kavioMachineId || query.qr_scan || query.qr_number;
     {
         const std::lock_guard lock(mMutex);
@@ -12,17 +14,18 @@ void MachineRepository::machines(MachineQuery query, Completion<PublicList<Machi
         mLastMachineRequest.reset();
         if (single) mLastMachineRequest = MachineByValueModel{query.kavioMachineId, query.qr_scan, query.qr_number};
     }
-    MachineService::machines(std::move(query), [weak = weak_from_this(), completion = std::move(completion)](
-                                                   APIResult<PublicList<MachineModel>> reply) {
-        if (const auto self = weak.lock(); self && reply) {
-            const std::lock_guard lock(self->mMutex);
-            const bool found = reply.payload() && !reply.payload()->objects.empty();
-            if (self->mLastMachineRequest) {
-                self->mLastMachineResponse = found ? reply.payload()->objects.front() : nullptr;
+    sendWithFreshTime<PublicList<MachineModel>>(
+        machineByValueRequest(query),
+        [weak = weak_from_this(), completion = std::move(completion)](APIResult<PublicList<MachineModel>> reply) {
+            if (const auto self = weak.lock(); self && reply) {
+                const std::lock_guard lock(self->mMutex);
+                const bool found = reply.payload() && !reply.payload()->objects.empty();
+                if (self->mLastMachineRequest) {
+                    self->mLastMachineResponse = found ? reply.payload()->objects.front() : nullptr;
+                }
             }
-        }
-        completion(std::move(reply));
-    });
+            completion(std::move(reply));
+        });
 }
 
 bool MachineRepository::machinesByCode(const std::string& text, std::int64_t limit,
@@ -32,8 +35,12 @@ bool MachineRepository::machinesByCode(const std::string& text, std::int64_t lim
     if (!query) return false;
     query->limit = limit;
     query->operatorId = operatorId;
-    machines(*std::move(query), std::move(completion));
+    machines(*query, std::move(completion));
     return true;
+}
+
+void MachineRepository::products(std::uint64_t machineId, Completion<PublicList<MachineProduct>> completion) const {
+    sendWithFreshTime(machineProductsRequest(machineId), std::move(completion));
 }
 
 std::optional<MachineByValueModel> MachineRepository::lastMachineRequest() const {

@@ -1,49 +1,103 @@
 #pragma once
 
-#include "repositories/services.h"
+#include "models/account_model.h"
+#include "models/machine_model.h"
+#include "models/order_activity_model.h"
+#include "models/order_model.h"
+#include "models/payment_model.h"
+#include "models/product_model.h"
+#include "models/public_objects.h"
+#include "models/request_models.h"
+#include "models/td_secure_replies.h"
+#include "network/api_result.h"
+#include "network/requests.h"
 
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
-#include <utility>
 
-/// The facade's ways into the services: one repository an area, one of each in the process (`sharedInstance`). A
-/// repository that adds nothing of its own is its service under the repository's name.
+/// The facade's ways to the service: one repository per area of the API, one of each in the process
+/// (`sharedInstance`). An operation makes a request and sends it. Operations may be called from any thread; completions
+/// run on the main thread, once. A service of its own under a repository would add nothing, so it is the same class.
 namespace kavio {
 
-class LoginRepository : public LoginService {
+/// Straight to the transport: these are the first requests of a fresh install, and their signature stands without the
+/// server's time.
+class LoginRepository {
 public:
-    /// The challenge of a log-in under way, where a caller wants it kept here; the facade keeps its own.
-    std::optional<std::string> challenge;
+    void challenge(std::string countryCode, std::string phoneNumber, std::string challenge, std::string retry,
+                   Completion<Challenge> completion) const;
+    /// The session that a reply opens is stored before `completion` runs.
+    void verify(std::string verifyCode, std::string countryIsoCode, std::string countryPhoneCode,
+                std::string phoneNumber, std::string challenge, std::string retry, Completion<Token> completion) const;
 };
+using LoginService = LoginRepository;
 
-class AccountRepository : private AccountService {
+class AccountRepository {
 public:
     /// An account that arrives is stored before `completion` runs.
-    void account(std::optional<std::string> appVersion, Completion<AccountModel> completion) const;
+    void account(const std::optional<std::string>& appVersion, Completion<AccountModel> completion) const;
     /// Success empties the stored session token and clears the time sample's expiry before `completion` runs.
     void logout(Completion<LogOutResponse> completion) const;
-    void prepaidCards(Completion<PrepaidsList> completion) const { prepaidService.prepaidCards(std::move(completion)); }
-
-private:
-    PrepaidService prepaidService;
 };
+using AccountService = AccountRepository;
 
-class PurchaseRepository : public PurchaseService {};
-
-class PaymentMethodRepository : public PaymentMethodService {
+/// Machine look-ups, by filter values or by the text of a scanned code.
+class MachineRepository : public std::enable_shared_from_this<MachineRepository> {
 public:
-    void prepaidDeposit(std::string prepaidId, Deposit deposit, Completion<DepositModel> completion) const {
-        prepaidService.deposit(std::move(prepaidId), std::move(deposit), std::move(completion));
-    }
+    void machines(const MachineQuery& query, Completion<PublicList<MachineModel>> completion);
+    /// Looks up the machine that a machine number, QR or NFC text or terminal label names. False, and `completion` is
+    /// never called, when the text is none of these.
+    bool machinesByCode(const std::string& text, std::int64_t limit, std::optional<std::int64_t> operatorId,
+                        Completion<PublicList<MachineModel>> completion);
+    void products(std::uint64_t machineId, Completion<PublicList<MachineProduct>> completion) const;
+
+    /// The last look-up of a single machine, and what it found first; null for nothing.
+    std::optional<MachineByValueModel> lastMachineRequest() const;
+    std::shared_ptr<const Machine> lastMachineResponse() const;
 
 private:
-    PrepaidService prepaidService;
+    mutable std::mutex mMutex;  // guards the two below: look-ups may start on any thread
+    std::optional<MachineByValueModel> mLastMachineRequest;
+    std::shared_ptr<const Machine> mLastMachineResponse;
 };
+using MachineService = MachineRepository;
 
-class PrepaidRepository : public PrepaidService {};
+class PurchaseRepository {
+public:
+    /// Sent in the background: waits for connectivity, and is sent at most once.
+    void purchase(JsonObject params, const std::string& machineId, Completion<OrderModel> completion) const;
+    void order(const std::string& orderId, bool statusOnly, Completion<OrderModel> completion) const;
+};
+using PurchaseService = PurchaseRepository;
 
-class ActivitiesRepository : public ActivitiesService {};
+class PaymentMethodRepository {
+public:
+    void addCard(std::map<std::string, std::string> paymentCard, std::string uuidKey,
+                 Completion<AddCreditCardResponse> completion) const;
+    void removeCard(const std::string& tokenLocator, Completion<DeleteCreditResponse> completion) const;
+    void deposit(const Deposit& deposit, Completion<DepositModel> completion) const;
+    void addCardTDSecure(const TDSAddCard& body, Completion<TDSAddCardResponseFactory> completion) const;
+    void getCardTDSecure(const TDSGetCard& body, Completion<TDSGetCardResponseFactory> completion) const;
+    /// The text of the issuer's page at `url`.
+    void pageTDSecure(const TDSGetPage& body, std::string url, Completion<std::string> completion) const;
+};
+using PaymentMethodService = PaymentMethodRepository;
 
-class GoodiesRepository : public GoodiesService {};
+class PrepaidRepository {
+public:
+    void prepaidCards(Completion<PrepaidsList> completion) const;
+    void deposit(const std::string& prepaidId, const Deposit& deposit, Completion<DepositModel> completion) const;
+};
+using PrepaidService = PrepaidRepository;
+
+class ActivitiesRepository {
+public:
+    void activities(JsonObject params, Completion<PublicList<OrderActivityModel>> completion) const;
+};
+using ActivitiesService = ActivitiesRepository;
 
 }  // namespace kavio

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "models/td_secure_messages.h"
 #include "tdsecure/abstract_scene_controller.h"
-#include "tdsecure/messages.h"
 #include "util/event.h"
 
 #include <memory>

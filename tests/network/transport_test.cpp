@@ -89,8 +89,7 @@ TEST(Transport, LeavesFailuresToTheHostsErrorHandler) {
 TEST(Transport, WritesTheAppVersionWithTheHostsBuild) {
     World world;
     const auto sent = [](const std::string& version) {
-        const auto request = makeRequest<AccountRequest>(RequestHead{}, std::nullopt, version, "", "");
-        return request->params()->at("appVersion").get<std::string>();
+        return accountRequest(version).params->at("appVersion").get<std::string>();
     };
     EXPECT_EQ(sent("2.3.1"), "2.310");
     world.device().mainBundle->information = {{"CFBundleVersion", std::string("45")}};

@@ -1,4 +1,6 @@
-#include "repositories/machine_repository.h"
+#include "repositories/machine_code.h"
+
+#include "repositories/repositories.h"
 #include "support/world.h"
 
 #include <gmock/gmock.h>

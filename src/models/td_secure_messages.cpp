@@ -1,4 +1,4 @@
-#include "tdsecure/messages.h"
+#include "models/td_secure_messages.h"
 
 #include "models/json/json_value.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "models/json/keyed_container.h"
-#include "tdsecure/messages.h"
+#include "models/td_secure_messages.h"
 
 #include <cstdint>
 #include <string>

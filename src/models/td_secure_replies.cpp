@@ -1,4 +1,4 @@
-#include "tdsecure/replies.h"
+#include "models/td_secure_replies.h"
 
 #include "models/json/decoding_error.h"
 

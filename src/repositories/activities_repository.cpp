@@ -1,0 +1,12 @@
+#include "network/send_with_fresh_time.h"
+#include "repositories/repositories.h"
+
+#include <utility>
+
+namespace kavio {
+
+void ActivitiesRepository::activities(JsonObject params, Completion<PublicList<OrderActivityModel>> completion) const {
+    sendWithFreshTime(activitesRequest(std::move(params)), std::move(completion));
+}
+
+}  // namespace kavio

@@ -1,0 +1,37 @@
+#include "network/send_with_fresh_time.h"
+#include "repositories/repositories.h"
+
+#include <utility>
+
+namespace kavio {
+
+void PaymentMethodRepository::addCard(std::map<std::string, std::string> paymentCard, std::string uuidKey,
+                                      Completion<AddCreditCardResponse> completion) const {
+    sendWithFreshTime(addCreditCardRequest(std::move(uuidKey), std::move(paymentCard)), std::move(completion));
+}
+
+void PaymentMethodRepository::removeCard(const std::string& tokenLocator,
+                                         Completion<DeleteCreditResponse> completion) const {
+    sendWithFreshTime(deleteLocatorRequest(tokenLocator), std::move(completion));
+}
+
+void PaymentMethodRepository::deposit(const Deposit& deposit, Completion<DepositModel> completion) const {
+    sendWithFreshTime(postDepositRequest(deposit), std::move(completion));
+}
+
+void PaymentMethodRepository::addCardTDSecure(const TDSAddCard& body,
+                                              Completion<TDSAddCardResponseFactory> completion) const {
+    sendWithFreshTime(tdsAddCardRequest(body), std::move(completion));
+}
+
+void PaymentMethodRepository::getCardTDSecure(const TDSGetCard& body,
+                                              Completion<TDSGetCardResponseFactory> completion) const {
+    sendWithFreshTime(tdsGetCardRequest(body), std::move(completion));
+}
+
+void PaymentMethodRepository::pageTDSecure(const TDSGetPage& body, std::string url,
+                                           Completion<std::string> completion) const {
+    sendWithFreshTime(tdsGetPageRequest(body, std::move(url)), std::move(completion));
+}
+
+}  // namespace kavio
