@@ -12,6 +12,8 @@
 #include "models/public_objects.h"
 #include "models/request_models.h"
 #include "models/td_secure_replies.h"
+#include "reserved/place_order_model.h"
+#include "reserved/replies.h"
 #include "support/fakes/fake_device.h"
 
 #include <cstddef>
@@ -25,7 +27,7 @@ template <class T>
 void use(T record) {
     if constexpr (requires { publicObject(std::move(record)); }) {
         publicObject(std::move(record))->debugDescription();
-    } else if constexpr (requires { record.encode(); }) {
+    } else if constexpr (requires { serialise(record.encode()); }) {
         serialise(record.encode());
     } else if constexpr (requires { record.objects; }) {
         for (const auto& object : record.objects) object->debugDescription();

@@ -19,23 +19,4 @@ struct MachineByValueModel {
     JsonObject encode() const;
 };
 
-/// The parameters of a purchase, with where it was made.
-struct PlaceOrderModel {
-    std::optional<std::int64_t> amount;
-    std::optional<std::string> tokenLocator;
-    std::optional<std::int64_t> prepaidCardId;
-    std::optional<std::string> payPalMetadataId;
-    std::optional<double> longitude;
-    std::optional<double> latitude;
-    std::optional<double> accuracy;
-    std::optional<std::string> address;
-    std::optional<std::string> city;
-    std::optional<std::string> country;
-    std::optional<std::string> zipcode;
-    std::optional<std::string> streetNumber;
-    std::optional<bool> isQR;
-    static PlaceOrderModel decode(const KeyedContainer& in);
-    JsonObject encode() const;
-};
-
 }  // namespace kavio

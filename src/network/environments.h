@@ -31,8 +31,4 @@ ApiType apiTypeNamed(const std::optional<std::string>& name);
 /// The service that the store names.
 ApiType currentApiType();
 
-struct NetworkConfiguration {
-    std::string baseURL{urlString(ApiType::ApiProduction)};
-};
-
 }  // namespace kavio

@@ -19,9 +19,4 @@ public:
     static std::string durationText(std::uint64_t milliseconds);
 };
 
-// Without state or operations on purpose: whether there is a network is learnt by sending, and nothing is thrown across
-// the public boundary.
-class Reachability {};
-class Exceptions {};
-
 }  // namespace kavio

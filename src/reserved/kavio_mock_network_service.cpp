@@ -1,4 +1,4 @@
-#include "network/kavio_mock_network_service.h"
+#include "reserved/kavio_mock_network_service.h"
 
 #include <kavio/platform/platform.h>
 
@@ -13,7 +13,7 @@ RawResult failure(APIError error, std::int64_t status, std::optional<std::string
 
 }  // namespace
 
-void KavioMockNetworkService::send(APIRequestPtr request, RawCompletion completion) {
+void KavioMockNetworkService::send(APIRequest request, RawCompletion completion) {
     task = std::move(request);
     Platform::current().mainQueue->post(
         [handler = errorHandler, status = errorCode, completion = std::move(completion)] {
@@ -26,7 +26,7 @@ void KavioMockNetworkService::send(APIRequestPtr request, RawCompletion completi
         });
 }
 
-void KavioMockNetworkService::sendInBackground(APIRequestPtr request, RawCompletion completion) {
+void KavioMockNetworkService::sendInBackground(APIRequest request, RawCompletion completion) {
     send(std::move(request), std::move(completion));
 }
 

@@ -31,7 +31,4 @@ protected:
     virtual std::vector<Property> properties() = 0;
 };
 
-/// Without state or operations: what is stored goes through `KavioUserDefaults`.
-class StorageTool {};
-
 }  // namespace kavio

@@ -5,8 +5,14 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
+#include <string>
 
 namespace kavio {
+
+struct NetworkConfiguration {
+    std::string baseURL{urlString(ApiType::ApiProduction)};
+};
 
 /// A transport without a network, for tests: every request is answered from here, asynchronously. With an
 /// `errorCode` of 0 the answer is the body `null`, a success without a payload; any other is the failure of that HTTP
@@ -15,11 +21,11 @@ class KavioMockNetworkService final : public NetworkServiceProtocol {
 public:
     std::shared_ptr<NetworkServiceErrorHandler> errorHandler;
     std::int64_t errorCode = 0;
-    APIRequestPtr task;  // the last one
+    std::optional<APIRequest> task;  // the last one
     NetworkConfiguration networkConfiguration;
 
-    void send(APIRequestPtr request, RawCompletion completion) override;
-    void sendInBackground(APIRequestPtr request, RawCompletion completion) override;
+    void send(APIRequest request, RawCompletion completion) override;
+    void sendInBackground(APIRequest request, RawCompletion completion) override;
 };
 
 }  // namespace kavio

@@ -1,4 +1,4 @@
-#include "storage/serializable.h"
+#include "reserved/serializable.h"
 
 namespace kavio {
 

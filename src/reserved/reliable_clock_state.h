@@ -1,6 +1,6 @@
 #pragma once
 
-#include "storage/serializable.h"
+#include "reserved/serializable.h"
 
 #include <cstdint>
 #include <vector>
@@ -17,9 +17,5 @@ public:
 private:
     std::vector<Property> properties() override { return {{"real", &real}, {"elapsed", &elapsed}, {"local", &local}}; }
 };
-
-// Without state or operations: the functions of reliable_clock.h are the clock.
-class ReliableClock {};
-class SystemClock {};
 
 }  // namespace kavio
