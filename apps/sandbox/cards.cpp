@@ -2,7 +2,6 @@
 
 #include "parameters.h"
 #include "reply.h"
-#include "world.h"
 
 #include <fmt/chrono.h>
 
@@ -23,16 +22,9 @@ bool passesLuhn(const std::string& number) {
 }
 
 std::string issuerOf(const std::string& number) {
-    switch (number.front()) {
-        case '3':
-            return "American Express";
-        case '4':
-            return "Visa";
-        case '5':
-            return "Mastercard";
-        default:
-            return "Other";
-    }
+    if (number.starts_with('3')) return "American Express";
+    if (number.starts_with('4')) return "Visa";
+    return number.starts_with('5') ? "Mastercard" : "Other";
 }
 
 /// Two-digit years are of this century.
@@ -53,21 +45,20 @@ void checkCard(const CardData& card, TimePoint now, const std::string& where) {
         refuse("securityCode");
 }
 
-void takeKey(Account& account, const std::string& key) {
+void takeKey(std::set<std::string>& used, const std::string& key) {
     static const std::regex uuid("[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}");
     if (!std::regex_match(key, uuid)) throw Refusal(400, "key must be a UUID in upper case");
-    if (!account.usedKeys.insert(key).second) throw Refusal(400, "key was used before");
+    if (!used.insert(key).second) throw Refusal(400, "key was used before");
 }
 
-const StoredCard& storeCard(World& world, Account& account, const CardData& card) {
-    account.cards.push_back({.id = world.nextId(),
-                             .locator = randomText(),
-                             .label = "•••• " + card.number.substr(card.number.size() - 4),
-                             .issuer = issuerOf(card.number),
-                             .month = int(card.month),
-                             .year = int(fullYear(card.year)),
-                             .securityCode = std::stoi(card.securityCode)});
-    return account.cards.back();
+StoredCard storedCard(const CardData& card, std::int64_t id, std::string locator) {
+    return {.id = id,
+            .locator = std::move(locator),
+            .label = "•••• " + card.number.substr(card.number.size() - 4),
+            .issuer = issuerOf(card.number),
+            .month = int(card.month),
+            .year = int(fullYear(card.year)),
+            .securityCode = std::stoi(card.securityCode)};
 }
 
 nlohmann::json storedCardReply(const StoredCard& card) {

@@ -1,16 +1,13 @@
 #pragma once
 
-#include "sandbox.h"
+#include "times.h"
 
 #include <nlohmann/json.hpp>
 
+#include <set>
 #include <string>
 
 namespace kavio::sandbox {
-
-struct Account;
-struct StoredCard;
-struct World;
 
 /// A card as a client enters it. Checked by `checkCard`.
 struct CardData {
@@ -21,16 +18,26 @@ struct CardData {
     bool operator==(const CardData&) const = default;
 };
 
-/// Throws a Refusal (400) that names the first member that is wrong: length and check digit of the number, a date in
-/// the past, a security code that is none.
+struct StoredCard {
+    std::int64_t id = 0;
+    std::string locator;
+    std::string label;
+    std::string issuer;
+    int month = 0;
+    int year = 0;
+    int securityCode = 0;
+};
+
+/// Throws a Refusal (400) that names the first wrong member: a number whose length or check digit is wrong, a date in
+/// the past, or something that is not a security code.
 void checkCard(const CardData& card, TimePoint now, const std::string& where);
 
-/// Throws a Refusal (400) unless the key is a new UUID in upper case.
-void takeKey(Account& account, const std::string& key);
+/// Throws a Refusal (400) unless the key is a UUID in upper case that is not among the used ones, which it joins.
+void takeKey(std::set<std::string>& used, const std::string& key);
 
-const StoredCard& storeCard(World& world, Account& account, const CardData& card);
+StoredCard storedCard(const CardData& card, std::int64_t id, std::string locator);
 
-/// A stored card as the account and the replies to an addition list it.
+/// A stored card as it is listed by the account and by replies to an addition.
 nlohmann::json storedCardReply(const StoredCard& card);
 
 }  // namespace kavio::sandbox

@@ -6,9 +6,13 @@
 namespace kavio::sandbox {
 namespace {
 
-nlohmann::json requestsReply(const Sandbox& sandbox) {
+const nlohmann::json done{{"ok", true}};
+
+nlohmann::json state(Steering& steering, const nlohmann::json&) { return steering.state(); }
+
+nlohmann::json requests(Steering& steering, const nlohmann::json&) {
     auto reply = nlohmann::json::array();
-    for (const auto& request : sandbox.requests())
+    for (const auto& request : steering.requests())
         reply.push_back({{"method", request.method},
                          {"host", request.host},
                          {"target", request.target},
@@ -17,63 +21,58 @@ nlohmann::json requestsReply(const Sandbox& sandbox) {
     return reply;
 }
 
+nlohmann::json addFault(Steering& steering, const nlohmann::json& in) {
+    auto fault = faultFrom(in);
+    steering.fault(in["path"], std::move(fault));
+    return done;
+}
+
+nlohmann::json setClock(Steering& steering, const nlohmann::json& in) {
+    checkParameters(in, {{Kind::integer, {"offsetSeconds"}}});
+    const std::chrono::seconds offset{in["offsetSeconds"].get<std::int64_t>()};
+    constexpr std::chrono::years most{100};
+    if (offset < -most || offset > most) throw Refusal(400, "offsetSeconds must be within a hundred years");
+    steering.setClockOffset(offset);
+    return done;
+}
+
+nlohmann::json setCode(Steering& steering, const nlohmann::json& in) {
+    checkParameters(in, {{Kind::text, {"number", "code"}}});
+    steering.setCode(in["number"], in["code"]);
+    return done;
+}
+
+template <void (Steering::*action)()>
+nlohmann::json plain(Steering& steering, const nlohmann::json&) {
+    (steering.*action)();
+    return done;
+}
+
 struct Action {
     const char* method;
     const char* path;
-    nlohmann::json (*run)(Sandbox& sandbox, const nlohmann::json& in);
+    nlohmann::json (*run)(Steering& steering, const nlohmann::json& in);
 };
 
-const nlohmann::json done{{"ok", true}};
-
-const Action actions[]{
-    {"GET", "/state", [](Sandbox& sandbox, const nlohmann::json&) { return sandbox.state(); }},
-    {"GET", "/requests", [](Sandbox& sandbox, const nlohmann::json&) { return requestsReply(sandbox); }},
-    {"DELETE", "/requests",
-     [](Sandbox& sandbox, const nlohmann::json&) {
-         sandbox.clearRequests();
-         return done;
-     }},
-    {"POST", "/faults",
-     [](Sandbox& sandbox, const nlohmann::json& in) {
-         auto fault = faultFrom(in);
-         sandbox.fault(in["path"], std::move(fault));
-         return done;
-     }},
-    {"DELETE", "/faults",
-     [](Sandbox& sandbox, const nlohmann::json&) {
-         sandbox.clearFaults();
-         return done;
-     }},
-    {"PUT", "/clock",
-     [](Sandbox& sandbox, const nlohmann::json& in) {
-         checkParameters(in, {{"offsetSeconds", Kind::integer, true}});
-         const std::chrono::seconds offset{in["offsetSeconds"].get<std::int64_t>()};
-         constexpr std::chrono::years most{100};
-         if (offset < -most || offset > most) throw Refusal(400, "offsetSeconds must be within a hundred years");
-         sandbox.setClockOffset(offset);
-         return done;
-     }},
-    {"PUT", "/code",
-     [](Sandbox& sandbox, const nlohmann::json& in) {
-         checkParameters(in, {{"number", Kind::text, true}, {"code", Kind::text, true}});
-         sandbox.setCode(in["number"], in["code"]);
-         return done;
-     }},
-    {"DELETE", "/tokens",
-     [](Sandbox& sandbox, const nlohmann::json&) {
-         sandbox.expireTokens();
-         return done;
-     }},
+constexpr Action actions[]{
+    {"GET", "/state", state},
+    {"GET", "/requests", requests},
+    {"DELETE", "/requests", plain<&Steering::clearRequests>},
+    {"POST", "/faults", addFault},
+    {"DELETE", "/faults", plain<&Steering::clearFaults>},
+    {"PUT", "/clock", setClock},
+    {"PUT", "/code", setCode},
+    {"DELETE", "/tokens", plain<&Steering::expireTokens>},
 };
 
 }  // namespace
 
-Reply control(Sandbox& sandbox, const httplib::Request& request) {
+Reply control(Steering& steering, const httplib::Request& request) {
     const auto path = request.path.substr(controlPath.size());
     try {
         for (const auto& action : actions)
             if (action.method == request.method && action.path == path)
-                return jsonReply(action.run(sandbox, nlohmann::json::parse(request.body, nullptr, false)));
+                return jsonReply(action.run(steering, nlohmann::json::parse(request.body, nullptr, false)));
     } catch (const Refusal& refusal) {
         return jsonReply({{"message", refusal.what()}}, refusal.status);
     }

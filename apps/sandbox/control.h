@@ -1,7 +1,7 @@
 #pragma once
 
 #include "reply.h"
-#include "sandbox.h"
+#include "steering.h"
 
 #include <httplib.h>
 
@@ -10,6 +10,6 @@ namespace kavio::sandbox {
 /// What precedes the paths that steer the sandbox itself: no headers, no signature.
 inline constexpr std::string_view controlPath = "/_sandbox";
 
-Reply control(Sandbox& sandbox, const httplib::Request& request);
+Reply control(Steering& steering, const httplib::Request& request);
 
 }  // namespace kavio::sandbox

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 #include <fnmatch.h>
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 
@@ -44,16 +45,9 @@ std::optional<Fault> Faults::take(const std::string& method, const std::string& 
 }
 
 Fault faultFrom(const nlohmann::json& object) {
-    checkParameters(object, {{"path", Kind::text, true},
-                             {"method", Kind::text},
-                             {"status", Kind::integer},
-                             {"body", Kind::text},
-                             {"delayMs", Kind::integer},
-                             {"cutAfter", Kind::integer},
-                             {"padTo", Kind::integer},
-                             {"drop", Kind::boolean},
-                             {"handled", Kind::boolean},
-                             {"times", Kind::integer}});
+    checkParameters(object, {{Kind::text, {"path"}, {"method", "body"}},
+                             {Kind::integer, {}, {"status", "delayMs", "cutAfter", "padTo", "times"}},
+                             {Kind::boolean, {}, {"drop", "handled"}}});
     constexpr std::int64_t day = 86'400'000, gigabyte = 1 << 30;
     Fault fault;
     read(object, "status", 200, 599, fault.status);

@@ -66,53 +66,54 @@ nlohmann::json campaignReply(const Campaign& campaign, const Account& account) {
     return campaign.id % 2 == 0 ? nlohmann::json{{"voucher", reply}} : reply;
 }
 
-nlohmann::json machineReply(const Machine& machine, const Account& account) {
-    const auto campaigns = machine.owner->campaign == nullptr
-                               ? nlohmann::json::array()
-                               : nlohmann::json::array({campaignReply(*machine.owner->campaign, account)});
-    const bool online = machine.ending != "timedOut";
-    const bool manyProducts = productsOf(machine).size() > 1;
-    nlohmann::json reply{{"kavioID", machine.kavioId},
-                         {"operatorName", machine.owner->name},
-                         {"name", machine.id},
-                         {"machineName", machine.name},
-                         {"machineId", machine.id},
-                         {"machineConnectivityStatus", online ? "online" : "offline"},
-                         {"machineStatusId", online ? 1 : 2},
-                         {"country", machine.city->country.code},
+nlohmann::json placeReply(const Machine& machine) {
+    nlohmann::json reply{{"country", machine.city->country.code},
                          {"city", machine.city->name},
                          {"zipCode", machine.city->zip},
-                         {"currency", machine.city->country.currency.code},
-                         {"decimalPlace", machine.city->country.currency.decimals},
-                         {"machineType", machine.type},
-                         {"isRevalueOnly", false},
-                         {"isFavorite", account.machineIds.count(machine.id) != 0},
-                         {"fullTreeOperatorsField", {9000, machine.owner->id}},
-                         {"campaigns", campaigns},
-                         {"isWalletAllowed", online},
-                         {"location", fmt::format("{}, {}", machine.name, machine.city->name)},
-                         {"lastOrderDT", "2024-03-05T14:07:09.250"},
-                         {"reviewsCount", 12},
-                         {"reviewsAvg", 4.25},
-                         {"reviewsCount1", 0},
-                         {"reviewsCount2", 1},
-                         {"reviewsCount3", 1},
-                         {"reviewsCount4", 4},
-                         {"reviewsCount5", 6},
-                         {"isPulse", !manyProducts},
-                         {"uniQR", machine.qrNumber},
-                         {"smartStickerIdUrl", fmt::format("https://qr.kavio.example/m/{}", machine.kavioId)},
-                         {"supportRemoteVend", manyProducts},
-                         {"multiVendCount", manyProducts ? 3 : 1},
-                         {"machineSerial", machine.serial},
-                         {"extraCharge", 0.5},
-                         {"extraChargeType", 0}};
+                         {"location", fmt::format("{}, {}", machine.name, machine.city->name)}};
+    // The service sends both forms; so do we.
+    nlohmann::json position{{"latitude", machine.latitude}, {"longitude", machine.longitude}};
     if (machine.kavioId % 2 == 0) {
-        reply["latitude"] = machine.latitude;
-        reply["longitude"] = machine.longitude;
+        reply.update(position);
     } else {
-        reply["coordinate"] = {{"latitude", machine.latitude}, {"longitude", machine.longitude}};
+        reply["coordinate"] = std::move(position);
     }
+    return reply;
+}
+
+nlohmann::json machineReply(const Machine& machine, const Account& account) {
+    const auto* const campaign = machine.owner->campaign;
+    const bool online = machine.ending != "timedOut";
+    const bool manyProducts = productsOf(machine).size() > 1;
+    auto reply = placeReply(machine);
+    reply.update({{"kavioID", machine.kavioId},
+                  {"operatorName", machine.owner->name},
+                  {"name", machine.id},
+                  {"machineName", machine.name},
+                  {"machineId", machine.id},
+                  {"machineConnectivityStatus", online ? "online" : "offline"},
+                  {"machineStatusId", online ? 1 : 2},
+                  {"currency", machine.city->country.currency.code},
+                  {"decimalPlace", machine.city->country.currency.decimals},
+                  {"machineType", machine.type},
+                  {"isRevalueOnly", false},
+                  {"isFavorite", account.machineIds.count(machine.id) != 0},
+                  {"fullTreeOperatorsField", {9000, machine.owner->id}},
+                  {"campaigns", nlohmann::json::array()},
+                  {"isWalletAllowed", online},
+                  {"lastOrderDT", "2024-03-05T14:07:09.250"},
+                  {"reviewsCount", 12},
+                  {"reviewsAvg", 4.25},
+                  {"isPulse", !manyProducts},
+                  {"uniQR", machine.qrNumber},
+                  {"smartStickerIdUrl", fmt::format("https://qr.kavio.example/m/{}", machine.kavioId)},
+                  {"supportRemoteVend", manyProducts},
+                  {"multiVendCount", manyProducts ? 3 : 1},
+                  {"machineSerial", machine.serial},
+                  {"extraCharge", 0.5},
+                  {"extraChargeType", 0}});
+    for (int stars = 1; const int count : {0, 1, 1, 4, 6}) reply[fmt::format("reviewsCount{}", stars++)] = count;
+    if (campaign != nullptr) reply["campaigns"].push_back(campaignReply(*campaign, account));
     return reply;
 }
 
@@ -209,24 +210,12 @@ Routes machineRoutes() {
     return {
         {"POST",
          "/machines/byValue",
-         Access::session,
-         Input::body,
-         {{"machineId", Kind::integer},
-          {"kavioMachineId", Kind::integer},
-          {"longitude", Kind::number},
-          {"latitude", Kind::number},
-          {"machineType", Kind::integer},
-          {"limit", Kind::integer},
-          {"distance", Kind::integer},
-          {"isByAccount", Kind::boolean},
-          {"hadOrder", Kind::boolean},
-          {"country", Kind::text},
-          {"uni_qr_scan", Kind::text},
-          {"uni_qr_number", Kind::text},
-          {"hwSerial", Kind::text},
-          {"operatorId", Kind::integer}},
-         byValue},
-        {"GET", "/machines/*/products", Access::session, Input::query, {}, products},
+         byValue,
+         {{Kind::integer, {}, {"machineId", "kavioMachineId", "machineType", "limit", "distance", "operatorId"}},
+          {Kind::number, {}, {"longitude", "latitude"}},
+          {Kind::boolean, {}, {"isByAccount", "hadOrder"}},
+          {Kind::text, {}, {"country", "uni_qr_scan", "uni_qr_number", "hwSerial"}}}},
+        {"GET", "/machines/*/products", products},
     };
 }
 

@@ -1,3 +1,5 @@
+#include "command_line/numbers.h"
+#include "command_line/start.h"
 #include "sandbox.h"
 
 #include <CLI/CLI.hpp>
@@ -10,6 +12,7 @@
 
 namespace {
 
+using kavio::command_line::wholeNumber;
 using kavio::sandbox::Sandbox;
 
 void print(const std::string& line) {
@@ -39,14 +42,10 @@ int run(int argc, char** argv) {
     app.add_option("--api-key", options.apiKey, "The only API key accepted; any by default");
     app.add_option("--code", options.code, "One-time code of every login")->capture_default_str();
     app.add_option("--order-step-ms", orderStep, "How long an order stays in each status, at most a day")
-        ->check(CLI::Range(std::int64_t{0}, std::int64_t{86'400'000}))
+        ->transform(wholeNumber(0, 86'400'000))
         ->capture_default_str();
     app.add_flag("--json", json, "Write JSON lines");
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? 0 : 2;
-    }
+    if (!kavio::command_line::parse(app, argc, argv)) return 0;
     options.orderStep = std::chrono::milliseconds{orderStep};
 
     options.message = [json](const std::string& line) {
@@ -70,10 +69,7 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    try {
-        return run(argc, argv);
-    } catch (const std::exception& error) {
-        fmt::print(stderr, "kavio-sandbox: {}\n", error.what());
-        return 1;
-    }
+    return kavio::command_line::start(
+        [&] { return run(argc, argv); },
+        [](const std::string& sentence) { fmt::print(stderr, "kavio-sandbox: {}\n", sentence); });
 }

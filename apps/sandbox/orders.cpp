@@ -10,29 +10,22 @@ namespace {
 /// What a purchase without an amount and without products costs, in euros.
 constexpr double defaultPrice = 1.0;
 
-std::string_view wireName(Source source) {
+/// How a payment source is written in orders, and as the code of a transactions query.
+struct SourceNames {
+    std::string_view wire;
+    int code;
+};
+
+SourceNames namesOf(Source source) {
     switch (source) {
         case Source::balance:
-            return "balance";
+            return {"balance", 1};
         case Source::creditCard:
-            return "ecommerce";
+            return {"ecommerce", 2};
         case Source::prepaid:
-            return "prepaid";
+            return {"prepaid", 99};
     }
     return {};
-}
-
-/// The codes of a transactions query.
-int codeOf(Source source) {
-    switch (source) {
-        case Source::balance:
-            return 1;
-        case Source::creditCard:
-            return 2;
-        case Source::prepaid:
-            return 99;
-    }
-    return 0;
 }
 
 /// Checks the wanted products against the machine and gives what they cost together.
@@ -40,11 +33,7 @@ std::int64_t costOf(const nlohmann::json& wanted, const Machine& machine) {
     const auto offered = productsOf(machine);
     std::int64_t cost = 0;
     for (const auto& item : wanted) {
-        checkParameters(item,
-                        {{"productCode", Kind::integer, true},
-                         {"quantityValue", Kind::integer, true},
-                         {"pulseLineNumber", Kind::integer, true}},
-                        "products");
+        checkParameters(item, {{Kind::integer, {"productCode", "quantityValue", "pulseLineNumber"}}}, "products");
         const auto quantity = item.at("quantityValue").get<std::int64_t>();
         if (quantity < 1 || quantity > 100) throw Refusal(400, "products.quantityValue must be 1 to 100");
         const auto product = std::find_if(offered.begin(), offered.end(),
@@ -115,7 +104,7 @@ nlohmann::json orderReply(const World& world, const Order& order, bool statusOnl
                          {"amount", order.amount},
                          {"currency", order.currency},
                          {"createdUTC", secondsText(order.created)},
-                         {"paymentSource", wireName(order.source)},
+                         {"paymentSource", namesOf(order.source).wire},
                          {"orderItemsCount", order.items.size()}};
     if (order.endingBalance) reply["endingBalance"] = *order.endingBalance;
     if (statusOnly) return {{"order", reply}};
@@ -182,7 +171,7 @@ nlohmann::json activityReply(const World& world, const Order& order) {
                          {"created", millisecondsText(order.created)},
                          {"amount", order.amount},
                          {"orderStatusName", world.statusOf(order)},
-                         {"paymentSourceName", wireName(order.source)},
+                         {"paymentSourceName", namesOf(order.source).wire},
                          {"orderType", int(order.type)},
                          {"orderTypeName", wireName(order.type)},
                          {"label", order.label},
@@ -213,7 +202,7 @@ nlohmann::json activityReply(const World& world, const Order& order) {
 bool isWanted(const Order& order, const nlohmann::json& in) {
     if (in.contains("machine_id") && (order.machine == nullptr || in["machine_id"] != order.machine->id)) return false;
     if (in.contains("card_id") && in["card_id"] != order.instrument) return false;
-    if (in.contains("paymentSource") && in["paymentSource"] != codeOf(order.source)) return false;
+    if (in.contains("paymentSource") && in["paymentSource"] != namesOf(order.source).code) return false;
     return !in.contains("beforeAuTime") || millisecondsText(order.created) < in["beforeAuTime"].get<std::string>();
 }
 
@@ -242,24 +231,16 @@ Routes orderRoutes() {
     return {
         {"POST",
          "/machines/*/orders",
-         Access::session,
-         Input::body,
-         {{"amount", Kind::integer},
-          {"tokenLocator", Kind::text},
-          {"prepaidCardId", Kind::text},
-          {"products", Kind::array, true}},
-         purchase},
+         purchase,
+         {{Kind::integer, {}, {"amount"}},
+          {Kind::text, {}, {"tokenLocator", "prepaidCardId"}},
+          {Kind::array, {"products"}}}},
         {"GET",
          "/orders/activities",
-         Access::session,
-         Input::query,
-         {{"machine_id", Kind::integer},
-          {"card_id", Kind::text},
-          {"paymentSource", Kind::integer},
-          {"limit", Kind::integer},
-          {"beforeAuTime", Kind::text}},
-         activities},
-        {"GET", "/orders/*", Access::session, Input::query, {{"statusOnly", Kind::boolean, true}}, readOrder},
+         activities,
+         {{Kind::integer, {}, {"machine_id", "paymentSource", "limit"}},
+          {Kind::text, {}, {"card_id", "beforeAuTime"}}}},
+        {"GET", "/orders/*", readOrder, {{Kind::boolean, {"statusOnly"}}}},
     };
 }
 

@@ -7,69 +7,62 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
-#include <limits>
+#include <optional>
+#include <utility>
 
 namespace kavio::sandbox {
 namespace {
 
-const char* article(Kind kind) {
-    switch (kind) {
-        case Kind::text:
-            return "a text";
-        case Kind::integer:
-            return "an integer";
-        case Kind::number:
-            return "a number";
-        case Kind::boolean:
-            return "true or false";
-        case Kind::object:
-            return "an object";
-        case Kind::array:
-            return "a list";
-    }
-    return "";
+bool isInteger(const nlohmann::json& value) {
+    return value.is_number_integer() &&
+           (!value.is_number_unsigned() || std::in_range<std::int64_t>(value.get<std::uint64_t>()));
 }
 
-bool fitsSigned(const nlohmann::json& value) {
-    return !value.is_number_unsigned() ||
-           value.get<std::uint64_t>() <= std::uint64_t(std::numeric_limits<std::int64_t>::max());
-}
+struct Form {
+    const char* article;
+    bool (*fits)(const nlohmann::json& value);
+};
 
-bool isOf(Kind kind, const nlohmann::json& value) {
+Form formOf(Kind kind) {
+    using nlohmann::json;
     switch (kind) {
         case Kind::text:
-            return value.is_string();
+            return {"a text", [](const json& value) { return value.is_string(); }};
         case Kind::integer:
-            return value.is_number_integer() && fitsSigned(value);
+            return {"an integer", isInteger};
         case Kind::number:
-            return value.is_number();
+            return {"a number", [](const json& value) { return value.is_number(); }};
         case Kind::boolean:
-            return value.is_boolean();
+            return {"true or false", [](const json& value) { return value.is_boolean(); }};
         case Kind::object:
-            return value.is_object();
+            return {"an object", [](const json& value) { return value.is_object(); }};
         case Kind::array:
-            return value.is_array();
+            return {"a list", [](const json& value) { return value.is_array(); }};
     }
-    return false;
+    return {};
+}
+
+std::optional<Kind> kindOf(std::string_view name, const Parameters& parameters) {
+    for (const auto& [kind, required, optional] : parameters)
+        for (const auto* names : {&required, &optional})
+            if (std::find(names->begin(), names->end(), name) != names->end()) return kind;
+    return std::nullopt;
 }
 
 }  // namespace
 
 void checkParameters(const nlohmann::json& object, const Parameters& parameters, const std::string& where) {
-    if (!object.is_object()) throw Refusal(400, where.empty() ? "the body is no JSON object" : where + " is no object");
-    const auto full = [&](const std::string& name) { return where.empty() ? name : where + "." + name; };
-    for (const auto& parameter : parameters) {
-        const auto value = object.find(parameter.name);
-        if (value == object.end()) {
-            if (parameter.required) throw Refusal(400, full(parameter.name) + " is missing");
-        } else if (!isOf(parameter.kind, *value)) {
-            throw Refusal(400, fmt::format("{} must be {}", full(parameter.name), article(parameter.kind)));
-        }
-    }
-    for (const auto& member : object.items()) {
-        const auto known = [&](const Parameter& parameter) { return member.key() == parameter.name; };
-        if (std::none_of(parameters.begin(), parameters.end(), known))
-            throw Refusal(400, full(member.key()) + " is no parameter of this request");
+    if (!object.is_object())
+        throw Refusal(400, where.empty() ? "the body is not a JSON object" : where + " must be an object");
+    const auto prefix = where.empty() ? where : where + ".";
+    for (const auto& parameter : parameters)
+        for (const auto name : parameter.required)
+            if (!object.contains(name)) throw Refusal(400, fmt::format("{}{} is missing", prefix, name));
+    for (const auto& [name, value] : object.items()) {
+        const auto kind = kindOf(name, parameters);
+        if (!kind) throw Refusal(400, prefix + name + " is not a parameter of this request");
+        const auto form = formOf(*kind);
+        if (!form.fits(value)) throw Refusal(400, fmt::format("{}{} must be {}", prefix, name, form.article));
     }
 }
 
@@ -87,12 +80,9 @@ std::int64_t numberFrom(std::string_view text) {
 nlohmann::json queryParameters(const httplib::Params& query, const Parameters& parameters) {
     auto object = nlohmann::json::object();
     for (const auto& [name, text] : query) {
-        object[name] = text;
-        for (const auto& parameter : parameters) {
-            if (parameter.name != name || parameter.kind == Kind::text) continue;
-            auto value = nlohmann::json::parse(text, nullptr, false);
-            if (isOf(parameter.kind, value)) object[name] = std::move(value);
-        }
+        const auto kind = kindOf(name, parameters).value_or(Kind::text);
+        auto value = nlohmann::json::parse(text, nullptr, false);
+        object[name] = kind != Kind::text && formOf(kind).fits(value) ? std::move(value) : nlohmann::json(text);
     }
     return object;
 }

@@ -12,23 +12,24 @@ namespace kavio::sandbox {
 
 enum class Kind { text, integer, number, boolean, object, array };
 
+/// The parameters of one kind.
 struct Parameter {
-    const char* name;
     Kind kind;
-    bool required = false;
+    std::vector<std::string_view> required;
+    std::vector<std::string_view> optional = {};
 };
 using Parameters = std::vector<Parameter>;
 
-/// Throws a Refusal (400) that names the first parameter that is missing, of another kind, or not known.
+/// Throws a Refusal (400) that names a parameter that is missing, of another kind, or unknown.
 /// `where` stands before the name, as in "paymentCard.number".
 void checkParameters(const nlohmann::json& object, const Parameters& parameters, const std::string& where = {});
 
 bool onlyDigits(std::string_view text);
 
-/// The number that a text is, all of it; -1 when it is none.
+/// The number that the whole text spells; -1 when it spells none.
 std::int64_t numberFrom(std::string_view text);
 
-/// A query as an object, each value read as the kind that the parameter has; what cannot be read so stays a text.
+/// A query as an object. Each value is read as its parameter's kind; one that cannot be stays a text.
 nlohmann::json queryParameters(const httplib::Params& query, const Parameters& parameters);
 
 }  // namespace kavio::sandbox

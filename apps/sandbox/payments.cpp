@@ -12,21 +12,15 @@ constexpr std::string_view declinedNumber = "4000000000000002";
 
 nlohmann::json addCard(Call& call) {
     const auto& given = call.in.at("paymentCard");
-    checkParameters(given,
-                    {{"number", Kind::text, true},
-                     {"year", Kind::text, true},
-                     {"month", Kind::text, true},
-                     {"securityCode", Kind::text, true},
-                     {"email", Kind::text, true}},
-                    "paymentCard");
+    checkParameters(given, {{Kind::text, {"number", "year", "month", "securityCode", "email"}}}, "paymentCard");
     const CardData card{given["number"], numberFrom(given["month"].get<std::string>()),
                         numberFrom(given["year"].get<std::string>()), given["securityCode"]};
     checkCard(card, call.world.now(), "paymentCard");
     if (given["email"].get<std::string>().find('@') == std::string::npos)
         throw Refusal(400, "paymentCard.email is wrong");
-    takeKey(*call.account, call.in.at("key"));
+    takeKey(call.account->usedKeys, call.in.at("key"));
     if (card.number == declinedNumber) throw Refusal(402, "the card was declined");
-    return {{"locator", storedCardReply(storeCard(call.world, *call.account, card))}};
+    return {{"locator", storedCardReply(call.world.storeCard(*call.account, card))}};
 }
 
 nlohmann::json removeCard(Call& call) {
@@ -63,7 +57,7 @@ nlohmann::json prepaidCards(Call& call) {
 nlohmann::json deposit(Call& call, OrderType type, std::int64_t& balance, const std::string& instrument) {
     auto& account = *call.account;
     const auto& locator = call.in.at("paymentCardLocator");
-    checkParameters(locator, {{"locator", Kind::text, true}}, "paymentCardLocator");
+    checkParameters(locator, {{Kind::text, {"locator"}}}, "paymentCardLocator");
     const auto* charged = account.card(locator["locator"]);
     if (charged == nullptr) throw Refusal(400, "paymentCardLocator.locator names no card of this account");
     if (call.in.at("currency") != account.currency->code)
@@ -112,20 +106,16 @@ nlohmann::json prepaidDeposit(Call& call) {
 }  // namespace
 
 Routes paymentRoutes() {
-    const Parameters depositParameters{
-        {"paymentCardLocator", Kind::object, true}, {"amount", Kind::integer, true},  {"currency", Kind::text, true},
-        {"autoTopup", Kind::boolean, true},         {"payPalMetadataId", Kind::text}, {"label", Kind::text}};
+    const Parameters depositParameters{{Kind::object, {"paymentCardLocator"}},
+                                       {Kind::integer, {"amount"}},
+                                       {Kind::text, {"currency"}, {"payPalMetadataId", "label"}},
+                                       {Kind::boolean, {"autoTopup"}}};
     return {
-        {"POST",
-         "/account/locators",
-         Access::session,
-         Input::body,
-         {{"paymentCard", Kind::object, true}, {"key", Kind::text, true}},
-         addCard},
-        {"DELETE", "/account/locators/*", Access::session, Input::query, {}, removeCard},
-        {"GET", "/prepaidCards", Access::session, Input::query, {}, prepaidCards},
-        {"POST", "/deposits/", Access::session, Input::body, depositParameters, walletDeposit},
-        {"POST", "/prepaidCards/*/deposits/", Access::session, Input::body, depositParameters, prepaidDeposit},
+        {"POST", "/account/locators", addCard, {{Kind::object, {"paymentCard"}}, {Kind::text, {"key"}}}},
+        {"DELETE", "/account/locators/*", removeCard},
+        {"GET", "/prepaidCards", prepaidCards},
+        {"POST", "/deposits/", walletDeposit, depositParameters},
+        {"POST", "/prepaidCards/*/deposits/", prepaidDeposit, depositParameters},
     };
 }
 

@@ -100,6 +100,12 @@ struct Sandbox::Parts {
     /// Pages only: the API never goes over plain HTTP.
     void serveIssuerPage(Listener& from, const httplib::Request& request, httplib::Response& response);
     void record(const httplib::Request& request);
+    /// What `work` does to the world and to the requests, which every thread shares.
+    template <class Work>
+    auto locked(Work work) {
+        const std::lock_guard lock(mutex);
+        return work();
+    }
     Reply answer(const httplib::Request& request);
     void spoil(const Fault& fault, Listener& from, const httplib::Request& request, Reply& reply,
                httplib::Response& response);
@@ -108,7 +114,7 @@ struct Sandbox::Parts {
     Authority authority;
     Identity identity = authority.issue(serverNames);
     AuthorityFile authorityFile;
-    mutable std::mutex mutex;  // guards world and requests
+    std::mutex mutex;  // guards world and requests
     World world;
     std::vector<Request> requests;
     Faults faults;
@@ -153,8 +159,7 @@ void Sandbox::Parts::serveIssuerPage(Listener& from, const httplib::Request& req
 }
 
 void Sandbox::Parts::record(const httplib::Request& request) {
-    const std::lock_guard lock(mutex);
-    requests.push_back(recordOf(request));
+    locked([&] { requests.push_back(recordOf(request)); });
 }
 
 Reply Sandbox::Parts::answer(const httplib::Request& request) {
@@ -185,34 +190,25 @@ void Sandbox::fault(const std::string& path, Fault fault) { mParts->faults.add(p
 void Sandbox::clearFaults() { mParts->faults.clear(); }
 
 void Sandbox::setClockOffset(std::chrono::seconds offset) {
-    const std::lock_guard lock(mParts->mutex);
-    mParts->world.clockOffset = offset;
+    mParts->locked([&] { mParts->world.clockOffset = offset; });
 }
-
 void Sandbox::setCode(const std::string& number, const std::string& code) {
-    const std::lock_guard lock(mParts->mutex);
-    mParts->world.codes[number] = code;
+    mParts->locked([&] { mParts->world.codes[number] = code; });
 }
-
 void Sandbox::expireTokens() {
-    const std::lock_guard lock(mParts->mutex);
-    mParts->world.sessions.clear();
+    mParts->locked([&] { mParts->world.sessions.clear(); });
 }
-
 std::vector<Request> Sandbox::requests() const {
-    const std::lock_guard lock(mParts->mutex);
-    return mParts->requests;
+    return mParts->locked([&] { return mParts->requests; });
 }
-
 void Sandbox::clearRequests() {
-    const std::lock_guard lock(mParts->mutex);
-    mParts->requests.clear();
+    mParts->locked([&] { mParts->requests.clear(); });
 }
-
 nlohmann::json Sandbox::state() const {
-    const std::lock_guard lock(mParts->mutex);
-    mParts->world.settleOrders();
-    return stateOf(mParts->world);
+    return mParts->locked([&] {
+        mParts->world.settleOrders();
+        return stateOf(mParts->world);
+    });
 }
 
 }  // namespace kavio::sandbox

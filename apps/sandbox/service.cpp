@@ -10,29 +10,16 @@
 namespace kavio::sandbox {
 namespace {
 
-std::vector<std::string_view> split(std::string_view path) {
-    std::vector<std::string_view> segments;
-    for (auto end = path.find('/'); end != std::string_view::npos; end = path.find('/')) {
-        segments.push_back(path.substr(0, end));
-        path.remove_prefix(end + 1);
-    }
-    segments.push_back(path);
-    return segments;
-}
-
-/// What stands for the stars; nothing when the path is another one.
+/// The segments that stand for the stars; nothing when the path does not match.
 std::optional<std::vector<std::string>> match(std::string_view pattern, std::string_view path) {
-    const auto expected = split(pattern);
-    const auto segments = split(path);
-    if (expected.size() != segments.size()) return std::nullopt;
     std::vector<std::string> captured;
-    for (std::size_t i = 0; i < expected.size(); ++i) {
-        if (expected[i] == "*" && !segments[i].empty())
-            captured.emplace_back(segments[i]);
-        else if (expected[i] != segments[i])
-            return std::nullopt;
+    for (const char expected : pattern) {
+        const auto matched = expected == '*' ? path.substr(0, path.find('/')) : path.substr(0, 1);
+        if (matched.empty() || (expected != '*' && matched.front() != expected)) return std::nullopt;
+        if (expected == '*') captured.emplace_back(matched);
+        path.remove_prefix(matched.size());
     }
-    return captured;
+    return path.empty() ? std::optional{captured} : std::nullopt;
 }
 
 /// The URL that the client signed. Its `Host` header leaves out a port that is the scheme's own, but the production
@@ -114,9 +101,10 @@ void Service::checkHeaders(const httplib::Request& request) const {
 }
 
 nlohmann::json Service::parametersOf(const httplib::Request& request, const Route& route) const {
-    if (route.input == Input::query && !request.body.empty()) throw Refusal(400, "this request has no body");
-    auto parameters = route.input == Input::query ? queryParameters(request.params, route.parameters)
-                                                  : nlohmann::json::parse(request.body, nullptr, false);
+    const bool inBody = request.method == "POST";
+    if (!inBody && !request.body.empty()) throw Refusal(400, "this request has no body");
+    auto parameters = inBody ? nlohmann::json::parse(request.body, nullptr, false)
+                             : queryParameters(request.params, route.parameters);
     checkParameters(parameters, route.parameters);
     return parameters;
 }

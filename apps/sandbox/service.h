@@ -20,16 +20,15 @@ struct Call {
     std::string token;
 };
 
-enum class Access { open, session };
-enum class Input { query, body };
+enum class Access { session, open };
 
+/// The parameters of a POST come in its body, those of any other request in the query.
 struct Route {
     const char* method;
     const char* path;  // below "/v1"; "*" stands for one segment
-    Access access;
-    Input input;
-    Parameters parameters;
     nlohmann::json (*handle)(Call&);
+    Parameters parameters = {};
+    Access access = Access::session;
 };
 using Routes = std::vector<Route>;
 

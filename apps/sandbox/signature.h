@@ -1,6 +1,6 @@
 #pragma once
 
-#include "sandbox.h"
+#include "times.h"
 
 #include <chrono>
 #include <string>

@@ -13,27 +13,17 @@ enum class AddKind { frictionless = 1, fingerprint = 2, challenge = 3, error = 4
 enum class LocatorKind { locator = 1, challenge = 2, error = 3, notReady = 4 };
 
 CardData cardFrom(const nlohmann::json& in, TimePoint now) {
-    checkParameters(in,
-                    {{"number", Kind::text, true},
-                     {"month", Kind::integer, true},
-                     {"year", Kind::integer, true},
-                     {"securityCode", Kind::integer, true}},
-                    "card");
+    checkParameters(in, {{Kind::text, {"number"}}, {Kind::integer, {"month", "year", "securityCode"}}}, "card");
     CardData card{in["number"], in["month"], in["year"], in["securityCode"].dump()};
     checkCard(card, now, "card");
     return card;
 }
 
 void checkBrowser(const nlohmann::json& browser) {
-    checkParameters(browser,
-                    {{"lang", Kind::text, true},
-                     {"challengeWindow", Kind::integer, true},
-                     {"agent", Kind::text, true},
-                     {"accept", Kind::text, true},
-                     {"color", Kind::integer, true},
-                     {"width", Kind::integer, true},
-                     {"height", Kind::integer, true}},
-                    "tdSecure.browser");
+    checkParameters(
+        browser,
+        {{Kind::text, {"lang", "agent", "accept"}}, {Kind::integer, {"challengeWindow", "color", "width", "height"}}},
+        "tdSecure.browser");
     const auto within = [&](const char* name, int most) {
         if (browser[name] < 0 || browser[name] > most)
             throw Refusal(400, fmt::format("tdSecure.browser.{} must be 0 to {}", name, most));
@@ -45,42 +35,31 @@ void checkBrowser(const nlohmann::json& browser) {
 }
 
 void checkDetails(const nlohmann::json& details) {
-    checkParameters(details,
-                    {{"holder", Kind::object, true}, {"browser", Kind::object, true}, {"redirect", Kind::text, true}},
-                    "tdSecure");
+    checkParameters(details, {{Kind::object, {"holder", "browser"}}, {Kind::text, {"redirect"}}}, "tdSecure");
     checkParameters(details["holder"],
-                    {{"name", Kind::text, true},
-                     {"email", Kind::text, true},
-                     {"streetNumber", Kind::integer},
-                     {"streetName", Kind::text},
-                     {"city", Kind::text},
-                     {"territory", Kind::text},
-                     {"country", Kind::text},
-                     {"postal", Kind::text}},
+                    {{Kind::text, {"name", "email"}, {"streetName", "city", "territory", "country", "postal"}},
+                     {Kind::integer, {}, {"streetNumber"}}},
                     "tdSecure.holder");
     checkBrowser(details["browser"]);
     if (details["redirect"] != loopback) throw Refusal(400, fmt::format("tdSecure.redirect must be {}", loopback));
 }
 
-nlohmann::json askForFingerprint(World& world, Enrolment enrolment) {
+nlohmann::json askForFingerprint(World& world, Enrolment& enrolment) {
     enrolment.flow = Flow::fingerprint;
     const auto page = enrolment.course == Course::fingerprintIsNoUrl ? "no URL: [" : fingerprintUrl(enrolment.id);
-    const auto id = enrolment.id;
-    world.enrolments[id] = std::move(enrolment);
-    return {{"type", AddKind::fingerprint}, {"page", page}, {"id", id}};
+    world.enrolments[enrolment.id] = enrolment;
+    return {{"type", AddKind::fingerprint}, {"page", page}, {"id", enrolment.id}};
 }
 
-nlohmann::json askForChallenge(World& world, Enrolment enrolment) {
-    const auto id = enrolment.id;
-    const auto url = challengeUrl(world, enrolment);
-    world.enrolments[id] = std::move(enrolment);
-    return {{"type", AddKind::challenge}, {"url", url}, {"id", id}};
+nlohmann::json askForChallenge(World& world, const Enrolment& enrolment) {
+    world.enrolments[enrolment.id] = enrolment;
+    return {{"type", AddKind::challenge}, {"url", challengeUrl(world, enrolment)}, {"id", enrolment.id}};
 }
 
 nlohmann::json addCard(Call& call) {
     const auto card = cardFrom(call.in.at("card"), call.world.now());
     checkDetails(call.in.at("tdSecure"));
-    takeKey(*call.account, call.in.at("key"));
+    takeKey(call.account->usedKeys, call.in.at("key"));
     Enrolment enrolment;
     enrolment.id = randomText();
     enrolment.accountNumber = call.account->number;
@@ -89,13 +68,13 @@ nlohmann::json addCard(Call& call) {
     enrolment.token = randomText();
     switch (enrolment.course) {
         case Course::frictionless:
-            return {{"type", AddKind::frictionless}, {"locator", storeCard(call.world, *call.account, card).locator}};
+            return {{"type", AddKind::frictionless}, {"locator", call.world.storeCard(*call.account, card).locator}};
         case Course::fingerprint:
         case Course::fingerprintThenChallenge:
         case Course::fingerprintIsNoUrl:
         case Course::locatorFails:
         case Course::locatorUnknown:
-            return askForFingerprint(call.world, std::move(enrolment));
+            return askForFingerprint(call.world, enrolment);
         case Course::challenge:
         case Course::challengeAnswersItself:
         case Course::challengeDeclines:
@@ -103,7 +82,7 @@ nlohmann::json addCard(Call& call) {
         case Course::challengeEndsInFrame:
         case Course::challengeIsSlow:
         case Course::challengeCannotLoad:
-            return askForChallenge(call.world, std::move(enrolment));
+            return askForChallenge(call.world, enrolment);
         case Course::addCardFails:
             return {{"type", AddKind::error}, {"message", "the card's bank cannot be reached"}};
         case Course::addCardUnknown:
@@ -146,7 +125,7 @@ nlohmann::json getLocator(Call& call) {
     if (finished.course == Course::locatorFails) return locatorError("the card's bank cannot be reached");
     if (finished.course == Course::locatorUnknown) return {{"result", LocatorKind::notReady}};
     if (finished.result != pageSucceeded) return locatorError(finished.description);
-    return {{"result", LocatorKind::locator}, {"locator", storeCard(call.world, *call.account, finished.card).locator}};
+    return {{"result", LocatorKind::locator}, {"locator", call.world.storeCard(*call.account, finished.card).locator}};
 }
 
 }  // namespace
@@ -155,21 +134,14 @@ Routes tdSecureRoutes() {
     return {
         {"POST",
          "/account/locators/credorax/addCard",
-         Access::session,
-         Input::body,
-         {{"card", Kind::object, true}, {"key", Kind::text, true}, {"tdSecure", Kind::object, true}},
-         addCard},
+         addCard,
+         {{Kind::object, {"card", "tdSecure"}}, {Kind::text, {"key"}}}},
         {"POST",
          "/account/locators/credorax/getLocator",
-         Access::session,
-         Input::body,
-         {{"flow", Kind::integer, true},
-          {"card", Kind::object, true},
-          {"token", Kind::text},
-          {"result", Kind::text},
-          {"description", Kind::text},
-          {"transaction", Kind::text}},
-         getLocator},
+         getLocator,
+         {{Kind::integer, {"flow"}},
+          {Kind::object, {"card"}},
+          {Kind::text, {}, {"token", "result", "description", "transaction"}}}},
     };
 }
 

@@ -1,6 +1,6 @@
 #include "world.h"
 
-#include <fmt/chrono.h>
+#include <fmt/format.h>
 #include <fmt/ranges.h>
 #include <openssl/rand.h>
 
@@ -96,6 +96,10 @@ Account* World::accountOf(const std::string& token) {
     return &accounts.at(session->second.number);
 }
 
+const StoredCard& World::storeCard(Account& account, const CardData& card) {
+    return account.cards.emplace_back(storedCard(card, nextId(), randomText()));
+}
+
 const std::string& World::statusOf(const Order& order) const {
     const auto step = std::max(options.orderStep, std::chrono::milliseconds{1});
     const auto steps = std::max<std::int64_t>((pace() - order.placed) / step, 0);
@@ -132,16 +136,6 @@ std::string wireName(OrderType type) {
             return "balanceDeposit";
     }
     return {};
-}
-
-std::string secondsText(TimePoint time) {
-    return fmt::format("{:%Y-%m-%dT%H:%M:%S}", fmt::gmtime(std::chrono::system_clock::to_time_t(time)));
-}
-
-std::string millisecondsText(TimePoint time) {
-    using namespace std::chrono;
-    const auto whole = floor<seconds>(time);
-    return fmt::format("{}.{:03}", secondsText(whole), floor<milliseconds>(time - whole).count());
 }
 
 nlohmann::json stateOf(const World& world) {

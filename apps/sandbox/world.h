@@ -1,8 +1,9 @@
 #pragma once
 
+#include "cards.h"
 #include "data.h"
 #include "enrolment.h"
-#include "sandbox.h"
+#include "options.h"
 
 #include <nlohmann/json.hpp>
 
@@ -17,16 +18,6 @@ namespace kavio::sandbox {
 
 /// Of one purchase or deposit, in the currency's smallest unit.
 constexpr std::int64_t mostAmount = 100'000'000;
-
-struct StoredCard {
-    std::int64_t id = 0;
-    std::string locator;
-    std::string label;
-    std::string issuer;
-    int month = 0;
-    int year = 0;
-    int securityCode = 0;
-};
 
 struct PrepaidCard {
     static constexpr int active = 1, blackListed = 4;
@@ -116,6 +107,7 @@ struct World {
     /// The account of a number, made with a balance, cards and a little history when it is new.
     Account& openAccount(const std::string& countryCode, const std::string& phoneNumber, const std::string& country);
     Account* accountOf(const std::string& token);
+    const StoredCard& storeCard(Account& account, const CardData& card);
 
     const std::string& statusOf(const Order& order) const;
     /// Moves the money of the orders that have come to their end.
@@ -129,10 +121,6 @@ private:
 
 std::string randomText();
 std::string wireName(OrderType type);
-
-/// "2024-03-05T14:07:09" and "2024-03-05T14:07:09.250", in UTC.
-std::string secondsText(TimePoint time);
-std::string millisecondsText(TimePoint time);
 
 nlohmann::json stateOf(const World& world);
 

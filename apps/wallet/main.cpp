@@ -1,16 +1,14 @@
-#include "host.h"
+#include "command_line/start.h"
+#include "host/host.h"
+#include "host/output.h"
 #include "jsonl/driver.h"
 #include "options.h"
-#include "output.h"
 #include "people/command.h"
 #include "people/text.h"
 
 #include <CLI/CLI.hpp>
-#include <fcntl.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <csignal>
 #include <cstdlib>
 #include <iostream>
 #include <vector>
@@ -59,24 +57,7 @@ struct CommandLine {
 };
 
 /// One line, whatever the sentence quotes.
-int complain(ExitStatus status, std::string_view sentence) {
-    writeText(stderr, fmt::format("kavio-wallet: {}\n", printable(sentence)));
-    return static_cast<int>(status);
-}
-
-/// A descriptor of the library's must not take the number of a standard one that is closed. Reading such a one ends at
-/// once, writing fails.
-void openStandardDescriptors() {
-    for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        if (fcntl(standard, F_GETFD) < 0) static_cast<void>(open("/dev/null", O_RDONLY));  // takes the lowest number
-    }
-}
-
-/// The work is done, but whoever is to read of it must know that this is not all.
-int succeed() {
-    if (isOutputComplete()) return static_cast<int>(ExitStatus::OK);
-    return complain(ExitStatus::FAILED, "Standard output took no more: not all is shown.");
-}
+void complain(std::string_view sentence) { writeText(stderr, fmt::format("kavio-wallet: {}\n", printable(sentence))); }
 
 std::unique_ptr<Host> makeHost(const CommandLine& line) {
     const auto* const command = line.command();
@@ -89,35 +70,32 @@ std::unique_ptr<Host> makeHost(const CommandLine& line) {
     return makeTerminalHost(line.options);
 }
 
-int drive(Host& host, const Options& options) {
-    Driver driver{host, std::cin};
-    if (!options.withoutFacade) driver.create("main", options.apiKey, options.environment);
-    driver.run();
+int serve(Host& host, const Options& options) {
+    Facades facades{{
+        .runUntil = [&](const auto& done, auto limit) { return host.runUntil(done, limit); },
+        .write = writeLine,
+    }};
+    if (!options.withoutFacade) facades.create("main", options.apiKey, options.environment);
+    drive(std::cin, facades);
     // At once, as when an application quits: work under way is not waited for.
     std::_Exit(EXIT_SUCCESS);
 }
 
 int run(int argc, char** argv) {
     CommandLine line;
-    try {
-        line.program.parse(argc, argv);
-    } catch (const CLI::ParseError& problem) {
-        if (problem.get_exit_code() != 0) return complain(ExitStatus::USAGE, problem.what());
-        line.program.exit(problem);  // --help and --version
-        return succeed();
-    }
+    if (!command_line::parse(line.program, argc, argv)) return EXIT_SUCCESS;
     const auto* const command = line.command();
-    if (line.isDriver == (command != nullptr)) {
-        return complain(ExitStatus::USAGE, "give either one command or --jsonl; see kavio-wallet --help");
-    }
     try {
+        if (line.isDriver == (command != nullptr))
+            throw Failure(ExitStatus::USAGE, "give either one command or --jsonl; see kavio-wallet --help");
         const auto host = makeHost(line);
-        if (line.isDriver) return drive(*host, line.options);
+        if (line.isDriver) return serve(*host, line.options);
         Session session{*host, line.options, line.isJson};
         command->run(session);
-        return succeed();
+        return EXIT_SUCCESS;
     } catch (const Failure& failure) {
-        return complain(failure.status, failure.what());
+        complain(failure.what());
+        return static_cast<int>(failure.status);
     }
 }
 
@@ -126,12 +104,5 @@ int run(int argc, char** argv) {
 }  // namespace kavio::wallet
 
 int main(int argc, char** argv) {
-    kavio::wallet::openStandardDescriptors();
-    std::signal(SIGPIPE, SIG_IGN);  // a reader that leaves must not end the program in the middle of an order
-    std::ios::sync_with_stdio(false);
-    try {
-        return kavio::wallet::run(argc, argv);
-    } catch (const std::exception& problem) {
-        return kavio::wallet::complain(kavio::wallet::ExitStatus::FAILED, problem.what());
-    }
+    return kavio::command_line::start([&] { return kavio::wallet::run(argc, argv); }, kavio::wallet::complain);
 }

@@ -1,26 +1,20 @@
 #include "options.h"
 
-#include "people/numbers.h"
+#include "command_line/numbers.h"
+#include "json/names.h"
 
 #include <CLI/CLI.hpp>
-
-#include <map>
 
 namespace kavio::wallet {
 
 namespace {
 
-const std::map<std::string, Kavio::EnvironmentType> environments{
-    {"TEST", Kavio::EnvironmentType::TEST},
-    {"TESTS", Kavio::EnvironmentType::TESTS},
-    {"PROD", Kavio::EnvironmentType::PROD},
-};
-
 /// Empty for "HOST:PORT", else what is wrong.
 std::string checkAddress(const std::string& address) {
     const auto colon = address.rfind(':');
     const bool hasHost = colon != std::string::npos && colon > 0;
-    const bool isAddress = hasHost && numberFrom<std::uint16_t>(address.substr(colon + 1)).value_or(0) != 0;
+    const bool isAddress =
+        hasHost && command_line::numberFrom<std::uint16_t>(address.substr(colon + 1)).value_or(0) != 0;
     return isAddress ? std::string{} : "'" + address + "' is not HOST:PORT";
 }
 
@@ -58,12 +52,6 @@ void addOptions(CLI::App& commandLine, Options& options) {
     commandLine.add_flag("--no-facade", options.withoutFacade, "With --jsonl: create no facade at start");
     commandLine.add_flag("--window", options.withWindow, "Open a window on which 3-D Secure pages can be shown");
     commandLine.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::Throw);
-}
-
-std::optional<Kavio::EnvironmentType> environmentNamed(const std::string& name) {
-    const auto found = environments.find(name);
-    if (found == environments.end()) return std::nullopt;
-    return found->second;
 }
 
 }  // namespace kavio::wallet

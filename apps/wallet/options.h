@@ -1,10 +1,6 @@
 #pragma once
 
-#include <kavio/kavio.h>
-
-#include <filesystem>
-#include <optional>
-#include <string>
+#include "host/options.h"
 
 namespace CLI {
 class App;
@@ -12,23 +8,7 @@ class App;
 
 namespace kavio::wallet {
 
-/// What the user chose for the whole run: the first facade, and the device that the library finds.
-struct Options {
-    std::string apiKey = "demo-key";
-    Kavio::EnvironmentType environment = Kavio::EnvironmentType::TEST;
-    std::filesystem::path storeDirectory;
-    std::optional<std::string> kavioKey;
-    std::optional<std::string> bundleVersion;
-    std::string connectTo;
-    std::filesystem::path certificateAuthorities;
-    bool withoutFacade = false;
-    bool withWindow = false;
-};
-
 /// Lets the command line fill `options`, which must outlive the parsing.
 void addOptions(CLI::App& commandLine, Options& options);
-
-/// Absent when the text names no environment.
-std::optional<Kavio::EnvironmentType> environmentNamed(const std::string& name);
 
 }  // namespace kavio::wallet

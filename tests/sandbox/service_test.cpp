@@ -115,7 +115,7 @@ TEST(Service, RefusesWhatIsNotInOrder) {
               nullptr,
               401,
               "the session token is not valid, or not valid any more"},
-             {get + "colour=red", {}, nullptr, 400, "colour is no parameter of this request"},
+             {get + "colour=red", {}, nullptr, 400, "colour is not a parameter of this request"},
              {"GET account/challenge/", {}, nullptr, 405, "GET is not allowed here"},
              {"POST account/challenge/", {}, json::object(), 400, "countryCode is missing"},
              {"POST machines/byValue", {}, {{"limit", 501}}, 400, "limit must be 1 to 500"},

@@ -58,23 +58,23 @@ std::string written(const std::string& pointer) {
 TEST_F(WalletLines, AnswerWhatIsNoOperationWithAnErrorAndGoOn) {
     const std::string tooLong(17'000'000, 'x');  // NOLINT(bugprone-string-constructor): meant to be that long
     const std::vector<std::pair<std::string, const char*>> cases{
-        {"", "no JSON object"},
-        {"hello", "no JSON object"},
-        {R"({"op":"getVersion"}{})", "no JSON object"},
-        {R"(["getVersion"])", "no JSON object"},
+        {"", "not a JSON object"},
+        {"hello", "not a JSON object"},
+        {R"({"op":"getVersion"}{})", "not a JSON object"},
+        {R"(["getVersion"])", "not a JSON object"},
         {R"({"op":"getVersion"})" + std::string(1, '\0'), "NUL"},
         {"{}", "\"op\" is missing"},
         {R"({"op":1})", "\"op\" must be a text"},
-        {R"({"op":"getversion"})", "\"getversion\" is no operation"},
+        {R"({"op":"getversion"})", "\"getversion\" is not an operation"},
         {R"({"op":"getVersion","facade":"other"})", "no facade \"other\""},
         {R"({"op":"getVersion","await":-1})", "\"await\""},
         {R"({"op":"getVersion","await":99999999999999999999})", "\"await\""},
         {R"({"op":"getVersion","await":1e999})", "out of range"},
-        {"{\"op\":\"getVersion\",\"x\":\"\xff\xfe\"}", "no JSON object"},
+        {"{\"op\":\"getVersion\",\"x\":\"\xff\xfe\"}", "not a JSON object"},
         {R"({"op":"getVersion","x":)" + std::string(1'000'000, '['), "nested"},
         {R"({"op":"getVersion","x":")" + tooLong + "\"}", "too long"},
         {R"({"op":"addCreditCard","card":{"pan":"4111111111111111","month":"4222"}})", "is missing"},
-        {R"({"op":"addCreditCard","card":"4333333333333333)", "no JSON object"},
+        {R"({"op":"addCreditCard","card":"4333333333333333)", "not a JSON object"},
     };
     std::string input;
     for (const auto& [text, message] : cases) input += text + '\n' + line("getVersion") + "\r\n";

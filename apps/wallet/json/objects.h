@@ -29,22 +29,14 @@ namespace nlohmann {
 template <class T>
 struct adl_serializer<std::optional<T>> {
     static void to_json(kavio::wallet::Json& json, const std::optional<T>& value) {
-        if (value) {
-            json = *value;
-        } else {
-            json = nullptr;
-        }
+        json = value ? kavio::wallet::Json(*value) : kavio::wallet::Json();
     }
 };
 
 template <class T>
 struct adl_serializer<std::shared_ptr<const T>> {
     static void to_json(kavio::wallet::Json& json, const std::shared_ptr<const T>& object) {
-        if (object) {
-            json = *object;
-        } else {
-            json = nullptr;
-        }
+        json = object ? kavio::wallet::Json(*object) : kavio::wallet::Json();
     }
 };
 

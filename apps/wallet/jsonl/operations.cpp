@@ -1,5 +1,11 @@
 #include "operations.h"
 
+#include "json/names.h"
+#include "json/objects.h"
+#include "jsonl/stored_value.h"
+
+#include <kavio/user_defaults.h>
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -12,7 +18,7 @@ namespace kavio::wallet {
 
 namespace {
 
-/// How a parameter of the facade's finds its argument: by name, and required.
+/// How a parameter of the facade finds its argument: by name, and required.
 template <class T>
 struct Parameter {
     static T in(const Arguments& arguments, std::string_view name) { return arguments.required<T>(name); }
@@ -42,8 +48,8 @@ struct Parameter<std::shared_ptr<const TransactionFilter>> : OptionalFilter<Tran
 template <class... Parameters>
 Operation reporting(std::string_view name, std::string_view callback, void (Kavio::*method)(Parameters...),
                     std::array<std::string_view, sizeof...(Parameters)> names) {
-    return {name, callback, [method, names](Driver& driver, const Call& call) {
-                auto& kavio = driver.kavio(call);
+    return {name, callback, [method, names](Facades& facades, const Call& call) {
+                auto& kavio = *facades.held(call).kavio;
                 [&]<std::size_t... index>(std::index_sequence<index...>) {
                     // In braces, so that the first bad argument is the one named.
                     std::tuple<Parameters...> arguments{Parameter<Parameters>::in(call.arguments, names[index])...};
@@ -54,23 +60,63 @@ Operation reporting(std::string_view name, std::string_view callback, void (Kavi
 }
 
 Operation returning(std::string_view name, std::optional<std::string> (Kavio::*method)() const) {
-    return {name, {}, [method](Driver& driver, const Call& call) {
-                const auto text = (driver.kavio(call).*method)();
-                driver.answer(call, text ? Json(*text) : Json());
+    return {name, {}, [method](Facades& facades, const Call& call) {
+                facades.answer(call, (*facades.held(call).kavio.*method)());
             }};
 }
 
-Operation silent(std::string_view name, void (Driver::*run)(const Call&)) { return {name, {}, run}; }
+void create(Facades& facades, const Call& call) {
+    auto apiKey = call.arguments.required<std::string>("apiKey");
+    const auto given = call.arguments.member("environment");
+    std::optional<Kavio::EnvironmentType> environment;
+    if (given.json.is_string()) {
+        environment = environmentNamed(given.json.get<std::string>());
+        if (!environment) throw Refused("\"environment\" must be TEST, TESTS or PROD, or a raw value");
+    } else {
+        environment = Kavio::environmentType(call.arguments.required<std::int64_t>("environment"));
+    }
+    if (environment) facades.create(call.facade, std::move(apiKey), *environment);
+    facades.answer(call, environment.has_value());
+}
+
+void release(Facades& facades, const Call& call) {
+    const auto byOther = call.arguments.optional<bool>("other").value_or(false);
+    auto& kavio = *facades.held(call).kavio;
+    kavio.release(byOther ? static_cast<const void*>(&facades) : &kavio);
+}
+
+void destroy(Facades& facades, const Call& call) { facades.held(call).kavio.reset(); }
+
+void dropDelegate(Facades& facades, const Call& call) { facades.held(call).delegate.reset(); }
+
+void sleep(Facades& facades, const Call& call) {
+    const auto duration = call.arguments.required<std::chrono::milliseconds>("milliseconds");
+    facades.program.runUntil([] { return false; }, duration);
+}
+
+void storeGet(Facades& facades, const Call& call) {
+    const auto key = call.arguments.required<std::string>("key");
+    const auto value = toJson(userDefaults()->value(key));
+    facades.write({{"event", "return"}, {"op", call.op}, {"key", key}, {"value", value}});
+}
+
+void storeSet(Facades&, const Call& call) {
+    const auto key = call.arguments.required<std::string>("key");
+    auto value = storedValueIn(call.arguments);
+    const auto store = userDefaults();
+    const bool isWritten = value ? store->set(key, *std::move(value)) : store->remove(key);
+    if (!isWritten) throw Refused("the store could not be written");
+}
 
 const std::vector<Operation>& operations() {
     static const std::vector<Operation> table{
-        silent("create", &Driver::create),
-        silent("release", &Driver::release),
-        silent("destroy", &Driver::destroy),
-        silent("dropDelegate", &Driver::dropDelegate),
-        silent("sleep", &Driver::sleep),
-        silent("storeGet", &Driver::storeGet),
-        silent("storeSet", &Driver::storeSet),
+        {"create", {}, create},
+        {"release", {}, release},
+        {"destroy", {}, destroy},
+        {"dropDelegate", {}, dropDelegate},
+        {"sleep", {}, sleep},
+        {"storeGet", {}, storeGet},
+        {"storeSet", {}, storeSet},
         returning("getVersion", &Kavio::getVersion),
         returning("getBuild", &Kavio::getBuild),
         reporting("isLoggedIn", "onCheckIsUserLogin", &Kavio::isLoggedIn, {}),
@@ -96,7 +142,7 @@ const std::vector<Operation>& operations() {
 
 const Operation& operationNamed(const std::string& name) {
     const auto found = std::ranges::find(operations(), name, &Operation::name);
-    if (found == operations().end()) throw Refused(fmt::format("\"{}\" is no operation", name));
+    if (found == operations().end()) throw Refused(fmt::format("\"{}\" is not an operation", name));
     return *found;
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "jsonl/driver.h"
+#include "jsonl/facades.h"
 
 #include <functional>
 #include <string_view>
@@ -13,10 +13,10 @@ struct Operation {
     /// The callback that it reports through; empty for an operation that reports nothing.
     std::string_view callback;
     /// Reads all of its arguments before it does anything.
-    std::function<void(Driver&, const Call&)> run;
+    std::function<void(Facades&, const Call&)> run;
 };
 
-/// Throws `Refused` for a name that is no operation's.
+/// Throws `Refused` when no operation has that name.
 const Operation& operationNamed(const std::string& name);
 
 }  // namespace kavio::wallet

@@ -3,7 +3,7 @@
 #include "json/dates.h"
 #include "json/objects.h"
 
-#include <openssl/evp.h>
+#include <kavio/platform/platform.h>
 
 #include <string_view>
 
@@ -12,23 +12,22 @@ namespace kavio::wallet {
 namespace {
 
 std::string base64(const Bytes& bytes) {
-    std::string text((bytes.size() + 2) / 3 * 4 + 1, '\0');  // EVP_EncodeBlock ends its text with a zero byte
-    const int length =
-        EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()), bytes.data(), static_cast<int>(bytes.size()));
-    text.resize(static_cast<std::size_t>(length));
-    return text;
+    return Platform::current().base64->encode({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
 }
 
+/// Only of what we would write ourselves: whatever else these bits come from is written differently.
 std::optional<Bytes> bytesFromBase64(std::string_view text) {
-    if (text.size() % 4 != 0) return std::nullopt;
-    Bytes bytes(text.size() / 4 * 3);
-    const int length = EVP_DecodeBlock(bytes.data(), reinterpret_cast<const unsigned char*>(text.data()),
-                                       static_cast<int>(text.size()));
-    if (length < 0) return std::nullopt;
-    // EVP_DecodeBlock counts the padding as bytes.
-    const auto padding = text.ends_with("==") ? 2U : text.ends_with('=') ? 1U : 0U;
-    bytes.resize(static_cast<std::size_t>(length) - padding);
-    // It also passes over white space and stray bits; only what we would write ourselves is meant.
+    constexpr std::string_view digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    Bytes bytes;
+    std::size_t bits = 0;
+    int count = 0;
+    for (const char digit : text.substr(0, text.find('='))) {
+        bits = bits << 6 | (digits.find(digit) & 63);
+        count += 6;
+        if (count < 8) continue;
+        count -= 8;
+        bytes.push_back(static_cast<Bytes::value_type>(bits >> count & 255));
+    }
     return base64(bytes) == text ? std::optional{bytes} : std::nullopt;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "json/arguments.h"
 #include "json/json.h"
-#include "jsonl/arguments.h"
 
 #include <kavio/platform/key_value_store.h>
 

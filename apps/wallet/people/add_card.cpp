@@ -1,6 +1,6 @@
-#include "jsonl/arguments.h"
+#include "command_line/numbers.h"
+#include "json/arguments.h"
 #include "people/command.h"
-#include "people/numbers.h"
 #include "people/terminal.h"
 #include "people/text.h"
 
@@ -36,7 +36,7 @@ const Fields secureFields{
 
 Input valueOf(const Field& field, const std::string& text) {
     if (!field.isInteger) return text;
-    if (const auto number = numberFrom<std::int64_t>(text)) return *number;
+    if (const auto number = command_line::numberFrom<std::int64_t>(text)) return *number;
     throw Refused(fmt::format("\"{}\" must be an integer", field.member));
 }
 

@@ -1,6 +1,6 @@
+#include "command_line/numbers.h"
 #include "people/command.h"
 #include "people/machine_named.h"
-#include "people/numbers.h"
 #include "people/prices.h"
 #include "people/text.h"
 #include "people/wallet_methods.h"
@@ -28,8 +28,9 @@ struct Purchase {
 /// "CODE" or "CODE:QUANTITY"
 Wanted wantedFrom(const std::string& text) {
     const auto colon = text.find(':');
-    const auto code = numberFrom<std::int64_t>(text.substr(0, colon));
-    const auto quantity = colon == std::string::npos ? 1 : numberFrom<std::int64_t>(text.substr(colon + 1)).value_or(0);
+    const auto code = command_line::numberFrom<std::int64_t>(text.substr(0, colon));
+    const auto quantity =
+        colon == std::string::npos ? 1 : command_line::numberFrom<std::int64_t>(text.substr(colon + 1)).value_or(0);
     if (code && quantity > 0) return {*code, quantity};
     throw CLI::ValidationError("--product", "'" + text + "' is not CODE or CODE:QUANTITY");
 }

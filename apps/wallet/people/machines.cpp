@@ -1,6 +1,6 @@
+#include "command_line/numbers.h"
 #include "people/command.h"
 #include "people/machine_named.h"
-#include "people/numbers.h"
 #include "people/prices.h"
 #include "people/text.h"
 
@@ -100,16 +100,16 @@ Command machinesCommand(CLI::App& program) {
                            ->type_name("LAT,LON")
                            ->delimiter(',')
                            ->expected(2)
-                           ->check(coordinate())
+                           ->check(command_line::coordinate())
                            ->excludes(code)
                            ->excludes(serial);
     line->add_option("--radius", search->radius, "How far from the position, in metres")
-        ->transform(wholeNumber())
+        ->transform(command_line::wholeNumber())
         ->needs(near);
     line->add_option("--country", search->country, "Country of the position, such as DE")->needs(near);
     line->add_option("--operator", search->operatorId, "Only machines of this operator, with --near or --code")
-        ->transform(wholeNumber());
-    line->add_option("--limit", search->limit, "At most so many machines")->transform(listLength());
+        ->transform(command_line::wholeNumber());
+    line->add_option("--limit", search->limit, "At most so many machines")->transform(command_line::listLength());
     line->parse_complete_callback([search] {
         if (search->operatorId && !search->code && search->near.empty())
             throw CLI::ValidationError("--operator", "goes with --near or --code");

@@ -1,7 +1,7 @@
+#include "command_line/numbers.h"
 #include "json/dates.h"
 #include "people/command.h"
 #include "people/money.h"
-#include "people/numbers.h"
 #include "people/text.h"
 #include "people/wallet_methods.h"
 
@@ -88,14 +88,14 @@ Command transactionsCommand(CLI::App& program) {
     const auto search = std::make_shared<Search>();
     line->add_option("--machine", search->machineId,
                      "Only at the machine of this number in the column ID of `machines`")
-        ->transform(wholeNumber());
+        ->transform(command_line::wholeNumber());
     line->add_option("--method", search->method, "Only paid with: wallet, card:ID, prepaid:ID, or a method's ID alone")
         ->check(checkMethodNameOrId);
     line->add_option_function<std::string>(
             "--type", [search](const std::string& type) { search->type = paymentTypes.at(type); },
             "Only paid with: wallet, card, paypal or prepaid")
         ->check(CLI::IsMember(paymentTypes));
-    line->add_option("--limit", search->limit, "At most so many orders")->transform(listLength());
+    line->add_option("--limit", search->limit, "At most so many orders")->transform(command_line::listLength());
     line->add_option("--before", search->before,
                      "Only before this date in your time zone, such as \"2024-03-05 14:07\" or 2024-03-05");
     return {line, [search](Session& session) { list(session, *search); }};

@@ -1,6 +1,6 @@
 #include "session.h"
 
-#include "output.h"
+#include "host/output.h"
 #include "people/terminal.h"
 
 #include <chrono>

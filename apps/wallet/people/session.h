@@ -1,10 +1,10 @@
 #pragma once
 
-#include "host.h"
-#include "options.h"
+#include "host/host.h"
+#include "host/options.h"
+#include "json/reporter.h"
 #include "people/failure.h"
 #include "people/table.h"
-#include "reporter.h"
 
 #include <fmt/format.h>
 

@@ -1,7 +1,7 @@
 #include "terminal.h"
 
-#include "jsonl/line_reader.h"
-#include "output.h"
+#include "host/output.h"
+#include "json/line_reader.h"
 
 #include <fmt/format.h>
 #include <sys/ioctl.h>

@@ -1,10 +1,11 @@
 #include "arguments.h"
 
 #include "json/dates.h"
+#include "json/names.h"
 
 #include <fmt/format.h>
 
-#include <array>
+#include <algorithm>
 #include <utility>
 
 namespace kavio::wallet {
@@ -15,33 +16,11 @@ namespace {
 constexpr int maximumDepth = 32;
 
 std::string_view kindOf(const Input& json) {
-    switch (json.type()) {
-        case Input::value_t::object:
-            return "an object";
-        case Input::value_t::array:
-            return "a list";
-        case Input::value_t::string:
-            return "a text";
-        case Input::value_t::boolean:
-            return "a boolean";
-        case Input::value_t::number_integer:
-        case Input::value_t::number_unsigned:
-        case Input::value_t::number_float:
-            return "a number";
-        case Input::value_t::null:
-        case Input::value_t::binary:
-        case Input::value_t::discarded:
-            break;
-    }
-    return "null";
-}
-
-std::optional<PaymentMethod::PaymentType> paymentTypeNamed(std::string_view text) {
-    using enum PaymentMethod::PaymentType;
-    for (const auto type : std::array{UNKNOWN, KAVIO, CREDIT_CARD, PAYPAL, PREPAID}) {
-        if (name(type) == text) return type;
-    }
-    return std::nullopt;
+    if (json.is_object()) return "an object";
+    if (json.is_array()) return "a list";
+    if (json.is_string()) return "a text";
+    if (json.is_boolean()) return "a boolean";
+    return json.is_number() ? "a number" : "null";
 }
 
 }  // namespace
@@ -78,16 +57,16 @@ Input parseLine(std::string_view line) {
         return true;
     };
     // To the JSON library it ends the text, and what follows would go unseen.
-    if (line.find('\0') != std::string_view::npos) throw Refused("the line is no JSON object: it holds a NUL");
+    if (line.find('\0') != std::string_view::npos) throw Refused("the line is not a JSON object: it holds a NUL");
     try {
         auto json = Input::parse(line, refuseDepth);
         if (json.is_object()) return json;
     } catch (const Input::parse_error& problem) {
-        throw Refused(fmt::format("the line is no JSON object: it is malformed at byte {}", problem.byte));
+        throw Refused(fmt::format("the line is not a JSON object: it is malformed at byte {}", problem.byte));
     } catch (const Input::exception&) {
         throw Refused("the line holds a number that is out of range");
     }
-    throw Refused("the line is no JSON object");
+    throw Refused("the line is not a JSON object");
 }
 
 void read(const Value& value, bool& result) {
@@ -102,24 +81,29 @@ void read(const Value& value, double& result) {
 
 void read(const Value& value, std::int64_t& result) {
     constexpr double limit = 9223372036854775808.0;  // 2^63, the first double past the range
-    if (value.json.is_number_unsigned()) {
-        if (std::in_range<std::int64_t>(value.json.get<std::uint64_t>())) {
-            result = value.json.get<std::int64_t>();
-            return;
-        }
-    } else if (value.json.is_number_integer()) {
-        result = value.json.get<std::int64_t>();
-        return;
-    } else if (value.json.is_number_float()) {
-        const auto number = value.json.get<double>();
-        if (number >= -limit && number < limit && number == static_cast<double>(static_cast<std::int64_t>(number))) {
-            result = static_cast<std::int64_t>(number);
-            return;
-        }
-    } else {
-        value.refuse("an integer");
-    }
-    throw Refused(fmt::format("\"{}\" must be an integer of 64 bits", value.path));
+    const auto& json = value.json;
+    if (!json.is_number()) value.refuse("an integer");
+    const auto number = json.get<double>();
+    const bool fits =
+        json.is_number_float()
+            ? number >= -limit && number < limit && number == static_cast<double>(static_cast<std::int64_t>(number))
+            : !json.is_number_unsigned() || std::in_range<std::int64_t>(json.get<std::uint64_t>());
+    if (!fits) throw Refused(fmt::format("\"{}\" must be an integer of 64 bits", value.path));
+    result = json.get<std::int64_t>();
+}
+
+void read(const Value& value, std::uint64_t& result) {
+    std::int64_t number = 0;
+    read(value, number);
+    if (number < 0) throw Refused(fmt::format("\"{}\" must not be negative", value.path));
+    result = static_cast<std::uint64_t>(number);
+}
+
+void read(const Value& value, std::chrono::milliseconds& result) {
+    constexpr std::uint64_t longest = 1'000'000'000'000;  // about thirty years: far from the end of the clock's range
+    std::uint64_t count = 0;
+    read(value, count);
+    result = std::chrono::milliseconds{std::min(count, longest)};
 }
 
 void read(const Value& value, std::string& result) {

@@ -8,7 +8,7 @@
 #include <optional>
 #include <string_view>
 
-namespace kavio::wallet {
+namespace kavio::command_line {
 
 /// Absent unless the whole text is a number, and one that fits.
 template <class T>
@@ -19,8 +19,8 @@ std::optional<T> numberFrom(std::string_view text) {
     return read.ec == std::errc{} && read.ptr == end ? std::optional{number} : std::nullopt;
 }
 
-// What options with numbers take. The command line library's own reading clamps numbers that are out of range, and
-// takes "010" for 8.
+// What options with numbers accept. Left to itself, the command line library clamps numbers that are out of range and
+// reads "010" as 8.
 
 CLI::Validator wholeNumber(std::int64_t least = std::numeric_limits<std::int64_t>::min(),
                            std::int64_t most = std::numeric_limits<std::int64_t>::max());
@@ -28,4 +28,4 @@ CLI::Validator wholeNumber(std::int64_t least = std::numeric_limits<std::int64_t
 CLI::Validator listLength();
 CLI::Validator coordinate();
 
-}  // namespace kavio::wallet
+}  // namespace kavio::command_line

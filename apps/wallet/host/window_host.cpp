@@ -1,5 +1,5 @@
-#include "device.h"
-#include "host.h"
+#include "host/device.h"
+#include "host/host.h"
 
 #include <kavio/gtk.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "options.h"
+#include "host/options.h"
 
 #include <chrono>
 #include <functional>

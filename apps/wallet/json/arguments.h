@@ -4,6 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <chrono>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -59,11 +60,14 @@ private:
 /// The object that a line holds; throws `Refused` for any other text.
 Input parseLine(std::string_view line);
 
-// One reader a type; each throws `Refused` for a value that it cannot take.
+// One reader per type; each throws `Refused` for a value that it cannot take.
 void read(const Value& value, bool& result);
 void read(const Value& value, double& result);
 /// Any number with an integral value, however it is spelled.
 void read(const Value& value, std::int64_t& result);
+/// The same, but not negative.
+void read(const Value& value, std::uint64_t& result);
+void read(const Value& value, std::chrono::milliseconds& result);
 void read(const Value& value, std::string& result);
 void read(const Value& value, Date& result);
 void read(const Value& value, PaymentMethod::PaymentType& result);

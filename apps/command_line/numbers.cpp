@@ -5,13 +5,13 @@
 #include <algorithm>
 #include <cmath>
 
-namespace kavio::wallet {
+namespace kavio::command_line {
 
 CLI::Validator wholeNumber(std::int64_t least, std::int64_t most) {
     return {[least, most](std::string& text) {
                 const auto number = numberFrom<std::int64_t>(text);
                 if (!number || *number < least || *number > most)
-                    return fmt::format("'{}' is no whole number from {} to {}", text, least, most);
+                    return fmt::format("'{}' is not a whole number from {} to {}", text, least, most);
                 text = fmt::to_string(*number);  // in a form that is read as it is meant
                 return std::string{};
             },
@@ -26,9 +26,9 @@ CLI::Validator coordinate() {
                 const auto begin = std::min(text.find_first_not_of(' '), text.size());
                 const auto number =
                     numberFrom<double>(text.substr(text.substr(begin).starts_with('+') ? begin + 1 : begin));
-                return number && std::isfinite(*number) ? std::string{} : fmt::format("'{}' is no coordinate", text);
+                return number && std::isfinite(*number) ? std::string{} : fmt::format("'{}' is not a coordinate", text);
             },
             ""};
 }
 
-}  // namespace kavio::wallet
+}  // namespace kavio::command_line

@@ -1,0 +1,36 @@
+#include "facades.h"
+
+#include <fmt/format.h>
+
+namespace kavio::wallet {
+
+Facades::Facades(Program theProgram) : program(std::move(theProgram)) {}
+
+void Facades::create(std::string name, std::string apiKey, Kavio::EnvironmentType environment) {
+    auto delegate = std::make_shared<Reporter>([this, name](const Report& report) {
+        write(eventOf(report, name));
+        ++mReports[{name, report.callback}];
+    });
+    auto kavio = std::make_unique<Kavio>(delegate, std::move(apiKey), environment);
+    mFacades.insert_or_assign(std::move(name), Held{std::move(delegate), std::move(kavio)});
+}
+
+Facades::Held& Facades::held(const Call& call) {
+    const auto found = mFacades.find(call.facade);
+    if (found == mFacades.end() || !found->second.kavio) {
+        throw Refused(fmt::format("there is no facade \"{}\"", call.facade));
+    }
+    return found->second;
+}
+
+const std::uint64_t& Facades::reports(const std::string& facade, std::string_view callback) {
+    return mReports[{facade, callback}];
+}
+
+void Facades::write(const Json& event) const { program.write(lineOf(event)); }
+
+void Facades::answer(const Call& call, const Json& value) const {
+    write({{"event", "return"}, {"op", call.op}, {"facade", call.facade}, {"value", value}});
+}
+
+}  // namespace kavio::wallet
