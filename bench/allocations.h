@@ -6,10 +6,10 @@
 
 namespace kavio::bench {
 
-/// What `work` takes from the heap on this thread, given back meanwhile or not.
+/// How much `work` allocates on this thread, whether it frees it again or not.
 std::size_t allocatedBytes(const std::function<void()>& work);
 
-/// What decoding a reply of so many machines takes from the heap.
+/// How much decoding a reply with this many machines allocates.
 double decodingBytes(std::int64_t machines);
 
 }  // namespace kavio::bench

@@ -11,12 +11,12 @@
 namespace kavio::bench {
 namespace {
 
-/// The name under which OpenSSL looks for a certificate in a folder.
+/// The file name by which OpenSSL finds a certificate in a folder.
 std::string lookUpName(const std::filesystem::path& certificate) {
     const std::unique_ptr<std::FILE, decltype(&std::fclose)> file(std::fopen(certificate.c_str(), "r"), &std::fclose);
     const std::unique_ptr<X509, decltype(&X509_free)> read(
         file ? PEM_read_X509(file.get(), nullptr, nullptr, nullptr) : nullptr, &X509_free);
-    if (!read) throw std::runtime_error("There is no authority in " + certificate.string() + ".");
+    if (!read) throw std::runtime_error("There is no certificate in " + certificate.string() + ".");
     char name[20];
     std::snprintf(name, sizeof name, "%08lx.0", X509_subject_name_hash(read.get()));
     return name;

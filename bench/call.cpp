@@ -1,5 +1,5 @@
-// What a whole call costs this process, and the first call of a session, next to the same exchange on bare libcurl. The
-// service is another process and does not count.
+// The cost to this process of a whole call and of a session's first call, compared with the same exchange on bare
+// libcurl. The service is another process and does not count.
 
 #include "exchanges.h"
 #include "models/json/document.h"
@@ -13,7 +13,7 @@ namespace kavio::bench {
 namespace {
 
 void wholeCall(benchmark::State& state) {
-    lookUpMachine();  // a connection and caches as the other calls have them
+    lookUpMachine();  // so that the connection and caches are as for later calls
     for (auto _ : state) benchmark::DoNotOptimize(lookUpMachine());
 }
 
@@ -24,7 +24,8 @@ void bareCall(benchmark::State& state, const Setup& setup) {
     for (auto _ : state) exchange.run();
 }
 
-/// What no library around libcurl can do without: each request is signed, each reply decoded. No thread, no session.
+/// The least that any library on top of libcurl must do: sign each request and decode each reply. No thread, no
+/// session.
 void signedBareCall(benchmark::State& state, const Setup& setup) {
     BareExchange exchange(setup, KavioNetworkService::prepare(machineRequest()));
     if (exchange.run() != 200) state.SkipWithError("The service refused the request.");
@@ -35,7 +36,7 @@ void signedBareCall(benchmark::State& state, const Setup& setup) {
     }
 }
 
-/// `make` gives what is to do its first exchange.
+/// `make` returns the object that is to make its first exchange.
 template <class Make, class Run>
 void firstCall(benchmark::State& state, Make make, Run run) {
     const auto request = KavioNetworkService::prepare(machineRequest());
@@ -50,7 +51,7 @@ void firstCall(benchmark::State& state, Make make, Run run) {
     }
 }
 
-/// What the sessions add to the bare exchange is mostly a thread of their own.
+/// What the session adds to the bare exchange is mostly its own thread.
 void sessionCall(benchmark::State& state, const Setup& setup) {
     LibraryExchange exchange(setup, systemAuthoritiesAndOurs(setup));
     const auto request = KavioNetworkService::prepare(machineRequest());
@@ -58,7 +59,7 @@ void sessionCall(benchmark::State& state, const Setup& setup) {
     for (auto _ : state) exchange.run(request);
 }
 
-/// Many short runs, because a call waits for another process, and who else runs meanwhile takes our caches.
+/// Many short runs, because a call waits for another process, and whatever runs meanwhile evicts our caches.
 template <class Benchmark>
 void add(const char* name, int iterations, Benchmark work) {
     benchmark::RegisterBenchmark(name, std::move(work))

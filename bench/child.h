@@ -6,15 +6,15 @@
 
 namespace kavio::bench {
 
-/// A measurement in a process of its own, in which nothing has been used before.
+/// Starts a measurement in a fresh process, in which nothing has been used before.
 /// - "library-call", "bare-call": processor time of the first HTTPS call, in nanoseconds
-/// - "idle": private memory that the platform and an idle facade take, in bytes
+/// - "idle": private memory of the platform and an idle facade, in bytes
 /// - "start": a facade begins its first request
 constexpr const char* childFlag = "--child";
 
-/// In the child: writes the figure to the standard output.
+/// In the child: writes the figure to standard output.
 int runChild(const std::string& measurement, const Setup& setup);
-/// In the parent: the best figure of several children.
+/// In the parent: returns the best figure of several children.
 double measureInChild(const std::string& measurement, const Setup& setup);
 /// Nanoseconds from the start of a process to the first byte of its first request.
 double timeToFirstRequest(const Setup& setup);

@@ -1,4 +1,4 @@
-// What decoding a reply to public objects costs, next to a bare parse of its bytes and to the plain way.
+// The cost of decoding a reply to public objects, compared with a bare parse of its bytes and with the plain way.
 
 #include "allocations.h"
 #include "machines.h"
@@ -21,17 +21,17 @@ Machines decodeMachines(const std::string& reply) {
     return (*decodeDocument<PublicList<MachineModel>>(reply)).objects;  // moved, not copied
 }
 
-/// Small replies are decoded many at a time, so that stopping the clock does not show.
+/// Decodes many small replies at a time, so that stopping the clock does not distort the result.
 template <class Work>
 void measure(benchmark::State& state, Work work) {
     const auto reply = machinesReply(state.range(0));
     const auto batch = std::max<std::int64_t>(1, 1000 / state.range(0));
     std::vector<decltype(work(reply))> results;
     results.reserve(static_cast<std::size_t>(batch));
-    work(reply);  // a parser and a heap that have grown to their size: what they cost is the memory's figure
+    work(reply);  // lets the parser and the heap grow first; the memory figure covers their cost
     while (state.KeepRunningBatch(batch)) {
         for (std::int64_t i = 0; i < batch; ++i) results.push_back(work(reply));
-        state.PauseTiming();  // what the application does with the result, and its end, are its own
+        state.PauseTiming();  // what happens to the result, including freeing it, is up to the application
         results.clear();
         state.ResumeTiming();
     }
@@ -58,7 +58,7 @@ BENCHMARK_CAPTURE(measure, decodeMachines, decodeMachines)
 double decodingBytes(std::int64_t machines) {
     const auto reply = machinesReply(machines);
     std::size_t bytes = 0;
-    // On a thread of its own, which has no buffers from before.
+    // On a new thread, which has no buffers from before.
     std::thread([&] { bytes = allocatedBytes([&] { benchmark::DoNotOptimize(decodeMachines(reply)); }); }).join();
     return static_cast<double>(bytes);
 }

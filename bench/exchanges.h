@@ -17,17 +17,17 @@
 
 namespace kavio::bench {
 
-/// The look-up of one machine, which the benchmarks send.
+/// The look-up of one machine, which all benchmarks send.
 APIRequest machineRequest();
-/// As an application has it: signed, sent, decoded, and reported on the main thread.
+/// The same for an application: signed, sent, decoded, and reported on the main thread.
 Machines lookUpMachine();
 
-/// A request written straight on libcurl, with the settings of the library that reach the wire.
+/// A request made directly with libcurl, with those of the library's settings that affect what is sent.
 class BareExchange {
 public:
     BareExchange(const Setup& setup, const UrlRequest& request);
 
-    /// Status of the reply, whose body is then `body()`.
+    /// Returns the status of the reply, whose body is then in `body()`.
     long run();
     const std::string& body() const { return mBody; }
 
@@ -40,7 +40,7 @@ private:
     std::string mBody;
 };
 
-/// The same for a caller who may not be held up: on a network thread, with as little as that takes.
+/// The same for a caller who must not be blocked: on a network thread, with as little as possible beyond that.
 class ThreadedBareExchange {
 public:
     ThreadedBareExchange(const Setup& setup, const UrlRequest& request);
@@ -59,12 +59,12 @@ private:
     std::thread mThread{[this] { serve(); }};
 };
 
-/// The library's session, trusting `authorities` in the place of the system's.
+/// The library's session, trusting `authorities` instead of the system's.
 class LibraryExchange {
 public:
     LibraryExchange(const Setup& setup, const std::filesystem::path& authorities);
 
-    /// Status of the reply.
+    /// Returns the status of the reply.
     long run(const UrlRequest& request);
 
 private:

@@ -5,7 +5,7 @@
 namespace kavio::bench {
 namespace {
 
-// All keys of a machine; "@" stands for its number, "$" for its campaigns.
+// All keys of a machine, with "@" for its number and "$" for its campaigns.
 constexpr std::string_view machineText = R"({
     "kavioID":43001@,"operatorName":"Operator of the North","name":10@,"machineName":"Machine @ in the main hall",
     "machineId":10@,"machineConnectivityStatus":"online","machineStatusId":1,"country":"DE","city":"Berlin",

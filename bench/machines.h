@@ -5,8 +5,8 @@
 
 namespace kavio::bench {
 
-/// A reply of so many machines with all their keys, every second one with a campaign. It has spare capacity, as a body
-/// that comes from the network.
+/// A reply with this many machines with all their keys, every second one with a campaign. It has spare capacity, like a
+/// body from the network.
 std::string machinesReply(std::int64_t count);
 
 }  // namespace kavio::bench

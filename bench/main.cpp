@@ -1,5 +1,5 @@
-// kavio-bench ADDRESS FOLDER: the costs that matter, each next to its baseline, against the sandbox service that
-// listens on ADDRESS and whose authority is FOLDER/authority.pem. scripts/bench does it all.
+// kavio-bench ADDRESS FOLDER: measures the costs that matter, each against its baseline, with the sandbox service at
+// ADDRESS, whose authority is in FOLDER/authority.pem. scripts/bench runs everything.
 
 #include "child.h"
 #include "report.h"
@@ -21,7 +21,7 @@ int run(int argc, char** argv) {
     registerPreparing(setup);
     registerCalls(setup);
     BestRuns best;
-    // Calls first: an application's heap is not what the decoding of 10,000 machines leaves of one.
+    // Calls first: decoding 10,000 machines leaves a heap that no application has.
     for (const auto* group : {"Call|Digests|Request|Store", "decode|Parse"})
         benchmark::RunSpecifiedBenchmarks(&best, group);
     std::fputs(report(best, setup).c_str(), stdout);

@@ -6,7 +6,7 @@
 
 namespace kavio::bench {
 
-/// The plain way to machines: a tree of the whole reply, members looked up by name, dates by the platform's formatter.
+/// Decodes machines the plain way: a tree of the whole reply, members by name, dates by the platform's formatter.
 Machines decodePlainly(const std::string& reply);
 
 }  // namespace kavio::bench

@@ -1,4 +1,5 @@
-// What preparing a request costs, next to the digests of its signature alone, and what its values in the store cost.
+// The cost of preparing a request, compared with just the digests of its signature, and the cost of its values in the
+// store.
 
 #include "exchanges.h"
 #include "network/kavio_network_service.h"
@@ -19,7 +20,7 @@ void prepareRequest(benchmark::State& state) {
     for (auto _ : state) benchmark::DoNotOptimize(KavioNetworkService::prepare(request));
 }
 
-/// Of the texts that `prepareRequest` signs: URL, start of the body, time, and the digests of these.
+/// Digests of the texts that `prepareRequest` signs: the URL, the start of the body, the time, and these three digests.
 void bareDigests(benchmark::State& state) {
     const auto request = KavioNetworkService::prepare(machineRequest());
     const std::array texts{request.url, request.body.value_or("").substr(0, 32), serverTimeStamp(),
@@ -37,7 +38,7 @@ void readStore(benchmark::State& state) {
     for (auto _ : state) benchmark::DoNotOptimize(defaults->sessionToken());
 }
 
-/// The same value from the same file, by a statement that stays prepared.
+/// Reads the same value from the same file with a statement that stays prepared.
 void queryStore(benchmark::State& state, const Setup& setup) {
     const auto file = *std::filesystem::directory_iterator(setup.folder / "store");
     sqlite3* database = nullptr;

@@ -10,7 +10,7 @@
 
 namespace kavio::bench {
 
-/// Keeps the best run of each benchmark, in nanoseconds of processor time: what disturbs a run only makes it longer.
+/// Keeps the best run of each benchmark, in nanoseconds of processor time, because disturbances only make a run longer.
 class BestRuns final : public benchmark::BenchmarkReporter {
 public:
     bool ReportContext(const Context&) override { return true; }
@@ -22,7 +22,7 @@ private:
     std::map<std::string, double> mBest;
 };
 
-/// The one table of all figures, in Markdown.
+/// The table of all figures, in Markdown.
 std::string report(const BestRuns& best, const Setup& setup);
 
 }  // namespace kavio::bench

@@ -1,5 +1,5 @@
-// kavio-scene-bench: from the reply to a card to the issuer's page, with Kavio::gtk and in a bare WebKitGTK program. It
-// needs a display; docs/gtk.md says how to run it on one of its own.
+// kavio-scene-bench: the time from the reply to a card until the issuer's page shows, with Kavio::gtk and in a bare
+// WebKitGTK program. It needs a display; docs/gtk.md says how to give it its own.
 
 #include "sandbox/pages.h"
 
@@ -23,7 +23,7 @@ namespace {
 using namespace kavio;
 using Clock = std::chrono::steady_clock;
 
-/// The issuer: notes when its page is asked for, and when the page has been painted. Serves until the process ends.
+/// The issuer: records when its page is requested and when it has been painted. Serves until the process ends.
 class Issuer {
 public:
     Issuer() {
@@ -60,7 +60,7 @@ private:
     Clock::time_point mPainted;
 };
 
-/// Answers every request with the same challenge, and notes when.
+/// Answers every request with the same challenge, and records when.
 class ChallengingSession final : public UrlSession {
 public:
     explicit ChallengingSession(std::string url) : mUrl(std::move(url)) {}
@@ -79,7 +79,7 @@ public:
 
 private:
     void join() {
-        // The request that follows the one for the time is made in its completion, on its thread.
+        // The request after the one for the time is made in that one's completion, on its thread.
         if (mThread.get_id() == std::this_thread::get_id()) return mThread.detach();
         if (mThread.joinable()) mThread.join();
     }
@@ -132,7 +132,7 @@ std::string timeBare(GtkWindow* host, const Issuer& issuer) {
     return issuer.timesSince(start);
 }
 
-/// One run in a process of its own, as after the start of a program.
+/// One run in a fresh process, as when a program has just started.
 int runOnce(std::string_view kind) {
     if (gtk_init_check() == FALSE) return std::fputs("kavio-scene-bench: there is no display\n", stderr), 1;
     auto* application = gtk_application_new(nullptr, G_APPLICATION_NON_UNIQUE);

@@ -5,7 +5,7 @@
 
 namespace kavio::bench {
 
-/// Where the service listens, and a folder of ours with its authority's certificate.
+/// The service's address, and a folder of ours with its authority's certificate.
 struct Setup {
     std::string address;
     std::filesystem::path folder;
@@ -13,12 +13,12 @@ struct Setup {
     std::filesystem::path authority() const { return folder / "authority.pem"; }
 };
 
-/// Once, before the benchmarks run: installs the platform and opens a session at the service.
+/// Called once, before the benchmarks run: installs the platform and logs in to the service.
 void openSession(const Setup& setup);
 void registerPreparing(const Setup& setup);
 void registerCalls(const Setup& setup);
 
-/// A folder like the system's one of authorities, with ours among them.
+/// A folder like the system's folder of authorities, with ours added.
 std::filesystem::path systemAuthoritiesAndOurs(const Setup& setup);
 
 }  // namespace kavio::bench

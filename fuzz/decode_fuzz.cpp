@@ -1,5 +1,5 @@
-// Decodes any bytes as any record, and takes what decodes all the way to the public object and its debug text.
-// The first byte of the input selects the record.
+// Decodes arbitrary bytes as any record and, if that succeeds, makes the public object and its debug text. The first
+// byte of the input selects the record.
 
 #include "models/account_model.h"
 #include "models/json/decoding_error.h"
@@ -39,7 +39,7 @@ void decode(const std::string& body) {
     try {
         const Document document(body);
         use(document.root().as<T>());
-    } catch (const DecodingError&) {  // what most inputs are for
+    } catch (const DecodingError&) {  // the expected outcome for most inputs
     }
 }
 

@@ -24,7 +24,7 @@ std::optional<T> numberFrom(std::string_view text) {
 
 CLI::Validator wholeNumber(std::int64_t least = std::numeric_limits<std::int64_t>::min(),
                            std::int64_t most = std::numeric_limits<std::int64_t>::max());
-/// How many entries of a list the service may be asked for.
+/// The length of a list that the service may be asked for.
 CLI::Validator listLength();
 CLI::Validator coordinate();
 

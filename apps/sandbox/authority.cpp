@@ -42,7 +42,7 @@ Identity newIdentity(const std::string& name, std::chrono::seconds validFor) {
     Identity made{{check(X509_new()), X509_free}, {check(EVP_EC_gen("P-256")), EVP_PKEY_free}};
     auto* const certificate = made.certificate.get();
     X509_set_version(certificate, X509_VERSION_3);
-    // Random serials: a client that remembers an earlier run's certificates must not meet the same number again.
+    // Random serial numbers: a client that remembers certificates of an earlier run must not see the same number again.
     std::int32_t serial = 0;
     check(RAND_bytes(reinterpret_cast<unsigned char*>(&serial), sizeof serial) == 1);
     ASN1_INTEGER_set(X509_get_serialNumber(certificate), serial & 0x7fffffff);
@@ -63,7 +63,7 @@ void sign(const Identity& identity, const Identity& issuer) {
 
 bool isAddress(const std::string& name) { return !name.empty() && std::isdigit(static_cast<unsigned char>(name[0])); }
 
-/// By itself without an issuer.
+/// Signed by itself if there is no issuer.
 Identity newServer(const std::vector<std::string>& names, std::chrono::seconds validFor, const Identity* issuer) {
     std::string alternatives;
     for (const auto& name : names)

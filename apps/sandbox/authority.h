@@ -10,7 +10,7 @@
 
 namespace kavio::sandbox {
 
-/// What a server shows to its clients.
+/// What a server presents to its clients.
 struct Identity {
     std::shared_ptr<X509> certificate;
     std::shared_ptr<EVP_PKEY> key;
@@ -19,16 +19,17 @@ struct Identity {
     std::string pem() const;
 };
 
-/// A certificate authority that lives for one run.
+/// A certificate authority for one run.
 class Authority {
 public:
     static constexpr std::chrono::hours year{365 * 24};
 
     Authority();
 
-    /// A server's, for hosts and IP addresses. `validFor` counts from now; with a negative one it has expired.
+    /// A server's identity for hosts and IP addresses. `validFor` counts from now; if it is negative, the certificate
+    /// has already expired.
     Identity issue(const std::vector<std::string>& names, std::chrono::hours validFor = year) const;
-    /// One that nobody vouches for.
+    /// An identity that nobody vouches for.
     static Identity selfSigned(const std::vector<std::string>& names);
     /// The authority's own certificate, for clients to trust.
     std::string pem() const;

@@ -29,7 +29,7 @@ struct StoredCard {
 };
 
 /// Throws a Refusal (400) that names the first wrong member: a number whose length or check digit is wrong, a date in
-/// the past, or something that is not a security code.
+/// the past, or something other than a security code.
 void checkCard(const CardData& card, TimePoint now, const std::string& where);
 
 /// Throws a Refusal (400) unless the key is a UUID in upper case that is not among the used ones, which it joins.

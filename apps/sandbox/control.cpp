@@ -76,7 +76,7 @@ Reply control(Steering& steering, const httplib::Request& request) {
     } catch (const Refusal& refusal) {
         return jsonReply({{"message", refusal.what()}}, refusal.status);
     }
-    return jsonReply({{"message", "no such control: " + request.method + " " + path}}, 404);
+    return jsonReply({{"message", "there is no such control: " + request.method + " " + path}}, 404);
 }
 
 }  // namespace kavio::sandbox

@@ -7,7 +7,7 @@
 
 namespace kavio::sandbox {
 
-/// What precedes the paths that steer the sandbox itself: no headers, no signature.
+/// The start of the paths that control the sandbox itself. They need no headers and no signature.
 inline constexpr std::string_view controlPath = "/_sandbox";
 
 Reply control(Steering& steering, const httplib::Request& request);

@@ -78,7 +78,7 @@ constexpr std::array rows{
     Row{newYork, cornerBox, 23, "Ice", -900, 1100},
 };
 
-/// The laboratory has one machine for each of these: its orders end so.
+/// The laboratory has one machine for each of these, in whose status its orders end.
 constexpr std::array endings{"timedOut", "cancelled",       "failed",      "failedRefund", "refused", "expired",
                              "deleted",  "freeTransaction", "proccessing", "teleported",   "created"};
 
@@ -127,7 +127,7 @@ std::int64_t withDammDigit(std::int64_t number) {
         if (passesDamm(number * 10 + digit)) return number * 10 + digit;
 }
 
-/// The first number from `number` on that a client does not take for one with a check digit.
+/// The first number, starting at `number`, that cannot be mistaken for one with a check digit.
 std::int64_t withoutDammDigit(std::int64_t number) {
     while (passesDamm(number)) ++number;
     return number;

@@ -54,7 +54,7 @@ struct Machine {
     const Operator* owner = nullptr;
     double latitude = 0;
     double longitude = 0;
-    /// The status in which its orders end: "completed" but for the machines of the test laboratory.
+    /// The status in which its orders end: "completed" except for the machines of the test laboratory.
     std::string ending = "completed";
 };
 
@@ -69,7 +69,7 @@ const std::vector<Machine>& machines();
 const Machine* machineByKavioId(std::int64_t kavioId);
 std::vector<Product> productsOf(const Machine& machine);
 
-/// The country of a telephone prefix; Germany for a prefix that the sample data does not know.
+/// The country of a calling code; Germany for a code that is not in the sample data.
 const Country& countryOf(std::string_view phonePrefix);
 
 bool passesDamm(std::int64_t number);

@@ -26,22 +26,22 @@ enum class Course {
     locatorUnknown,
 };
 
-/// The course of a test card; any other card is stored at once.
+/// The course of a test card; any other card is stored immediately.
 Course courseOf(std::string_view cardNumber);
 
 /// A 3-D Secure reply's kind, as clients send it back.
 enum class Flow { fingerprint = 2, challenge = 3 };
 
-/// A card between the request to add it and the reply that gives its locator.
+/// A card between the request to add it and the reply with its locator.
 struct Enrolment {
     std::string id;  // the transaction
     std::string accountNumber;
     CardData card;
     Course course = Course::frictionless;
     Flow flow = Flow::challenge;
-    std::string token;  // what the page of the present flow hands to the client
+    std::string token;  // what the current page hands to the client
     int triesLeft = 3;
-    // What the page ended with.
+    // How the page ended.
     bool ended = false;
     std::string result;
     std::string description;

@@ -55,7 +55,7 @@ Fault faultFrom(const nlohmann::json& object) {
     read(object, "padTo", 0, gigabyte, fault.padTo);
     read(object, "delayMs", 0, day, fault.delay);
     read(object, "times", -1, gigabyte, fault.times);
-    if (fault.times == 0) throw Refusal(400, "times must be -1, for ever, or a number of times");
+    if (fault.times == 0) throw Refusal(400, "times must be a positive number, or -1 for every time");
     if (object.contains("body")) fault.body = object["body"].get<std::string>();
     fault.method = object.value("method", "");
     fault.drop = object.value("drop", false);

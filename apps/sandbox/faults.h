@@ -11,10 +11,9 @@
 
 namespace kavio::sandbox {
 
-// Every member has an initialiser, so that a designated list may leave it out without a warning.
-
 /// What goes wrong with a request. With `status`, `body` or `drop` the service does not see the request, unless
-/// `handled` is set; then it has its effect and only the reply is spoiled.
+/// `handled` is set: then the request takes effect and only the reply is spoiled. Every member has an initialiser, so
+/// that a designated initialiser list may leave it out without a warning.
 struct Fault {
     std::optional<int> status{};
     std::optional<std::string> body{};
@@ -25,19 +24,19 @@ struct Fault {
     std::optional<std::size_t> cutAfter{};
     /// Pads the body with spaces to this many bytes.
     std::size_t padTo = 0;
-    /// Closes the connection before any reply.
+    /// Closes the connection without a reply.
     bool drop = false;
     bool handled = false;
-    /// How many requests it meets; negative for all.
+    /// How many requests it applies to; negative for all.
     int times = 1;
 };
 
-/// The faults in force.
+/// The faults currently in force.
 class Faults {
 public:
     void add(const std::string& path, Fault fault);
     void clear();
-    /// The first fault that a request meets; counts it as met.
+    /// The first fault that applies to a request; counts it as applied.
     std::optional<Fault> take(const std::string& method, const std::string& path);
 
 private:
@@ -49,7 +48,7 @@ private:
     std::vector<Entry> mEntries;
 };
 
-/// A fault as the control endpoint takes it; throws Refusal.
+/// Reads a fault as sent to the control endpoint; throws Refusal.
 Fault faultFrom(const nlohmann::json& object);
 
 }  // namespace kavio::sandbox

@@ -23,7 +23,7 @@ Reply htmlReply(std::string html, int status = 200) {
     return {.status = status, .body = std::move(html), .type = "text/html; charset=utf-8"};
 }
 
-/// The end of a page: where its last navigation goes.
+/// Ends a page: returns the address of its last navigation.
 std::string endOf(Enrolment& enrolment, std::string_view result, std::string_view description) {
     enrolment.ended = true;
     enrolment.result = result;
@@ -49,7 +49,7 @@ std::string base64Decoded(const std::string& text) {
     return bytes;
 }
 
-/// The value of the query's only item. A "+" in it is one: base64 has no spaces.
+/// The value of the query's only item. A "+" in it stays a plus, because base64 has no spaces.
 std::string methodData(const httplib::Request& request) {
     constexpr std::string_view start = "?threeDSMethodData=";
     const auto at = request.target.find(start);
@@ -73,11 +73,11 @@ void checkFingerprintRequest(const PageRequest& page) {
     expectHeader("X-Zelto-Wallet-Api-Key", "");
     expectHeader("X-Zelto-Wallet-Session-Token", "");
     requireSignature(request, page.world);
-    if (!request.body.empty()) throw Refusal(400, "this request has no body");
+    if (!request.body.empty()) throw Refusal(400, "this request must not have a body");
     const nlohmann::json expected{{"threeDSMethodNotificationURL", "http://127.0.0.1"},
                                   {"threeDSServerTransID", page.enrolment.id}};
     if (nlohmann::json::parse(base64Decoded(methodData(request)), nullptr, false) != expected)
-        throw Refusal(400, "threeDSMethodData is not the data of this transaction");
+        throw Refusal(400, "threeDSMethodData does not belong to this transaction");
 }
 
 Reply fingerprint(const PageRequest& page) {
@@ -97,13 +97,13 @@ Reply challengeForm(const Enrolment& enrolment, const std::string& hint) {
 Reply challengeAnswer(const PageRequest& page) {
     auto& enrolment = page.enrolment;
     const auto form = [&](const char* name) { return page.request.get_param_value(name); };
-    if (form("action") == "cancel") return redirectTo(endOf(enrolment, "2", "Cancelled by the card holder"));
+    if (form("action") == "cancel") return redirectTo(endOf(enrolment, "2", "Cancelled by the cardholder"));
     if (form("code") != answer) {
         if (--enrolment.triesLeft == 0) return redirectTo(endOf(enrolment, "3", "Too many wrong codes"));
-        return challengeForm(enrolment, "This code is wrong. Please try again.");
+        return challengeForm(enrolment, "That code is wrong. Please try again.");
     }
     if (enrolment.course == Course::challengeDeclines) return redirectTo(endOf(enrolment, "1", "Declined by the bank"));
-    return redirectTo(endOf(enrolment, pageSucceeded, "Card holder recognised"));
+    return redirectTo(endOf(enrolment, pageSucceeded, "Cardholder recognised"));
 }
 
 Reply challenge(const PageRequest& page) {
@@ -142,7 +142,7 @@ Reply issuerPage(World& world, const httplib::Request& request) {
             if (!path.starts_with(page.name)) continue;
             const auto enrolment = world.enrolments.find(std::string(path.substr(page.name.size())));
             if (enrolment == world.enrolments.end() || enrolment->second.ended)
-                throw Refusal(404, "This page is over.");
+                throw Refusal(404, "This page has ended.");
             return page.reply({world, request, enrolment->second});
         }
         throw Refusal(404, "There is no such page.");

@@ -12,7 +12,7 @@ namespace kavio::sandbox {
 /// What precedes the paths of the card issuer's pages.
 inline constexpr std::string_view issuerPath = "/acs/";
 
-/// "z2" of a page that ended well.
+/// The "z2" of a page that ended successfully.
 inline constexpr std::string_view pageSucceeded = "0";
 
 std::string fingerprintUrl(const std::string& id);

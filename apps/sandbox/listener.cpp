@@ -6,26 +6,26 @@
 namespace kavio::sandbox {
 namespace {
 
-constexpr int workers = 48;  // an idle connection holds one, and so does a request that a fault holds up
+constexpr int workers = 48;  // an idle connection takes one, and so does a request delayed by a fault
 constexpr std::size_t bodyLimit = 1 << 20;
 
-/// The HTTP server takes a POST or PUT without a length for one whose body ends with the connection. To HTTP/1.1 it is
-/// a request without a body.
+/// The HTTP server assumes that the body of a POST or PUT without a length ends with the connection. In HTTP/1.1 such a
+/// request has no body.
 httplib::Server::HandlerResponse noLengthIsNoBody(const httplib::Request& request, httplib::Response& /*response*/) {
     if (!request.has_header("Content-Length") && !request.has_header("Transfer-Encoding"))
         const_cast<httplib::Request&>(request).headers.emplace("Content-Length", "0");
     return httplib::Server::HandlerResponse::Unhandled;
 }
 
-/// The HTTP server's own choice would share a port with another sandbox, which then gets half of the connections.
+/// The HTTP server's default would share a port with another sandbox, which would then get half of the connections.
 void refuseTakenPorts(socket_t socket) {
-    const int on = 1;  // but not those of connections that have only just ended
+    const int on = 1;  // ports of connections that have only just ended are not taken
     setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
 }
 
 }  // namespace
 
-/// Lives as long as the TLS object of its connection, which the HTTP server frees before it closes the socket.
+/// Lives as long as its connection's TLS object, which the HTTP server frees before closing the socket.
 struct Connections::Entry {
     Connections& connections;
     int socket;
@@ -88,7 +88,7 @@ Listener::Listener(const Identity* identity, std::uint16_t port, Handler handler
 std::unique_ptr<httplib::Server> Listener::makeServer(const Identity* identity) {
     if (identity == nullptr) {
         auto plain = std::make_unique<httplib::Server>();
-        plain->set_keep_alive_max_count(1);  // leaves no idle connection that a stop would wait for
+        plain->set_keep_alive_max_count(1);  // so that no idle connection keeps a stop waiting
         return plain;
     }
     auto secure = std::make_unique<httplib::SSLServer>(identity->certificate.get(), identity->key.get());

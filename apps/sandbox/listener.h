@@ -14,11 +14,11 @@
 
 namespace kavio::sandbox {
 
-/// The open TLS connections, so that a stop need not wait for those that are idle.
+/// The open TLS connections, so that stopping does not have to wait for idle ones.
 class Connections {
 public:
     void watch(SSL_CTX* context);
-    /// Closes those that are open and every later one.
+    /// Closes all open connections, and every later one.
     void close();
 
 private:
@@ -32,22 +32,22 @@ private:
     bool mClosed = false;
 };
 
-/// A listening socket on 127.0.0.1 and the threads behind it. Every request of every method goes to the one handler,
-/// from the first moment on: also before the constructor has returned.
+/// A listening socket on 127.0.0.1 and the threads behind it. Every request, whatever its method, goes to the one
+/// handler, possibly even before the constructor has returned.
 class Listener {
 public:
     using Handler = std::function<void(Listener&, const httplib::Request&, httplib::Response&)>;
 
-    /// Over TLS with an identity, plain without one. Throws when the port cannot be had.
+    /// Over TLS with an identity, plain without one. Throws if the port is not available.
     Listener(const Identity* identity, std::uint16_t port, Handler handler);
     ~Listener();
     Listener(const Listener&) = delete;
     Listener& operator=(const Listener&) = delete;
 
     std::uint16_t port() const { return mPort; }
-    /// Holds the calling handler up. False when a stop has ended that early: its reply is not due then.
+    /// Delays the calling handler. False if stopping has cut the delay short: then no reply is due.
     bool pause(std::chrono::milliseconds time);
-    /// Closes the connection of a request that has come over TLS; whatever reply its handler makes is lost.
+    /// Closes the connection of a request that came over TLS, so that its handler's reply is lost.
     static void drop(const httplib::Request& request);
 
 private:

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::int64_t mostMachines = 500;
 
-/// Metres along the surface of the earth.
+/// Metres along the surface of the Earth.
 double distanceBetween(double latitude1, double longitude1, double latitude2, double longitude2) {
     constexpr double earthRadius = 6'371'000, radian = std::numbers::pi / 180;
     const double north = std::sin((latitude2 - latitude1) * radian / 2);
@@ -20,7 +20,7 @@ double distanceBetween(double latitude1, double longitude1, double latitude2, do
     return 2 * earthRadius * std::asin(std::sqrt(h));
 }
 
-/// The machine's number follows the last "/" of a scanned text; a query may come after it.
+/// In a scanned text, the machine's number follows the last "/" and may be followed by a query.
 std::int64_t scannedNumber(std::string_view text) {
     text = text.substr(0, text.find('?'));
     return numberFrom(text.substr(text.rfind('/') + 1));
@@ -37,7 +37,7 @@ bool isWanted(const Machine& machine, const nlohmann::json& in, const Account& a
         differs("machineType", machine.type) || differs("country", machine.city->country.code) ||
         differs("operatorId", machine.owner->id) || differs("uni_qr_number", std::to_string(machine.qrNumber)))
         return false;
-    // A link without a serial number asks for an empty one.
+    // A link without a serial number arrives as a search for an empty one.
     if (!in.value("hwSerial", "").empty() && in["hwSerial"] != machine.serial) return false;
     if (in.contains("uni_qr_scan") && scannedNumber(in["uni_qr_scan"].get<std::string>()) != machine.kavioId)
         return false;
@@ -118,7 +118,8 @@ nlohmann::json machineReply(const Machine& machine, const Account& account) {
 }
 
 void checkPosition(const nlohmann::json& in) {
-    if (in.contains("latitude") != in.contains("longitude")) throw Refusal(400, "latitude and longitude go together");
+    if (in.contains("latitude") != in.contains("longitude"))
+        throw Refusal(400, "latitude and longitude must be given together");
     if (std::abs(in.value("latitude", 0.0)) > 90) throw Refusal(400, "latitude must be -90 to 90");
     if (std::abs(in.value("longitude", 0.0)) > 180) throw Refusal(400, "longitude must be -180 to 180");
     if (in.value("distance", std::int64_t{0}) < 0) throw Refusal(400, "distance must not be negative");
@@ -126,7 +127,7 @@ void checkPosition(const nlohmann::json& in) {
 
 nlohmann::json byValue(Call& call) {
     const auto& in = call.in;
-    if (in.empty()) throw Refusal(400, "nothing to look for");
+    if (in.empty()) throw Refusal(400, "there is nothing to look for");
     checkPosition(in);
     const auto limit = in.value("limit", mostMachines);
     if (limit < 1 || limit > mostMachines) throw Refusal(400, fmt::format("limit must be 1 to {}", mostMachines));
@@ -188,7 +189,7 @@ nlohmann::json products(Call& call) {
     const auto machine = std::find_if(machines().begin(), machines().end(), [&](const Machine& candidate) {
         return std::to_string(candidate.id) == call.captured.front();
     });
-    if (machine == machines().end()) throw Refusal(404, "no machine has this identifier");
+    if (machine == machines().end()) throw Refusal(404, "there is no machine with this identifier");
     auto reply = nlohmann::json::array();
     for (const auto& product : productsOf(*machine)) reply.push_back(productReply(*machine, product));
     return reply;

@@ -35,12 +35,12 @@ int run(int argc, char** argv) {
     Sandbox::Options options;
     bool json = false;
     std::int64_t orderStep = options.orderStep.count();
-    app.add_option("--port", options.port, "Port on 127.0.0.1; a free one by default");
+    app.add_option("--port", options.port, "Port on 127.0.0.1 (default: any free port)");
     app.add_option("--issuer-port", options.issuerPort,
-                   "Serve the issuer's pages over plain HTTP, too; 0: a free port");
-    app.add_option("--authority", options.authorityFile, "File for the authority's certificate (PEM)");
-    app.add_option("--api-key", options.apiKey, "The only API key accepted; any by default");
-    app.add_option("--code", options.code, "One-time code of every login")->capture_default_str();
+                   "Also serve the issuer's pages over plain HTTP (0: any free port)");
+    app.add_option("--authority", options.authorityFile, "File to write the authority's certificate (PEM) to");
+    app.add_option("--api-key", options.apiKey, "The only API key accepted (default: any)");
+    app.add_option("--code", options.code, "One-time code for every login")->capture_default_str();
     app.add_option("--order-step-ms", orderStep, "How long an order stays in each status, at most a day")
         ->transform(wholeNumber(0, 86'400'000))
         ->capture_default_str();
@@ -52,7 +52,7 @@ int run(int argc, char** argv) {
         print(json ? nlohmann::json{{"event", "message"}, {"text", line}}.dump() : line);
     };
 
-    // Blocked before the service starts its threads, so that only the wait below takes them.
+    // Blocked before the service starts its threads, so that only the wait below receives them.
     sigset_t stops;
     sigemptyset(&stops);
     sigaddset(&stops, SIGINT);

@@ -15,25 +15,25 @@ namespace kavio::sandbox {
 struct Options {
     /// Port of the HTTPS service on 127.0.0.1; 0 for a free one.
     std::uint16_t port = 0;
-    /// Port of the issuer's pages over plain HTTP, for a web view that does not know our authority; 0 for a free one,
-    /// nothing for pages over HTTPS only.
+    /// Port of the issuer's pages over plain HTTP, for a web view that does not trust our authority; 0 for a free one,
+    /// absent for pages over HTTPS only.
     std::optional<std::uint16_t> issuerPort{};
-    /// Where the authority's PEM goes; empty for a file of the sandbox's own, removed at its end.
+    /// File for the authority's PEM; empty for a temporary file, removed at the end.
     std::filesystem::path authorityFile{};
     /// The only API key accepted; empty for any.
     std::string apiKey{};
-    /// The one-time code of every login, unless `setCode` says otherwise for a number.
+    /// The one-time code for every login, unless `setCode` sets another one for a number.
     std::string code = "123456";
     /// How long an order stays in each of its statuses.
     std::chrono::milliseconds orderStep{1000};
     std::chrono::seconds tokenLifetime{std::chrono::hours{24}};
-    /// How far a reply of "/time" lets the client's time sample reach.
+    /// How long a client may use the time sample in a reply of "/time".
     std::chrono::seconds sampleLifetime{std::chrono::hours{1}};
-    /// How far a signature's time may be from the service's clock, on either side.
+    /// How far a signature's time may be from the service's clock, in either direction.
     std::chrono::seconds signatureWindow{std::chrono::minutes{5}};
-    /// The clock behind everything but certificates and the delays of faults. Called on the service's threads.
+    /// The clock for everything except certificates and the delays of faults. Called on the service's threads.
     std::function<TimePoint()> clock = std::chrono::system_clock::now;
-    /// Receives "code for +49 151234567 is 123456", as the phone would. Called on the service's threads.
+    /// Receives what the phone would: "code for +49 151234567 is 123456". Called on the service's threads.
     std::function<void(const std::string&)> message{};
 };
 

@@ -28,7 +28,7 @@ SourceNames namesOf(Source source) {
     return {};
 }
 
-/// Checks the wanted products against the machine and gives what they cost together.
+/// Checks the products against what the machine offers, and returns their total cost.
 std::int64_t costOf(const nlohmann::json& wanted, const Machine& machine) {
     const auto offered = productsOf(machine);
     std::int64_t cost = 0;
@@ -38,13 +38,14 @@ std::int64_t costOf(const nlohmann::json& wanted, const Machine& machine) {
         if (quantity < 1 || quantity > 100) throw Refusal(400, "products.quantityValue must be 1 to 100");
         const auto product = std::find_if(offered.begin(), offered.end(),
                                           [&](const Product& p) { return p.code == item.at("productCode"); });
-        if (product == offered.end()) throw Refusal(400, "products.productCode names no product of this machine");
+        if (product == offered.end())
+            throw Refusal(400, "products.productCode does not name a product of this machine");
         cost += quantity * machine.city->country.currency.smallestUnits(product->price);
     }
     return cost;
 }
 
-/// The status in which an order ends: what its money says, else what its machine is known for.
+/// The status in which an order ends: decided by its payment first, then by its machine.
 std::string endingOf(Account& account, const Order& order) {
     if (order.source != Source::creditCard) {
         auto available = account.balanceBehind(order);
@@ -69,13 +70,13 @@ std::vector<std::string> courseTo(const std::string& ending) {
 void chooseInstrument(Order& order, Account& account, const nlohmann::json& in) {
     if (in.contains("tokenLocator")) {
         const auto* card = account.card(in["tokenLocator"]);
-        if (card == nullptr) throw Refusal(400, "tokenLocator names no card of this account");
+        if (card == nullptr) throw Refusal(400, "tokenLocator does not name a card of this account");
         order.source = Source::creditCard;
         order.instrument = card->locator;
         order.label = card->label;
     } else if (in.contains("prepaidCardId")) {
         const auto* card = account.prepaid(in["prepaidCardId"]);
-        if (card == nullptr) throw Refusal(400, "prepaidCardId names no card of this account");
+        if (card == nullptr) throw Refusal(400, "prepaidCardId does not name a card of this account");
         order.source = Source::prepaid;
         order.instrument = std::to_string(card->id);
         order.label = card->number;
@@ -126,7 +127,7 @@ nlohmann::json orderReply(const World& world, const Order& order, bool statusOnl
 
 nlohmann::json purchase(Call& call) {
     const auto* machine = machineByKavioId(numberFrom(call.captured.front()));
-    if (machine == nullptr) throw Refusal(404, "no machine has this number");
+    if (machine == nullptr) throw Refusal(404, "there is no machine with this number");
     const auto& products = call.in.at("products");
     const auto cost = costOf(products, *machine);
 
@@ -159,11 +160,11 @@ nlohmann::json readOrder(Call& call) {
     const auto order = std::find_if(orders.begin(), orders.end(), [&](const Order& candidate) {
         return std::to_string(candidate.id) == call.captured.front();
     });
-    if (order == orders.end()) throw Refusal(404, "no order has this number");
+    if (order == orders.end()) throw Refusal(404, "there is no order with this number");
     return orderReply(call.world, *order, call.in.at("statusOnly").get<bool>());
 }
 
-/// What an activity, which always has both balances, says while it has none.
+/// An activity always carries both balances; this stands for one that is not known yet.
 constexpr std::int64_t noBalance = -1;
 
 nlohmann::json activityReply(const World& world, const Order& order) {

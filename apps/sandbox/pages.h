@@ -4,13 +4,13 @@
 
 namespace kavio::sandbox {
 
-/// A document without anything to see that reports the device and goes to `end`.
+/// A document with nothing to see, which reports the device and then navigates to `end`.
 std::string fingerprintHtml(const std::string& end);
 
-/// The page that asks for the code. `hint` says what was wrong before; with `answer` the page answers itself.
+/// The page that asks for the code. `hint` says what was wrong last time; with an `answer` the page answers itself.
 std::string challengeHtml(const std::string& lastDigits, const std::string& hint, const std::string& answer);
 
-/// A page that goes on for ever.
+/// A page that never ends.
 std::string waitingHtml();
 
 /// A page that leaves the rest to a frame.

@@ -27,7 +27,7 @@ nlohmann::json removeCard(Call& call) {
     auto& cards = call.account->cards;
     const auto removed = std::remove_if(cards.begin(), cards.end(),
                                         [&](const StoredCard& c) { return c.locator == call.captured.front(); });
-    if (removed == cards.end()) throw Refusal(404, "no card has this locator");
+    if (removed == cards.end()) throw Refusal(404, "there is no card with this locator");
     cards.erase(removed, cards.end());
     return {{"ok", true}};
 }
@@ -59,7 +59,7 @@ nlohmann::json deposit(Call& call, OrderType type, std::int64_t& balance, const 
     const auto& locator = call.in.at("paymentCardLocator");
     checkParameters(locator, {{Kind::text, {"locator"}}}, "paymentCardLocator");
     const auto* charged = account.card(locator["locator"]);
-    if (charged == nullptr) throw Refusal(400, "paymentCardLocator.locator names no card of this account");
+    if (charged == nullptr) throw Refusal(400, "paymentCardLocator.locator does not name a card of this account");
     if (call.in.at("currency") != account.currency->code)
         throw Refusal(400, fmt::format("currency must be {}", account.currency->code));
     const auto amount = call.in.at("amount").get<std::int64_t>();
@@ -99,7 +99,7 @@ nlohmann::json walletDeposit(Call& call) {
 
 nlohmann::json prepaidDeposit(Call& call) {
     auto* card = call.account->prepaid(call.captured.front());
-    if (card == nullptr) throw Refusal(404, "no prepaid card has this identifier");
+    if (card == nullptr) throw Refusal(404, "there is no prepaid card with this identifier");
     return deposit(call, OrderType::prepaidDeposit, card->balance, card->number);
 }
 

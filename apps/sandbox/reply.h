@@ -17,12 +17,12 @@ struct Reply {
     std::chrono::milliseconds delay{0};
 };
 
-/// What a request brought that is no UTF-8 has U+FFFD in its place.
+/// Anything that is not UTF-8, which can only come from the request, is replaced by U+FFFD.
 inline Reply jsonReply(const nlohmann::json& body, int status = 200) {
     return {.status = status, .body = body.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)};
 }
 
-/// Thrown where a request turns out wrong, caught where handlers are called; becomes {"message": what()}.
+/// Thrown where a request turns out to be wrong, and turned into {"message": what()} where handlers are called.
 struct Refusal : std::runtime_error {
     Refusal(int code, const std::string& message) : std::runtime_error(message), status(code) {}
     int status;

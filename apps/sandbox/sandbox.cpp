@@ -30,7 +30,7 @@ const std::vector<std::string> serverNames{"api.kavio.example",
                                            "localhost",
                                            "127.0.0.1"};
 
-/// The file with the authority's certificate; removed at the end when its name was not given.
+/// The file with the authority's certificate; removed at the end if its name was not given.
 class AuthorityFile {
 public:
     AuthorityFile(std::filesystem::path path, const std::string& pem) : mPath(std::move(path)), mOwned(mPath.empty()) {
@@ -75,7 +75,7 @@ void send(const Reply& reply, httplib::Response& response) {
     if (!response.content_provider_) response.set_content(reply.body, reply.type);
 }
 
-/// Announces more than the body's first bytes and then fails, so that the server closes the connection.
+/// Announces more bytes than it sends and then fails, so that the server closes the connection.
 void cut(httplib::Response& response, std::string body, std::size_t after, const std::string& type) {
     body.resize(std::min(after, body.size()));
     const auto announced = body.size() + 1;
@@ -97,10 +97,10 @@ struct Sandbox::Parts {
 
     void listen();
     void serve(Listener& from, const httplib::Request& request, httplib::Response& response);
-    /// Pages only: the API never goes over plain HTTP.
+    /// Only for pages: the API is never served over plain HTTP.
     void serveIssuerPage(Listener& from, const httplib::Request& request, httplib::Response& response);
     void record(const httplib::Request& request);
-    /// What `work` does to the world and to the requests, which every thread shares.
+    /// Does work on the world and the requests, which all threads share.
     template <class Work>
     auto locked(Work work) {
         const std::lock_guard lock(mutex);
@@ -123,7 +123,7 @@ struct Sandbox::Parts {
     std::optional<Listener> issuerListener;
 };
 
-// Not in the constructor: a request may come at once, and the control endpoints use the whole sandbox.
+// Not in the constructor: a request may arrive immediately, and the control endpoints use the whole sandbox.
 void Sandbox::Parts::listen() {
     if (world.options.issuerPort) {
         issuerListener.emplace(
@@ -133,7 +133,7 @@ void Sandbox::Parts::listen() {
     listener.emplace(&identity, world.options.port,
                      [this](auto& from, const auto& request, auto& response) { serve(from, request, response); });
     const std::lock_guard lock(mutex);
-    // Not 127.0.0.1: to the library an address that begins so is the end of a page.
+    // Not 127.0.0.1: the library takes an address that begins like that for the end of a page.
     world.challengeBase = issuerListener ? fmt::format("http://localhost:{}", issuerListener->port())
                                          : fmt::format("https://localhost:{}", listener->port());
 }

@@ -11,15 +11,15 @@
 
 namespace kavio::sandbox {
 
-/// A local stand-in for the payment service, over HTTPS on 127.0.0.1, with state of its own and sample data.
+/// A local stand-in for the payment service, over HTTPS on 127.0.0.1, with its own state and sample data.
 /// Every function may be called on any thread.
 class Sandbox final : public Steering {
 public:
     using Options = sandbox::Options;
 
-    /// Listens when it returns; throws std::runtime_error when it cannot.
+    /// Is listening once it has returned; throws std::runtime_error if it cannot.
     explicit Sandbox(Options options = {});
-    /// Closes every connection, also those that a fault holds up.
+    /// Closes every connection, including those that a fault is delaying.
     ~Sandbox() override;
     Sandbox(const Sandbox&) = delete;
     Sandbox& operator=(const Sandbox&) = delete;

@@ -10,7 +10,7 @@
 namespace kavio::sandbox {
 namespace {
 
-/// The segments that stand for the stars; nothing when the path does not match.
+/// The segments that match the stars; absent when the path does not match.
 std::optional<std::vector<std::string>> match(std::string_view pattern, std::string_view path) {
     std::vector<std::string> captured;
     for (const char expected : pattern) {
@@ -36,7 +36,7 @@ void requireSignature(const httplib::Request& request, const World& world) {
     const auto signature = request.get_header_value("X-Zelto-Sign");
     if (signature.empty()) throw Refusal(417, "X-Zelto-Sign is missing");
     const auto url = signedUrl(request);
-    // Who asks for the time may have a clock that starts in 1970, and still signs by it.
+    // A client that asks for the time may have a clock that starts in 1970, and signs by it.
     const bool asksForTime = request.path == std::string(basePath) + "/time";
     const std::chrono::hours reach{asksForTime ? 24 * 366 * 60 : 24};
     switch (checkSignature(signature, url, request.body, world.now(), world.options.signatureWindow, reach)) {
@@ -67,7 +67,7 @@ Reply Service::handle(const httplib::Request& request) {
 }
 
 Reply Service::dispatch(const httplib::Request& request) {
-    if (!request.path.starts_with(basePath)) throw Refusal(404, "nothing here: " + request.path);
+    if (!request.path.starts_with(basePath)) throw Refusal(404, "there is nothing at " + request.path);
     const auto path = std::string_view(request.path).substr(basePath.size());
     bool pathKnown = false;
     for (const auto& route : mRoutes) {
@@ -81,13 +81,13 @@ Reply Service::dispatch(const httplib::Request& request) {
                   request.get_header_value("X-Zelto-Wallet-Session-Token")};
         if (route.access == Access::session) {
             call.account = mWorld.accountOf(call.token);
-            if (call.account == nullptr) throw Refusal(401, "the session token is not valid, or not valid any more");
+            if (call.account == nullptr) throw Refusal(401, "the session token is invalid or has expired");
         }
         call.in = parametersOf(request, route);
         return jsonReply(route.handle(call));
     }
     if (pathKnown) throw Refusal(405, request.method + " is not allowed here");
-    throw Refusal(404, "nothing here: " + request.path);
+    throw Refusal(404, "there is nothing at " + request.path);
 }
 
 void Service::checkHeaders(const httplib::Request& request) const {
@@ -102,7 +102,7 @@ void Service::checkHeaders(const httplib::Request& request) const {
 
 nlohmann::json Service::parametersOf(const httplib::Request& request, const Route& route) const {
     const bool inBody = request.method == "POST";
-    if (!inBody && !request.body.empty()) throw Refusal(400, "this request has no body");
+    if (!inBody && !request.body.empty()) throw Refusal(400, "this request must not have a body");
     auto parameters = inBody ? nlohmann::json::parse(request.body, nullptr, false)
                              : queryParameters(request.params, route.parameters);
     checkParameters(parameters, route.parameters);

@@ -15,7 +15,7 @@ namespace kavio::sandbox {
 struct Call {
     World& world;
     nlohmann::json in;                  // the parameters, of the kinds that the route declares
-    std::vector<std::string> captured;  // what stands for each "*" of the route's path
+    std::vector<std::string> captured;  // the path's segments for each "*" of the route
     Account* account = nullptr;         // null on routes without a session
     std::string token;
 };
@@ -38,7 +38,7 @@ Routes orderRoutes();
 Routes paymentRoutes();
 Routes tdSecureRoutes();
 
-/// A campaign's look as machines, orders and transactions carry it.
+/// A campaign's look, as it appears in machines, orders and transactions.
 nlohmann::json lookAndFeelReply(const Campaign& campaign);
 
 /// The service's API: finds the route, checks headers, signature, session and parameters, and calls the handler.
@@ -56,10 +56,10 @@ private:
     const Routes mRoutes;
 };
 
-/// What precedes every path of the API.
+/// The start of every path of the API.
 inline constexpr std::string_view basePath = "/v1";
 
-/// Throws a Refusal (417) unless the signature is that of the request's URL, body and time.
+/// Throws a Refusal (417) unless the signature matches the request's URL, body and time.
 void requireSignature(const httplib::Request& request, const World& world);
 
 }  // namespace kavio::sandbox

@@ -57,7 +57,7 @@ nlohmann::json verify(Call& call) {
     if (country.size() != 2) throw Refusal(400, "country must be a country code of two letters");
     const auto found = call.world.challenges.find(call.in.at("challenge").get<std::string>());
     if (found == call.world.challenges.end() || found->second.expires <= call.world.pace())
-        throw Refusal(400, "challenge is not valid, or not valid any more");
+        throw Refusal(400, "challenge is invalid or has expired");
 
     auto& expected = found->second;
     if (expected.number != phone.full()) throw Refusal(400, "phoneNumber is not the one that the challenge is for");

@@ -18,7 +18,7 @@ constexpr std::size_t digestSize = 20;
 constexpr int signedCharacters = 32;
 
 std::string sha1(std::string_view bytes) {
-    // Fetched once: a time request may try many thousands of hours.
+    // Fetched once, because checking a time request may try thousands of hours.
     static const auto* const algorithm = EVP_MD_fetch(nullptr, "SHA1", nullptr);
     std::array<unsigned char, digestSize> digest{};
     EVP_Digest(bytes.data(), bytes.size(), digest.data(), nullptr, algorithm, nullptr);
@@ -59,7 +59,7 @@ bool isUtf8(std::string_view text) {
     return true;
 }
 
-/// The first 32 characters as a person counts them: a letter with its accents is one.
+/// The first 32 characters as a person counts them: a letter and its accents are one.
 std::string signedPart(std::string_view body) {
     if (!isUtf8(body)) return {};
     const auto text = icu::UnicodeString::fromUTF8(icu::StringPiece(body.data(), std::int32_t(body.size())));
@@ -72,7 +72,7 @@ std::string signedPart(std::string_view body) {
     return text.tempSubStringBetween(0, end == icu::BreakIterator::DONE ? text.length() : end).toUTF8String(part);
 }
 
-/// What of a signature does not depend on the time.
+/// The part of a signature that does not depend on the time.
 class Signer {
 public:
     Signer(std::string url, std::string_view body)
@@ -111,7 +111,7 @@ SignatureCheck checkSignature(const std::string& signature, const std::string& u
     };
 
     const TimePoint nearest = floor<hours>(now) + inHour;
-    // The first character comes from the URL alone; a wrong URL need not wait for every hour.
+    // The first character depends on the URL alone, so a wrong URL does not need a try for every hour.
     if (signer.at(timeStamp(nearest)).front() != signature.front()) return SignatureCheck::wrong;
     for (hours distance{0}; distance <= reach; ++distance) {
         if (fits(nearest - distance)) return judged(nearest - distance);

@@ -8,7 +8,7 @@
 
 namespace kavio::sandbox {
 
-/// The signature of a request: `url` as the client forms it, `stamp` as 14 digits "yyyyMMddHHmmss" in UTC.
+/// The signature of a request, with `url` as the client writes it and `stamp` as made by `timeStamp`.
 std::string sign(std::string url, std::string_view body, std::string_view stamp);
 
 /// 14 digits "yyyyMMddHHmmss" in UTC.
@@ -16,8 +16,8 @@ std::string timeStamp(TimePoint time);
 
 enum class SignatureCheck { valid, stale, wrong };
 
-/// Of the time only minutes and seconds stand in the signature, so the hours around `now` are tried, nearest first and
-/// up to `reach` away. One that fits is valid within `window` of `now` and stale beyond it.
+/// A signature shows only the minutes and seconds of its time, so the hours around `now` are tried, nearest first and
+/// up to `reach` away. A time that fits is valid within `window` of `now` and stale beyond it.
 SignatureCheck checkSignature(const std::string& signature, const std::string& url, std::string_view body,
                               TimePoint now, std::chrono::seconds window, std::chrono::hours reach);
 

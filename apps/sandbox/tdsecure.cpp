@@ -8,7 +8,7 @@ namespace {
 
 constexpr const char* loopback = "http://127.0.0.1";
 
-// What a reply says it is. The members beside it must not contradict it.
+// The kind that a reply claims to be. Its other members must not contradict it.
 enum class AddKind { frictionless = 1, fingerprint = 2, challenge = 3, error = 4 };
 enum class LocatorKind { locator = 1, challenge = 2, error = 3, notReady = 4 };
 
@@ -91,11 +91,11 @@ nlohmann::json addCard(Call& call) {
     return nullptr;
 }
 
-/// The enrolment that a request to finish it is about, if everything that came back is what its page handed out.
+/// The enrolment that the request wants to finish. Everything in it must be what its page handed out.
 Enrolment& enrolmentFor(Call& call) {
     const auto found = call.world.enrolments.find(call.in.value("transaction", ""));
     if (found == call.world.enrolments.end() || found->second.accountNumber != call.account->number)
-        throw Refusal(400, "transaction names no card that is being added");
+        throw Refusal(400, "transaction does not name a card that is being added");
     auto& enrolment = found->second;
     if (cardFrom(call.in.at("card"), call.world.now()) != enrolment.card)
         throw Refusal(400, "card is not the one that is being added");

@@ -16,7 +16,7 @@
 
 namespace kavio::sandbox {
 
-/// Of one purchase or deposit, in the currency's smallest unit.
+/// The largest purchase or deposit, in the currency's smallest unit.
 constexpr std::int64_t mostAmount = 100'000'000;
 
 struct PrepaidCard {
@@ -43,15 +43,15 @@ struct Order {
     std::int64_t amount = 0;
     std::string currency;
     Source source = Source::balance;
-    std::string instrument;  // the payment method's identifier as clients know it
+    std::string instrument;  // the payment method's identifier, as clients know it
     std::string label;
     nlohmann::json items = nlohmann::json::array();
     std::vector<std::string> course;  // the statuses it goes through
     TimePoint placed;                 // by the clock that moves it on
-    TimePoint created;                // by the service's clock, which tests may set years off
+    TimePoint created;                // by the service's clock, which tests may shift by years
     bool settled = false;
     std::int64_t startingBalance = 0;
-    std::optional<std::int64_t> endingBalance;  // once it is settled, if it is paid from one in its own currency
+    std::optional<std::int64_t> endingBalance;  // once it is settled, if it was paid from a balance in its own currency
 };
 
 struct Account {
@@ -68,7 +68,7 @@ struct Account {
 
     StoredCard* card(const std::string& locator);
     PrepaidCard* prepaid(const std::string& id);
-    /// The balance that an order paid so moves.
+    /// The balance that the order's payment changes.
     std::int64_t& balanceBehind(const Order& order);
 };
 
@@ -84,7 +84,7 @@ struct Session {
     TimePoint expires;
 };
 
-/// Everything the service remembers. Not locked here: one request at a time works on it.
+/// Everything the service remembers. It has no lock of its own: only one request at a time may use it.
 struct World {
     explicit World(Options theOptions) : options(std::move(theOptions)) {}
 
@@ -98,19 +98,19 @@ struct World {
     std::string challengeBase;                    // scheme and host of the issuer's visible pages
     nlohmann::json purchases = nlohmann::json::array();
 
-    /// The clock that moves orders and lets tokens expire.
+    /// The clock by which orders progress and tokens expire.
     TimePoint pace() const { return options.clock(); }
     /// The clock that clients see.
     TimePoint now() const { return options.clock() + clockOffset; }
 
     std::int64_t nextId() { return ++mLastId; }
-    /// The account of a number, made with a balance, cards and a little history when it is new.
+    /// The account of a number; a new one gets a balance, cards and a little history.
     Account& openAccount(const std::string& countryCode, const std::string& phoneNumber, const std::string& country);
     Account* accountOf(const std::string& token);
     const StoredCard& storeCard(Account& account, const CardData& card);
 
     const std::string& statusOf(const Order& order) const;
-    /// Moves the money of the orders that have come to their end.
+    /// Moves the money of the orders that have ended.
     void settleOrders();
 
 private:

@@ -20,12 +20,12 @@ namespace {
 constexpr auto about = "Pay at unattended vending points from the terminal.";
 
 constexpr auto exitStatuses =
-    "Exit status: 0 done, 1 failed, 2 wrong use, 3 not logged in, 4 no reply, 5 took too long, 6 refused input,\n"
-    "7 the service failed.\n"
+    "Exit status: 0 done, 1 failed, 2 wrong usage, 3 not logged in, 4 no usable reply, 5 took too long,\n"
+    "6 input refused, 7 the service failed.\n"
     "Log in first: kavio-wallet login 49 151234567 --country DE\n"
-    "`kavio-wallet COMMAND --help` explains a command.";
+    "For help on a command: kavio-wallet COMMAND --help";
 
-/// What the command line asks for.
+/// What the user asks for.
 struct CommandLine {
     Options options;
     bool isDriver = false;
@@ -34,29 +34,29 @@ struct CommandLine {
     CLI::App program{about, "kavio-wallet"};
 
     CommandLine() {
-        // A command passes on what it does not know, so that options of the whole program may stand behind it.
+        // A command passes on options that it does not know, so that those of the whole program may follow it.
         program.fallthrough();
         program.set_version_flag("--version", KAVIO_WALLET_VERSION);
         addOptions(program, options);
-        program.add_flag("--jsonl", isDriver, "For programs: operations in, reports out, as JSON lines");
+        program.add_flag("--jsonl", isDriver, "For programs: read operations and write reports as JSON lines");
         for (const auto make :
              {loginCommand, statusCommand, logoutCommand, methodsCommand, addCardCommand, removeCardCommand,
               topUpCommand, machinesCommand, productsCommand, buyCommand, orderCommand, transactionsCommand}) {
             commands.push_back(make(program));
-            commands.back().line->add_flag("--json", isJson, "Write the reports as JSON lines, as --jsonl does");
+            commands.back().line->add_flag("--json", isJson, "Write reports as JSON lines, like --jsonl");
         }
-        program.footer(exitStatuses);  // last: commands would take it over
+        program.footer(exitStatuses);  // last: commands would inherit it
         program.require_subcommand(0, 1);
     }
 
-    /// Null when none was given.
+    /// Null if none was given.
     const Command* command() const {
         const auto chosen = std::ranges::find_if(commands, [](const Command& c) { return c.line->parsed(); });
         return chosen == commands.end() ? nullptr : &*chosen;
     }
 };
 
-/// One line, whatever the sentence quotes.
+/// Writes one line, whatever the sentence quotes.
 void complain(std::string_view sentence) { writeText(stderr, fmt::format("kavio-wallet: {}\n", printable(sentence))); }
 
 std::unique_ptr<Host> makeHost(const CommandLine& line) {
@@ -64,7 +64,7 @@ std::unique_ptr<Host> makeHost(const CommandLine& line) {
     if (line.options.withWindow || (command != nullptr && command->wantsWindow())) {
         std::string reason;
         if (auto host = makeWindowHost(line.options, reason)) return host;
-        // A program learns from the reports that there is no window; a person who asked for one wants to know why.
+        // A program learns from the reports that there is no window; a person who asked for one should be told why.
         if (line.options.withWindow && !line.isDriver) throw Failure(ExitStatus::USAGE, "--window: " + reason);
     }
     return makeTerminalHost(line.options);
@@ -77,7 +77,7 @@ int serve(Host& host, const Options& options) {
     }};
     if (!options.withoutFacade) facades.create("main", options.apiKey, options.environment);
     drive(std::cin, facades);
-    // At once, as when an application quits: work under way is not waited for.
+    // At once, as when an application quits, without waiting for work under way.
     std::_Exit(EXIT_SUCCESS);
 }
 

@@ -26,31 +26,32 @@ Kavio::EnvironmentType required(const std::string& name) {
 }  // namespace
 
 void addOptions(CLI::App& commandLine, Options& options) {
-    // So that a script can append its own options to those of an alias. Commands say themselves which may be repeated.
+    // So that a script can append its own options to those of an alias. Commands decide which of theirs may be
+    // repeated.
     commandLine.option_defaults()->take_last();
     commandLine.add_option("--api-key", options.apiKey, "API key (default: demo-key)")->type_name("KEY");
     commandLine
         .add_option_function<std::string>(
             "--environment", [&options](const std::string& name) { options.environment = required(name); },
-            "Which service: TEST, TESTS or PROD (default: TEST)")
+            "Service to use: TEST, TESTS or PROD (default: TEST)")
         ->type_name("NAME");
     commandLine
         .add_option("--store-dir", options.storeDirectory,
-                    "Folder that keeps the session (default: $XDG_DATA_HOME/kavio)")
+                    "Folder that holds the session (default: $XDG_DATA_HOME/kavio)")
         ->type_name("DIR");
     commandLine.add_option("--kavio-key", options.kavioKey, "The application's \"KavioKey\"")->type_name("TEXT");
     commandLine.add_option("--bundle-version", options.bundleVersion, "The application's \"CFBundleVersion\"")
         ->type_name("TEXT");
-    commandLine.add_option("--connect-to", options.connectTo, "Address that every connection goes to")
+    commandLine.add_option("--connect-to", options.connectTo, "Connect to this address, whatever host a URL names")
         ->type_name("HOST:PORT")
         ->check(checkAddress);
     commandLine
         .add_option("--ca-file", options.certificateAuthorities,
-                    "Certificate authorities to trust, in PEM, instead of the system's")
+                    "PEM file of certificate authorities to trust instead of the system's")
         ->type_name("FILE")
         ->check(CLI::Validator(CLI::ExistingFile).description(""));
-    commandLine.add_flag("--no-facade", options.withoutFacade, "With --jsonl: create no facade at start");
-    commandLine.add_flag("--window", options.withWindow, "Open a window on which 3-D Secure pages can be shown");
+    commandLine.add_flag("--no-facade", options.withoutFacade, "With --jsonl: do not create a facade at start");
+    commandLine.add_flag("--window", options.withWindow, "Open a window for 3-D Secure pages");
     commandLine.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::Throw);
 }
 

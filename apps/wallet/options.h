@@ -8,7 +8,7 @@ class App;
 
 namespace kavio::wallet {
 
-/// Lets the command line fill `options`, which must outlive the parsing.
+/// Makes the command line fill `options`, which must outlive the parsing.
 void addOptions(CLI::App& commandLine, Options& options);
 
 }  // namespace kavio::wallet

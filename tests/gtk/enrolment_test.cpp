@@ -77,7 +77,7 @@ TEST_F(EnrolmentTest, ReportsTheResultOfEachTestCardOnce) {
         {"4000000000001026", success, nullptr},
         {"4000000000001034", success, answer(acceptCode)},
         {"4000000000001042", success, answer(acceptCode)},
-        {"4000000000001042", serverError("error: Cancelled by the card holder"),
+        {"4000000000001042", serverError("error: Cancelled by the cardholder"),
          answer("document.querySelector('[value=cancel]').click()")},
         {"4000000000001059", success, nullptr},
         {"4000000000001067", serverError("error: Declined by the bank"), answer(acceptCode)},

@@ -114,7 +114,7 @@ TEST(Service, RefusesWhatIsNotInOrder) {
               {{"X-Zelto-Wallet-Session-Token", "old"}},
               nullptr,
               401,
-              "the session token is not valid, or not valid any more"},
+              "the session token is invalid or has expired"},
              {get + "colour=red", {}, nullptr, 400, "colour is not a parameter of this request"},
              {"GET account/challenge/", {}, nullptr, 405, "GET is not allowed here"},
              {"POST account/challenge/", {}, json::object(), 400, "countryCode is missing"},
@@ -124,7 +124,7 @@ TEST(Service, RefusesWhatIsNotInOrder) {
              {locators, {}, card("4111111111111112"), 400, "paymentCard.number is wrong"},
              {locators, {}, card("4000000000000002"), 402, "the card was declined"},
              {locators, {}, card("4000000000000002"), 400, "key was used before"},
-             {"DELETE account/locators/none", {}, nullptr, 404, "no card has this locator"},
+             {"DELETE account/locators/none", {}, nullptr, 404, "there is no card with this locator"},
          }) {
         const auto space = c.request.find(' ');
         const auto path = "/v1/" + c.request.substr(space + 1);

@@ -85,7 +85,7 @@ TEST_F(WalletCommands, StoreAndRemoveCards) {
          }) {
         const auto refused = run(command, input);
         EXPECT_EQ(refused.status, 6) << input;
-        EXPECT_THAT(refused.errors, AllOf(HasSubstr("The card was not read"), Not(HasSubstr("4111"))));
+        EXPECT_THAT(refused.errors, AllOf(HasSubstr("The card could not be read"), Not(HasSubstr("4111"))));
     }
     const auto id = storedCard();
     EXPECT_THAT(run("methods").output, HasSubstr("card:" + id));
@@ -98,7 +98,7 @@ TEST_F(WalletCommands, TopUpExactlyWhatIsWritten) {
     const auto card = storedCard();
     const auto balance = [&] { return json("methods").at("paymentMethods").at(0).at("balance").get<std::int64_t>(); };
     const auto before = balance();
-    EXPECT_THAT(run("top-up 19.99 --card " + card).output, StartsWith("19.99 EUR were added to wallet.\n"));
+    EXPECT_THAT(run("top-up 19.99 --card " + card).output, StartsWith("Added 19.99 EUR to wallet.\n"));
     EXPECT_EQ(balance(), before + 1999);
     EXPECT_EQ(run("top-up 19.999 --card " + card).status, 6);
     const auto prepaid = json("methods").at("paymentMethods").rbegin()[1].at("id").get<std::string>();
@@ -189,8 +189,8 @@ TEST_F(WalletCommands, DoNotShowCardNumbersOnATerminal) {
     std::string shown;
     for (const auto& [prompt, answer] : std::vector<std::pair<std::string, std::string>>{
              {"Card number", "4111111111111111\n"},
-             {"Month of expiry (MM)", "12\n"},
-             {"Year of expiry (YYYY)", "2039\n"},
+             {"Expiry month (MM)", "12\n"},
+             {"Expiry year (YYYY)", "2039\n"},
              {"Security code", "987\n"},
              {"E-mail address", "robin@kavio.example\n"},
          }) {

@@ -28,7 +28,8 @@ inline Words words(const std::string& text) {
     std::istringstream stream{text};
     return {std::istream_iterator<std::string>{stream}, {}};
 }
-/// A line of the driver from "isLoggedIn facade=b await=2", where a value that is no JSON is a text; JSON as it is.
+/// A line of the driver from "isLoggedIn facade=b await=2", where a value that is not JSON becomes a text. JSON stays
+/// as it is.
 inline std::string line(const std::string& text) {
     if (text.starts_with('{')) return text;
     Json object;
@@ -58,7 +59,7 @@ struct Outcome {
     std::string output;
     std::string errors;
 
-    /// One JSON object a line; fails the test for anything else.
+    /// One JSON object per line; fails the test for anything else.
     std::vector<Json> events() const {
         std::vector<Json> result;
         std::istringstream lines{output};
@@ -145,7 +146,7 @@ protected:
     Outcome run(const std::string& command, const std::string& input = {}) const {
         return runWallet(options(command), input);
     }
-    /// One line an operation.
+    /// One line per operation.
     Outcome drive(const std::vector<std::string>& lines, const std::string& more = {}) const {
         std::string input;
         for (const auto& text : lines) input += line(text) + '\n';

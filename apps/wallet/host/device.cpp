@@ -18,8 +18,8 @@ LinuxPlatformOptions deviceOptions(const Options& options, std::shared_ptr<MainQ
     device.mainQueue = std::move(mainQueue);
     device.onStoreDamaged = [](const std::filesystem::path& damaged, const std::filesystem::path& setAside) {
         writeText(stderr, fmt::format("kavio-wallet: {} was damaged; {}\n", damaged.string(),
-                                      setAside.empty() ? "it could not be moved, so what you do now may be forgotten"
-                                                       : "it is kept as " + setAside.string()));
+                                      setAside.empty() ? "it could not be moved, so changes made now may be lost"
+                                                       : "it has been kept as " + setAside.string()));
     };
     return device;
 }

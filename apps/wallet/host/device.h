@@ -6,7 +6,7 @@
 
 namespace kavio::wallet {
 
-/// What every kind of host of this program tells the device's platform.
+/// The options that every host of this program passes to the device's platform.
 LinuxPlatformOptions deviceOptions(const Options& options, std::shared_ptr<MainQueue> mainQueue);
 
 }  // namespace kavio::wallet

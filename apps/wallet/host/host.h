@@ -8,19 +8,19 @@
 
 namespace kavio::wallet {
 
-/// The program as the library's host application: the platform that it installs, and the main thread that it waits on.
+/// The program as the library's host application: it installs the platform, and runs the main queue.
 class Host {
 public:
     virtual ~Host() = default;
-    /// Runs the main queue until `done` gives true, which is asked after each piece of work, or until `limit` has
-    /// passed. Gives the last answer of `done`.
+    /// Runs the main queue until `done` returns true, which is asked after each piece of work, or until `limit` has
+    /// passed. Returns the last answer of `done`.
     virtual bool runUntil(const std::function<bool()>& done, std::chrono::milliseconds limit) = 0;
 };
 
 /// Without windows. Must be made on the main thread, before anything else of the library is used.
 std::unique_ptr<Host> makeTerminalHost(const Options& options);
 
-/// With a window that 3-D Secure pages are shown on. Null where there can be none; `reason` then says why.
+/// With a window for 3-D Secure pages. Null if none can be opened; `reason` then says why.
 std::unique_ptr<Host> makeWindowHost(const Options& options, std::string& reason);
 
 }  // namespace kavio::wallet

@@ -8,7 +8,7 @@
 
 namespace kavio::wallet {
 
-/// What the user chose for the whole run: the first facade, and the device that the library finds.
+/// The user's choices for the whole run: the first facade, and the device that the library sees.
 struct Options {
     std::string apiKey = "demo-key";
     Kavio::EnvironmentType environment = Kavio::EnvironmentType::TEST;

@@ -6,10 +6,12 @@
 
 namespace kavio::wallet {
 
-/// Writes one line to standard output at once. Ends the program when nobody can receive it.
+/// Writes one line to standard output at once. Ends the program if that fails, because nobody can read its reports
+/// then.
 void writeLine(const std::string& line);
 
-/// Text for people, written at once. An order is followed to its end even when nobody can read it any more.
+/// Text for people, written at once. Goes on if that fails, because an order must be followed to its end even if nobody
+/// reads it.
 void writeText(std::FILE* file, std::string_view text);
 
 }  // namespace kavio::wallet

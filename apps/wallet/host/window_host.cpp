@@ -44,7 +44,7 @@ private:
         return G_SOURCE_REMOVE;
     }
 
-    // Without a name and of its own: other runs of the program are no concern of this one.
+    // Nameless and not unique, so that it has nothing to do with other runs of the program.
     const std::unique_ptr<GtkApplication, Unref> mApplication{gtk_application_new(nullptr, G_APPLICATION_NON_UNIQUE)};
 };
 

@@ -18,8 +18,8 @@ std::vector<std::string> ownArguments() {
 
 }  // namespace
 
-// Windows need libraries that take longer to load than most commands to run. They are linked to a program of their own
-// beside this one, which takes over here.
+// Windows need libraries that take longer to load than most commands take to run. They are linked into a separate
+// program next to this one, which takes over here.
 std::unique_ptr<Host> makeWindowHost(const Options&, std::string& reason) {
     std::error_code unknown;
     const auto program = std::filesystem::read_symlink("/proc/self/exe", unknown).parent_path() / "kavio-wallet-window";
@@ -29,7 +29,7 @@ std::unique_ptr<Host> makeWindowHost(const Options&, std::string& reason) {
     for (auto& argument : arguments) pointers.push_back(argument.data());
     pointers.push_back(nullptr);
     execv(program.c_str(), pointers.data());
-    reason = "this kavio-wallet has no windows: " + program.string() + " is missing";
+    reason = "this kavio-wallet cannot open windows: " + program.string() + " is missing";
     return nullptr;
 }
 

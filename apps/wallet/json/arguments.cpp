@@ -12,7 +12,7 @@ namespace kavio::wallet {
 
 namespace {
 
-/// Deeper than any line that an operation takes, and far from what could exhaust the stack.
+/// Deeper than any operation needs, and far from what could exhaust the stack.
 constexpr int maximumDepth = 32;
 
 std::string_view kindOf(const Input& json) {
@@ -56,15 +56,15 @@ Input parseLine(std::string_view line) {
         if (depth > maximumDepth) throw Refused("the line is nested too deeply");
         return true;
     };
-    // To the JSON library it ends the text, and what follows would go unseen.
-    if (line.find('\0') != std::string_view::npos) throw Refused("the line is not a JSON object: it holds a NUL");
+    // The JSON library would stop there and ignore the rest.
+    if (line.find('\0') != std::string_view::npos) throw Refused("the line is not a JSON object: it contains a NUL");
     try {
         auto json = Input::parse(line, refuseDepth);
         if (json.is_object()) return json;
     } catch (const Input::parse_error& problem) {
         throw Refused(fmt::format("the line is not a JSON object: it is malformed at byte {}", problem.byte));
     } catch (const Input::exception&) {
-        throw Refused("the line holds a number that is out of range");
+        throw Refused("the line contains a number that is out of range");
     }
     throw Refused("the line is not a JSON object");
 }
@@ -88,7 +88,7 @@ void read(const Value& value, std::int64_t& result) {
         json.is_number_float()
             ? number >= -limit && number < limit && number == static_cast<double>(static_cast<std::int64_t>(number))
             : !json.is_number_unsigned() || std::in_range<std::int64_t>(json.get<std::uint64_t>());
-    if (!fits) throw Refused(fmt::format("\"{}\" must be an integer of 64 bits", value.path));
+    if (!fits) throw Refused(fmt::format("\"{}\" must be a 64-bit integer", value.path));
     result = json.get<std::int64_t>();
 }
 
@@ -127,8 +127,7 @@ void read(const Value& value, PaymentMethod::PaymentType& result) {
     result = *type;
 }
 
-// The objects are built in braces: those, unlike parentheses, evaluate in order, so the first bad member is the one
-// named.
+// The objects are built in braces, which evaluate in order, unlike parentheses: so the first bad member is reported.
 
 void read(const Value& value, TDSPaymentCard& result) {
     const Arguments in{value};

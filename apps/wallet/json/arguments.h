@@ -15,12 +15,13 @@ namespace kavio::wallet {
 
 using Input = nlohmann::json;
 
-/// Why a line is not carried out. The text says where and what, but no value of the line: that may be a card's.
+/// Why a line is refused. The text says what is wrong and where, but quotes no value of the line: that could be a
+/// card's.
 struct Refused : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// A JSON value of a line, and where in the line it stands.
+/// A JSON value in a line, and its path.
 struct Value {
     const Input& json;
     std::string path;
@@ -46,7 +47,7 @@ public:
         if (isAbsent(name)) return std::nullopt;
         return required<T>(name);
     }
-    /// As it stands, null too; throws `Refused` when there is no such member.
+    /// The member as it is, even if it is null; throws `Refused` if there is none.
     Value member(std::string_view name) const;
 
 private:
@@ -57,13 +58,13 @@ private:
     Value mObject;
 };
 
-/// The object that a line holds; throws `Refused` for any other text.
+/// The object in a line; throws `Refused` for any other text.
 Input parseLine(std::string_view line);
 
-// One reader per type; each throws `Refused` for a value that it cannot take.
+// One reader per type; each throws `Refused` for a value that it cannot accept.
 void read(const Value& value, bool& result);
 void read(const Value& value, double& result);
-/// Any number with an integral value, however it is spelled.
+/// Any number with an integral value, however it is written.
 void read(const Value& value, std::int64_t& result);
 /// The same, but not negative.
 void read(const Value& value, std::uint64_t& result);

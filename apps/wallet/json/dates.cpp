@@ -31,7 +31,7 @@ std::optional<Date> dateFromIso(std::string_view text) {
     if (std::sscanf(form.c_str(), "%4d-%2d-%2dT%2d:%2d:%2d.%3dZ", &y, &mon, &d, &h, &min, &s, &ms) != 7)
         return std::nullopt;
     const Date date = sys_days{year{y} / mon / d} + hours{h} + minutes{min} + seconds{s} + milliseconds{ms};
-    // Only the very form that we write, and only days and times that exist: any other comes out as another text.
+    // Accepts only the form that we write, and only days and times that exist: anything else is written differently.
     return isoText(date) == text ? std::optional{date} : std::nullopt;
 }
 

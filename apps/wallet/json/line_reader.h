@@ -6,14 +6,14 @@
 
 namespace kavio::wallet {
 
-/// Lines of untrusted input. However long a line is, no more than the limit is held in memory.
+/// Reads lines of untrusted input. However long a line is, no more than the limit is held in memory.
 class LineReader {
 public:
     static constexpr std::size_t maximumBytes = std::size_t{16} * 1024 * 1024;
 
     struct Line {
         std::string text;
-        /// The line went on; the rest is dropped.
+        /// The line was longer; the rest has been dropped.
         bool isCut = false;
     };
 

@@ -5,7 +5,7 @@
 
 #include <kavio/kavio.h>
 
-// The public objects as JSON: every member under its own name, absent ones as null, and the debug text as "debug".
+// The public objects as JSON: every member under its own name, absent ones as null, and the debug text under "debug".
 
 namespace kavio {
 

@@ -13,7 +13,7 @@ namespace kavio::wallet {
 using OrderReport = std::shared_ptr<const Order>;
 using CardReport = std::shared_ptr<const CreditCard>;
 
-/// What a callback hands over beside its result; `std::monostate` for a callback that hands over nothing else.
+/// What a callback delivers beside its result; `std::monostate` if nothing.
 using Payload =
     std::variant<std::monostate, std::optional<PaymentMethods>, std::optional<Machines>, std::optional<Products>,
                  OrderReport, std::optional<std::int64_t>, std::optional<Orders>, CardReport>;
@@ -26,7 +26,7 @@ struct Report {
     Payload payload = {};
 };
 
-/// The report as programs read it; see docs/wallet.md.
+/// The report in the form that programs read; see docs/wallet.md.
 Json eventOf(const Report& report, std::string_view facade);
 
 /// The application's delegate: turns every callback into a `Report`.

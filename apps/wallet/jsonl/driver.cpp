@@ -19,7 +19,7 @@ void carryOut(const std::string& line, Facades& facades) {
     const auto awaited = arguments.optional<std::uint64_t>("await").value_or(operation.callback.empty() ? 0 : 1);
     const auto timeout = arguments.optional<std::chrono::milliseconds>("timeoutMs").value_or(defaultTimeout);
 
-    // Counted from before the operation begins: what it reports before it returns is awaited too.
+    // Counting starts before the operation, so that what it reports before it returns counts too.
     const auto& reports = facades.reports(call.facade, operation.callback);
     const auto before = reports;
     operation.run(facades, call);

@@ -29,7 +29,7 @@ struct Call {
     Arguments arguments;
 };
 
-/// The facades that lines name, and how often each has reported: what operations work on.
+/// The facades that lines name, and how often each has reported. Operations act on these.
 class Facades {
 public:
     /// What the application holds of a facade.
@@ -42,9 +42,9 @@ public:
 
     /// Replaces a facade of the same name.
     void create(std::string name, std::string apiKey, Kavio::EnvironmentType environment);
-    /// Throws `Refused` when there is no such facade.
+    /// Throws `Refused` if there is no such facade.
     Held& held(const Call& call);
-    /// How many calls of that callback there have been; goes on counting.
+    /// How often the callback has been called so far; keeps counting.
     const std::uint64_t& reports(const std::string& facade, std::string_view callback);
 
     void write(const Json& event) const;

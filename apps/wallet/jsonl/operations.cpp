@@ -31,7 +31,7 @@ struct Parameter<std::optional<T>> {
     }
 };
 
-/// A filter may be left out.
+/// A filter can be left out.
 template <class Filter>
 struct OptionalFilter {
     using Pointer = std::shared_ptr<const Filter>;
@@ -44,14 +44,14 @@ struct Parameter<std::shared_ptr<const MachineFilter>> : OptionalFilter<MachineF
 template <>
 struct Parameter<std::shared_ptr<const TransactionFilter>> : OptionalFilter<TransactionFilter> {};
 
-/// An operation of the facade: the line names the arguments, the method tells their types.
+/// An operation of the facade: `names` are its arguments in a line, and the method gives their types.
 template <class... Parameters>
 Operation reporting(std::string_view name, std::string_view callback, void (Kavio::*method)(Parameters...),
                     std::array<std::string_view, sizeof...(Parameters)> names) {
     return {name, callback, [method, names](Facades& facades, const Call& call) {
                 auto& kavio = *facades.held(call).kavio;
                 [&]<std::size_t... index>(std::index_sequence<index...>) {
-                    // In braces, so that the first bad argument is the one named.
+                    // In braces, so that the first bad argument is reported.
                     std::tuple<Parameters...> arguments{Parameter<Parameters>::in(call.arguments, names[index])...};
                     std::apply([&](auto&... argument) { (kavio.*method)(std::move(argument)...); }, arguments);
                 }

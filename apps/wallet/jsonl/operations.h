@@ -7,12 +7,12 @@
 
 namespace kavio::wallet {
 
-/// What a line can ask for.
+/// Something that a line can ask for.
 struct Operation {
     std::string_view name;
-    /// The callback that it reports through; empty for an operation that reports nothing.
+    /// The callback through which it reports; empty if it reports nothing.
     std::string_view callback;
-    /// Reads all of its arguments before it does anything.
+    /// Reads all of its arguments before doing anything.
     std::function<void(Facades&, const Call&)> run;
 };
 

@@ -15,7 +15,7 @@ std::string base64(const Bytes& bytes) {
     return Platform::current().base64->encode({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
 }
 
-/// Only of what we would write ourselves: whatever else these bits come from is written differently.
+/// Absent for anything but the form that we write ourselves.
 std::optional<Bytes> bytesFromBase64(std::string_view text) {
     constexpr std::string_view digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     Bytes bytes;

@@ -15,7 +15,7 @@ namespace {
 
 constexpr int codesToTry = 3;
 
-/// The region of the user's locale; empty when it has none, as the one named "C" or "POSIX": ICU calls it American.
+/// The region of the user's locale; empty if it has none, like "C" or "POSIX", which ICU takes for American.
 std::string ownCountry() {
     const auto locale = icu::Locale::getDefault();
     return std::string_view{locale.getVariant()} == "POSIX" ? "" : locale.getCountry();
@@ -27,35 +27,35 @@ struct Login {
     std::string country = ownCountry();
 };
 
-/// Whether the code may have been mistyped; anything else is no reason to ask for another one.
+/// Whether the code may have been mistyped; nothing else is a reason to ask for it again.
 bool isWrongCode(const KavioResult& result) {
     if (result.type == ResultType::FAILURE) return failureOf(result).status != ExitStatus::NO_NETWORK;
     return result.type == ResultType::BAD_INPUT || result.type == ResultType::ACCESS_DENIED;
 }
 
-/// A session that ends with this program is of no use to the next one. One that was kept before stays.
+/// A session that is lost when the program ends would be useless. One that was stored earlier remains.
 void requireStore() {
     if (!userDefaults()->isKept())
-        throw Failure(ExitStatus::FAILED, "The session cannot be kept: its folder (--store-dir) cannot be written.");
+        throw Failure(ExitStatus::FAILED, "The session cannot be stored: its folder (--store-dir) is not writable.");
 }
 
-// The service's challenge is kept in memory only: the code must be given to the process that asked for it.
+// The service's challenge is kept only in memory, so the code must be entered in the process that asked for it.
 void logIn(Session& session, const Login& login) {
-    if (login.country.empty()) throw Failure(ExitStatus::USAGE, "Name the phone's country with --country, such as DE.");
+    if (login.country.empty()) throw Failure(ExitStatus::USAGE, "Give the phone's country with --country, such as DE.");
     requireStore();
     session.perform("Asking for a code", [&](Kavio& kavio) { kavio.login(login.countryCode, login.phoneNumber); });
     session.say(fmt::format("A code was sent to +{} {}.", login.countryCode, login.phoneNumber));
 
     for (int attempt = 1;; ++attempt) {
         const auto code = readLine("Code");
-        if (!code || code->empty()) throw Failure(ExitStatus::REFUSED, "No code was given: nothing has changed.");
+        if (!code || code->empty()) throw Failure(ExitStatus::REFUSED, "No code was entered, so nothing has changed.");
         const auto report = session.ask("Checking the code", [&](Kavio& kavio) {
             kavio.verify(*code, login.country, login.countryCode, login.phoneNumber);
         });
         const auto& result = *report.result;
         if (result.type == ResultType::SUCCESS) break;
         if (!isWrongCode(result)) throw failureOf(result);
-        if (attempt == codesToTry) throw Failure(ExitStatus::REFUSED, "No code was accepted: nothing has changed.");
+        if (attempt == codesToTry) throw Failure(ExitStatus::REFUSED, "No code was accepted, so nothing has changed.");
         session.warn(sentence("The code was not accepted", result.message));
     }
     requireStore();
@@ -68,9 +68,9 @@ Command loginCommand(CLI::App& program) {
     auto* const line = program.add_subcommand("login", "Log in: sends a code to your phone and asks for it");
     const auto login = std::make_shared<Login>();
     line->add_option("COUNTRYCODE", login->countryCode, "The phone's country code, such as 49")->required();
-    line->add_option("PHONE", login->phoneNumber, "The phone number without it")->required();
-    line->add_option("--country", login->country, "The phone's country, such as DE (default: that of your locale)");
-    line->footer("The code is read from standard input when that is no terminal.");
+    line->add_option("PHONE", login->phoneNumber, "The phone number without the country code")->required();
+    line->add_option("--country", login->country, "The phone's country, such as DE (default: from your locale)");
+    line->footer("The code is read from standard input if that is not a terminal.");
     return {line, [login](Session& session) {
                 auto plain = *login;
                 if (plain.countryCode.starts_with('+')) plain.countryCode.erase(0, 1);
@@ -79,12 +79,12 @@ Command loginCommand(CLI::App& program) {
 }
 
 Command statusCommand(CLI::App& program) {
-    auto* const line = program.add_subcommand("status", "Say whether you are logged in");
+    auto* const line = program.add_subcommand("status", "Show whether you are logged in");
     return {line, [](Session& session) {
                 const auto report = session.ask("Asking the service", [](Kavio& kavio) { kavio.isLoggedIn(); });
                 const auto& result = *report.result;
                 if (result.type == ResultType::SUCCESS) return session.say("You are logged in.");
-                // Reported like this when no session is stored, which is no failure of anything.
+                // Reported like this if no session is stored, which is not an error here.
                 if (result.message == "Token is empty")
                     throw Failure(ExitStatus::NOT_LOGGED_IN, "You are not logged in.");
                 throw failureOf(result);

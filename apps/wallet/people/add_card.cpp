@@ -12,7 +12,7 @@ namespace kavio::wallet {
 
 namespace {
 
-/// One line of what the user enters.
+/// One line that the user enters.
 struct Field {
     std::string_view member;
     std::string_view prompt;
@@ -22,13 +22,13 @@ struct Field {
 using Fields = std::initializer_list<Field>;
 
 const Fields plainFields{
-    {"pan", "Card number", Echo::OFF},   {"month", "Month of expiry (MM)"}, {"year", "Year of expiry (YYYY)"},
+    {"pan", "Card number", Echo::OFF},   {"month", "Expiry month (MM)"}, {"year", "Expiry year (YYYY)"},
     {"cvv", "Security code", Echo::OFF}, {"email", "E-mail address"},
 };
 const Fields secureFields{
     {"number", "Card number", Echo::OFF},
-    {"month", "Month of expiry (MM)", Echo::ON, true},
-    {"year", "Year of expiry (YYYY)", Echo::ON, true},
+    {"month", "Expiry month (MM)", Echo::ON, true},
+    {"year", "Expiry year (YYYY)", Echo::ON, true},
     {"securityCode", "Security code", Echo::OFF, true},
     {"name", "Name on the card"},
     {"email", "E-mail address"},
@@ -40,8 +40,8 @@ Input valueOf(const Field& field, const std::string& text) {
     throw Refused(fmt::format("\"{}\" must be an integer", field.member));
 }
 
-/// The card as an object of the fields' members: from a terminal and from lines one after the other, from a program
-/// also as one JSON object.
+/// Reads the card as an object with the fields' members, either line by line or, if not from a terminal, as one JSON
+/// object.
 Input readCard(Fields fields) {
     Input card = Input::object();
     for (const auto& field : fields) {
@@ -59,7 +59,7 @@ CardReport storing(Session& session, const Session::Operation& operation) {
     try {
         return session.fetch<CardReport>("Storing the card", operation);
     } catch (const Failure& failure) {
-        throw failure.withHint("It may have been stored: look at `kavio-wallet methods` before you try again.");
+        throw failure.withHint("It may have been stored anyway: check `kavio-wallet methods` before you try again.");
     }
 }
 
@@ -79,15 +79,15 @@ void addSecure(Session& session) {
     TDSCardHolder holder;
     read(Value{input, "card"}, card);
     read(Value{input, "card"}, holder);
-    const auto report = session.ask("Storing the card; answer the issuer's page if one opens",
+    const auto report = session.ask("Storing the card; please answer the issuer's page if one opens",
                                     [&](Kavio& kavio) { kavio.addCreditCardTDSecure(card, holder); });
     const auto& result = *report.result;
     if (result.type == ResultType::SUCCESS) return session.say("The card was stored.");
     if (result.message && result.message->starts_with("failed to start 3DS authentication")) {
         throw Failure(
             ExitStatus::FAILED,
-            "The card's issuer wants to show a page, and there is no window for it: that takes a display, and "
-            "kavio-wallet-window beside this program. The card was not stored.");
+            "The card's issuer wants to show a page, but there is no window for it: this requires a display, and "
+            "kavio-wallet-window next to this program. The card was not stored.");
     }
     throw failureOf(result);
 }
@@ -96,23 +96,23 @@ void addCard(Session& session, bool isSecure) {
     try {
         isSecure ? addSecure(session) : addPlain(session);
     } catch (const Refused& problem) {
-        throw Failure(ExitStatus::REFUSED, fmt::format("The card was not read: {}.", problem.what()));
+        throw Failure(ExitStatus::REFUSED, fmt::format("The card could not be read: {}.", problem.what()));
     }
 }
 
 }  // namespace
 
 Command addCardCommand(CLI::App& program) {
-    auto* const line = program.add_subcommand("add-card", "Store a credit card; asks for it, or reads standard input");
+    auto* const line =
+        program.add_subcommand("add-card", "Store a credit card: asks for it, or reads it from standard input");
     const auto isSecure = std::make_shared<bool>(false);
     line->add_flag("--secure", *isSecure, "Let the issuer check the card with 3-D Secure (opens a window)");
     line->footer(
-        "Card data is never taken from the command line, where others can see it. When standard input is no terminal "
-        "it\n"
-        "holds a line each for number, month, year, security code and e-mail address (with --secure: the name before\n"
-        "the address), or one JSON object: pan, month, year, cvv, email; with --secure number, month, year,\n"
-        "securityCode, name, email and the holder's address as streetNumber, streetName, city, territory, country,\n"
-        "postal.");
+        "Card data is never taken from the command line, where others could see it. If standard input is not a\n"
+        "terminal, the card is read from there: either one line each for number, month, year, security code and\n"
+        "e-mail address (with --secure, the name comes before the address), or one JSON object with pan, month,\n"
+        "year, cvv and email; with --secure, with number, month, year, securityCode, name, email and optionally the\n"
+        "holder's address as streetNumber, streetName, city, territory, country and postal.");
     return {line, [isSecure](Session& session) { addCard(session, *isSecure); }, [isSecure] { return *isSecure; }};
 }
 

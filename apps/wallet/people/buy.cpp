@@ -35,18 +35,20 @@ Wanted wantedFrom(const std::string& text) {
     throw CLI::ValidationError("--product", "'" + text + "' is not CODE or CODE:QUANTITY");
 }
 
-/// A machine is paid in the currency of its country, whoever pays.
+/// A machine is paid in the currency of its country, whatever the method.
 Currency currencyFor(const PaymentMethod& method, const Machine& machine, const WalletMethods& methods) {
     auto wallet = currencyOf(*methods.wallet());
     const auto currency = currencyOfCountry(machine.country.value_or(""));
-    if (currency) return currency->code == wallet.code ? wallet : *currency;  // what the service says of its own counts
+    if (currency)
+        return currency->code == wallet.code ? wallet : *currency;  // with the decimals that the service gives
     if (method.type != PaymentMethod::PaymentType::CREDIT_CARD) return wallet;
-    throw Failure(ExitStatus::REFUSED, fmt::format("It is not known in which currency {} is paid with a card: pay with "
-                                                   "the wallet.",
-                                                   titleOf(machine)));
+    throw Failure(ExitStatus::REFUSED,
+                  fmt::format("The currency of {} is unknown, so it cannot be paid with a card: use the "
+                              "wallet.",
+                              titleOf(machine)));
 }
 
-/// What the wanted products cost together, in the smallest unit of `currency`.
+/// The total price of the wanted products, in the smallest unit of `currency`.
 std::int64_t costOf(Session& session, const std::vector<Wanted>& wanted, const Machine& machine,
                     const Currency& currency) {
     const auto offered =
@@ -56,38 +58,42 @@ std::int64_t costOf(Session& session, const std::vector<Wanted>& wanted, const M
         const auto found =
             std::ranges::find_if(offered, [&](const auto& product) { return product->codeInMap == item.code; });
         if (found != offered.end() && (*found)->vendOut)
-            throw Failure(ExitStatus::REFUSED, fmt::format("{} has sold out product {}.", titleOf(machine), item.code));
+            throw Failure(ExitStatus::REFUSED,
+                          fmt::format("{} has sold out of product {}.", titleOf(machine), item.code));
         const auto price = found == offered.end() ? std::nullopt : priceOf(**found);
         if (!price) {
             throw Failure(ExitStatus::REFUSED,
-                          fmt::format("{} gives no price for product {}: say how much with --amount.", titleOf(machine),
+                          fmt::format("{} has no price for product {}: give an amount with --amount.", titleOf(machine),
                                       item.code));
         }
         cost += *price * static_cast<double>(item.quantity);
     }
     const auto digits = std::clamp<std::int64_t>(currency.digits, 0, 18);
     const auto units = smallestUnits(fmt::format("{:.{}f}", cost, static_cast<int>(digits)), digits);
-    if (!units) throw Failure(ExitStatus::REFUSED, "What the products cost together is no amount that can be paid.");
+    if (!units)
+        throw Failure(ExitStatus::REFUSED, "The total price of the products is not an amount that can be paid.");
     return *units;
 }
 
-/// A prepaid card is charged by the machine: no amount is sent for it.
+/// For a prepaid card no amount is sent, because the machine decides what to charge.
 std::int64_t amountOf(Session& session, const Purchase& purchase, const Machine& machine, const PaymentMethod& method,
                       const Currency& currency) {
     const bool isPrepaid = method.type == PaymentMethod::PaymentType::PREPAID;
     if (isPrepaid && purchase.amount)
-        throw Failure(ExitStatus::USAGE, "A prepaid card takes no --amount: the machine says what is charged.");
+        throw Failure(ExitStatus::USAGE,
+                      "--amount cannot be used with a prepaid card: the machine decides what to charge.");
     if (isPrepaid) return 0;
     if (purchase.amount) return unitsOf(*purchase.amount, currency);
     if (!purchase.products.empty()) return costOf(session, purchase.products, machine, currency);
-    throw Failure(ExitStatus::USAGE, "Say how much with --amount, or choose with --product what to buy.");
+    throw Failure(ExitStatus::USAGE, "Give an amount with --amount, or choose what to buy with --product.");
 }
 
 std::vector<std::shared_ptr<const RemoteVendProduct>> productsOf(const Purchase& purchase, const Machine& machine) {
     if (!purchase.products.empty() && !machine.supportRemoteVend) {
-        throw Failure(ExitStatus::REFUSED,
-                      fmt::format("{} sells nothing by product code: choose there, and say how much with --amount.",
-                                  titleOf(machine)));
+        throw Failure(
+            ExitStatus::REFUSED,
+            fmt::format("{} does not sell by product code: choose at the machine, and give an amount with --amount.",
+                        titleOf(machine)));
     }
     std::vector<std::shared_ptr<const RemoteVendProduct>> products;
     for (const auto& item : purchase.products) {
@@ -96,23 +102,23 @@ std::vector<std::shared_ptr<const RemoteVendProduct>> productsOf(const Purchase&
     return products;
 }
 
-constexpr auto lookAtOrders =
-    "The order may have been placed: look at `kavio-wallet transactions` before you try again.";
+constexpr auto lookAtOrders = "The order may have been placed: check `kavio-wallet transactions` before you try again.";
 
-/// How the order ended, for people; the exit status says the same to scripts.
+/// How the order ended: a sentence for people, and the same as an exit status for scripts.
 struct Ending {
     ExitStatus status;
     std::string sentence;
 };
 
-/// "Paid 1.50 EUR", as far as the service says how much.
+/// "Paid 1.50 EUR", or just "Paid" if the service does not say how much.
 std::string paymentText(const Order& order) {
     return order.amount < 0 ? "Paid" : "Paid " + moneyText(order.amount, currencyNamed(order.currency.value_or("")));
 }
 
 Ending endingOf(const OrderReport& order, const Machine& machine) {
     if (!order)
-        return {ExitStatus::FAILED, fmt::format("The service does not say what became of the order. {}", lookAtOrders)};
+        return {ExitStatus::FAILED,
+                fmt::format("The service did not say what happened to the order. {}", lookAtOrders)};
     switch (order->status) {
         case Order::Status::COMPLETED:
             return {ExitStatus::OK, fmt::format("{} at {}.", paymentText(*order), titleOf(machine))};
@@ -129,11 +135,11 @@ Ending endingOf(const OrderReport& order, const Machine& machine) {
         case Order::Status::AUTHORIZED:
             break;
     }
-    return {ExitStatus::FAILED, fmt::format("It is not known yet how the order ends: look at `kavio-wallet order {}`.",
-                                            printable(order->id))};
+    return {ExitStatus::FAILED,
+            fmt::format("The order has not ended yet: check `kavio-wallet order {}`.", printable(order->id))};
 }
 
-/// Follows the order to its end; throws `Failure` when none was placed, or when it took too long.
+/// Follows the order to its end; throws `Failure` if none was placed or if it took too long.
 OrderReport place(Session& session, const Session::Operation& operation) {
     OrderReport last;
     std::optional<Failure> failure;
@@ -147,10 +153,11 @@ OrderReport place(Session& session, const Session::Operation& operation) {
     });
     if (!failure) return last;
     if (!last) throw failure->withHint(lookAtOrders);
-    // It was placed, but is not at its end: the user must not pay twice.
-    throw Failure(failure->status, fmt::format("The order takes longer than orders are followed: look at `kavio-wallet "
-                                               "order {}` before you try again.",
-                                               printable(last->id)));
+    // It was placed but has not ended: the user must not pay twice.
+    throw Failure(failure->status,
+                  fmt::format("The order is taking too long to follow any further: check `kavio-wallet "
+                              "order {}` before you try again.",
+                              printable(last->id)));
 }
 
 void buy(Session& session, const Purchase& purchase) {
@@ -171,22 +178,22 @@ void buy(Session& session, const Purchase& purchase) {
 }  // namespace
 
 Command buyCommand(CLI::App& program) {
-    auto* const line = program.add_subcommand("buy", "Pay at a machine, and follow the order to its end");
+    auto* const line = program.add_subcommand("buy", "Pay at a machine, and follow the order until it ends");
     const auto purchase = std::make_shared<Purchase>();
     line->add_option("MACHINE", purchase->machine, "The machine's code, or the text of its QR code")->required();
-    line->add_option("--amount", purchase->amount, "How much, such as 1.50 (default: what the products cost)");
+    line->add_option("--amount", purchase->amount, "Amount to pay, such as 1.50 (default: the price of the products)");
     line->add_option_function<std::vector<std::string>>(
             "--product",
             [purchase](const std::vector<std::string>& products) {
                 std::ranges::transform(products, std::back_inserter(purchase->products), wantedFrom);
             },
-            "What to buy, as `products` shows it; may be repeated")
+            "Product to buy, with its code from `products`; may be repeated")
         ->type_name("CODE[:QUANTITY]")
         ->expected(1)
         ->allow_extra_args(false)
         ->take_all();
     line->add_option("--pay", purchase->method,
-                     "wallet, card:ID or prepaid:ID, as `methods` shows it (default: wallet)")
+                     "Pay with wallet, card:ID or prepaid:ID, as listed by `methods` (default: wallet)")
         ->check(checkMethodName);
     return {line, [purchase](Session& session) { buy(session, *purchase); }};
 }

@@ -8,17 +8,17 @@
 
 namespace kavio::wallet {
 
-/// A subcommand for people: how it is written on the command line, and what it does.
+/// A subcommand for people: its command line, and what it does.
 struct Command {
-    /// Knows, once the command line has been read, whether this command was chosen.
+    /// Once the command line has been read, this tells whether the command was chosen.
     CLI::App* line;
-    /// Throws `Failure` when the work could not be done.
+    /// Throws `Failure` if the work could not be done.
     std::function<void(Session&)> run;
-    /// Whether a page may have to be shown: then a window is opened where there is a display.
+    /// Whether a page may have to be shown; if so, and if there is a display, a window is opened.
     std::function<bool()> wantsWindow = [] { return false; };
 };
 
-// Each adds itself to the program's command line. What it takes there lives as long as the command.
+// Each adds itself to the program's command line. The values that it reads live as long as the command.
 Command loginCommand(CLI::App& program);
 Command statusCommand(CLI::App& program);
 Command logoutCommand(CLI::App& program);

@@ -10,18 +10,18 @@ namespace kavio::wallet {
 
 namespace {
 
-/// The most columns that a message may take: a gateway's error page says no more in all its lines.
+/// The most columns that a message may take. A gateway's error page has far more, which say nothing.
 constexpr std::size_t longestMessage = 300;
 
-/// Only a lost connection has a type of its own; of others, such as one that was refused, the message tells. A refusal
-/// without a word cannot be told from a reply that was not understood.
+/// Only a lost connection has its own type; any other, such as a refused one, shows in the message. A refusal without a
+/// message cannot be told from a reply that was not understood.
 bool hasNoUsableReply(const KavioResult& result) {
     return result.type == ResultType::NETWORK_FAILED ||
            (result.type == ResultType::FAILURE && result.message.value_or("").starts_with("failed to send request")) ||
            (result.type == ResultType::BAD_INPUT && !result.message);
 }
 
-/// One that the service does not know any more has a type of its own, one that has expired has not.
+/// A session that the service no longer knows has its own type; one that has expired does not.
 bool isSessionOver(const KavioResult& result) {
     return result.type == ResultType::ACCESS_DENIED || result.type == ResultType::NOT_LOGGED_IN ||
            result.message == "Your session token is expaired";
@@ -33,10 +33,11 @@ Failure explain(const KavioResult& result) {
     if (isSessionOver(result))
         return {ExitStatus::NOT_LOGGED_IN, "You are not logged in. Run `kavio-wallet login` first."};
     if (result.message == "invalid_signature")
-        return {ExitStatus::FAILED, "The clock was off, so nothing was done. It is asked for anew: try again."};
+        return {ExitStatus::FAILED,
+                "The clock was wrong, so nothing was done. It will be set again: please try again."};
     switch (result.type) {
         case ResultType::TIMEOUT:
-            return {ExitStatus::TIMED_OUT, sentence("It takes too long", message)};
+            return {ExitStatus::TIMED_OUT, sentence("It is taking too long", message)};
         case ResultType::BAD_INPUT:
             return {ExitStatus::REFUSED, sentence("The request was refused", message)};
         case ResultType::SERVER_ERROR:
@@ -55,8 +56,8 @@ Failure explain(const KavioResult& result) {
     return {ExitStatus::FAILED, sentence("That did not work", message)};
 }
 
-/// A gateway's page is no word of the service's.
-bool isWordOfTheService(const std::optional<std::string>& message) {
+/// The page of a gateway does not come from the service.
+bool isFromTheService(const std::optional<std::string>& message) {
     return message &&
            !message->substr(std::min(message->find_first_not_of(" \t\r\n"), message->size())).starts_with('<');
 }
@@ -76,7 +77,7 @@ std::string sentence(std::string_view what, const std::optional<std::string>& me
 
 Failure failureOf(const KavioResult& result) {
     auto failure = explain(result);
-    failure.leavesOpen = !isWordOfTheService(result.message) || failure.status == ExitStatus::NO_NETWORK ||
+    failure.leavesOpen = !isFromTheService(result.message) || failure.status == ExitStatus::NO_NETWORK ||
                          failure.status == ExitStatus::SERVICE_FAILED;
     return failure;
 }

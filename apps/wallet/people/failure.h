@@ -9,7 +9,7 @@
 
 namespace kavio::wallet {
 
-/// What the program tells the shell; docs/wallet.md lists them for scripts.
+/// The program's exit statuses, which docs/wallet.md explains.
 enum class ExitStatus : int {
     OK = 0,
     FAILED = 1,
@@ -21,22 +21,22 @@ enum class ExitStatus : int {
     SERVICE_FAILED = 7,
 };
 
-/// Why a command ends without having done its work, as a sentence for people.
+/// Why a command could not do its work, as a sentence for people.
 struct Failure : std::runtime_error {
     Failure(ExitStatus exitStatus, const std::string& sentence) : std::runtime_error(sentence), status(exitStatus) {}
 
     ExitStatus status;
-    /// Whether what was asked for may have happened all the same: no reply says that it did not.
+    /// Whether it may have been done anyway, because no reply says that it was not.
     bool leavesOpen = false;
 
-    /// The same, followed by what to look at when it may have happened.
+    /// The same, followed by the hint if it may have been done anyway.
     Failure withHint(std::string_view hint) const;
 };
 
-/// "what: message." or, without a message, "what."; the message is cut where it is no sentence.
+/// "what: message." or, without a message, "what."; a message that is too long is cut.
 std::string sentence(std::string_view what, const std::optional<std::string>& message);
 
-/// What a result other than `SUCCESS` means to the user.
+/// What a result other than `SUCCESS` means for the user.
 Failure failureOf(const KavioResult& result);
 
 }  // namespace kavio::wallet

@@ -9,10 +9,10 @@
 
 namespace kavio::wallet {
 
-/// The one machine of that code or QR text; throws `Failure` when there is none, or more than one.
+/// The machine with that code or QR text; throws `Failure` unless there is exactly one.
 std::shared_ptr<const Machine> machineNamed(Session& session, const std::string& code);
 
-/// What to call it in a sentence.
+/// What to call the machine in a sentence.
 std::string titleOf(const Machine& machine);
 
 }  // namespace kavio::wallet

@@ -82,7 +82,7 @@ std::shared_ptr<const Machine> machineNamed(Session& session, const std::string&
     if (machines.size() == 1) return machines.front();
     throw Failure(ExitStatus::REFUSED, machines.empty()
                                            ? fmt::format("There is no machine {}.", printable(code))
-                                           : fmt::format("{} names {} machines.", printable(code), machines.size()));
+                                           : fmt::format("{} matches {} machines.", printable(code), machines.size()));
 }
 
 std::string titleOf(const Machine& machine) {
@@ -91,11 +91,11 @@ std::string titleOf(const Machine& machine) {
 }
 
 Command machinesCommand(CLI::App& program) {
-    auto* const line = program.add_subcommand("machines", "Find machines; without a choice those that you have used");
+    auto* const line = program.add_subcommand("machines", "Find machines; without options, those that you have used");
     const auto search = std::make_shared<Search>();
     auto* const code = line->add_option("--code", search->code, "The machine's code, or the text of its QR code");
     auto* const serial =
-        line->add_option("--serial", search->serial, "Serial number of its payment device")->excludes(code);
+        line->add_option("--serial", search->serial, "Serial number of the machine's payment device")->excludes(code);
     auto* const near = line->add_option("--near", search->near, "Position in degrees, such as 48.14,11.58")
                            ->type_name("LAT,LON")
                            ->delimiter(',')
@@ -103,16 +103,16 @@ Command machinesCommand(CLI::App& program) {
                            ->check(command_line::coordinate())
                            ->excludes(code)
                            ->excludes(serial);
-    line->add_option("--radius", search->radius, "How far from the position, in metres")
+    line->add_option("--radius", search->radius, "Greatest distance from the position, in metres")
         ->transform(command_line::wholeNumber())
         ->needs(near);
     line->add_option("--country", search->country, "Country of the position, such as DE")->needs(near);
-    line->add_option("--operator", search->operatorId, "Only machines of this operator, with --near or --code")
+    line->add_option("--operator", search->operatorId, "Only machines of this operator; requires --near or --code")
         ->transform(command_line::wholeNumber());
-    line->add_option("--limit", search->limit, "At most so many machines")->transform(command_line::listLength());
+    line->add_option("--limit", search->limit, "Maximum number of machines")->transform(command_line::listLength());
     line->parse_complete_callback([search] {
         if (search->operatorId && !search->code && search->near.empty())
-            throw CLI::ValidationError("--operator", "goes with --near or --code");
+            throw CLI::ValidationError("--operator", "requires --near or --code");
     });
     return {line, [search](Session& session) { listMachines(session, *search); }};
 }

@@ -40,7 +40,7 @@ struct TopUp {
     std::string to = "wallet";
 };
 
-constexpr auto lookAtMethods = "The card may have been charged: look at `kavio-wallet methods` before you try again.";
+constexpr auto lookAtMethods = "The card may have been charged: check `kavio-wallet methods` before you try again.";
 
 void deposit(Session& session, const Session::Operation& operation) {
     try {
@@ -48,7 +48,8 @@ void deposit(Session& session, const Session::Operation& operation) {
     } catch (const Failure& failure) {
         throw failure.withHint(lookAtMethods);
     }
-    throw Failure(ExitStatus::FAILED, fmt::format("The service does not say what became of it. {}", lookAtMethods));
+    throw Failure(ExitStatus::FAILED,
+                  fmt::format("The service did not say what happened to the top-up. {}", lookAtMethods));
 }
 
 void topUp(Session& session, const TopUp& order) {
@@ -60,7 +61,7 @@ void topUp(Session& session, const TopUp& order) {
     if (!amount) throw Failure(ExitStatus::REFUSED, fmt::format("{} is too much.", order.amount));
 
     deposit(session, [&](Kavio& kavio) { kavio.deposit(card, *amount, charged->id); });
-    session.say(fmt::format("{} were added to {}.", moneyText(units, currencyOf(*card)), printable(order.to)));
+    session.say(fmt::format("Added {} to {}.", moneyText(units, currencyOf(*card)), printable(order.to)));
     showBalance(session, order.to);
 }
 
@@ -68,14 +69,14 @@ void topUp(Session& session, const TopUp& order) {
 
 Command methodsCommand(CLI::App& program) {
     auto* const line =
-        program.add_subcommand("methods", "List what you can pay with: wallet, credit and prepaid cards");
+        program.add_subcommand("methods", "List your payment methods: wallet, credit cards and prepaid cards");
     return {line, list};
 }
 
 Command removeCardCommand(CLI::App& program) {
     auto* const line = program.add_subcommand("remove-card", "Remove a stored credit card");
     const auto id = std::make_shared<std::string>();
-    line->add_option("ID", *id, "Which card, as `methods` names it")->required();
+    line->add_option("ID", *id, "The card, as listed by `methods`")->required();
     return {line, [id](Session& session) {
                 const auto card = WalletMethods{session}.named(nameOfCard(*id));
                 session.perform("Removing the card", [&](Kavio& kavio) { kavio.removeCard(card->id); });
@@ -86,9 +87,10 @@ Command removeCardCommand(CLI::App& program) {
 Command topUpCommand(CLI::App& program) {
     auto* const line = program.add_subcommand("top-up", "Add money from a credit card to the wallet or a prepaid card");
     const auto order = std::make_shared<TopUp>();
-    line->add_option("AMOUNT", order->amount, "How much, such as 12.50")->required();
-    line->add_option("--card", order->card, "Which credit card is charged, as `methods` names it")->required();
-    line->add_option("--to", order->to, "wallet or prepaid:ID (default: wallet)")->check(checkMethodName);
+    line->add_option("AMOUNT", order->amount, "Amount to add, such as 12.50")->required();
+    line->add_option("--card", order->card, "Credit card to charge, as listed by `methods`")->required();
+    line->add_option("--to", order->to, "Add the money to wallet or prepaid:ID (default: wallet)")
+        ->check(checkMethodName);
     return {line, [order](Session& session) { topUp(session, *order); }};
 }
 

@@ -17,7 +17,7 @@ namespace kavio::wallet {
 
 namespace {
 
-/// What the service says is not to be trusted with the length of a text.
+/// What the service sends must not decide how long a text gets.
 std::size_t sensible(std::int64_t digits) {
     return static_cast<std::size_t>(std::clamp<std::int64_t>(digits, 0, std::numeric_limits<std::int64_t>::digits10));
 }
@@ -25,8 +25,7 @@ std::size_t sensible(std::int64_t digits) {
 }  // namespace
 
 Currency currencyNamed(const std::string& code) {
-    // ICU knows what people count with, which leaves out coins that are no longer used; services count in the unit that
-    // ISO 4217 names.
+    // ICU leaves out decimals that people no longer use, but services count in the units of ISO 4217.
     static const std::map<std::string, std::int64_t> others{
         {"AFN", 2}, {"ALL", 2}, {"IQD", 3}, {"IRR", 2}, {"KPW", 2}, {"LAK", 2}, {"LBP", 2},
         {"MGA", 2}, {"MMK", 2}, {"RSD", 2}, {"SOS", 2}, {"SYP", 2}, {"YER", 2},
@@ -72,7 +71,7 @@ std::optional<std::int64_t> smallestUnits(std::string_view text, std::int64_t di
 }
 
 std::optional<double> wholeUnits(std::int64_t amount, std::int64_t digits) {
-    // `deposit` multiplies by ten, digit by digit, and cuts off: 19.99 would come out as 1998.
+    // `deposit` multiplies by ten for each decimal and truncates: 19.99 would become 1998.
     const auto deposited = [digits](double units) {
         for (std::size_t i = 0; i < sensible(digits); ++i) units *= 10.0;
         return std::trunc(units);

@@ -9,24 +9,24 @@ namespace kavio::wallet {
 
 struct Currency {
     std::string code;
-    /// How many decimal digits its smallest unit stands for.
+    /// How many decimals an amount has.
     std::int64_t digits;
 };
 
-/// By its ISO code, with the digits of ISO 4217; one that is not known has two.
+/// Looks up an ISO code, with its decimals by ISO 4217; an unknown currency gets two.
 Currency currencyNamed(const std::string& code);
-/// Of a country by its ISO code; absent for one that is not known.
+/// The currency of a country, given by its ISO code; absent if it is unknown.
 std::optional<Currency> currencyOfCountry(const std::string& country);
 
-/// An amount of smallest units, such as "12.50 EUR".
+/// Writes an amount of smallest units, such as "12.50 EUR".
 std::string moneyText(std::int64_t amount, const Currency& currency);
 
-/// Smallest units of an amount as people write it, such as "12.50" or "12"; absent for any other text, for more
+/// Reads an amount as people write it, such as "12.50" or "12", in smallest units; absent for any other text, for more
 /// decimals than the currency has, and for zero or less.
 std::optional<std::int64_t> smallestUnits(std::string_view text, std::int64_t digits);
 
 /// The number of whole units that `Kavio::deposit` turns into exactly `amount` smallest units; absent for some amounts
-/// of quadrillions, for which there is none.
+/// in the quadrillions, for which there is none.
 std::optional<double> wholeUnits(std::int64_t amount, std::int64_t digits);
 
 }  // namespace kavio::wallet

@@ -21,7 +21,7 @@ const std::map<std::string, PaymentMethod::PaymentType> paymentTypes{
     {"prepaid", PaymentMethod::PaymentType::PREPAID},
 };
 
-/// -1 stands for an amount that the service did not send.
+/// -1 means that the service did not send the amount.
 std::string amountText(std::int64_t amount, const Order& order) {
     return amount == -1 ? std::string{} : moneyText(amount, currencyNamed(order.currency.value_or("")));
 }
@@ -53,7 +53,7 @@ struct Search {
     bool isEmpty() const { return !machineId && !method && !type && !limit && !before; }
 };
 
-/// As the table of orders shows it, or to the millisecond in UTC.
+/// A date as shown in the table of orders, or as ISO text in UTC.
 Date dateOf(const std::string& text) {
     if (const auto date = dateFromIso(text)) return *date;
     if (const auto date = dateFromLocalTime(text); date && isoText(*date)) return *date;
@@ -77,8 +77,8 @@ Command orderCommand(CLI::App& program) {
     line->add_option("ID", *id, "The order's number")->required();
     return {line, [id](Session& session) {
                 const auto order =
-                    session.fetch<OrderReport>("Looking the order up", [&](Kavio& kavio) { kavio.getOrder(*id); });
-                if (!order) throw Failure(ExitStatus::FAILED, "The service sent no order.");
+                    session.fetch<OrderReport>("Looking up the order", [&](Kavio& kavio) { kavio.getOrder(*id); });
+                if (!order) throw Failure(ExitStatus::FAILED, "The service did not send the order.");
                 show(session, {order});
             }};
 }
@@ -87,17 +87,18 @@ Command transactionsCommand(CLI::App& program) {
     auto* const line = program.add_subcommand("transactions", "List your past orders");
     const auto search = std::make_shared<Search>();
     line->add_option("--machine", search->machineId,
-                     "Only at the machine of this number in the column ID of `machines`")
+                     "Only orders at this machine, by its number in the ID column of `machines`")
         ->transform(command_line::wholeNumber());
-    line->add_option("--method", search->method, "Only paid with: wallet, card:ID, prepaid:ID, or a method's ID alone")
+    line->add_option("--method", search->method,
+                     "Only orders paid with wallet, card:ID or prepaid:ID; an ID alone works too")
         ->check(checkMethodNameOrId);
     line->add_option_function<std::string>(
             "--type", [search](const std::string& type) { search->type = paymentTypes.at(type); },
-            "Only paid with: wallet, card, paypal or prepaid")
+            "Only orders paid with wallet, card, paypal or prepaid")
         ->check(CLI::IsMember(paymentTypes));
-    line->add_option("--limit", search->limit, "At most so many orders")->transform(command_line::listLength());
+    line->add_option("--limit", search->limit, "Maximum number of orders")->transform(command_line::listLength());
     line->add_option("--before", search->before,
-                     "Only before this date in your time zone, such as \"2024-03-05 14:07\" or 2024-03-05");
+                     "Only orders before this date in your time zone, such as \"2024-03-05 14:07\" or 2024-03-05");
     return {line, [search](Session& session) { list(session, *search); }};
 }
 

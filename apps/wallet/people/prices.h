@@ -9,10 +9,11 @@
 
 namespace kavio::wallet {
 
-/// What paying for it without cash costs, in whole units of the machine's currency; absent when no price is known.
+/// The price without cash, in whole units of the machine's currency; absent if no price is known.
 std::optional<double> priceOf(const Product& product);
 
-/// Such as "1.50 EUR"; empty when no price is known. A product does not tell its currency, its machine's country does.
+/// Such as "1.50 EUR"; empty if no price is known. The currency is that of the machine's country, since a product has
+/// none.
 std::string priceText(const Product& product, const std::optional<Currency>& currency);
 
 }  // namespace kavio::wallet

@@ -33,7 +33,7 @@ void Session::follow(std::string what, const Operation& operation, const std::fu
             progress.clear();
             onReport(mReports.front());
         }
-        // The facade is free again in the same moment as it reports the last time, so nothing is missed.
+        // The facade is free again as soon as it makes its last report, so nothing is missed.
         if (!isBusy()) return;
         progress.show();
         mHost.runUntil([this] { return !mReports.empty(); }, slice);
@@ -63,7 +63,7 @@ void Session::take(const Report& report) {
 bool Session::isBusy() {
     KavioDelegate::Result answer;
     mProbe = &answer;
-    mKavio.getOrder({});  // answered at once either way: as busy, or as no order's identifier
+    mKavio.getOrder({});  // answered at once either way: either busy, or not the identifier of an order
     mProbe = nullptr;
     return answer && answer->type == ResultType::BUSY;
 }

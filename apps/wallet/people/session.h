@@ -15,17 +15,17 @@
 
 namespace kavio::wallet {
 
-/// The wallet as a command for people uses it: one facade, one operation at a time, and what is said about it.
+/// The wallet for a command: one facade, one operation at a time, and what is shown of it.
 class Session {
 public:
     using Operation = std::function<void(Kavio&)>;
 
-    /// With `asJson` every report is written as a JSON line, and nothing else is said.
+    /// With `asJson`, every report is written as a JSON line, and nothing else is shown.
     Session(Host& host, const Options& options, bool asJson);
 
-    /// Starts an operation and waits for the report that ends it. `what` is shown meanwhile.
+    /// Starts an operation and waits for the report that ends it, showing `what` meanwhile.
     Report ask(std::string what, const Operation& operation);
-    /// Starts an operation that may report more than once, hands over each report, and waits until it is over.
+    /// Starts an operation that may report more than once, passes on each report, and waits until it is over.
     void follow(std::string what, const Operation& operation, const std::function<void(const Report&)>& onReport);
 
     /// The payload that the operation succeeded with; throws `Failure` for any other result.
@@ -35,7 +35,7 @@ public:
         if (report.result->type != ResultType::SUCCESS) throw failureOf(*report.result);
         return std::get<T>(report.payload);
     }
-    /// For an operation that reports nothing but its result.
+    /// For an operation that reports only its result.
     void perform(std::string what, const Operation& operation) { fetch<std::monostate>(std::move(what), operation); }
     /// A list that the service left out is empty.
     template <class List>
@@ -44,9 +44,9 @@ public:
     }
 
     void say(std::string_view sentence) const;
-    /// `whenEmpty` is said instead of a table without rows.
+    /// Says `whenEmpty` instead of showing a table without rows.
     void show(const Table& table, std::string_view whenEmpty) const;
-    /// For what goes beside the command's own outcome.
+    /// For problems beside the command's own outcome.
     void warn(std::string_view sentence) const;
 
 private:
@@ -57,7 +57,7 @@ private:
     Host& mHost;
     const bool mIsJson;
     std::deque<Report> mReports;
-    /// Set while `isBusy` asks: takes the answer.
+    /// Set while `isBusy` asks; receives the answer.
     KavioDelegate::Result* mProbe = nullptr;
     std::shared_ptr<Reporter> mDelegate;
     Kavio mKavio;

@@ -9,7 +9,7 @@ namespace kavio::wallet {
 struct Column {
     enum class Kind {
         PROSE,   ///< may be cut on a narrow terminal
-        EXACT,   ///< is of use only as a whole, such as a code that a command takes
+        EXACT,   ///< useful only as a whole, such as a code that a command takes
         NUMBER,  ///< as EXACT, aligned to the right
     };
     std::string heading;
@@ -21,12 +21,11 @@ class Table {
 public:
     explicit Table(std::vector<Column> columns);
 
-    /// One cell a column.
+    /// One cell per column.
     void add(std::vector<std::string> cells);
     bool isEmpty() const { return mRows.empty(); }
 
-    /// A line a row. Prose is cut, the widest first, so that a line takes no more than `width` columns
-    /// if there is a width.
+    /// One line per row. If there is a `width`, prose is cut to fit it, the widest column first.
     std::string text(std::optional<std::size_t> width) const;
 
 private:

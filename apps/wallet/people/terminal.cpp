@@ -17,7 +17,7 @@ namespace kavio::wallet {
 
 namespace {
 
-/// The terminal as it was; for the signal handler, which can reach nothing else.
+/// The terminal's original settings; global for the signal handler.
 termios terminalBefore{};
 
 void putBackAndEnd(int signal) {
@@ -26,7 +26,7 @@ void putBackAndEnd(int signal) {
     std::raise(signal);
 }
 
-/// The terminal without echo. A program that is ended meanwhile must not leave it so.
+/// Turns off the terminal's echo, and on again, even if the program is ended meanwhile.
 class Silence {
 public:
     Silence() {
@@ -41,7 +41,7 @@ public:
         if (!mIsSilent) return;
         tcsetattr(STDIN_FILENO, TCSAFLUSH, &terminalBefore);
         for (const int signal : ending) std::signal(signal, SIG_DFL);
-        writeText(stderr, "\n");  // the one that the user typed did not show
+        writeText(stderr, "\n");  // the one that the user typed was not shown
     }
     Silence(const Silence&) = delete;
     Silence& operator=(const Silence&) = delete;
@@ -73,7 +73,7 @@ bool isInputTerminal() { return isatty(STDIN_FILENO) != 0; }
 std::optional<std::string> readLine(std::string_view prompt, Echo echo) {
     if (!isInputTerminal()) return nextLine();
     std::optional<Silence> silence;
-    if (echo == Echo::OFF) silence.emplace();  // before the prompt: what follows that may be secret
+    if (echo == Echo::OFF) silence.emplace();  // before the prompt: what is typed after it may be secret
     writeText(stderr, fmt::format("{}: ", prompt));
     return nextLine();
 }

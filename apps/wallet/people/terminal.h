@@ -7,32 +7,33 @@
 
 namespace kavio::wallet {
 
-/// How wide lines on standard output may be; absent when it is no terminal.
+/// The width of standard output; absent if it is not a terminal.
 std::optional<std::size_t> outputWidth();
 
 bool isInputTerminal();
 
-/// Whether what is typed shows on the terminal.
+/// Whether the terminal shows what is typed.
 enum class Echo { ON, OFF };
 
-/// The next line of standard input; at a terminal the user is asked for it. Absent at the end of input. Ctrl-C ends the
-/// program, with the terminal as it was.
+/// Reads the next line of standard input, and asks the user for it if that is a terminal. Absent at the end of input.
+/// Ctrl-C ends the program and leaves the terminal as it was.
 std::optional<std::string> readLine(std::string_view prompt, Echo echo = Echo::ON);
 
-/// All that is left of standard input, up to a sensible size.
+/// Reads the rest of standard input, up to a sensible size.
 std::string readRest();
 
-/// A line on standard error that says what is waited for, and from when on for how long. Only a terminal shows it.
+/// A line on standard error that says what the program is waiting for and, after a moment, for how long. Shown only on
+/// a terminal.
 class Progress {
 public:
-    /// Nothing is shown for an empty text.
+    /// An empty text shows nothing.
     explicit Progress(std::string text);
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
     void show();
-    /// To be called before anything else is written to the terminal.
+    /// Must be called before anything else is written to the terminal.
     void clear();
 
 private:

@@ -15,7 +15,7 @@ namespace {
 const DateFormat localMinute{"yyyy-MM-dd HH:mm", "en_US_POSIX", std::nullopt};
 const DateFormat localDay{"yyyy-MM-dd", "en_US_POSIX", std::nullopt};
 
-/// Calls `visit` with each code point of the text; U+FFFD stands for bytes that are no UTF-8.
+/// Calls `visit` with each code point of the text; U+FFFD stands for bytes that are not UTF-8.
 template <class Visit>
 void forEachCodePoint(std::string_view text, Visit visit) {
     const auto unicode = icu::UnicodeString::fromUTF8({text.data(), static_cast<std::int32_t>(text.size())});
@@ -73,7 +73,7 @@ std::string localTime(Date date) { return Platform::current().dateFormatter->for
 
 std::optional<Date> dateFromLocalTime(const std::string& text) {
     const auto& formatter = *Platform::current().dateFormatter;
-    // Where clocks are put forward at midnight, a day begins at one o'clock.
+    // Where clocks go forward at midnight, the day begins at one o'clock.
     for (const auto& [format, whole] :
          {std::pair{localMinute, text}, {localDay, text}, {localMinute, text + " 01:00"}}) {
         const auto date = formatter.parse(format, whole);

@@ -8,19 +8,19 @@
 
 namespace kavio::wallet {
 
-/// The text without anything that a terminal would obey: what the service sends is shown, never executed.
+/// The text without anything that a terminal would interpret: what the service sends is shown, never executed.
 std::string printable(std::string_view text);
 
-/// How many columns of a terminal the text takes.
+/// How many columns the text takes on a terminal.
 std::size_t columnsOf(std::string_view text);
-/// At most `columns` wide; what is cut off is shown by "…".
+/// Cuts the text to at most `columns`, and marks a cut with "…".
 std::string cutTo(std::size_t columns, std::string_view text);
 
 /// The name of an enumerator as words: "HOT_DRINKS" as "hot drinks".
 std::string words(std::string_view enumerator);
 /// To the minute, in the user's own time zone.
 std::string localTime(Date date);
-/// The date of such a text, or of a day, which begins at midnight; absent for any other text.
+/// Reads such a text, or a day, which begins at midnight; absent for any other text.
 std::optional<Date> dateFromLocalTime(const std::string& text);
 
 }  // namespace kavio::wallet

@@ -78,14 +78,14 @@ void showBalance(Session& session, const std::string& method) {
         const auto card = std::dynamic_pointer_cast<const DepositCard>(WalletMethods{session}.named(method));
         if (card) session.say(fmt::format("New balance: {}", balanceText(*card)));
     } catch (const Failure& failure) {
-        session.warn(fmt::format("The new balance is not known. {}", failure.what()));
+        session.warn(fmt::format("The new balance is unknown. {}", failure.what()));
     }
 }
 
 std::int64_t unitsOf(const std::string& amount, const Currency& currency) {
     if (const auto units = smallestUnits(amount, currency.digits)) return *units;
     throw Failure(ExitStatus::REFUSED,
-                  fmt::format("'{}' is no amount, such as {}.", printable(amount), moneyText(1250, currency)));
+                  fmt::format("'{}' is not an amount such as {}.", printable(amount), moneyText(1250, currency)));
 }
 
 }  // namespace kavio::wallet
