@@ -82,38 +82,27 @@ constexpr std::array rows{
 constexpr std::array endings{"timedOut", "cancelled",       "failed",      "failedRefund", "refused", "expired",
                              "deleted",  "freeTransaction", "proccessing", "teleported",   "created"};
 
+/// The products of one type of machine.
 struct Shelf {
+    struct Item {
+        std::string_view name;
+        double price;
+    };
     int type;
     std::string_view group;
-    std::string_view name;
-    double price;
+    std::array<Item, 4> items;  // those without a name are empty places
 };
 
-constexpr std::array shelves{
-    Shelf{0, "Hot drinks", "Espresso", 1.5},
-    Shelf{0, "Hot drinks", "Cappuccino", 2.2},
-    Shelf{0, "Hot drinks", "Tea", 1.2},
-    Shelf{0, "Hot drinks", "Hot chocolate", 2.0},
-    Shelf{1, "Cold drinks", "Water 0.5 l", 1.0},
-    Shelf{1, "Cold drinks", "Lemonade", 1.8},
-    Shelf{1, "Cold drinks", "Iced tea", 1.8},
-    Shelf{1, "Cold drinks", "Orange juice", 2.4},
-    Shelf{2, "Snacks", "Salted nuts", 1.6},
-    Shelf{2, "Snacks", "Chocolate bar", 1.3},
-    Shelf{2, "Snacks", "Crisps", 1.5},
-    Shelf{2, "Snacks", "Müsli bar", 1.4},
-    Shelf{3, "Ice cream", "Vanilla cone", 2.5},
-    Shelf{3, "Ice cream", "Mango sorbet", 2.8},
-    Shelf{5, "Sandwiches", "Cheese and tomato", 3.9},
-    Shelf{5, "Sandwiches", "Falafel wrap", 4.5},
-    Shelf{12, "Energy", "10 kWh", 4.9},
-    Shelf{12, "Energy", "25 kWh", 11.9},
-    Shelf{16, "Wash", "Foam wash", 5.0},
-    Shelf{16, "Wash", "Foam and wax", 8.5},
-    Shelf{17, "Laundry", "Washing, 7 kg", 4.0},
-    Shelf{17, "Laundry", "Drying, 30 min", 2.0},
-    Shelf{27, "Flowers", "Tulips", 9.0},
-    Shelf{27, "Flowers", "Roses", 15.0},
+constexpr Shelf shelves[]{
+    {0, "Hot drinks", {{{"Espresso", 1.5}, {"Cappuccino", 2.2}, {"Tea", 1.2}, {"Hot chocolate", 2.0}}}},
+    {1, "Cold drinks", {{{"Water 0.5 l", 1.0}, {"Lemonade", 1.8}, {"Iced tea", 1.8}, {"Orange juice", 2.4}}}},
+    {2, "Snacks", {{{"Salted nuts", 1.6}, {"Chocolate bar", 1.3}, {"Crisps", 1.5}, {"Müsli bar", 1.4}}}},
+    {3, "Ice cream", {{{"Vanilla cone", 2.5}, {"Mango sorbet", 2.8}}}},
+    {5, "Sandwiches", {{{"Cheese and tomato", 3.9}, {"Falafel wrap", 4.5}}}},
+    {12, "Energy", {{{"10 kWh", 4.9}, {"25 kWh", 11.9}}}},
+    {16, "Wash", {{{"Foam wash", 5.0}, {"Foam and wax", 8.5}}}},
+    {17, "Laundry", {{{"Washing, 7 kg", 4.0}, {"Drying, 30 min", 2.0}}}},
+    {27, "Flowers", {{{"Tulips", 9.0}, {"Roses", 15.0}}}},
 };
 
 bool offers(int machineType, int shelfType) {
@@ -173,8 +162,7 @@ const std::vector<Machine>& machines() {
 }
 
 const Machine* machineByKavioId(std::int64_t kavioId) {
-    const auto found =
-        std::find_if(machines().begin(), machines().end(), [&](const Machine& m) { return m.kavioId == kavioId; });
+    const auto found = std::ranges::find(machines(), kavioId, &Machine::kavioId);
     return found == machines().end() ? nullptr : &*found;
 }
 
@@ -186,16 +174,16 @@ std::vector<Product> productsOf(const Machine& machine) {
                                       : std::round(euros * currency.perEuro * coinsPerUnit) / coinsPerUnit;
     };
     std::vector<Product> products;
-    for (const auto& shelf : shelves)
-        if (offers(machine.type, shelf.type))
-            products.push_back({int(11 + products.size()), shelf.name, shelf.group, local(shelf.price)});
+    for (const auto& [type, group, items] : shelves)
+        for (const auto& [name, price] : items)
+            if (offers(machine.type, type) && !name.empty())
+                products.push_back({int(11 + products.size()), name, group, local(price)});
     if (products.empty()) products.push_back({11, "One use", "Service", local(3.0)});
     return products;
 }
 
 const Country& countryOf(std::string_view phonePrefix) {
-    const auto found = std::find_if(countries.begin(), countries.end(),
-                                    [&](const Country& country) { return country.phonePrefix == phonePrefix; });
+    const auto* const found = std::ranges::find(countries, phonePrefix, &Country::phonePrefix);
     return found == countries.end() ? de : *found;
 }
 

@@ -32,8 +32,7 @@ constexpr std::array testCards{
 }  // namespace
 
 Course courseOf(std::string_view cardNumber) {
-    const auto* const found = std::find_if(testCards.begin(), testCards.end(),
-                                           [&](const TestCard& card) { return card.number == cardNumber; });
+    const auto* const found = std::ranges::find(testCards, cardNumber, &TestCard::number);
     return found == testCards.end() ? Course::frictionless : found->course;
 }
 

@@ -35,9 +35,11 @@ int run(int argc, char** argv) {
     Sandbox::Options options;
     bool json = false;
     std::int64_t orderStep = options.orderStep.count();
-    app.add_option("--port", options.port, "Port on 127.0.0.1 (default: any free port)");
+    app.add_option("--port", options.port, "Port on 127.0.0.1 (default: any free port)")
+        ->transform(wholeNumber(0, 65535));
     app.add_option("--issuer-port", options.issuerPort,
-                   "Also serve the issuer's pages over plain HTTP (0: any free port)");
+                   "Also serve the issuer's pages over plain HTTP (0: any free port)")
+        ->transform(wholeNumber(0, 65535));
     app.add_option("--authority", options.authorityFile, "File to write the authority's certificate (PEM) to");
     app.add_option("--api-key", options.apiKey, "The only API key accepted (default: any)");
     app.add_option("--code", options.code, "One-time code for every login")->capture_default_str();

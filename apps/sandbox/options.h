@@ -11,7 +11,7 @@
 
 namespace kavio::sandbox {
 
-// Every member has an initialiser, so that a designated list may leave it out without a warning.
+/// Every member has an initialiser, so that a designated initialiser list may leave it out without a warning.
 struct Options {
     /// Port of the HTTPS service on 127.0.0.1; 0 for a free one.
     std::uint16_t port = 0;

@@ -60,7 +60,7 @@ void addHistory(World& world, Account& account) {
 }  // namespace
 
 StoredCard* Account::card(const std::string& locator) {
-    const auto found = std::find_if(cards.begin(), cards.end(), [&](const auto& c) { return c.locator == locator; });
+    const auto found = std::ranges::find(cards, locator, &StoredCard::locator);
     return found == cards.end() ? nullptr : &*found;
 }
 

@@ -87,7 +87,7 @@ int run(int argc, char** argv) {
     const auto* const command = line.command();
     try {
         if (line.isDriver == (command != nullptr))
-            throw Failure(ExitStatus::USAGE, "give either one command or --jsonl; see kavio-wallet --help");
+            throw Failure(ExitStatus::USAGE, "Give either a command or --jsonl; see kavio-wallet --help.");
         const auto host = makeHost(line);
         if (line.isDriver) return serve(*host, line.options);
         Session session{*host, line.options, line.isJson};
