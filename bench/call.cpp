@@ -24,8 +24,7 @@ void bareCall(benchmark::State& state, const Setup& setup) {
     for (auto _ : state) exchange.run();
 }
 
-/// The least that any library on top of libcurl must do: sign each request and decode each reply. No thread, no
-/// session.
+/// The least that any library on top of libcurl must do: sign each request and decode each reply.
 void signedBareCall(benchmark::State& state, const Setup& setup) {
     BareExchange exchange(setup, KavioNetworkService::prepare(machineRequest()));
     if (exchange.run() != 200) state.SkipWithError("The service refused the request.");

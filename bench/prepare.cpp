@@ -1,5 +1,4 @@
-// The cost of preparing a request, compared with just the digests of its signature, and the cost of its values in the
-// store.
+// The cost of preparing a request, compared with its digests alone, and of reading its values from the store.
 
 #include "exchanges.h"
 #include "network/kavio_network_service.h"

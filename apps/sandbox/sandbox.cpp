@@ -100,7 +100,7 @@ struct Sandbox::Parts {
     /// Only for pages: the API is never served over plain HTTP.
     void serveIssuerPage(Listener& from, const httplib::Request& request, httplib::Response& response);
     void record(const httplib::Request& request);
-    /// Does work on the world and the requests, which all threads share.
+    /// Runs `work` while no other thread uses the world or the requests.
     template <class Work>
     auto locked(Work work) {
         const std::lock_guard lock(mutex);

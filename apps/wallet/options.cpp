@@ -26,8 +26,7 @@ Kavio::EnvironmentType required(const std::string& name) {
 }  // namespace
 
 void addOptions(CLI::App& commandLine, Options& options) {
-    // So that a script can append its own options to those of an alias. Commands decide which of theirs may be
-    // repeated.
+    // So that a script can append its own options to those of an alias. Commands decide about theirs.
     commandLine.option_defaults()->take_last();
     commandLine.add_option("--api-key", options.apiKey, "API key (default: demo-key)")->type_name("KEY");
     commandLine

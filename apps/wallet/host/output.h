@@ -6,12 +6,10 @@
 
 namespace kavio::wallet {
 
-/// Writes one line to standard output at once. Ends the program if that fails, because nobody can read its reports
-/// then.
+/// Writes one line to standard output at once. Ends the program if that fails: nobody can read its reports.
 void writeLine(const std::string& line);
 
-/// Text for people, written at once. Goes on if that fails, because an order must be followed to its end even if nobody
-/// reads it.
+/// Text for people, written at once. Goes on if that fails, because an order must be followed to its end.
 void writeText(std::FILE* file, std::string_view text);
 
 }  // namespace kavio::wallet

@@ -15,8 +15,7 @@ namespace kavio::wallet {
 
 using Input = nlohmann::json;
 
-/// Why a line is refused. The text says what is wrong and where, but quotes no value of the line: that could be a
-/// card's.
+/// Why a line is refused. The text says what is wrong and where, but quotes no value, which could be a card's.
 struct Refused : std::runtime_error {
     using std::runtime_error::runtime_error;
 };

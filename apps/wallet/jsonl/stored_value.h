@@ -12,8 +12,7 @@ namespace kavio::wallet {
 /// A text, {"date": ISO text}, {"data": base64 text}, or null for a missing value.
 Json toJson(const std::optional<StoredValue>& value);
 
-/// Reads the member "value", which has the same form; absent for null. Throws `Refused` if it is missing or has another
-/// form.
+/// Reads the member "value", which has the same form; absent for null. Throws `Refused` if it is missing or malformed.
 std::optional<StoredValue> storedValueIn(const Arguments& arguments);
 
 }  // namespace kavio::wallet

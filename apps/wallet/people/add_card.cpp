@@ -40,8 +40,7 @@ Input valueOf(const Field& field, const std::string& text) {
     throw Refused(fmt::format("\"{}\" must be an integer", field.member));
 }
 
-/// Reads the card as an object with the fields' members, either line by line or, if not from a terminal, as one JSON
-/// object.
+/// Reads the card as an object with the fields' members, line by line or, if not from a terminal, as one JSON object.
 Input readCard(Fields fields) {
     Input card = Input::object();
     for (const auto& field : fields) {

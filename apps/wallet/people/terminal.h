@@ -22,8 +22,7 @@ std::optional<std::string> readLine(std::string_view prompt, Echo echo = Echo::O
 /// Reads the rest of standard input, up to a sensible size.
 std::string readRest();
 
-/// A line on standard error that says what the program is waiting for and, after a moment, for how long. Shown only on
-/// a terminal.
+/// A line on standard error that says what the program is waiting for, and for how long. Shown only on a terminal.
 class Progress {
 public:
     /// An empty text shows nothing.
