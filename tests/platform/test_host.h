@@ -1,6 +1,7 @@
 #pragma once
 
 #include "sandbox/authority.h"
+#include "support/eventually.h"
 #include "support/raw_server.h"
 #include "support/temporary_folder.h"
 
@@ -48,9 +49,10 @@ struct HostServer : RawServer {
         : RawServer(service().identity, std::move(script), std::move(protocol)) {}
 };
 
-/// An address of this machine where nobody listens.
+/// An address of this machine where nobody listens: the port is bound, so that nobody else is given it.
 inline std::string abandonedAddress() {
-    return HostServer([](Connection&) {}).address();
+    static const LoopbackSocket held;
+    return held.address();
 }
 
 /// What a server does after a request, before it closes the connection.
@@ -74,11 +76,11 @@ RawServer::Script endingAs(const std::vector<Case>& cases) {
 }
 
 inline UrlRequest get(std::string url, Idempotency idempotency = Idempotency::REPEATABLE) {
-    return {"GET", std::move(url), {}, {}, std::chrono::seconds(20), idempotency};
+    return {"GET", std::move(url), {}, {}, patience, idempotency};
 }
 
 inline UrlRequest post(std::string url, std::string body, Idempotency idempotency = Idempotency::ONCE) {
-    return {"POST", std::move(url), {}, std::move(body), std::chrono::seconds(20), idempotency};
+    return {"POST", std::move(url), {}, std::move(body), patience, idempotency};
 }
 
 inline std::future<Outcome> begin(UrlSession& session, UrlRequest request) {

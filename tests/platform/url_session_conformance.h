@@ -120,6 +120,12 @@ TEST_P(UrlSessionConformance, RefusesAHostThatCannotProveWhoItIs) {
     }
 }
 
+inline std::string repeated(const std::string& text, int times) {
+    std::string all;
+    for (; times > 0; --times) all += text;
+    return all;
+}
+
 /// Sends the start and then what never ends, until the client leaves.
 inline Ending flooding(std::string start, std::string flood, std::chrono::milliseconds pause = {}) {
     return [start = std::move(start), flood = std::move(flood), pause](Connection& connection) {
@@ -144,21 +150,17 @@ TEST_P(UrlSessionConformance, NamesWhyNoReplyCame) {
         {"cut in the head", -1005, sending(head + "Conte")},
         {"cut in a chunk", -1005, sending(chunked + "9\r\n")},
         {"not what its encoding says", -1011, sending(httpReply(200, "plain", encoding))},
-        {"silence", -1001, stallingAfter("")},
-        {"a drip for ever", -1001, flooding(chunked, "1\r\nx\r\n", std::chrono::milliseconds(100))},
         {"too large a body of known length", -1103, flooding(head + "Content-Length: 33554433\r\n\r\n", megabyte)},
         {"a body without end", -1103, flooding(chunked, "100000\r\n" + megabyte + "\r\n")},
         {"little that unpacks to much", -1103, sending(httpReply(200, packed(std::string(33 << 20, '0')), encoding))},
         {"headers without end", -1103, flooding(head, "X: " + std::string(1000, 'x') + "\r\n")},
-        {"interim replies without end", -1103, flooding("", "HTTP/1.1 100 Continue\r\n\r\n")},
+        {"interim replies without end", -1103, flooding("", repeated("HTTP/1.1 100 Continue\r\n\r\n", 1000))},
     };
     const HostServer server(endingAs(cases));
     const auto session = this->session(server);
     std::vector<std::future<Outcome>> outcomes;
     for (std::size_t i = 0; i < cases.size(); ++i) {
-        auto request = post(host + "/" + std::to_string(i) + "?secret", "secret");
-        if (cases[i].code == UrlError::timedOut) request.timeout = std::chrono::seconds(1);
-        outcomes.push_back(begin(*session, request));
+        outcomes.push_back(begin(*session, post(host + "/" + std::to_string(i) + "?secret", "secret")));
     }
     for (std::size_t i = 0; i < cases.size(); ++i) {
         const auto outcome = outcomes[i].get();
@@ -166,6 +168,26 @@ TEST_P(UrlSessionConformance, NamesWhyNoReplyCame) {
         EXPECT_THAT(text(outcome), testing::AllOf(testing::Not(testing::HasSubstr("secret")), testing::EndsWith(".")));
     }
     EXPECT_EQ(server.requests().size(), cases.size()) << "each is sent once";
+}
+
+TEST_P(UrlSessionConformance, GivesUpWhatTakesTooLong) {
+    const std::string head = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
+    for (const auto& ending : {stallingAfter(""), flooding(head, "1\r\nx\r\n", std::chrono::milliseconds(100))}) {
+        const HostServer server(meeting([&](Connection& connection, const std::string&) {
+            ending(connection);
+            return false;
+        }));
+        const auto session = this->session(server);
+        auto request = post(host, "body");
+        std::size_t times = 0;
+        // On a busy machine the time may be over before the service has the request.
+        for (request.timeout = std::chrono::seconds(1); server.requests().empty() && request.timeout < patience;
+             request.timeout *= 2) {
+            EXPECT_EQ(text(fetch(*session, request)), "-1001 The request timed out.");
+            ++times;
+        }
+        EXPECT_THAT(server.requests().size(), testing::AllOf(testing::Ge(1U), testing::Le(times)));
+    }
 }
 
 TEST_P(UrlSessionConformance, NamesWhyNothingCouldBeSent) {

@@ -7,9 +7,12 @@
 
 namespace kavio::test {
 
+/// How long a test waits for what it knows will come. Only a broken program lets that pass, however busy the machine
+/// is.
+inline constexpr std::chrono::minutes patience{2};
+
 /// Waits for real threads and processes: gives true as soon as `condition` holds, false when `limit` has passed.
-inline bool eventually(const std::function<bool()>& condition,
-                       std::chrono::milliseconds limit = std::chrono::seconds(20)) {
+inline bool eventually(const std::function<bool()>& condition, std::chrono::milliseconds limit = patience) {
     const auto deadline = std::chrono::steady_clock::now() + limit;
     while (!condition()) {
         if (std::chrono::steady_clock::now() >= deadline) return condition();

@@ -16,6 +16,25 @@ namespace {
 
 }  // namespace
 
+LoopbackSocket::LoopbackSocket() {
+    const int on = 1;
+    ::setsockopt(mDescriptor, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    if (::bind(mDescriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+        throw std::runtime_error("cannot have a port");
+}
+
+LoopbackSocket::~LoopbackSocket() { ::close(mDescriptor); }
+
+std::string LoopbackSocket::address() const {
+    sockaddr_in address{};
+    socklen_t length = sizeof address;
+    ::getsockname(mDescriptor, reinterpret_cast<sockaddr*>(&address), &length);
+    return "127.0.0.1:" + std::to_string(ntohs(address.sin_port));
+}
+
 RawServer::RawServer(const sandbox::Identity& identity, Script script, std::string protocol)
     : mScript(std::move(script)), mProtocol(std::move(protocol)) {
     const auto choose = [](SSL*, const unsigned char** chosen, unsigned char* length, const unsigned char*,
@@ -25,38 +44,26 @@ RawServer::RawServer(const sandbox::Identity& identity, Script script, std::stri
         *length = static_cast<unsigned char>(text.size());
         return SSL_TLSEXT_ERR_OK;
     };
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     if (SSL_CTX_use_certificate(mContext.get(), identity.certificate.get()) != 1 ||
         SSL_CTX_use_PrivateKey(mContext.get(), identity.key.get()) != 1 ||
-        ::bind(mListener, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-        ::listen(mListener, SOMAXCONN) != 0)
+        ::listen(mListener.descriptor(), SOMAXCONN) != 0)
         throw std::runtime_error("cannot start a TLS server");
     SSL_CTX_set_alpn_select_cb(mContext.get(), choose, &mProtocol);
     mAcceptor = std::thread([this] { acceptAll(); });
 }
 
 RawServer::~RawServer() {
-    ::shutdown(mListener, SHUT_RDWR);
+    ::shutdown(mListener.descriptor(), SHUT_RDWR);
     mAcceptor.join();
     {
         const std::lock_guard lock(mMutex);
         for (const int socket : mSockets) ::shutdown(socket, SHUT_RDWR);
     }
     for (auto& thread : mThreads) thread.join();
-    ::close(mListener);
-}
-
-std::string RawServer::address() const {
-    sockaddr_in address{};
-    socklen_t length = sizeof address;
-    ::getsockname(mListener, reinterpret_cast<sockaddr*>(&address), &length);
-    return "127.0.0.1:" + std::to_string(ntohs(address.sin_port));
 }
 
 void RawServer::acceptAll() {
-    for (int socket = 0; (socket = ::accept4(mListener, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {
+    for (int socket = 0; (socket = ::accept4(mListener.descriptor(), nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {
         const std::lock_guard lock(mMutex);
         mReceived.emplace_back();
         mSockets.push_back(socket);

@@ -18,6 +18,23 @@
 
 namespace kavio::test {
 
+/// A socket bound to a loopback port of the system's choice, which nobody else is given as long as it lives. Whoever
+/// asks for that port by its number may listen there.
+class LoopbackSocket {
+public:
+    LoopbackSocket();
+    ~LoopbackSocket();
+    LoopbackSocket(const LoopbackSocket&) = delete;
+    LoopbackSocket& operator=(const LoopbackSocket&) = delete;
+
+    int descriptor() const { return mDescriptor; }
+    /// "127.0.0.1:PORT"
+    std::string address() const;
+
+private:
+    const int mDescriptor = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+};
+
 /// A TLS server on a loopback port of the system's choice that does with each connection what a script says, byte for
 /// byte, and notes what it was sent.
 class RawServer {
@@ -92,7 +109,7 @@ public:
     RawServer& operator=(const RawServer&) = delete;
 
     /// "127.0.0.1:PORT"
-    std::string address() const;
+    std::string address() const { return mListener.address(); }
     /// The bytes inside TLS that scripts have read, a text a connection, in the order in which those came.
     std::vector<std::string> received() const {
         const std::lock_guard lock(mMutex);
@@ -111,7 +128,7 @@ private:
     const Script mScript;
     std::string mProtocol;
     const std::shared_ptr<SSL_CTX> mContext{SSL_CTX_new(TLS_server_method()), &SSL_CTX_free};
-    const int mListener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const LoopbackSocket mListener;
     mutable std::mutex mMutex;
     std::vector<std::string> mReceived;  // guarded by mMutex, as are the requests and the sockets
     std::vector<std::string> mRequests;
