@@ -2,19 +2,12 @@
 
 #include <netinet/in.h>
 #include <netinet/tcp.h>
-#include <openssl/crypto.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <stdexcept>
 
 namespace kavio::test {
-namespace {
-
-// As the library does, which comes second here: a network thread may outlive the main thread's last test.
-[[maybe_unused]] const int withoutExitHandler = OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
-
-}  // namespace
 
 LoopbackSocket::LoopbackSocket() {
     const int on = 1;

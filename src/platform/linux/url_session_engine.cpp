@@ -41,7 +41,7 @@ using TaskPointer = std::unique_ptr<Task>;
 
 void initializeLibraries() {
     // A session may live until the process ends. OpenSSL's exit handler would then take its tables from under the
-    // network thread.
+    // network thread. Where another library has used OpenSSL before, it is too late to ask for none.
     static const bool done =
         OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr) == 1 && curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
     if (!done) throw std::bad_alloc();
@@ -111,9 +111,10 @@ public:
 
     // On the network thread.
     void run();
-    void cancelAll();
+    void close();
 
 private:
+    void cancelAll();
     bool isStopping();
     TaskPointer takeSubmitted();
     TaskPointer takeDue();
@@ -149,7 +150,7 @@ UrlEngine::~UrlEngine() {
     if (mThread.get_id() != std::this_thread::get_id()) {
         mThread.join();
     } else {
-        mLoop->cancelAll();
+        mLoop->close();
         mThread.detach();
     }
 }
@@ -192,8 +193,17 @@ void UrlEngine::Loop::run() {
         endFinished();
         mWakeup.wait(mMulti.get(), millisecondsToNextResumption());
     }
+    close();
+}
+
+/// Leaves the thread nothing to do in libcurl and OpenSSL. Where a completion destroys the engine, the process may end
+/// at any time after that: it does not wait for a thread that cannot be joined, and OpenSSL's exit handler may run.
+/// What `run` still asks of libcurl on its way out is refused, for want of a handle.
+void UrlEngine::Loop::close() {
     cancelAll();
+    mIdle.clear();
     mMulti.reset();  // here, where SIGPIPE is blocked: it says good-bye on open connections
+    OPENSSL_thread_stop();
 }
 
 void UrlEngine::Loop::start(TaskPointer task) {
