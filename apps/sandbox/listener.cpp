@@ -104,7 +104,7 @@ Listener::~Listener() {
         const std::lock_guard lock(mMutex);
         mStopped = true;
     }
-    mStop.notify_all();
+    mResumed.notify_all();
     mServer->stop();
     mConnections.close();
     mThread.join();
@@ -112,7 +112,16 @@ Listener::~Listener() {
 
 bool Listener::pause(std::chrono::milliseconds time) {
     std::unique_lock lock(mMutex);
-    return !mStop.wait_for(lock, time, [this] { return mStopped; });
+    mResumed.wait_for(lock, time, [this, before = mResumptions] { return mStopped || mResumptions != before; });
+    return !mStopped;
+}
+
+void Listener::resume() {
+    {
+        const std::lock_guard lock(mMutex);
+        ++mResumptions;
+    }
+    mResumed.notify_all();
 }
 
 void Listener::drop(const httplib::Request& request) { shutdown(SSL_get_fd(request.ssl), SHUT_RDWR); }

@@ -47,6 +47,8 @@ public:
     std::uint16_t port() const { return mPort; }
     /// Delays the calling handler. False if stopping has cut the delay short: then no reply is due.
     bool pause(std::chrono::milliseconds time);
+    /// Ends all delays under way.
+    void resume();
     /// Closes the connection of a request that came over TLS, so that its handler's reply is lost.
     static void drop(const httplib::Request& request);
 
@@ -55,7 +57,8 @@ private:
 
     Connections mConnections;
     std::mutex mMutex;
-    std::condition_variable mStop;
+    std::condition_variable mResumed;
+    std::uint64_t mResumptions = 0;
     bool mStopped = false;
     std::unique_ptr<httplib::Server> mServer;
     std::uint16_t mPort = 0;

@@ -187,7 +187,10 @@ std::uint16_t Sandbox::issuerPort() const { return mParts->issuerListener ? mPar
 const std::filesystem::path& Sandbox::authorityFile() const { return mParts->authorityFile.path(); }
 
 void Sandbox::fault(const std::string& path, Fault fault) { mParts->faults.add(path, std::move(fault)); }
-void Sandbox::clearFaults() { mParts->faults.clear(); }
+void Sandbox::clearFaults() {
+    mParts->faults.clear();
+    mParts->listener->resume();
+}
 
 void Sandbox::setClockOffset(std::chrono::seconds offset) {
     mParts->locked([&] { mParts->world.clockOffset = offset; });

@@ -18,7 +18,7 @@ public:
 
     PageServer() {
         const auto answer = [this](const auto& request, auto& response) { this->answer(request, response); };
-        mServer.set_keep_alive_timeout(1);  // an idle connection would hold up the end
+        mServer.set_keep_alive_max_count(1);  // an idle connection would hold up the end
         mServer.Get(".*", answer);
         mServer.Post(".*", answer);
         mPort = std::to_string(mServer.bind_to_any_port("127.0.0.1"));
