@@ -4,7 +4,6 @@
 #include "exchanges.h"
 #include "models/json/document.h"
 #include "models/machine_model.h"
-#include "models/public_objects.h"
 #include "network/kavio_network_service.h"
 
 #include <benchmark/benchmark.h>
@@ -31,7 +30,7 @@ void signedBareCall(benchmark::State& state, const Setup& setup) {
     for (auto _ : state) {
         benchmark::DoNotOptimize(KavioNetworkService::prepare(machineRequest()));
         exchange.run();
-        benchmark::DoNotOptimize(decodeDocument<PublicList<MachineModel>>(exchange.body()));
+        benchmark::DoNotOptimize(decodeDocument<Machines>(exchange.body()));
     }
 }
 

@@ -65,8 +65,7 @@ void openSession(const Setup& setup) {
 APIRequest machineRequest() { return machineByValueRequest(query); }
 
 Machines lookUpMachine() {
-    return resultOf<PublicList<MachineModel>>([](auto done) { MachineRepository().machines(query, std::move(done)); })
-        .objects;
+    return resultOf<Machines>([](auto done) { MachineRepository().machines(query, std::move(done)); });
 }
 
 BareExchange::BareExchange(const Setup& setup, const UrlRequest& request) : mRequest(request) {

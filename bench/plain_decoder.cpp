@@ -1,5 +1,7 @@
 #include "plain_decoder.h"
 
+#include "models/shared_object.h"
+
 #include <kavio/campaign.h>
 #include <kavio/machine.h>
 #include <kavio/platform/platform.h>
@@ -34,23 +36,44 @@ std::optional<Date> date(const Json& object, const char* key) {
 std::shared_ptr<const LookAndFeel> lookAndFeel(const Json& in) {
     Images images;
     for (const auto& image : in.at("images")) {
-        images.push_back(std::make_shared<Image>(image.at("file").get<std::string>(), image.at("w").get<int>(),
-                                                 image.at("h").get<int>(), image.at("wasUploaded").get<bool>(),
-                                                 image.at("dpi").get<int>(), image.at("ios").get<bool>()));
+        images.push_back(sharedObject([&] {
+            return Image{.file = image.at("file").get<std::string>(),
+                         .width = image.at("w").get<int>(),
+                         .height = image.at("h").get<int>(),
+                         .wasUploaded = image.at("wasUploaded").get<bool>(),
+                         .dpi = image.at("dpi").get<int>(),
+                         .iOS = image.at("ios").get<bool>()};
+        }));
     }
     const auto text = [&in](const char* key) { return member<std::string>(in, key).value_or(""); };
-    return std::make_shared<LookAndFeel>(text("images_url"), text("backgroundColor"), text("textColor"),
-                                         text("receiptText"), text("punchCardText"), std::move(images));
+    return sharedObject([&] {
+        return LookAndFeel{.imageUrl = text("images_url"),
+                           .backgroudColor = text("backgroundColor"),
+                           .textColor = text("textColor"),
+                           .receiptText = text("receiptText"),
+                           .punchCardText = text("punchCardText"),
+                           .images = std::move(images)};
+    });
 }
 
 std::shared_ptr<const Campaign> campaign(const Json& in) {
     check<std::vector<std::int64_t>>(in, {"fullTreeOperators"});
     const auto text = [&in](const char* key) { return in.at(key).get<std::string>(); };
     const auto integer = [&in](const char* key) { return in.at(key).get<std::int64_t>(); };
-    return std::make_shared<Campaign>(
-        integer("campaignId"), text("campaignName"), text("campaignTitle"), text("campaignDescription"),
-        integer("punched"), integer("totalPunches"), date(in, "created"), date(in, "updated"), date(in, "expiration"),
-        member<std::string>(in, "imagesUrl"), integer("punchCardId"), lookAndFeel(in.at("lookAndFeel")));
+    return sharedObject([&] {
+        return Campaign{.id = integer("campaignId"),
+                        .name = text("campaignName"),
+                        .title = text("campaignTitle"),
+                        .description = text("campaignDescription"),
+                        .punched = integer("punched"),
+                        .totalPunches = integer("totalPunches"),
+                        .created = date(in, "created"),
+                        .updated = date(in, "updated"),
+                        .expiration = date(in, "expiration"),
+                        .imageUrl = member<std::string>(in, "imagesUrl"),
+                        .punchCardId = integer("punchCardId"),
+                        .lookAndFeel = lookAndFeel(in.at("lookAndFeel"))};
+    });
 }
 
 std::shared_ptr<const Machine> machine(const Json& in) {
@@ -67,15 +90,25 @@ std::shared_ptr<const Machine> machine(const Json& in) {
     Campaigns campaigns;
     for (const auto& entry : in.at("campaigns")) campaigns.push_back(campaign(entry));
     const auto& coordinate = in.at("coordinate");
-    return std::make_shared<Machine>(
-        in.at("machineId").get<std::int64_t>(), member<std::int64_t>(in, "kavioID").value_or(0),
-        member<std::string>(in, "operatorName"), member<bool>(in, "isWalletAllowed").value_or(true),
-        coordinate.at("latitude").get<double>(), coordinate.at("longitude").get<double>(),
-        Machine::machineType(in.at("machineType").get<int>()).value_or(Machine::MachineType::OTHER),
-        std::move(campaigns), member<std::string>(in, "machineName"), member<std::string>(in, "country"),
-        member<std::string>(in, "city"), member<std::string>(in, "machineSerial"),
-        member<bool>(in, "supportRemoteVend").value_or(false), member<std::int64_t>(in, "multiVendCount").value_or(0),
-        member<int>(in, "machineStatusId") == 1);
+    return sharedObject([&] {
+        return Machine{
+            .id = in.at("machineId").get<std::int64_t>(),
+            .kavioId = member<std::int64_t>(in, "kavioID").value_or(0),
+            .operatorName = member<std::string>(in, "operatorName"),
+            .isWalletAllowed = member<bool>(in, "isWalletAllowed").value_or(true),
+            .latitude = coordinate.at("latitude").get<double>(),
+            .longitude = coordinate.at("longitude").get<double>(),
+            .type = Machine::machineType(in.at("machineType").get<int>()).value_or(Machine::MachineType::OTHER),
+            .campaigns = std::move(campaigns),
+            .name = member<std::string>(in, "machineName"),
+            .country = member<std::string>(in, "country"),
+            .city = member<std::string>(in, "city"),
+            .hwSerial = member<std::string>(in, "machineSerial"),
+            .supportRemoteVend = member<bool>(in, "supportRemoteVend").value_or(false),
+            .multiVendCount = member<std::int64_t>(in, "multiVendCount").value_or(0),
+            .machineStatus = member<int>(in, "machineStatusId") == 1,
+        };
+    });
 }
 
 }  // namespace

@@ -9,7 +9,6 @@
 #include "models/order_activity_model.h"
 #include "models/order_model.h"
 #include "models/product_model.h"
-#include "models/public_objects.h"
 #include "models/request_models.h"
 #include "models/td_secure_replies.h"
 #include "reserved/place_order_model.h"
@@ -29,8 +28,8 @@ void use(T record) {
         publicObject(std::move(record))->debugDescription();
     } else if constexpr (requires { serialise(record.encode()); }) {
         serialise(record.encode());
-    } else if constexpr (requires { record.objects; }) {
-        for (const auto& object : record.objects) object->debugDescription();
+    } else if constexpr (isList<T>) {
+        for (const auto& object : record) object->debugDescription();
     }
 }
 
@@ -44,11 +43,11 @@ void decode(const std::string& body) {
 }
 
 constexpr void (*decoders[])(const std::string&) = {
-    decode<PublicList<MachineModel>>,
-    decode<PublicList<MachineProduct>>,
+    decode<Machines>,
+    decode<Products>,
     decode<OrderModel>,
     decode<OrderModelResponse>,
-    decode<PublicList<OrderActivityModel>>,
+    decode<Orders>,
     decode<AccountModel>,
     decode<Configuration>,
     decode<Challenge>,
@@ -60,7 +59,7 @@ constexpr void (*decoders[])(const std::string&) = {
     decode<PrepaidsList>,
     decode<DepositModel>,
     decode<VoucherModel>,
-    decode<CampainModel>,
+    decode<Campaigns>,
     decode<MachineReviewModel>,
     decode<PurchaseGameResponse>,
     decode<CheckGeoIPResponse>,

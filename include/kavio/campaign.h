@@ -12,10 +12,7 @@
 namespace kavio {
 
 /// A picture of a look-and-feel, and the size it was made for.
-class KAVIO_API Image {
-public:
-    Image(std::string file, std::int64_t width, std::int64_t height, bool wasUploaded, std::int64_t dpi, bool iOS);
-
+struct KAVIO_API Image {
     const std::string file;
     /// Width and height in pixels.
     const std::int64_t width;
@@ -30,11 +27,7 @@ public:
 using Images = std::vector<std::shared_ptr<const Image>>;
 
 /// How an operator wants receipts and punch cards to look. A text that the operator left out is empty.
-class KAVIO_API LookAndFeel {
-public:
-    LookAndFeel(std::string imageUrl, std::string backgroudColor, std::string textColor, std::string receiptText,
-                std::string punchCardText, Images images);
-
+struct KAVIO_API LookAndFeel {
     const std::string imageUrl;
     const std::string backgroudColor;
     const std::string textColor;
@@ -46,13 +39,7 @@ public:
 };
 
 /// A punch card: after `totalPunches` purchases the user earns a reward.
-class KAVIO_API Campaign {
-public:
-    Campaign(std::int64_t id, std::string name, std::string title, std::string description, std::int64_t punched,
-             std::int64_t totalPunches, std::optional<Date> created, std::optional<Date> updated,
-             std::optional<Date> expiration, std::optional<std::string> imageUrl, std::int64_t punchCardId,
-             std::shared_ptr<const LookAndFeel> lookAndFeel);
-
+struct KAVIO_API Campaign {
     const std::int64_t id;
     const std::string name;
     const std::string title;

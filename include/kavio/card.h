@@ -6,11 +6,8 @@
 
 namespace kavio {
 
-/// A credit card as the user enters it. Immutable.
-class KAVIO_API Card {
-public:
-    Card(std::string pan, std::string month, std::string year, std::string cvv, std::string email);
-
+/// A credit card as the user enters it, made by name. Immutable.
+struct KAVIO_API Card {
     const std::string pan;
     const std::string month;  ///< such as "12"
     const std::string year;   ///< such as "2030"

@@ -11,10 +11,10 @@
 namespace kavio {
 
 class CreditCard;
-class Machine;
-class Order;
 class PaymentMethod;
-class Product;
+struct Machine;
+struct Order;
+struct Product;
 
 using PaymentMethods = std::vector<std::shared_ptr<const PaymentMethod>>;
 using Machines = std::vector<std::shared_ptr<const Machine>>;

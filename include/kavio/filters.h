@@ -10,51 +10,37 @@
 
 namespace kavio {
 
-/// What `Kavio::getMachines` looks for. Keeps what it is given and checks nothing. Immutable.
-class KAVIO_API MachineFilter {
-public:
-    explicit MachineFilter(
-        std::optional<std::string> value = std::nullopt, std::optional<double> latitude = std::nullopt,
-        std::optional<double> longitude = std::nullopt, std::optional<std::string> country = std::nullopt,
-        std::optional<std::int64_t> radius = std::nullopt, std::optional<std::int64_t> operatorId = std::nullopt,
-        std::optional<std::string> hwSerial = std::nullopt, std::optional<std::int64_t> limit = std::nullopt);
-
+/// What `Kavio::getMachines` looks for, made by name: `MachineFilter{.latitude = 52.5, .longitude = 13.4}`. Immutable.
+struct KAVIO_API MachineFilter {
     /// A machine's code, or the text of a QR code.
-    const std::optional<std::string> value;
+    const std::optional<std::string> value = std::nullopt;
     /// Degrees.
-    const std::optional<double> latitude;
-    const std::optional<double> longitude;
+    const std::optional<double> latitude = std::nullopt;
+    const std::optional<double> longitude = std::nullopt;
     /// Of the position, such as "DE".
-    const std::optional<std::string> country;
+    const std::optional<std::string> country = std::nullopt;
     /// Metres.
-    const std::optional<std::int64_t> radius;
+    const std::optional<std::int64_t> radius = std::nullopt;
     /// Not sent along with `hwSerial`.
-    const std::optional<std::int64_t> operatorId;
+    const std::optional<std::int64_t> operatorId = std::nullopt;
     /// Of the machine's payment device.
-    const std::optional<std::string> hwSerial;
+    const std::optional<std::string> hwSerial = std::nullopt;
     /// At most so many machines; 50 for a `value` when absent.
-    const std::optional<std::int64_t> limit;
+    const std::optional<std::int64_t> limit = std::nullopt;
 
     std::string debugDescription() const;
 };
 
-/// Which past orders `Kavio::getTransactions` lists. Keeps what it is given and checks nothing. Immutable.
-class KAVIO_API TransactionFilter {
-public:
-    explicit TransactionFilter(std::optional<std::int64_t> machineId = std::nullopt,
-                               std::optional<std::string> paymentMethodId = std::nullopt,
-                               std::optional<PaymentMethod::PaymentType> paymentType = std::nullopt,
-                               std::optional<std::int64_t> limit = std::nullopt,
-                               std::optional<Date> transactionsBefore = std::nullopt);
-
+/// Which past orders `Kavio::getTransactions` lists, made by name. Immutable.
+struct KAVIO_API TransactionFilter {
     /// A `Machine`'s `id`, not its `kavioId`.
-    const std::optional<std::int64_t> machineId;
-    const std::optional<std::string> paymentMethodId;
-    const std::optional<PaymentMethod::PaymentType> paymentType;
+    const std::optional<std::int64_t> machineId = std::nullopt;
+    const std::optional<std::string> paymentMethodId = std::nullopt;
+    const std::optional<PaymentMethod::PaymentType> paymentType = std::nullopt;
     /// At most so many orders.
-    const std::optional<std::int64_t> limit;
+    const std::optional<std::int64_t> limit = std::nullopt;
     /// Sent in UTC, to the millisecond below.
-    const std::optional<Date> transactionsBefore;
+    const std::optional<Date> transactionsBefore = std::nullopt;
 
     std::string debugDescription() const;
 };

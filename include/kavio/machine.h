@@ -11,8 +11,7 @@
 namespace kavio {
 
 /// An unattended vending point of an operator. Immutable.
-class KAVIO_API Machine {
-public:
+struct KAVIO_API Machine {
     enum class MachineType {
         HOT_DRINKS = 0,
         COLD_DRINKS = 1,
@@ -54,11 +53,6 @@ public:
     };
     /// Absent for a code that names no type.
     static std::optional<MachineType> machineType(std::int64_t rawValue);
-
-    Machine(std::int64_t id, std::int64_t kavioId, std::optional<std::string> operatorName, bool isWalletAllowed,
-            double latitude, double longitude, MachineType type, Campaigns campaigns, std::optional<std::string> name,
-            std::optional<std::string> country, std::optional<std::string> city, std::optional<std::string> hwSerial,
-            bool supportRemoteVend, std::int64_t multiVendCount, bool machineStatus);
 
     /// Names the machine to `Kavio::getMachineProducts`.
     const std::int64_t id;

@@ -11,8 +11,7 @@
 namespace kavio {
 
 /// One payment at a machine, one top-up, or one cashback. Immutable.
-class KAVIO_API Order {
-public:
+struct KAVIO_API Order {
     enum class Status {
         UNKNOWN = 0,
         COMPLETED = 1,
@@ -25,9 +24,6 @@ public:
     };
     /// Absent for a code that names no status.
     static std::optional<Status> orderStatus(std::int64_t rawValue);
-
-    Order(std::string id, std::string type, Status status, std::string paymentSource, std::int64_t amount, Date date,
-          std::optional<std::string> currency, std::int64_t itemsCount, std::int64_t endingBalance);
 
     const std::string id;
     /// "vending", "prePaidDeposit" or "balanceDeposit".

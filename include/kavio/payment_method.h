@@ -46,9 +46,7 @@ public:
 
 class KAVIO_API CreditCard : public PaymentMethod {
 public:
-    CreditCard(std::string id, std::string number, PaymentType type, std::string brand);
-    /// Without a brand.
-    CreditCard(std::string id, std::string number, PaymentType type);
+    CreditCard(std::string id, std::string number, PaymentType type, std::string brand = {});
 
     /// Empty when the service does not know it.
     const std::string brand;
@@ -59,10 +57,8 @@ public:
 /// What money can be added to: the wallet, or a prepaid card.
 class KAVIO_API DepositCard : public PaymentMethod {
 public:
-    DepositCard(std::string id, std::string number, PaymentType type, std::int64_t balance, std::string currency,
-                std::int64_t currencyDecimalDigits);
-    /// Without balance and currency.
-    DepositCard(std::string id, std::string number, PaymentType type);
+    DepositCard(std::string id, std::string number, PaymentType type, std::int64_t balance = 0,
+                std::string currency = {}, std::int64_t currencyDecimalDigits = 0);
 
     /// In the currency's smallest unit.
     const std::int64_t balance;

@@ -10,21 +10,7 @@
 namespace kavio {
 
 /// What a machine sells. Immutable.
-class KAVIO_API Product {
-public:
-    Product(std::int64_t machineProductId, std::int64_t id, std::optional<std::string> name,
-            std::optional<std::string> department, std::optional<double> cashPrice, std::optional<double> cardPrice,
-            std::optional<double> exPrepaidPrice, std::optional<double> machinePrice,
-            std::optional<std::int64_t> preapidPrice, std::optional<double> commissionValue,
-            std::optional<std::string> paCode, std::optional<std::string> opButtonCode,
-            std::optional<std::int64_t> opRowCode, std::optional<std::int64_t> opColCode,
-            std::optional<std::string> imageUrl, std::optional<std::int64_t> ageVerification, bool memberType,
-            std::optional<std::string> image, std::optional<std::int64_t> codeInMap,
-            std::optional<std::int64_t> missingProduct, bool vendOut, std::optional<double> retailPrice,
-            std::optional<std::int64_t> par, std::optional<std::int64_t> missingStockByMdb,
-            std::optional<Date> mdbMissingStockLastUpdated, std::optional<Date> dexMissingStockLastUpdated,
-            std::optional<Date> lastSaleDt, std::optional<Date> lastSaleMdbDt, std::optional<bool> slowMover);
-
+struct KAVIO_API Product {
     const std::int64_t machineProductId;
     const std::int64_t id;
     const std::optional<std::string> name;
@@ -64,11 +50,8 @@ public:
     std::string debugDescription() const;
 };
 
-/// Made by the application to ask for a product in an order. Immutable.
-class KAVIO_API RemoteVendProduct {
-public:
-    RemoteVendProduct(std::int64_t codeInMap, std::int64_t quantity, std::int64_t pulseLineNumber);
-
+/// Made by the application, by name, to ask for a product in an order. Immutable.
+struct KAVIO_API RemoteVendProduct {
     /// The product's position in the machine, `Product::codeInMap`.
     const std::int64_t codeInMap;
     const std::int64_t quantity;

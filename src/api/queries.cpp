@@ -1,7 +1,6 @@
 #include "api/state.h"
 #include "models/date_text.h"
 #include "models/json/json_value.h"
-#include "models/public_objects.h"
 
 namespace kavio {
 namespace {
@@ -38,15 +37,15 @@ JsonObject activitiesParameters(const TransactionFilter& filter) {
     return params;
 }
 
-// Absent when the reply carried no list.
-constexpr auto objectsOf = [](auto list) { return list ? std::optional(std::move(list->objects)) : std::nullopt; };
+// A list may be absent: when the reply carried none.
+constexpr auto asItIs = [](auto list) { return list; };
 
 }  // namespace
 
 void Kavio::getMachines(std::shared_ptr<const MachineFilter> filter) {
     const auto operation = mState->begin(&KavioDelegate::onGetMachines);
     if (!operation) return;
-    auto machinesResponse = operation->finish<PublicList<MachineModel>>(objectsOf);
+    auto machinesResponse = operation->finish<Machines>(asItIs);
     if (filter && isGiven(filter->value)) {
         if (mState->mMachineRepo->machinesByCode(*filter->value, filter->limit.value_or(defaultLookUpLimit),
                                                  filter->operatorId, std::move(machinesResponse))) {
@@ -62,15 +61,14 @@ void Kavio::getMachines(std::shared_ptr<const MachineFilter> filter) {
 void Kavio::getMachineProducts(std::int64_t machineId) {
     const auto operation = mState->begin(&KavioDelegate::onGetMachineProducts);
     if (!operation) return;
-    mState->mMachineRepo->products(static_cast<std::uint64_t>(machineId),
-                                   operation->finish<PublicList<MachineProduct>>(objectsOf));
+    mState->mMachineRepo->products(static_cast<std::uint64_t>(machineId), operation->finish<Products>(asItIs));
 }
 
 void Kavio::getTransactions(std::shared_ptr<const TransactionFilter> filter) {
     const auto operation = mState->begin(&KavioDelegate::onGetTransactions);
     if (!operation) return;
     mState->mActivitiesRepo->activities(filter ? activitiesParameters(*filter) : JsonObject{},
-                                        operation->finish<PublicList<OrderActivityModel>>(objectsOf));
+                                        operation->finish<Orders>(asItIs));
 }
 
 }  // namespace kavio

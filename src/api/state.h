@@ -1,6 +1,5 @@
 #pragma once
 
-#include "models/public_objects.h"
 #include "models/td_secure_replies.h"
 #include "network/api_result.h"
 #include "repositories/repositories.h"

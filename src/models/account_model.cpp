@@ -4,7 +4,6 @@
 #include "models/json/document.h"
 #include "models/json/json_value.h"
 #include "models/json/keyed_container.h"
-#include "models/public_objects.h"
 #include "models/saturating.h"
 
 namespace kavio {
@@ -12,18 +11,18 @@ namespace kavio {
 Challenge Challenge::decode(const KeyedContainer& in) {
     const auto inner = in.nested("challenge");
     return {
-        .challenge = inner.required<std::string>("challenge"),
-        .phone = inner.required<std::string>("phone"),
-        .retryTimeoutSeconds = std::to_string(inner.required<std::int64_t>("retryTimeoutSeconds")),
+        .challenge = inner.required("challenge"),
+        .phone = inner.required("phone"),
+        .retryTimeoutSeconds = std::to_string(std::int64_t{inner.required("retryTimeoutSeconds")}),
     };
 }
 
 Token Token::decode(const KeyedContainer& in) {
     const auto inner = in.nested("token");
-    return {.token = inner.required<std::string>("token")};
+    return {.token = inner.required("token")};
 }
 
-LogOutResponse LogOutResponse::decode(const KeyedContainer& in) { return {.okResponse = in.required<bool>("ok")}; }
+LogOutResponse LogOutResponse::decode(const KeyedContainer& in) { return {.okResponse = in.required("ok")}; }
 
 namespace {
 
@@ -68,9 +67,9 @@ std::optional<CurrencyModel> readCurrency(const std::string& name, const JsonVal
 
 AppData AppData::decode(const KeyedContainer& in) {
     return {
-        .machinesOrder = orderMachines(in.required<std::int64_t>("machinesOrder")),
-        .paymentMethodsOrder = orderPaymentMethods(in.required<std::int64_t>("paymentMethodsOrder")),
-        .lastEarnedCashback = in.required<std::int64_t>("lastEarnedCashback"),
+        .machinesOrder = orderMachines(in.required("machinesOrder")),
+        .paymentMethodsOrder = orderPaymentMethods(in.required("paymentMethodsOrder")),
+        .lastEarnedCashback = in.required("lastEarnedCashback"),
     };
 }
 
@@ -83,33 +82,34 @@ JsonObject AppData::encode() const {
 }
 
 AccountModel AccountModel::decode(const KeyedContainer& in) {
-    AccountModel model;
-    model.configurationMaxUpdatedDT = in.optional<std::string>("configurationMaxUpdatedDT");
-    const auto token = in.nested("token");
-    model.token = token.required<std::string>("token");
+    std::optional<std::string> configurationMaxUpdatedDT = in.optional("configurationMaxUpdatedDT");
+    auto token = Token::decode(in).token;
     const auto account = in.nested("account");
-    model.phone = account.required<std::string>("phone");
-    model.email = account.optional<std::string>("email", "");
-    model.country = account.required<std::string>("country");
-    model.currency = account.required<std::string>("currency");
-    model.firstName = account.optional<std::string>("firstName", "");
-    model.lastName = account.optional<std::string>("lastName", "");
-    model.balance = account.required<double>("balance");
-    model.currencyDecimalDigits = account.required<std::int64_t>("currencyDecimalDigits");
-    model.paypalClientId = account.required<std::string>("paypalClientId");
-    model.marketingConfirmation = account.optional<bool>("marketingConfirmation");
-    model.preventPayPalDirectPayment = account.optional<bool>("preventPayPalDirectPayment", false);
-    model.preventCreditCardDirectPayment = account.optional<bool>("preventCreditCardDirectPayment", false);
-    model.preventBalanceCardDirectPayment = account.optional<bool>("preventBalanceCardDirectPayment", false);
-    model.preventPayPalTopUpDeposit = account.optional<bool>("preventPayPalTopUpDeposit", false);
-    model.preventCreditCardTopUpDeposit = account.optional<bool>("preventCreditCardTopUpDeposit", false);
-    model.preventGPayTopUpDeposit = account.optional<bool>("preventGPayTopUpDeposit", false);
-    model.tokenLocators = account.optional<std::vector<PaymentCardModel>>("tokenLocators", {});
-    model.gamificationTotalGamePlayed = account.optional<std::int64_t>("gameficationTotalGamePlayed");
-    model.gamificationHighScore = account.optional<std::int64_t>("gameficationHighScore");
-    model.gamificationTotalAmountOfCashback = account.optional<std::int64_t>("gameficationTotalAmountOfCashback");
-    model.appData = readAppData(account.optional<std::string>("appData"));
-    return model;
+    return {
+        .configurationMaxUpdatedDT = std::move(configurationMaxUpdatedDT),
+        .token = std::move(token),
+        .phone = account.required("phone"),
+        .email = account.optional("email", ""),
+        .country = account.required("country"),
+        .currency = account.required("currency"),
+        .firstName = account.optional("firstName", ""),
+        .lastName = account.optional("lastName", ""),
+        .balance = account.required("balance"),
+        .currencyDecimalDigits = account.required("currencyDecimalDigits"),
+        .paypalClientId = account.required("paypalClientId"),
+        .marketingConfirmation = account.optional("marketingConfirmation"),
+        .preventPayPalDirectPayment = account.optional("preventPayPalDirectPayment", false),
+        .preventCreditCardDirectPayment = account.optional("preventCreditCardDirectPayment", false),
+        .preventBalanceCardDirectPayment = account.optional("preventBalanceCardDirectPayment", false),
+        .preventPayPalTopUpDeposit = account.optional("preventPayPalTopUpDeposit", false),
+        .preventCreditCardTopUpDeposit = account.optional("preventCreditCardTopUpDeposit", false),
+        .preventGPayTopUpDeposit = account.optional("preventGPayTopUpDeposit", false),
+        .tokenLocators = account.orEmpty("tokenLocators"),
+        .gamificationTotalGamePlayed = account.optional("gameficationTotalGamePlayed"),
+        .gamificationHighScore = account.optional("gameficationHighScore"),
+        .gamificationTotalAmountOfCashback = account.optional("gameficationTotalAmountOfCashback"),
+        .appData = readAppData(account.optional("appData")),
+    };
 }
 
 JsonObject AccountModel::encode() const {
@@ -146,7 +146,8 @@ JsonObject AccountModel::encode() const {
 
 Configuration Configuration::decode(const KeyedContainer& in) {
     Configuration configuration;
-    for (const auto& [name, entry] : in.required<JsonObject>("currencies")) {
+    const JsonObject currencies = in.required("currencies");
+    for (const auto& [name, entry] : currencies) {
         if (auto currency = readCurrency(name, entry)) configuration.currencies.emplace(name, *std::move(currency));
     }
     return configuration;
@@ -154,9 +155,9 @@ Configuration Configuration::decode(const KeyedContainer& in) {
 
 KavioCardModel KavioCardModel::decode(const KeyedContainer& in) {
     return {
-        .amount = in.required<std::int64_t>("amount"),
-        .decimalDigits = in.required<std::int64_t>("decimalDigits"),
-        .currency = in.required<std::string>("currency"),
+        .amount = in.required("amount"),
+        .decimalDigits = in.required("decimalDigits"),
+        .currency = in.required("currency"),
     };
 }
 
@@ -169,7 +170,7 @@ std::vector<std::shared_ptr<const PaymentMethod>> paymentMethods(AccountModel&& 
     methods.push_back(std::make_shared<DepositCard>("0", std::move(account.phone), PaymentMethod::PaymentType::KAVIO,
                                                     saturatingInteger(account.balance), std::move(account.currency),
                                                     account.currencyDecimalDigits));
-    for (auto& card : publicObjects(std::move(account.tokenLocators))) methods.push_back(std::move(card));
+    for (auto& card : account.tokenLocators) methods.push_back(publicObject(std::move(card)));
     return methods;
 }
 

@@ -29,7 +29,7 @@ struct Token {
 
 /// Reply to a logout.
 struct LogOutResponse {
-    bool okResponse = false;
+    bool okResponse;
     static LogOutResponse decode(const KeyedContainer& in);
 };
 
@@ -38,34 +38,34 @@ enum class OrderPaymentMethods { RECENT = 0, FAVORITE = 1 };
 
 /// Preferences of the application, which the service keeps as a text that it does not look into.
 struct AppData {
-    OrderMachines machinesOrder = OrderMachines::RECENT;
-    OrderPaymentMethods paymentMethodsOrder = OrderPaymentMethods::RECENT;
-    std::int64_t lastEarnedCashback = 0;
+    OrderMachines machinesOrder;
+    OrderPaymentMethods paymentMethodsOrder;
+    std::int64_t lastEarnedCashback;
     static AppData decode(const KeyedContainer& in);
     JsonObject encode() const;
 };
 
-/// The signed-in user.
+/// The signed-in user, the members in the order in which they are read.
 struct AccountModel {
-    std::string firstName;
-    std::string lastName;
+    std::optional<std::string> configurationMaxUpdatedDT;
+    std::string token;
     std::string phone;
     std::string email;
     std::string country;
     std::string currency;
-    double balance = 0;
-    std::int64_t currencyDecimalDigits = 0;
+    std::string firstName;
+    std::string lastName;
+    double balance;
+    std::int64_t currencyDecimalDigits;
     std::string paypalClientId;
-    std::vector<PaymentCardModel> tokenLocators;
-    std::string token;
     std::optional<bool> marketingConfirmation;
-    std::optional<std::string> configurationMaxUpdatedDT;
-    bool preventPayPalDirectPayment = false;
-    bool preventCreditCardDirectPayment = false;
-    bool preventBalanceCardDirectPayment = false;
-    bool preventPayPalTopUpDeposit = false;
-    bool preventCreditCardTopUpDeposit = false;
-    bool preventGPayTopUpDeposit = false;
+    bool preventPayPalDirectPayment;
+    bool preventCreditCardDirectPayment;
+    bool preventBalanceCardDirectPayment;
+    bool preventPayPalTopUpDeposit;
+    bool preventCreditCardTopUpDeposit;
+    bool preventGPayTopUpDeposit;
+    std::vector<PaymentCardModel> tokenLocators;
     std::optional<std::int64_t> gamificationTotalGamePlayed;
     std::optional<std::int64_t> gamificationHighScore;
     std::optional<std::int64_t> gamificationTotalAmountOfCashback;
@@ -76,10 +76,10 @@ struct AccountModel {
 
 struct CurrencyModel {
     std::string currencyName;
-    std::int64_t decimalDigits = 0;
-    std::int64_t minimumAmount = 0;
-    std::int64_t maximumAmount = 0;
-    std::int64_t balanceFallsJumps = 0;
+    std::int64_t decimalDigits;
+    std::int64_t minimumAmount;
+    std::int64_t maximumAmount;
+    std::int64_t balanceFallsJumps;
     std::optional<std::string> currencySign;
 };
 
@@ -91,8 +91,8 @@ struct Configuration {
 
 /// The wallet's balance.
 struct KavioCardModel {
-    std::int64_t amount = 0;
-    std::int64_t decimalDigits = 0;
+    std::int64_t amount;
+    std::int64_t decimalDigits;
     std::string currency;
     static KavioCardModel decode(const KeyedContainer& in);
     JsonObject encode() const;

@@ -1,90 +1,80 @@
 #include "models/campaign_model.h"
 
 #include "models/date_text.h"
-#include "models/json/keyed_container.h"
-#include "models/public_objects.h"
 
 namespace kavio {
 
-template <class Text>
-BasicImageMetaModel<Text> BasicImageMetaModel<Text>::decode(const KeyedContainer& in) {
+Image Decoder<Image>::decode(const KeyedContainer& in) {
     return {
-        .file = in.required<Text>("file"),
-        .w = in.required<std::int64_t>("w"),
-        .h = in.required<std::int64_t>("h"),
-        .wasUploaded = in.required<bool>("wasUploaded"),
-        .dpi = in.required<std::int64_t>("dpi"),
-        .ios = in.required<bool>("ios"),
+        .file = in.required("file"),
+        .width = in.required("w"),
+        .height = in.required("h"),
+        .wasUploaded = in.required("wasUploaded"),
+        .dpi = in.required("dpi"),
+        .iOS = in.required("ios"),
     };
 }
 
-template <class Text>
-BasicLookAndFeelModel<Text> BasicLookAndFeelModel<Text>::decode(const KeyedContainer& in) {
+LookAndFeel Decoder<LookAndFeel>::decode(const KeyedContainer& in) {
     return {
-        .imageUrl = in.optional<Text>("images_url", ""),
-        .backgroundColor = in.optional<Text>("backgroundColor", ""),
-        .textColor = in.optional<Text>("textColor", ""),
-        .receiptText = in.optional<Text>("receiptText", ""),
-        .punchCardText = in.optional<Text>("punchCardText", ""),
-        .images = in.optional<std::vector<BasicImageMetaModel<Text>>>("images", {}),
+        .imageUrl = in.optional("images_url", ""),
+        .backgroudColor = in.optional("backgroundColor", ""),
+        .textColor = in.optional("textColor", ""),
+        .receiptText = in.optional("receiptText", ""),
+        .punchCardText = in.optional("punchCardText", ""),
+        .images = in.orEmpty("images"),
     };
 }
 
 namespace {
 
-CampainModel decodeCampaign(const KeyedContainer& in) {
+CampainModel decodeCampaign(const BorrowingContainer& in) {
     return {
-        .id = in.required<std::int64_t>("campaignId"),
-        .name = in.required<std::string_view>("campaignName"),
-        .title = in.required<std::string_view>("campaignTitle"),
-        .description = in.required<std::string_view>("campaignDescription"),
-        .punched = in.required<std::int64_t>("punched"),
-        .totalPunches = in.required<std::int64_t>("totalPunches"),
-        .created = in.required<std::string_view>("created"),
-        .expiration = in.optional<std::string_view>("expiration"),
-        .imageUrl = in.optional<std::string_view>("imagesUrl"),
-        .fullTreeOperators = in.optional<std::vector<std::int64_t>>("fullTreeOperators"),
-        .punchCardId = in.required<std::int64_t>("punchCardId"),
-        .updatedDate = in.optional<std::string_view>("updated"),
-        .lookAndFeel = in.required<BasicLookAndFeelModel<std::string_view>>("lookAndFeel"),
+        .id = in.required("campaignId"),
+        .name = in.required("campaignName"),
+        .title = in.required("campaignTitle"),
+        .description = in.required("campaignDescription"),
+        .punched = in.required("punched"),
+        .totalPunches = in.required("totalPunches"),
+        .created = in.required("created"),
+        .expiration = in.optional("expiration"),
+        .imageUrl = in.optional("imagesUrl"),
+        .fullTreeOperators = in.optional("fullTreeOperators"),
+        .punchCardId = in.required("punchCardId"),
+        .updatedDate = in.optional("updated"),
+        .lookAndFeel = in.required("lookAndFeel"),
     };
+}
+
+std::optional<Date> date(std::optional<std::string_view> text) {
+    return text ? DateText::parseLocalized(*text) : std::nullopt;
 }
 
 }  // namespace
 
-CampainModel CampainModel::decode(const KeyedContainer& in) {
+CampainModel CampainModel::decode(const BorrowingContainer& in) {
     const auto voucher = in.nestedIfObject("voucher");
     return decodeCampaign(voucher ? *voucher : in);
 }
 
-VoucherModel VoucherModel::decode(const KeyedContainer& in) {
-    return {.campaigns = in.required<std::vector<CampainModel>>("vouchers")};
-}
-
-std::shared_ptr<const Image> publicObject(const BasicImageMetaModel<std::string_view>& model) {
-    return std::make_shared<Image>(std::string(model.file), model.w, model.h, model.wasUploaded, model.dpi, model.ios);
-}
-
-std::shared_ptr<const LookAndFeel> publicObject(BasicLookAndFeelModel<std::string_view>&& model) {
-    return std::make_shared<LookAndFeel>(std::string(model.imageUrl), std::string(model.backgroundColor),
-                                         std::string(model.textColor), std::string(model.receiptText),
-                                         std::string(model.punchCardText), publicObjects(std::move(model.images)));
-}
-
-std::shared_ptr<const Campaign> publicObject(CampainModel&& model) {
-    const auto date = [](const std::optional<std::string_view>& text) {
-        return text ? DateText::parseLocalized(*text) : std::nullopt;
+Campaign Decoder<Campaign>::decode(const DecodedValue& value) {
+    auto model = value.borrowed<CampainModel>();
+    return {
+        .id = model.id,
+        .name = std::string(model.name),
+        .title = std::string(model.title),
+        .description = std::string(model.description),
+        .punched = model.punched,
+        .totalPunches = model.totalPunches,
+        .created = date(model.created),
+        .updated = date(model.updatedDate),
+        .expiration = date(model.expiration),
+        .imageUrl = std::optional<std::string>(model.imageUrl),
+        .punchCardId = model.punchCardId,
+        .lookAndFeel = std::move(model.lookAndFeel),
     };
-    return std::make_shared<Campaign>(model.id, std::string(model.name), std::string(model.title),
-                                      std::string(model.description), model.punched, model.totalPunches,
-                                      date(model.created), date(model.updatedDate), date(model.expiration),
-                                      std::optional<std::string>(model.imageUrl), model.punchCardId,
-                                      model.lookAndFeel ? publicObject(*std::move(model.lookAndFeel)) : nullptr);
 }
 
-template struct BasicImageMetaModel<std::string>;
-template struct BasicImageMetaModel<std::string_view>;
-template struct BasicLookAndFeelModel<std::string>;
-template struct BasicLookAndFeelModel<std::string_view>;
+VoucherModel VoucherModel::decode(const KeyedContainer& in) { return {.campaigns = in.required("vouchers")}; }
 
 }  // namespace kavio

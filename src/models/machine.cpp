@@ -1,9 +1,6 @@
-#include "models/debug_text.h"
 #include "models/enum_table.h"
 
 #include <kavio/machine.h>
-
-#include <utility>
 
 namespace kavio {
 namespace {
@@ -56,46 +53,6 @@ std::string_view name(Machine::MachineType type) { return textOf(machineTypes, t
 
 std::optional<Machine::MachineType> Machine::machineType(std::int64_t rawValue) {
     return withCode(machineTypes, rawValue);
-}
-
-Machine::Machine(std::int64_t id_, std::int64_t kavioId_, std::optional<std::string> operatorName_,
-                 bool isWalletAllowed_, double latitude_, double longitude_, MachineType type_, Campaigns campaigns_,
-                 std::optional<std::string> name_, std::optional<std::string> country_,
-                 std::optional<std::string> city_, std::optional<std::string> hwSerial_, bool supportRemoteVend_,
-                 std::int64_t multiVendCount_, bool machineStatus_)
-    : id(id_),
-      kavioId(kavioId_),
-      operatorName(std::move(operatorName_)),
-      isWalletAllowed(isWalletAllowed_),
-      latitude(latitude_),
-      longitude(longitude_),
-      type(type_),
-      campaigns(std::move(campaigns_)),
-      name(std::move(name_)),
-      country(std::move(country_)),
-      city(std::move(city_)),
-      hwSerial(std::move(hwSerial_)),
-      supportRemoteVend(supportRemoteVend_),
-      multiVendCount(multiVendCount_),
-      machineStatus(machineStatus_) {}
-
-std::string Machine::debugDescription() const {
-    return DebugText()
-        .line("{ref ID: ", id)
-        .line("kavio ID: ", kavioId)
-        .line("operator name: ", operatorName)
-        .line("online: ", isWalletAllowed)
-        .line("latitude: ", latitude)
-        .line("longitude: ", longitude)
-        .line("type: ", type, ", ")
-        .line("campaigns: ", campaigns, ", ")
-        .line("name: ", name, ", ")
-        .line("country: ", country, ", ")
-        .line("city: ", city, ", ")
-        .line("hwSerial: ", hwSerial, ", ")
-        .line("supportRemoteVend: ", supportRemoteVend, ", ")
-        .line("machineStatus: ", machineStatus, ", ")
-        .line("multiVendCount: ", multiVendCount, "}");
 }
 
 }  // namespace kavio

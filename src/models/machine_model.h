@@ -1,13 +1,11 @@
 #pragma once
 
 #include "models/campaign_model.h"
-#include "models/public_objects.h"
 
 #include <kavio/date.h>
 #include <kavio/machine.h>
 
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -21,26 +19,26 @@ struct MachineModel {  // NOLINT(clang-analyzer-optin.performance.Padding)
     std::optional<std::uint64_t> kavioID;
     std::optional<std::string_view> operatorName;
     std::string name;  // arrives as an integer
-    std::int64_t machineId = 0;
+    std::int64_t machineId;
     std::optional<std::string_view> machineName;
     std::optional<std::string_view> machineConnectivityStatus;
-    std::int32_t machineStatusId = 0;
+    std::int32_t machineStatusId;
     std::optional<std::string_view> zipCode;
     std::optional<std::string_view> city;
     std::optional<std::string_view> country;
-    bool isWalletAllowed = true;
+    bool isWalletAllowed;
     std::optional<double> distance;
-    std::int64_t machineType = 0;
+    std::int64_t machineType;
     std::optional<std::int64_t> machineModel;
     std::string_view currency;
     std::optional<std::string_view> location;
-    bool isRevalueOnly = false;
-    PublicList<CampainModel> campaigns;
+    bool isRevalueOnly;
+    Campaigns campaigns;
     std::optional<std::string_view> customLabel;
     std::optional<bool> isFavorite;
-    double latitude = 0;
-    double longitude = 0;
-    std::int64_t decimalPlace = 2;
+    double latitude;
+    double longitude;
+    std::int64_t decimalPlace;
     std::vector<double> fullTreeOperatorsField;
     std::string_view createdDateStr;  // "lastOrderDT"
     std::optional<std::int32_t> reviewsCount;
@@ -55,13 +53,13 @@ struct MachineModel {  // NOLINT(clang-analyzer-optin.performance.Padding)
     std::optional<bool> evNozzle;
     std::optional<bool> evNozzleLeft;
     std::optional<bool> evNozzleRight;
-    bool supportRevalue = false;
-    bool supportKavioAutoPP = false;
-    std::int64_t actorId = -1;
-    std::int64_t distributorId = -1;
-    bool supportDcsImage = false;
-    bool supportRemoteVend = false;
-    std::int64_t multiVendCount = 0;
+    bool supportRevalue;
+    bool supportKavioAutoPP;
+    std::int64_t actorId;
+    std::int64_t distributorId;
+    bool supportDcsImage;
+    bool supportRemoteVend;
+    std::int64_t multiVendCount;
     std::optional<std::string_view> machineSerial;
     std::optional<std::string_view> supportDcsImageUpdatedDt;
     std::optional<std::string_view> smartStickerIdUrl;
@@ -69,10 +67,13 @@ struct MachineModel {  // NOLINT(clang-analyzer-optin.performance.Padding)
     std::optional<double> extraCharge;
     std::optional<std::int32_t> extraChargeType;
     Date createdDate;
-    static constexpr bool borrowsTexts = true;
-    static MachineModel decode(const KeyedContainer& in);
+    static MachineModel decode(const BorrowingContainer& in);
 };
 
-std::shared_ptr<const Machine> publicObject(MachineModel&& model);
+/// Made from a `MachineModel`.
+template <>
+struct Decoder<Machine> {
+    static Machine decode(const DecodedValue& value);
+};
 
 }  // namespace kavio

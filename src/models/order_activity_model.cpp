@@ -4,14 +4,16 @@
 #include "models/date_text.h"
 #include "models/json/decoding_error.h"
 #include "models/json/document.h"
-#include "models/json/keyed_container.h"
 
 namespace kavio {
 namespace {
 
-std::optional<std::int64_t> integerInText(const KeyedContainer& in, Key key) {
-    const auto text = in.optional<std::string>(key);
+std::optional<std::int64_t> integer(const std::optional<std::string>& text) {
     return text ? decimalInteger(*text) : std::nullopt;
+}
+
+std::optional<OrderTypeStrings> typeNamed(const std::optional<std::string>& text) {
+    return text ? std::optional(orderTypeStrings(*text)) : std::nullopt;
 }
 
 OrderTypeStrings typeByCode(OrderType type) {
@@ -44,46 +46,55 @@ std::int64_t elementCount(const std::string& json) {
 }  // namespace
 
 OrderActivityModel OrderActivityModel::decode(const KeyedContainer& in) {
-    OrderActivityModel model;
-    model.orderId = std::to_string(in.required<std::uint64_t>("orderId"));
-    model.createdDateStr = in.required<std::string>("created");
+    OrderActivityModel model{
+        .orderId = std::to_string(std::uint64_t{in.required("orderId")}),
+        .createdDateStr = in.required("created"),
+        .amount = in.required("amount"),
+        .orderStatus = kavio::orderStatus(in.required("orderStatusName")),
+        .paymentSource = kavio::paymentSource(in.required("paymentSourceName")),
+        .orderType = kavio::orderType(in.required("orderType")),
+        .orderTypeName = typeNamed(in.optional("orderTypeName")),
+        .machineType = in.optional("machineType"),
+        .machineName = in.optional("machineName"),
+        .externalReference = in.optional("externalReference"),
+        .prepaidCardID = in.optional("prepaidCardID"),
+        .tokenLocatorID = in.optional("tokenLocatorID"),
+        .label = in.optional("label"),
+        .startingBalance = in.required("startingBalance"),
+        .endingBalance = in.required("endingBalance"),
+        .issuer = in.optional("issuerName"),
+        .externalCampaignID = in.optional("externalCampaignID"),
+        .currency = in.optional("currency"),
+        .locator = in.optional("locator"),
+        .orderItems = in.optional("orderItems"),
+        .bonus = in.required("bonus"),
+        .city = in.optional("city"),
+        .country = in.optional("country"),
+        .gameWin = in.required("gameWin"),
+        .autoTopup = in.required("autoTopup"),
+        .operatorName = in.optional("operatorName"),
+        .lookAndFeel = in.orEmpty("lookAndFeel"),
+        .punchesOnPunch = integer(in.optional("punchesOnPunch")),
+        .totalPunches = integer(in.optional("totalPunches")),
+        .createdDate = {},
+    };
     model.createdDate = DateText::parse(model.createdDateStr).value_or(DateText::now());
-    model.amount = in.required<std::int64_t>("amount");
-    model.orderStatus = kavio::orderStatus(in.required<std::string>("orderStatusName"));
-    model.paymentSource = kavio::paymentSource(in.required<std::string>("paymentSourceName"));
-    model.orderType = kavio::orderType(in.required<std::int64_t>("orderType"));
-    if (const auto type = in.optional<std::string>("orderTypeName")) model.orderTypeName = orderTypeStrings(*type);
-    model.machineType = in.optional<std::string>("machineType");
-    model.machineName = in.optional<std::string>("machineName");
-    model.externalReference = in.optional<std::string>("externalReference");
-    model.prepaidCardID = in.optional<std::string>("prepaidCardID");
-    model.tokenLocatorID = in.optional<std::string>("tokenLocatorID");
-    model.label = in.optional<std::string>("label");
-    model.startingBalance = in.required<std::int64_t>("startingBalance");
-    model.endingBalance = in.required<std::int64_t>("endingBalance");
-    model.issuer = in.optional<std::string>("issuerName");
-    model.externalCampaignID = in.optional<std::string>("externalCampaignID");
-    model.currency = in.optional<std::string>("currency");
-    model.locator = in.optional<std::string>("locator");
-    model.orderItems = in.optional<std::string>("orderItems");
-    model.bonus = in.required<std::int64_t>("bonus");
-    model.city = in.optional<std::string>("city");
-    model.country = in.optional<std::string>("country");
-    model.gameWin = in.required<std::int64_t>("gameWin");
-    model.autoTopup = in.required<bool>("autoTopup");
-    model.operatorName = in.optional<std::string>("operatorName");
-    model.lookAndFeel = in.optional<LookAndFeelModel>("lookAndFeel");
-    model.punchesOnPunch = integerInText(in, "punchesOnPunch");
-    model.totalPunches = integerInText(in, "totalPunches");
     return model;
 }
 
-std::shared_ptr<const Order> publicObject(OrderActivityModel&& model) {
-    const auto type = model.orderTypeName.value_or(typeByCode(model.orderType));
-    return std::make_shared<Order>(std::move(model.orderId), std::string(wireText(type)),
-                                   publicStatus(model.orderStatus), std::string(wireText(model.paymentSource)),
-                                   model.amount, model.createdDate, std::move(model.currency),
-                                   model.orderItems ? elementCount(*model.orderItems) : 0, model.endingBalance);
+Order Decoder<Order>::decode(const KeyedContainer& in) {
+    auto model = OrderActivityModel::decode(in);
+    return {
+        .id = std::move(model.orderId),
+        .type = std::string(wireText(model.orderTypeName.value_or(typeByCode(model.orderType)))),
+        .status = publicStatus(model.orderStatus),
+        .paymentSource = std::string(wireText(model.paymentSource)),
+        .amount = model.amount,
+        .date = model.createdDate,
+        .currency = std::move(model.currency),
+        .itemsCount = model.orderItems ? elementCount(*model.orderItems) : 0,
+        .endingBalance = model.endingBalance,
+    };
 }
 
 }  // namespace kavio

@@ -17,11 +17,10 @@ namespace kavio {
 struct OrderActivityModel {
     std::string orderId;  // arrives as an integer
     std::string createdDateStr;
-    Date createdDate;
-    std::int64_t amount = 0;
-    OrderStatus orderStatus = OrderStatus::unknown;
-    PaymentProcessorType paymentSource = PaymentProcessorType::unknown;
-    OrderType orderType = OrderType::UNKNOWN;
+    std::int64_t amount;
+    OrderStatus orderStatus;
+    PaymentProcessorType paymentSource;
+    OrderType orderType;
     std::optional<OrderTypeStrings> orderTypeName;
     std::optional<std::string> machineType;
     std::optional<std::string> machineName;
@@ -29,25 +28,30 @@ struct OrderActivityModel {
     std::optional<std::string> prepaidCardID;
     std::optional<std::string> tokenLocatorID;
     std::optional<std::string> label;
-    std::int64_t startingBalance = 0;
-    std::int64_t endingBalance = 0;
+    std::int64_t startingBalance;
+    std::int64_t endingBalance;
     std::optional<std::string> issuer;
     std::optional<std::string> externalCampaignID;
     std::optional<std::string> currency;
     std::optional<std::string> locator;
     std::optional<std::string> orderItems;  // JSON in itself
-    std::int64_t bonus = 0;
+    std::int64_t bonus;
     std::optional<std::string> city;
     std::optional<std::string> country;
-    std::int64_t gameWin = 0;
-    bool autoTopup = false;
+    std::int64_t gameWin;
+    bool autoTopup;
     std::optional<std::string> operatorName;
-    std::optional<LookAndFeelModel> lookAndFeel;
+    std::shared_ptr<const LookAndFeelModel> lookAndFeel;
     std::optional<std::int64_t> punchesOnPunch;  // both arrive as texts
     std::optional<std::int64_t> totalPunches;
+    Date createdDate;
     static OrderActivityModel decode(const KeyedContainer& in);
 };
 
-std::shared_ptr<const Order> publicObject(OrderActivityModel&& model);
+/// An order of a list, made from an `OrderActivityModel`.
+template <>
+struct Decoder<Order> {
+    static Order decode(const KeyedContainer& in);
+};
 
 }  // namespace kavio

@@ -2,7 +2,7 @@
 
 #include "models/date_text.h"
 #include "models/json/document.h"
-#include "models/json/keyed_container.h"
+#include "models/shared_object.h"
 
 #include <kavio/platform/platform.h>
 
@@ -41,38 +41,39 @@ void readDataFields(OrderModel& model, const JsonObject& fields) {
 OrderModel OrderModel::decode(const KeyedContainer& in) { return decodeOrder(in.nested("order")); }
 
 OrderModel OrderModel::decodeOrder(const KeyedContainer& order) {
-    OrderModel model;
-    model.address = order.optional<std::string>("address");
-    model.orderId = order.required<std::string>("id");
-    model.orderType = orderTypeStrings(order.required<std::string>("orderType"));
-    model.status = orderStatus(order.required<std::string>("orderStatus"));
-    model.amount = order.optional<std::int64_t>("amount");
-    model.city = order.optional<std::string>("city");
+    OrderModel model{};
+    model.address = order.optional("address");
+    model.orderId = order.required("id");
+    model.orderType = orderTypeStrings(std::string(order.required("orderType")));
+    model.status = orderStatus(order.required("orderStatus"));
+    model.amount = order.optional("amount");
+    model.city = order.optional("city");
     readCountry(model, order);
-    model.currency = order.optional<std::string>("currency");
-    model.userAmount = order.optional<std::int64_t>("userAmount");
-    model.items = order.optional<std::vector<JsonObject>>("orderItems");
-    model.machineName = order.optional<std::string>("externalReference");
+    model.currency = order.optional("currency");
+    model.userAmount = order.optional("userAmount");
+    model.items = order.optional("orderItems");
+    model.machineName = order.optional("externalReference");
     if (!model.machineName) {
-        if (const auto id = order.optional<std::int64_t>("externalId")) model.machineName = std::to_string(*id);
+        if (const std::optional<std::int64_t> id = order.optional("externalId"))
+            model.machineName = std::to_string(*id);
     }
-    model.paymentLabel = order.optional<std::string>("paymentSourceLabel", "");
-    model.paymentProcessorType = paymentSource(order.optional<std::string>("paymentSource", ""));
+    model.paymentLabel = order.optional("paymentSourceLabel", "");
+    model.paymentProcessorType = paymentSource(order.optional("paymentSource", ""));
     if (model.paymentProcessorType == PaymentProcessorType::creditCard) {
-        model.issuer = order.optional<std::string>("issuer");
+        model.issuer = order.optional("issuer");
     }
-    model.externalPaymentReference = order.optional<std::string>("externalPaymentReference");
-    model.prepaidDepositCardId = order.optional<std::int64_t>("externalId");
-    model.revalueAmount = order.optional<std::int64_t>("revalue", 0);
-    model.orderItemsCount = order.optional<std::int64_t>("orderItemsCount", 0);
-    model.externalCampaignID = order.optional<std::string>("externalCampaignID", "0");
-    model.chargedAmount = order.optional<std::int64_t>("chargedAmount", 0);
-    const auto created = order.optional<std::string>("createdUTC", "");
+    model.externalPaymentReference = order.optional("externalPaymentReference");
+    model.prepaidDepositCardId = order.optional("externalId");
+    model.revalueAmount = order.optional("revalue", 0);
+    model.orderItemsCount = order.optional("orderItemsCount", 0);
+    model.externalCampaignID = order.optional("externalCampaignID", "0");
+    model.chargedAmount = order.optional("chargedAmount", 0);
+    const std::string created = order.optional("createdUTC", "");
     model.dateCreated = DateText::parseSeconds(created).value_or(DateText::now());
-    model.endingBalance = order.optional<std::int64_t>("endingBalance", -1);
-    model.lookAndFeel = order.optional<LookAndFeelModel>("lookAndFeel");
-    model.machineReview = order.optional<OrderMachineReviewModel>("machineReview");
-    if (const auto fields = order.optional<JsonObject>("dataFields")) readDataFields(model, *fields);
+    model.endingBalance = order.optional("endingBalance", -1);
+    model.lookAndFeel = order.orEmpty("lookAndFeel");
+    model.machineReview = order.optional("machineReview");
+    if (const std::optional<JsonObject> fields = order.optional("dataFields")) readDataFields(model, *fields);
     if (!model.prepaidCardId && model.paymentProcessorType == PaymentProcessorType::prepaidCard) {
         model.prepaidCardId = model.externalPaymentReference;
     }
@@ -82,15 +83,24 @@ OrderModel OrderModel::decodeOrder(const KeyedContainer& order) {
 OrderModelResponse OrderModelResponse::decode(const KeyedContainer& in) {
     return {
         .orderModel = OrderModel::decodeOrder(in.nested("order")),
-        .qr = in.optional<std::string>("qr"),
+        .qr = in.optional("qr"),
     };
 }
 
 std::shared_ptr<const Order> publicObject(OrderModel model) {
-    return std::make_shared<Order>(std::move(model.orderId), std::string(wireText(model.orderType)),
-                                   publicStatus(model.status), std::string(wireText(model.paymentProcessorType)),
-                                   model.amount.value_or(-1), model.dateCreated, std::move(model.currency),
-                                   model.orderItemsCount, model.endingBalance);
+    return sharedObject([&] {
+        return Order{
+            .id = std::move(model.orderId),
+            .type = std::string(wireText(model.orderType)),
+            .status = publicStatus(model.status),
+            .paymentSource = std::string(wireText(model.paymentProcessorType)),
+            .amount = model.amount.value_or(-1),
+            .date = model.dateCreated,
+            .currency = std::move(model.currency),
+            .itemsCount = model.orderItemsCount,
+            .endingBalance = model.endingBalance,
+        };
+    });
 }
 
 }  // namespace kavio

@@ -25,14 +25,14 @@ struct OrderModel {
     std::optional<std::string> countryCode;
     std::optional<std::string> currency;
     std::string orderId;
-    OrderStatus status = OrderStatus::unknown;
+    OrderStatus status;
     std::optional<std::int64_t> userAmount;
     std::optional<std::int64_t> revalueAmount;
     std::optional<std::string> machineName;
     std::optional<std::int64_t> machineType;
-    PaymentProcessorType paymentProcessorType = PaymentProcessorType::unknown;
+    PaymentProcessorType paymentProcessorType;
     std::optional<std::string> paymentLabel;
-    OrderTypeStrings orderType = OrderTypeStrings::vending;
+    OrderTypeStrings orderType;
     std::optional<std::vector<JsonObject>> items;
     std::optional<std::string> prepaidCardId;
     std::optional<std::string> prepaidCardIssuer;
@@ -41,14 +41,14 @@ struct OrderModel {
     std::optional<std::int64_t> prepaidDepositCardId;
     std::optional<std::string> issuer;
     std::optional<FeedbackType> feedbackType;
-    std::int64_t orderItemsCount = 0;
-    std::int64_t chargedAmount = 0;
+    std::int64_t orderItemsCount;
+    std::int64_t chargedAmount;
     std::optional<std::string> externalCampaignID;
     std::optional<std::int64_t> punchesOnPunch;
     std::optional<std::int64_t> totalPunches;
     Date dateCreated;
-    std::int64_t endingBalance = -1;
-    std::optional<LookAndFeelModel> lookAndFeel;
+    std::int64_t endingBalance;
+    std::shared_ptr<const LookAndFeelModel> lookAndFeel;
     std::optional<OrderMachineReviewModel> machineReview;
     std::vector<JsonObject> orderItems() const { return items.value_or(std::vector<JsonObject>()); }
     static OrderModel decode(const KeyedContainer& in);

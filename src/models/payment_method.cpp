@@ -1,4 +1,3 @@
-#include "models/debug_text.h"
 #include "models/enum_table.h"
 
 #include <kavio/payment_method.h>
@@ -27,19 +26,8 @@ std::optional<PaymentMethod::PaymentType> PaymentMethod::paymentType(std::int64_
 PaymentMethod::PaymentMethod(std::string id_, std::string number_, PaymentType type_)
     : id(std::move(id_)), number(std::move(number_)), type(type_) {}
 
-std::string PaymentMethod::debugDescription() const {
-    return DebugText().line("{ID: ", id).line("number: ", number).line("type: ", type, "");
-}
-
 CreditCard::CreditCard(std::string id_, std::string number_, PaymentType type_, std::string brand_)
     : PaymentMethod(std::move(id_), std::move(number_), type_), brand(std::move(brand_)) {}
-
-CreditCard::CreditCard(std::string id_, std::string number_, PaymentType type_)
-    : CreditCard(std::move(id_), std::move(number_), type_, {}) {}
-
-std::string CreditCard::debugDescription() const {
-    return DebugText(PaymentMethod::debugDescription() + ",").line("brand: ", brand, "}");
-}
 
 DepositCard::DepositCard(std::string id_, std::string number_, PaymentType type_, std::int64_t balance_,
                          std::string currency_, std::int64_t currencyDecimalDigits_)
@@ -47,16 +35,6 @@ DepositCard::DepositCard(std::string id_, std::string number_, PaymentType type_
       balance(balance_),
       currency(std::move(currency_)),
       currencyDecimalDigits(currencyDecimalDigits_) {}
-
-DepositCard::DepositCard(std::string id_, std::string number_, PaymentType type_)
-    : DepositCard(std::move(id_), std::move(number_), type_, 0, {}, 0) {}
-
-std::string DepositCard::debugDescription() const {
-    return DebugText(PaymentMethod::debugDescription() + ",")
-        .line("balance: ", balance)
-        .line("currency: ", currency, ", ")
-        .line("currency decimal digits: ", currencyDecimalDigits, "}");
-}
 
 PrepaidCard::PrepaidCard(std::string id_, std::string number_, PaymentType type_, std::int64_t balance_, bool isActive_,
                          Date created_, std::string currency_, std::int64_t currencyDecimalDigits_, bool isMoney_)
@@ -69,12 +47,5 @@ PrepaidCard::PrepaidCard(std::string id_, std::string number_, PaymentType type_
                          std::string currency_, std::int64_t currencyDecimalDigits_)
     : PrepaidCard(std::move(id_), std::move(number_), type_, balance_, false, {}, std::move(currency_),
                   currencyDecimalDigits_, false) {}
-
-std::string PrepaidCard::debugDescription() const {
-    return DebugText(DepositCard::debugDescription() + ",")
-        .line("isActive: ", isActive)
-        .line("created: ", created)
-        .line("isMoney: ", isMoney, "}");
-}
 
 }  // namespace kavio

@@ -34,10 +34,10 @@ constexpr EnumRow<CardStatus> cardStatuses[] = {
 
 constexpr double virtualCardCode = 30000601;
 
-std::string integerText(const KeyedContainer& in, Key key) { return std::to_string(in.required<std::int64_t>(key)); }
+std::string integerText(const KeyedContainer& in, Key key) { return std::to_string(std::int64_t{in.required(key)}); }
 
 PaymentProcessorType storedCardProcessorType(const KeyedContainer& in) {
-    const auto text = lowercased(in.required<std::string>("processorType"));
+    const auto text = lowercased(in.required("processorType"));
     return withText(storedCardProcessorTypes, text).value_or(PaymentProcessorType::unknown);
 }
 
@@ -51,14 +51,14 @@ std::optional<PaymentProcessorType> paymentProcessorType(std::string_view text) 
 
 PaymentCardModel PaymentCardModel::decode(const KeyedContainer& in) {
     return {
-        .locator = in.required<std::string>("locator"),
+        .locator = in.required("locator"),
         .securityCode = integerText(in, "securityCode"),
-        .label = in.required<std::string>("label"),
-        .issuer = in.optional<std::string>("issuer"),
+        .label = in.required("label"),
+        .issuer = in.optional("issuer"),
         .month = integerText(in, "month"),
         .year = integerText(in, "year"),
         .processorType = storedCardProcessorType(in),
-        .cardId = in.required<std::int64_t>("id"),
+        .cardId = in.required("id"),
     };
 }
 
@@ -79,47 +79,45 @@ JsonObject PaymentCardModel::encode() const {
 AddCreditCardResponse AddCreditCardResponse::decode(const KeyedContainer& in) {
     // The same card as in a list of stored ones, but read in another order, and sure of other members.
     const auto card = in.nested("locator");
-    PaymentCardModel model;
-    model.locator = card.required<std::string>("locator");
-    model.label = card.required<std::string>("label");
+    PaymentCardModel model{};
+    model.locator = card.required("locator");
+    model.label = card.required("label");
     model.month = integerText(card, "month");
     model.year = integerText(card, "year");
     model.securityCode = integerText(card, "securityCode");
-    model.issuer = card.required<std::string>("issuer");
-    model.cardId = card.optional<std::int64_t>("id", 0);
+    model.issuer = card.required("issuer");
+    model.cardId = card.optional("id", 0);
     model.processorType = storedCardProcessorType(card);
     return {.creditCard = std::move(model)};
 }
 
 PrepaidCardModel PrepaidCardModel::decode(const KeyedContainer& in) {
-    PrepaidCardModel model;
-    model.cardId = std::to_string(in.required<std::uint64_t>("cardId"));
-    model.cardNumber = in.optional<std::string>("cardNumber", "");
-    model.revalue = in.required<bool>("revalue");
-    model.balance = in.required<std::int64_t>("balance");
-    model.cardLimit = in.required<std::int64_t>("cardLimit");
-    model.cardHolderName = in.optional<std::string>("cardHolderName", "");
-    model.cardIssuerName = in.optional<std::string>("cardIssuerName", "");
-    const auto statusCode = saturatingInteger(in.required<double>("cardStatus"));
+    PrepaidCardModel model{};
+    model.cardId = std::to_string(std::uint64_t{in.required("cardId")});
+    model.cardNumber = in.optional("cardNumber", "");
+    model.revalue = in.required("revalue");
+    model.balance = in.required("balance");
+    model.cardLimit = in.required("cardLimit");
+    model.cardHolderName = in.optional("cardHolderName", "");
+    model.cardIssuerName = in.optional("cardIssuerName", "");
+    const auto statusCode = saturatingInteger(in.required("cardStatus"));
     model.cardStatus = withCode(cardStatuses, statusCode).value_or(CardStatus::unknown);
-    model.created = DateText::parse(in.required<std::string>("createdTime")).value_or(DateText::now());
-    const bool isVirtual = in.required<double>("cardType") == virtualCardCode;
-    model.cardType = isVirtual ? CardType::virtualCard : CardType::physicalCard;
+    model.created = DateText::parse(std::string(in.required("createdTime"))).value_or(DateText::now());
+    const double cardType = in.required("cardType");
+    model.cardType = cardType == virtualCardCode ? CardType::virtualCard : CardType::physicalCard;
     const auto currency = in.nested("currency");
-    model.currencyCode = currency.required<std::string>("code");
-    model.currencyDecimalDigits = currency.required<std::int64_t>("decimalDigits");
-    model.fullOperatorTree = in.required<std::vector<double>>("fullTreeOperatorsField");
-    model.isMoney = in.required<bool>("isMoney");
+    model.currencyCode = currency.required("code");
+    model.currencyDecimalDigits = currency.required("decimalDigits");
+    model.fullOperatorTree = in.required("fullTreeOperatorsField");
+    model.isMoney = in.required("isMoney");
     return model;
 }
 
-PrepaidsList PrepaidsList::decode(const KeyedContainer& in) {
-    return {.prepaids = in.required<std::vector<PrepaidCardModel>>("prepaidCards")};
-}
+PrepaidsList PrepaidsList::decode(const KeyedContainer& in) { return {.prepaids = in.required("prepaidCards")}; }
 
 DepositModel DepositModel::decode(const KeyedContainer& in) {
     const auto deposit = in.nested("deposit");
-    return {.balance = deposit.required<std::int64_t>("balance")};
+    return {.balance = deposit.required("balance")};
 }
 
 std::shared_ptr<const CreditCard> publicObject(PaymentCardModel model) {

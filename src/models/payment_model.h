@@ -31,8 +31,8 @@ struct PaymentCardModel {
     std::optional<std::string> issuer;
     std::string month;
     std::string year;
-    PaymentProcessorType processorType = PaymentProcessorType::unknown;
-    std::int64_t cardId = 0;
+    PaymentProcessorType processorType;
+    std::int64_t cardId;
     static PaymentCardModel decode(const KeyedContainer& in);
     JsonObject encode() const;
 };
@@ -61,18 +61,18 @@ enum class CardType { virtualCard, physicalCard };
 struct PrepaidCardModel {
     std::string cardId;  // arrives as an integer
     std::string cardNumber;
-    bool revalue = false;
-    std::int64_t balance = 0;
-    std::int64_t cardLimit = 0;  // how far the card may be overdrawn; negative for not at all
+    bool revalue;
+    std::int64_t balance;
+    std::int64_t cardLimit;  // how far the card may be overdrawn; negative for not at all
     std::string cardHolderName;
     std::string cardIssuerName;
-    CardStatus cardStatus = CardStatus::unknown;
+    CardStatus cardStatus;
     Date created;
-    CardType cardType = CardType::physicalCard;
+    CardType cardType;
     std::string currencyCode;
-    std::int64_t currencyDecimalDigits = 0;
+    std::int64_t currencyDecimalDigits;
     std::vector<double> fullOperatorTree;
-    bool isMoney = false;
+    bool isMoney;
     static PrepaidCardModel decode(const KeyedContainer& in);
 };
 

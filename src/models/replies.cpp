@@ -7,18 +7,18 @@ namespace kavio {
 
 OrderMachineReviewModel OrderMachineReviewModel::decode(const KeyedContainer& in) {
     return {
-        .reviewsCount = in.required<std::uint32_t>("reviewsCount"),
-        .reviewsAvg = in.required<float>("reviewsAvg"),
-        .accountReview = in.optional<bool>("accountReview"),
+        .reviewsCount = in.required("reviewsCount"),
+        .reviewsAvg = in.required("reviewsAvg"),
+        .accountReview = in.optional("accountReview"),
     };
 }
 
-ErrorKeys ErrorKeys::decode(const KeyedContainer& in) { return {.message = in.required<std::string>("message")}; }
+ErrorKeys ErrorKeys::decode(const KeyedContainer& in) { return {.message = in.required("message")}; }
 
 ErrorModel ErrorModel::decode(const KeyedContainer& in) {
     return {
-        .message = in.optional<std::string>("message"),
-        .code = in.optional<std::string>("code"),
+        .message = in.optional("message"),
+        .code = in.optional("code"),
     };
 }
 

@@ -12,8 +12,8 @@ class KeyedContainer;
 
 /// The reviews of an order's machine in short.
 struct OrderMachineReviewModel {
-    std::uint32_t reviewsCount = 0;
-    float reviewsAvg = 0;
+    std::uint32_t reviewsCount;
+    float reviewsAvg;
     std::optional<bool> accountReview;
     static OrderMachineReviewModel decode(const KeyedContainer& in);
 };

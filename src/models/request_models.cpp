@@ -7,9 +7,9 @@ namespace kavio {
 
 MachineByValueModel MachineByValueModel::decode(const KeyedContainer& in) {
     return {
-        .machineId = in.optional<std::uint64_t>("kavioMachineId"),
-        .qrScan = in.optional<std::string>("uni_qr_scan"),
-        .qrNumber = in.optional<std::string>("uni_qr_number"),
+        .machineId = in.optional("kavioMachineId"),
+        .qrScan = in.optional("uni_qr_scan"),
+        .qrNumber = in.optional("uni_qr_number"),
     };
 }
 

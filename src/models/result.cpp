@@ -1,4 +1,3 @@
-#include "models/debug_text.h"
 #include "models/enum_table.h"
 
 #include <kavio/result.h>
@@ -28,9 +27,5 @@ std::string_view name(ResultType type) { return textOf(resultTypes, type); }
 
 KavioResult::KavioResult(ResultType type_, std::optional<std::string> message_)
     : type(type_), message(std::move(message_)) {}
-
-std::string KavioResult::debugDescription() const {
-    return DebugText().line("{type: ", type).line("message: ", message, "}");
-}
 
 }  // namespace kavio

@@ -8,7 +8,7 @@ namespace {
 // The raw values go from 0 to that of `last`, without a gap.
 template <class Enumeration>
 Enumeration requiredCase(const KeyedContainer& in, Key key, Enumeration last) {
-    const auto raw = in.required<std::int64_t>(key);
+    const std::int64_t raw = in.required(key);
     if (raw < 0 || raw > static_cast<std::int64_t>(last)) {
         throw DecodingError(std::string(key.name()) + ": expected one of the known values, found another");
     }
@@ -39,30 +39,30 @@ Reply decodeFirst(const DecodedValue& value) {
 
 TDSAddCardFrictionlessResponse TDSAddCardFrictionlessResponse::decode(const KeyedContainer& in) {
     TDSAddCardFrictionlessResponse reply;
-    reply.locator = in.required<std::string>("locator");
+    reply.locator = in.required("locator");
     reply.type = flowType(in);
     return reply;
 }
 
 TDSAddCardFingerprintResponse TDSAddCardFingerprintResponse::decode(const KeyedContainer& in) {
     TDSAddCardFingerprintResponse reply;
-    reply.page = in.required<std::string>("page");
-    reply.id = in.required<std::string>("id");
+    reply.page = in.required("page");
+    reply.id = in.required("id");
     reply.type = flowType(in);
     return reply;
 }
 
 TDSAddCardChallengeResponse TDSAddCardChallengeResponse::decode(const KeyedContainer& in) {
     TDSAddCardChallengeResponse reply;
-    reply.url = in.required<std::string>("url");
-    reply.id = in.required<std::string>("id");
+    reply.url = in.required("url");
+    reply.id = in.required("id");
     reply.type = flowType(in);
     return reply;
 }
 
 TDSAddCardErrorResponse TDSAddCardErrorResponse::decode(const KeyedContainer& in) {
     TDSAddCardErrorResponse reply;
-    reply.message = in.required<std::string>("message");
+    reply.message = in.required("message");
     reply.type = flowType(in);
     return reply;
 }
@@ -73,21 +73,21 @@ TDSAddCardResponseFactory TDSAddCardResponseFactory::decode(const DecodedValue& 
 
 TDSGetCardLocatorResponse TDSGetCardLocatorResponse::decode(const KeyedContainer& in) {
     TDSGetCardLocatorResponse reply;
-    reply.locator = in.required<std::string>("locator");
+    reply.locator = in.required("locator");
     reply.result = resultType(in);
     return reply;
 }
 
 TDSGetCardChallengeResponse TDSGetCardChallengeResponse::decode(const KeyedContainer& in) {
     TDSGetCardChallengeResponse reply;
-    reply.url = in.required<std::string>("url");
+    reply.url = in.required("url");
     reply.result = resultType(in);
     return reply;
 }
 
 TDSGetCardErrorResponse TDSGetCardErrorResponse::decode(const KeyedContainer& in) {
     TDSGetCardErrorResponse reply;
-    reply.message = in.required<std::string>("message");
+    reply.message = in.required("message");
     reply.result = resultType(in);
     return reply;
 }

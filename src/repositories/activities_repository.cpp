@@ -5,7 +5,7 @@
 
 namespace kavio {
 
-void ActivitiesRepository::activities(JsonObject params, Completion<PublicList<OrderActivityModel>> completion) const {
+void ActivitiesRepository::activities(JsonObject params, Completion<Orders> completion) const {
     sendWithFreshTime(activitesRequest(std::move(params)), std::move(completion));
 }
 

@@ -6,7 +6,7 @@
 
 namespace kavio {
 
-void MachineRepository::machines(const MachineQuery& query, Completion<PublicList<MachineModel>> completion) {
+void MachineRepository::machines(const MachineQuery& query, Completion<Machines> completion) {
     const bool single = query.kavioMachineId || query.qr_scan || query.qr_number;
     {
         const std::lock_guard lock(mMutex);
@@ -14,23 +14,20 @@ void MachineRepository::machines(const MachineQuery& query, Completion<PublicLis
         mLastMachineRequest.reset();
         if (single) mLastMachineRequest = MachineByValueModel{query.kavioMachineId, query.qr_scan, query.qr_number};
     }
-    sendWithFreshTime<PublicList<MachineModel>>(
+    sendWithFreshTime<Machines>(
         machineByValueRequest(query),
-        [weak = weak_from_this(), completion = std::move(completion)](APIResult<PublicList<MachineModel>> reply) {
+        [weak = weak_from_this(), completion = std::move(completion)](APIResult<Machines> reply) {
             if (const auto self = weak.lock(); self && reply) {
                 const std::lock_guard lock(self->mMutex);
-                const bool found = reply.payload() && !reply.payload()->objects.empty();
-                if (self->mLastMachineRequest) {
-                    self->mLastMachineResponse = found ? reply.payload()->objects.front() : nullptr;
-                }
+                const bool found = reply.payload() && !reply.payload()->empty();
+                if (self->mLastMachineRequest) self->mLastMachineResponse = found ? reply.payload()->front() : nullptr;
             }
             completion(std::move(reply));
         });
 }
 
 bool MachineRepository::machinesByCode(const std::string& text, std::int64_t limit,
-                                       std::optional<std::int64_t> operatorId,
-                                       Completion<PublicList<MachineModel>> completion) {
+                                       std::optional<std::int64_t> operatorId, Completion<Machines> completion) {
     auto query = machineQueryForCode(text);
     if (!query) return false;
     query->limit = limit;
@@ -39,7 +36,7 @@ bool MachineRepository::machinesByCode(const std::string& text, std::int64_t lim
     return true;
 }
 
-void MachineRepository::products(std::uint64_t machineId, Completion<PublicList<MachineProduct>> completion) const {
+void MachineRepository::products(std::uint64_t machineId, Completion<Products> completion) const {
     sendWithFreshTime(machineProductsRequest(machineId), std::move(completion));
 }
 

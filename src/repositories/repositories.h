@@ -6,11 +6,12 @@
 #include "models/order_model.h"
 #include "models/payment_model.h"
 #include "models/product_model.h"
-#include "models/public_objects.h"
 #include "models/request_models.h"
 #include "models/td_secure_replies.h"
 #include "network/api_result.h"
 #include "network/requests.h"
+
+#include <kavio/delegate.h>
 
 #include <cstdint>
 #include <map>
@@ -48,12 +49,12 @@ using AccountService = AccountRepository;
 /// Machine look-ups, by filter values or by the text of a scanned code.
 class MachineRepository : public std::enable_shared_from_this<MachineRepository> {
 public:
-    void machines(const MachineQuery& query, Completion<PublicList<MachineModel>> completion);
+    void machines(const MachineQuery& query, Completion<Machines> completion);
     /// Looks up the machine that a machine number, QR or NFC text or terminal label names. False, and `completion` is
     /// never called, when the text is none of these.
     bool machinesByCode(const std::string& text, std::int64_t limit, std::optional<std::int64_t> operatorId,
-                        Completion<PublicList<MachineModel>> completion);
-    void products(std::uint64_t machineId, Completion<PublicList<MachineProduct>> completion) const;
+                        Completion<Machines> completion);
+    void products(std::uint64_t machineId, Completion<Products> completion) const;
 
     /// The last look-up of a single machine, and what it found first; null for nothing.
     std::optional<MachineByValueModel> lastMachineRequest() const;
@@ -96,7 +97,7 @@ using PrepaidService = PrepaidRepository;
 
 class ActivitiesRepository {
 public:
-    void activities(JsonObject params, Completion<PublicList<OrderActivityModel>> completion) const;
+    void activities(JsonObject params, Completion<Orders> completion) const;
 };
 using ActivitiesService = ActivitiesRepository;
 

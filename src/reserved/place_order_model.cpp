@@ -7,19 +7,19 @@ namespace kavio {
 
 PlaceOrderModel PlaceOrderModel::decode(const KeyedContainer& in) {
     return {
-        .amount = in.optional<std::int64_t>("amount"),
-        .tokenLocator = in.optional<std::string>("tokenLocator"),
-        .prepaidCardId = in.optional<std::int64_t>("prepaidCardId"),
-        .payPalMetadataId = in.optional<std::string>("payPalMetadataId"),
-        .longitude = in.optional<double>("longitude"),
-        .latitude = in.optional<double>("latitude"),
-        .accuracy = in.optional<double>("accuracy"),
-        .address = in.optional<std::string>("address"),
-        .city = in.optional<std::string>("city"),
-        .country = in.optional<std::string>("country"),
-        .zipcode = in.optional<std::string>("zipcode"),
-        .streetNumber = in.optional<std::string>("streetNumber"),
-        .isQR = in.optional<bool>("isQR"),
+        .amount = in.optional("amount"),
+        .tokenLocator = in.optional("tokenLocator"),
+        .prepaidCardId = in.optional("prepaidCardId"),
+        .payPalMetadataId = in.optional("payPalMetadataId"),
+        .longitude = in.optional("longitude"),
+        .latitude = in.optional("latitude"),
+        .accuracy = in.optional("accuracy"),
+        .address = in.optional("address"),
+        .city = in.optional("city"),
+        .country = in.optional("country"),
+        .zipcode = in.optional("zipcode"),
+        .streetNumber = in.optional("streetNumber"),
+        .isQR = in.optional("isQR"),
     };
 }
 

@@ -28,7 +28,9 @@ const std::vector<Operation> operations{
     {"onGetPaymentMethods", [](World& world) { world.kavio().getPaymentMethods(); }},
     {"onRemoveCard", [](World& world) { world.kavio().removeCard("L1"); }},
     {"onAddCreditCard",
-     [](World& world) { world.kavio().addCreditCard(std::make_shared<Card>("4", "1", "30", "7", "a@b")); }},
+     [](World& world) {
+         world.kavio().addCreditCard(std::make_shared<Card>(Card{"4", "1", "30", "7", "a@b"}));
+     }},
     {"onDeposit",
      [](World& world) {
          const auto type = PaymentMethod::PaymentType::KAVIO;

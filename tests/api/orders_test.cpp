@@ -34,8 +34,8 @@ void pollOnce(World& world, const Answer& answer) {
 }
 
 TEST(PlaceOrder, SendsWhatTheKindOfPaymentNeeds) {
-    const ProductList products{std::make_shared<RemoteVendProduct>(11, 2, 0),
-                               std::make_shared<RemoteVendProduct>(12, 1, 3)};
+    const ProductList products{std::make_shared<RemoteVendProduct>(RemoteVendProduct{11, 2, 0}),
+                               std::make_shared<RemoteVendProduct>(RemoteVendProduct{12, 1, 3})};
     const std::string entries = R"([{"productCode":11,"quantityValue":2,"pulseLineNumber":0},
                                     {"productCode":12,"quantityValue":1,"pulseLineNumber":3}])";
     for (const auto& [type, chosen, body] :

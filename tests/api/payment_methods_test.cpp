@@ -51,7 +51,8 @@ TEST(PaymentMethods, AreWhatEachOfTheTwoRepliesHolds) {
 
 TEST(CreditCard, IsAddedUnderANewKeyEachTime) {
     World world;
-    const auto card = std::make_shared<Card>("4111", "12", "2030", "123", "a@b.example");
+    const auto card = std::make_shared<Card>(
+        Card{.pan = "4111", .month = "12", .year = "2030", .cvv = "123", .email = "a@b.example"});
     for (int i = 0; i < 2; ++i) {
         world.kavio().addCreditCard(card);
         world.answer({200, "null"});

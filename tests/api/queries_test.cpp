@@ -7,29 +7,33 @@ namespace {
 
 using testing::ElementsAre;
 
-std::shared_ptr<const MachineFilter> filter(std::optional<std::string> value, std::optional<double> latitude = {},
-                                            std::optional<double> longitude = {},
-                                            std::optional<std::string> country = {}, std::optional<int> radius = {},
-                                            std::optional<std::int64_t> operatorId = {},
-                                            std::optional<std::string> hwSerial = {}, std::optional<int> limit = {}) {
-    return std::make_shared<MachineFilter>(value, latitude, longitude, country, radius, operatorId, hwSerial, limit);
-}
-
 TEST(Machines, AreAskedForByTheFirstThatTheFilterHolds) {
-    const std::vector<std::pair<std::shared_ptr<const MachineFilter>, const char*>> cases{
-        {nullptr, R"({"isByAccount":true})"},
-        {filter("12345", 1, 2, "DE", 3), R"({"limit":50,"machineId":12345})"},
-        {filter("12345", {}, {}, {}, {}, 8, "S", 7), R"({"limit":7,"machineId":12345,"operatorId":8})"},
-        {filter("", 1, 2, {}, {}, {}, "S/1"), R"({"hwSerial":"S/1"})"},  // an empty value counts as absent
-        {filter({}, 1, 2, "DE", 3, 4, "S", 600), R"({"hwSerial":"S","limit":600})"},
-        {filter({}, 1, 2, "DE", 300, 4, "", 0),
-         R"({"country":"DE","distance":300,"latitude":1.0,"limit":0,"longitude":2.0,"operatorId":4})"},
-        {filter({}, {}, {}, {}, {}, {}, {}, 1), R"({"isByAccount":true,"limit":1})"},
-        {filter({}, 1, {}, {}, {}, {}, {}, 500), R"({"isByAccount":true,"limit":500})"},
+    struct Case {
+        std::optional<MachineFilter> filter;
+        const char* body;
     };
-    for (const auto& [filter, body] : cases) {
+    for (const auto& [filter, body] : std::initializer_list<Case>{
+             {{}, R"({"isByAccount":true})"},
+             {{{.value = "12345", .latitude = 1, .longitude = 2, .country = "DE", .radius = 3}},
+              R"({"limit":50,"machineId":12345})"},
+             {{{.value = "12345", .operatorId = 8, .hwSerial = "S", .limit = 7}},
+              R"({"limit":7,"machineId":12345,"operatorId":8})"},
+             {{{.value = "", .latitude = 1, .longitude = 2, .hwSerial = "S/1"}}, R"({"hwSerial":"S/1"})"},
+             {{{.latitude = 1, .longitude = 2, .country = "DE", .operatorId = 4, .hwSerial = "S", .limit = 600}},
+              R"({"hwSerial":"S","limit":600})"},
+             {{{.latitude = 1,
+             .longitude = 2,
+             .country = "DE",
+             .radius = 300,
+             .operatorId = 4,
+             .hwSerial = "",
+             .limit = 0}},
+              R"({"country":"DE","distance":300,"latitude":1.0,"limit":0,"longitude":2.0,"operatorId":4})"},
+             {{{.limit = 1}}, R"({"isByAccount":true,"limit":1})"},
+             {{{.latitude = 1, .limit = 500}}, R"({"isByAccount":true,"limit":500})"},
+         }) {
         World world;
-        world.kavio().getMachines(filter);
+        world.kavio().getMachines(filter ? std::make_shared<MachineFilter>(*filter) : nullptr);
         EXPECT_THAT(world.paths(), ElementsAre("/machines/byValue"));
         EXPECT_EQ(world.sent().front().body, body);
     }
@@ -37,8 +41,8 @@ TEST(Machines, AreAskedForByTheFirstThatTheFilterHolds) {
 
 TEST(Queries, ThatCannotBeAskedAreRefusedAtOnce) {
     World world;
-    world.kavio().getMachines(filter("abc"));
-    world.kavio().getMachines(filter({}, 1, {}, {}, {}, {}, {}, 501));
+    world.kavio().getMachines(std::make_shared<MachineFilter>(MachineFilter{.value = "abc"}));
+    world.kavio().getMachines(std::make_shared<MachineFilter>(MachineFilter{.latitude = 1, .limit = 501}));
     for (const auto* id : {"x1", ""}) world.kavio().getOrder(id);
     EXPECT_THAT(world.reports(),
                 ElementsAre(Report{"onGetMachines", ResultType::BAD_INPUT, "{abc} is invalid machine ID or QR code"},
@@ -65,7 +69,11 @@ TEST(Transactions, AreAskedForWithWhatTheFilterHolds) {
     world.kavio().getTransactions(nullptr);
     world.answer({200, "[]"});
     world.kavio().getTransactions(
-        std::make_shared<TransactionFilter>(-5, "L 1", PaymentMethod::PaymentType::PREPAID, 9, before));
+        std::make_shared<TransactionFilter>(TransactionFilter{.machineId = -5,
+                                                              .paymentMethodId = "L 1",
+                                                              .paymentType = PaymentMethod::PaymentType::PREPAID,
+                                                              .limit = 9,
+                                                              .transactionsBefore = before}));
     world.answer({200, "null"});
     EXPECT_THAT(world.paths(),
                 ElementsAre("/orders/activities?",

@@ -5,7 +5,6 @@
 #include "models/machine_model.h"
 #include "models/order_activity_model.h"
 #include "models/order_model.h"
-#include "models/public_objects.h"
 #include "samples.h"
 #include "support/fakes/fake_device.h"
 
@@ -61,11 +60,18 @@ TEST_F(Conversions, OrdersForgiveWhatIsNotEssential) {
 
 TEST_F(Conversions, ActivitiesBecomeOrders) {
     const auto activity = [](const JsonValue& members) {
-        return publicObject(changed<OrderActivityModel>(samples::activity, members));
+        return decodeDocument<Orders>("[" + patched(samples::activity, members) + "]")->front();
     };
-    EXPECT_EQ(activity({})->debugDescription(), Order("88", "balanceDeposit", Order::Status::TIMEOUT, "prepaid", 250,
-                                                      Date(std::chrono::milliseconds(1620284889100)), "EUR", 3, 2)
-                                                    .debugDescription());
+    const Order expected{"88",
+                         "balanceDeposit",
+                         Order::Status::TIMEOUT,
+                         "prepaid",
+                         250,
+                         Date(std::chrono::milliseconds(1620284889100)),
+                         "EUR",
+                         3,
+                         2};
+    EXPECT_EQ(activity({})->debugDescription(), expected.debugDescription());
     EXPECT_EQ(activity({{"created", "yesterday"}})->date, device.clock->now());
     for (const auto& [code, text, type] : std::vector<std::tuple<int, JsonValue, std::string>>{
              {0, nullptr, "vending"},
@@ -93,8 +99,7 @@ TEST_F(Conversions, NumbersStayInRange) {
     for (const auto& status : {0.0, 2.0, 1e300, -1e300}) EXPECT_FALSE(card({{"cardStatus", status}})->isActive);
 
     const auto machine = [](const JsonValue& members) {
-        const auto reply = "[" + patched(samples::machine, members) + "]";
-        return decodeDocument<PublicList<MachineModel>>(reply)->objects.front();
+        return decodeDocument<Machines>("[" + patched(samples::machine, members) + "]")->front();
     };
     EXPECT_EQ(machine({{"kavioID", 18446744073709551615U}})->kavioId, Limits::max());
     EXPECT_FALSE(machine({{"machineStatusId", 2}})->machineStatus);

@@ -27,11 +27,15 @@ void expectText(const auto& object, std::string expected) {
     EXPECT_EQ(object.debugDescription(), expected);
 }
 
-template <class Model>
+template <class Object>
 void expectTextOf(const std::string& sample, const std::string& expected) {
     const InstalledPlatform installed(FakeDevice().platform());
     const Document document(sample);
-    expectText(*publicObject(document.root().as<Model>()), expected);
+    if constexpr (requires { publicObject(document.root().as<Object>()); }) {
+        expectText(*publicObject(document.root().as<Object>()), expected);
+    } else {
+        expectText(document.root().as<Object>(), expected);
+    }
 }
 
 // The public object of a whole record: its text shows where each member came from.
@@ -47,25 +51,25 @@ const std::string campaignText =
     lookAndFeelText + ")}";
 
 TEST(DebugTexts, OfCampaigns) {
-    expectTextOf<BasicLookAndFeelModel<std::string_view>>(samples::lookAndFeel, lookAndFeelText);
-    expectTextOf<BasicLookAndFeelModel<std::string_view>>(
+    expectTextOf<LookAndFeel>(samples::lookAndFeel, lookAndFeelText);
+    expectTextOf<LookAndFeel>(
         R"({"imageUrl":"ignored"})",
         "|{image URL: ,|backgroud color: ,|text color: ,|receipt text: ,|punch card text: ,|images: []}");
-    expectTextOf<CampainModel>(samples::campaign, campaignText);
-    expectText(Campaign(1, "", "", "", 0, 0, {}, {}, {}, {}, 2, nullptr),
+    expectTextOf<Campaign>(samples::campaign, campaignText);
+    expectText(Campaign{1, "", "", "", 0, 0, {}, {}, {}, {}, 2, nullptr},
                "|{ID: 1,|name: ,|title: ,|description: ,|punched: 0,|totalPunches: 0,|created: nil,|updated: nil,"
                "|expiration: nil,|imageUrl: nil,|punchCardId: 2,|lookAndFeel: nil}");
 }
 
 TEST(DebugTexts, OfMachines) {
-    expectTextOf<MachineModel>(
+    expectTextOf<Machine>(
         samples::machine,
         "|{ref ID: 7,|kavio ID: 5,|operator name: Optional(\"o\"),|online: false,|latitude: 3.5,|longitude: -4,"
         "|type: MICRO_MARKETS, |campaigns: [" +
             campaignText +
             "], |name: Optional(\"m\"), |country: Optional(\"DE\"), |city: Optional(\"Berlin\"), "
             "|hwSerial: Optional(\"s\"), |supportRemoteVend: true, |machineStatus: true, |multiVendCount: 12}");
-    expectTextOf<MachineModel>(
+    expectTextOf<Machine>(
         R"({"name":1,"machineId":2,"machineType":35,"isRevalueOnly":false,"reviewsCount":0,"reviewsCount1":0,)"
         R"("reviewsCount2":0,"reviewsCount3":0,"reviewsCount4":0,"reviewsCount5":0,"isPulse":false})",
         "|{ref ID: 2,|kavio ID: 0,|operator name: nil,|online: true,|latitude: 0,|longitude: 0,|type: OTHER, "
@@ -74,7 +78,7 @@ TEST(DebugTexts, OfMachines) {
 }
 
 TEST(DebugTexts, OfProducts) {
-    expectTextOf<MachineProduct>(
+    expectTextOf<Product>(
         samples::product,
         "|{machineProductId: 1,|ID: 2,|name: Optional(\"n\"),|department: Optional(\"g\"),|cashPrice: Optional(1.5),"
         "|cardPrice: Optional(2),|exPrepaidPrice: Optional(0.1),|machinePrice: Optional(3.25),"
@@ -86,15 +90,15 @@ TEST(DebugTexts, OfProducts) {
         "|dexMissingStockLastUpdated: Optional(2001-01-02 00:00:00 +0000),"
         "|lastSaleDt: Optional(2001-01-01 00:00:01 +0000),|lastSaleMdbDt: Optional(2001-01-01 00:00:02 +0000),"
         "|slowMover: Optional(true)}");
-    expectText(Product(1, 2, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, false, {}, {}, {}, true, {}, {},
-                       {}, {}, {}, {}, {}, {}),
-               "|{machineProductId: 1,|ID: 2,|name: nil,|department: nil,|cashPrice: nil,|cardPrice: nil,"
-               "|exPrepaidPrice: nil,|machinePrice: nil,|preapidPrice: nil,|commissionValue: nil,|paCode: nil,"
-               "|opButtonCode: nil,|opRowCode: nil,|opColCode: nil,|imageUrl: nil,|ageVerification: nil,"
-               "|memberType: false,|image: nil,|codeInMap: nil,|missingProduct: nil,|vendOut: true,"
-               "|retailPrice: nil,|par: nil,|missingStockByMdb: nil,|mdbMissingStockLastUpdated: nil,"
-               "|dexMissingStockLastUpdated: nil,|lastSaleDt: nil,|lastSaleMdbDt: nil,|slowMover: nil}");
-    expectText(RemoteVendProduct(1, 2, 3), "|{ref codeInMap: 1,|quantity: 2,|pulseLineNumber: 3}");
+    expectTextOf<Product>(
+        R"({"machineProductID":1,"productID":2,"productMemberType":false,"vendOut":true,"slowMover":false})",
+        "|{machineProductId: 1,|ID: 2,|name: nil,|department: nil,|cashPrice: nil,|cardPrice: nil,"
+        "|exPrepaidPrice: nil,|machinePrice: nil,|preapidPrice: nil,|commissionValue: nil,|paCode: nil,"
+        "|opButtonCode: nil,|opRowCode: nil,|opColCode: nil,|imageUrl: nil,|ageVerification: nil,"
+        "|memberType: false,|image: nil,|codeInMap: nil,|missingProduct: nil,|vendOut: true,"
+        "|retailPrice: nil,|par: nil,|missingStockByMdb: nil,|mdbMissingStockLastUpdated: nil,"
+        "|dexMissingStockLastUpdated: nil,|lastSaleDt: nil,|lastSaleMdbDt: nil,|slowMover: Optional(false)}");
+    expectText(RemoteVendProduct{1, 2, 3}, "|{ref codeInMap: 1,|quantity: 2,|pulseLineNumber: 3}");
 }
 
 TEST(DebugTexts, OfOrders) {
@@ -110,19 +114,19 @@ TEST(DebugTexts, OfOrders) {
 // Those of the kinds of payment method that an account has are compared where the account is read.
 TEST(DebugTexts, OfPaymentMethods) {
     expectText(PaymentMethod("1", "n", PaymentType::PAYPAL), "|{ID: 1,|number: n,|type: PAYPAL");
-    expectText(Card("4111", "1", "2030", "123", "e@x"), "|{PAN: 4111,|month: 1,|year: 2030,|CVV: 123,|email: e@x}");
+    expectText(Card{"4111", "1", "2030", "123", "e@x"}, "|{PAN: 4111,|month: 1,|year: 2030,|CVV: 123,|email: e@x}");
 }
 
 TEST(DebugTexts, OfFiltersAndResults) {
-    expectText(MachineFilter("v"),
+    expectText(MachineFilter{.value = "v"},
                "|{value: Optional(\"v\"),|latitude: nil,|longitude: nil,|country: nil,|radius: nil,|operatorId: nil,"
                "|limit: nil,|hwSerial: nil}");
-    expectText(MachineFilter("v", 1.0, 2.5, "DE", 3, 4, "hw", 5),
+    expectText(MachineFilter{"v", 1.0, 2.5, "DE", 3, 4, "hw", 5},
                "|{value: Optional(\"v\"),|latitude: Optional(1),|longitude: Optional(2.5),|country: Optional(\"DE\"),"
                "|radius: Optional(3),|operatorId: Optional(4),|limit: Optional(5),|hwSerial: Optional(\"hw\")}");
-    expectText(TransactionFilter(),
+    expectText(TransactionFilter{},
                "|{machine ID: nil,|payment method ID: nil,|payment type: nil,|limit: nil,|transactions before: nil}");
-    expectText(TransactionFilter(1, "p", PaymentType::PREPAID, 2, Date(std::chrono::seconds(3))),
+    expectText(TransactionFilter{1, "p", PaymentType::PREPAID, 2, Date(std::chrono::seconds(3))},
                "|{machine ID: Optional(1),|payment method ID: Optional(\"p\"),|payment type: Optional(PREPAID),"
                "|limit: Optional(2),|transactions before: Optional(1970-01-01 00:00:03 +0000)}");
     expectText(KavioResult(ResultType::BUSY, std::nullopt), "|{type: BUSY,|message: nil}");

@@ -78,6 +78,43 @@ TEST(Members, AreFoundInObjectsOfAnySize) {
     }
 }
 
+// What a record cannot do by mistake: it does not compile.
+struct Borrowing {
+    std::string_view text;
+    static Borrowing decode(const BorrowingContainer& in) { return {.text = in.required("text")}; }
+};
+template <class From, class To>
+inline constexpr bool gives = std::is_convertible_v<From, To>;
+
+static_assert(gives<KeyedContainer::Required<true>, std::string_view> &&
+              gives<KeyedContainer::Required<true>, std::vector<Borrowing>>);
+static_assert(!gives<KeyedContainer::Required<false>, std::string_view> &&
+                  !gives<KeyedContainer::Required<false>, Borrowing>,
+              "A record whose decode does not say so cannot keep texts in the document.");
+static_assert(!gives<KeyedContainer::Optional<false>, std::optional<std::string_view>> &&
+              !gives<KeyedContainer::Required<false>, std::optional<Borrowing>> &&
+              !gives<KeyedContainer::Required<false>, std::vector<Borrowing>>);
+static_assert(!gives<KeyedContainer::Optional<false>, std::string>,
+              "An optional member cannot become one that is always there.");
+static_assert(!gives<KeyedContainer::WithFallback<false, double>, std::int64_t> &&
+                  !gives<KeyedContainer::WithFallback<false, int>, double> &&
+                  !gives<KeyedContainer::WithFallback<false, const char*>, std::optional<bool>>,
+              "A default has the type of its member.");
+
+struct Loose {
+    JsonValue value;
+    std::optional<JsonValue> other;
+    static Loose decode(const KeyedContainer& in) {
+        return {.value = in.required("value"), .other = in.optional("other")};
+    }
+};
+
+TEST(Members, CanBeLooseValues) {
+    EXPECT_EQ(decodeDocument<Loose>(R"({"value":[1,"a"]})")->value, JsonValue({1.0, "a"}));
+    EXPECT_EQ(decodeDocument<Loose>(R"({"value":"a","other":2})")->other, JsonValue(2));
+    EXPECT_FALSE(valueOf<Loose>(R"({"value":null})"));
+}
+
 TEST(LooseValues, TakeTheFirstKindThatFits) {
     const auto loose = decodeDocument<JsonObject>(
         R"({"a":1,"b":1.5,"c":"x","d":true,"e":null,"f":[1,"y",true,{"n":2.0},null,3],"g":{"h":1e2,"i":null},"j":18446744073709551615})");

@@ -30,7 +30,7 @@ template <class T>
 std::string outcome(const JsonValue& body) {
     try {
         const Document document(body.dump());
-        document.root().as<T>();
+        document.root().borrowed<T>();
         return accepted;
     } catch (const DecodingError& error) {
         return error.what();

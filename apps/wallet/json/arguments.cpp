@@ -156,11 +156,11 @@ void read(const Value& value, TDSCardHolder& result) {
 void read(const Value& value, std::shared_ptr<const Card>& result) {
     const Arguments in{value};
     result = std::make_shared<const Card>(Card{
-        in.required<std::string>("pan"),
-        in.required<std::string>("month"),
-        in.required<std::string>("year"),
-        in.required<std::string>("cvv"),
-        in.required<std::string>("email"),
+        .pan = in.required<std::string>("pan"),
+        .month = in.required<std::string>("month"),
+        .year = in.required<std::string>("year"),
+        .cvv = in.required<std::string>("cvv"),
+        .email = in.required<std::string>("email"),
     });
 }
 
@@ -179,14 +179,14 @@ void read(const Value& value, std::shared_ptr<const DepositCard>& result) {
 void read(const Value& value, std::shared_ptr<const MachineFilter>& result) {
     const Arguments in{value};
     result = std::make_shared<const MachineFilter>(MachineFilter{
-        in.optional<std::string>("value"),
-        in.optional<double>("latitude"),
-        in.optional<double>("longitude"),
-        in.optional<std::string>("country"),
-        in.optional<std::int64_t>("radius"),
-        in.optional<std::int64_t>("operatorId"),
-        in.optional<std::string>("hwSerial"),
-        in.optional<std::int64_t>("limit"),
+        .value = in.optional<std::string>("value"),
+        .latitude = in.optional<double>("latitude"),
+        .longitude = in.optional<double>("longitude"),
+        .country = in.optional<std::string>("country"),
+        .radius = in.optional<std::int64_t>("radius"),
+        .operatorId = in.optional<std::int64_t>("operatorId"),
+        .hwSerial = in.optional<std::string>("hwSerial"),
+        .limit = in.optional<std::int64_t>("limit"),
     });
 }
 
@@ -202,20 +202,20 @@ void read(const Value& value, std::shared_ptr<const PaymentMethod>& result) {
 void read(const Value& value, std::shared_ptr<const RemoteVendProduct>& result) {
     const Arguments in{value};
     result = std::make_shared<const RemoteVendProduct>(RemoteVendProduct{
-        in.required<std::int64_t>("codeInMap"),
-        in.required<std::int64_t>("quantity"),
-        in.required<std::int64_t>("pulseLineNumber"),
+        .codeInMap = in.required<std::int64_t>("codeInMap"),
+        .quantity = in.required<std::int64_t>("quantity"),
+        .pulseLineNumber = in.required<std::int64_t>("pulseLineNumber"),
     });
 }
 
 void read(const Value& value, std::shared_ptr<const TransactionFilter>& result) {
     const Arguments in{value};
     result = std::make_shared<const TransactionFilter>(TransactionFilter{
-        in.optional<std::int64_t>("machineId"),
-        in.optional<std::string>("paymentMethodId"),
-        in.optional<PaymentMethod::PaymentType>("paymentType"),
-        in.optional<std::int64_t>("limit"),
-        in.optional<Date>("transactionsBefore"),
+        .machineId = in.optional<std::int64_t>("machineId"),
+        .paymentMethodId = in.optional<std::string>("paymentMethodId"),
+        .paymentType = in.optional<PaymentMethod::PaymentType>("paymentType"),
+        .limit = in.optional<std::int64_t>("limit"),
+        .transactionsBefore = in.optional<Date>("transactionsBefore"),
     });
 }
 

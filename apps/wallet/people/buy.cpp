@@ -97,7 +97,8 @@ std::vector<std::shared_ptr<const RemoteVendProduct>> productsOf(const Purchase&
     }
     std::vector<std::shared_ptr<const RemoteVendProduct>> products;
     for (const auto& item : purchase.products) {
-        products.push_back(std::make_shared<const RemoteVendProduct>(item.code, item.quantity, 0));
+        products.push_back(std::make_shared<const RemoteVendProduct>(
+            RemoteVendProduct{.codeInMap = item.code, .quantity = item.quantity, .pulseLineNumber = 0}));
     }
     return products;
 }

@@ -31,8 +31,16 @@ std::shared_ptr<const MachineFilter> filterOf(const Search& search) {
     const auto coordinate = [&](std::size_t i) {
         return search.near.empty() ? std::nullopt : std::optional{search.near.at(i)};
     };
-    return std::make_shared<const MachineFilter>(search.code, coordinate(0), coordinate(1), search.country,
-                                                 search.radius, search.operatorId, search.serial, search.limit);
+    return std::make_shared<const MachineFilter>(MachineFilter{
+        .value = search.code,
+        .latitude = coordinate(0),
+        .longitude = coordinate(1),
+        .country = search.country,
+        .radius = search.radius,
+        .operatorId = search.operatorId,
+        .hwSerial = search.serial,
+        .limit = search.limit,
+    });
 }
 
 std::string placeOf(const Machine& machine) {
@@ -76,7 +84,7 @@ void listProducts(Session& session, const std::string& code) {
 }  // namespace
 
 std::shared_ptr<const Machine> machineNamed(Session& session, const std::string& code) {
-    const auto filter = std::make_shared<const MachineFilter>(code);
+    const auto filter = std::make_shared<const MachineFilter>(MachineFilter{.value = code});
     const auto machines =
         session.list<Machines>("Looking for the machine", [&](Kavio& kavio) { kavio.getMachines(filter); });
     if (machines.size() == 1) return machines.front();

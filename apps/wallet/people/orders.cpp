@@ -64,8 +64,13 @@ void list(Session& session, Search search) {
     const auto before = search.before ? std::optional{dateOf(*search.before)} : std::nullopt;
     if (search.method) search.method = idOf(session, *search.method);
     const auto filter = search.isEmpty() ? nullptr
-                                         : std::make_shared<const TransactionFilter>(search.machineId, search.method,
-                                                                                     search.type, search.limit, before);
+                                         : std::make_shared<const TransactionFilter>(TransactionFilter{
+                                               .machineId = search.machineId,
+                                               .paymentMethodId = search.method,
+                                               .paymentType = search.type,
+                                               .limit = search.limit,
+                                               .transactionsBefore = before,
+                                           });
     show(session, session.list<Orders>("Asking for your orders", [&](Kavio& kavio) { kavio.getTransactions(filter); }));
 }
 

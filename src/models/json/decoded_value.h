@@ -50,16 +50,17 @@ public:
 
     /// The value as a `T`, or `DecodingError`.
     /// - bool, std::string, float, double: a JSON value of that kind. `true` is no number, a number is no text.
-    /// - std::string_view: a text in the document, which must outlive it.
     /// - std::int32_t, std::int64_t, std::uint32_t, std::uint64_t: a number with an integral value in range, however
     ///   it is spelled: 1, 1.0, 1e2.
     /// - Date: a number of seconds since 2001-01-01 00:00:00 UTC.
     /// - JsonObject, JsonValue: loosely typed, see loose_value.cpp for the rule.
-    /// - std::vector of any of these.
-    /// - a record, which is a type with `static T decode(const KeyedContainer&)`, or `decode(const DecodedValue&)` when
-    ///   it takes other values than objects. A record without fields takes any value.
+    /// - std::vector of any of these, and std::shared_ptr of a const one.
+    /// - a record, see `Decoder`. A record without members takes any value.
     template <class T>
     T as() const;
+    /// As well as these, what keeps texts in the document: a std::string_view, and a record that has some.
+    template <class T>
+    T borrowed() const;
 
     /// Throws `DecodingError`: expected this, found what there is.
     [[noreturn]] void refuse(std::string_view expected) const;

@@ -48,9 +48,8 @@ std::optional<KeyedContainer> KeyedContainer::nestedIfPresent(Key key) const& {
 }
 
 std::optional<KeyedContainer> KeyedContainer::nestedIfObject(Key key) const& {
-    const auto found = valueIfPresent(key);
-    if (!found || found->kind() != DecodedValue::Kind::object) return std::nullopt;
-    return std::optional<KeyedContainer>(*found);
+    const auto found = valueIfObject(key);
+    return found ? std::optional<KeyedContainer>(*found) : std::nullopt;
 }
 
 std::optional<std::string> KeyedContainer::textIfText(Key key) const {
@@ -80,6 +79,12 @@ std::optional<DecodedValue> KeyedContainer::valueIfPresent(Key key) const {
     const auto element = find(key);
     if (!element) return std::nullopt;
     return DecodedValue(*element, {&mPath, key.name()});
+}
+
+std::optional<DecodedValue> KeyedContainer::valueIfObject(Key key) const {
+    auto found = valueIfPresent(key);
+    if (found && found->kind() != DecodedValue::Kind::object) found.reset();
+    return found;
 }
 
 void KeyedContainer::refuseMissing(Key key) const {
@@ -137,5 +142,6 @@ template std::optional<std::uint32_t> KeyedContainer::simple(Key) const;
 template std::optional<std::uint64_t> KeyedContainer::simple(Key) const;
 template std::optional<Date> KeyedContainer::simple(Key) const;
 template std::optional<JsonObject> KeyedContainer::simple(Key) const;
+template std::optional<JsonValue> KeyedContainer::simple(Key) const;
 
 }  // namespace kavio

@@ -2,8 +2,10 @@
 
 #include "models/json/decoded_value.h"
 #include "models/json/key.h"
+#include "models/shared_object.h"
 
 #include <array>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -16,6 +18,48 @@
 
 namespace kavio {
 
+class BorrowingContainer;
+
+/// How a type is read that is not a simple value: by its own `decode`, or, when it should not know of JSON, by that of
+/// a specialisation. From a `KeyedContainer`; from a `BorrowingContainer` when texts of the value are the document's
+/// own; from a `DecodedValue` when it takes other values than objects.
+template <class T>
+struct Decoder {
+    static T decode(const auto& in) requires requires { T::decode(in); }
+    { return T::decode(in); }
+};
+
+template <class T, class Source>
+concept DecodesFrom = requires(const Source& in) {
+    Decoder<T>::decode(in);
+};
+
+template <class T>
+inline constexpr bool isList = false;
+template <class T>
+inline constexpr bool isList<std::vector<T>> = true;
+template <class T>
+inline constexpr bool isShared = false;
+template <class T>
+inline constexpr bool isShared<std::shared_ptr<const T>> = true;
+template <class T>
+inline constexpr bool isWithoutMembers = std::conjunction_v<std::is_empty<T>, std::is_aggregate<T>>;
+
+/// What `DecodedValue` reads.
+template <class T>
+concept Decodable = SimpleValue<T> || isList<T> || isShared<T> || isWithoutMembers<T> || DecodesFrom<T, DecodedValue> ||
+    DecodesFrom<T, BorrowingContainer>;
+
+/// Whether the value is gone with the document.
+template <class T>
+inline constexpr bool borrowsTexts = DecodesFrom<T, BorrowingContainer> && !DecodesFrom<T, KeyedContainer>;
+template <>
+inline constexpr bool borrowsTexts<std::string_view> = true;
+template <class T>
+inline constexpr bool borrowsTexts<std::vector<T>> = borrowsTexts<T>;
+template <class T>
+inline constexpr bool borrowsTexts<std::shared_ptr<const T>> = borrowsTexts<T>;
+
 /// The members of one JSON object, read by name. Absent and null are alike for an optional member; every other mismatch
 /// is a `DecodingError`. Of a repeated member the last counts; members that nobody asks for are ignored.
 ///
@@ -27,31 +71,69 @@ public:
     KeyedContainer(const KeyedContainer&) = delete;
     KeyedContainer& operator=(const KeyedContainer&) = delete;
 
-    template <class T>
-    T required(Key key) const {
-        if constexpr (SimpleValue<T>) {
-            auto found = simple<T>(key);
-            if (!found) refuseMissing(key);
-            return *std::move(found);
-        } else {
-            return value(key).template as<T>();
+    // A member is read as the type of what it initialises, so that the two cannot differ.
+
+    template <bool mayBorrow>
+    struct Required {
+        const KeyedContainer& in;
+        Key key;
+        template <Decodable T>
+        requires(mayBorrow || !borrowsTexts<T>) operator T() const {  // NOLINT(google-explicit-constructor)
+            if constexpr (SimpleValue<T>) {
+                auto found = in.simple<T>(key);
+                if (!found) in.refuseMissing(key);
+                return *std::move(found);
+            } else {
+                return in.value(key).template borrowed<T>();
+            }
         }
-    }
-    template <class T>
-    std::optional<T> optional(Key key) const {
-        if constexpr (SimpleValue<T>) {
-            return simple<T>(key);
-        } else {
-            const auto found = valueIfPresent(key);
-            if (!found) return std::nullopt;
-            return found->template as<T>();
+    };
+
+    template <bool mayBorrow>
+    struct Optional {
+        const KeyedContainer& in;
+        Key key;
+        template <Decodable T>
+        requires(mayBorrow || !borrowsTexts<T>) operator std::optional<T>()
+            const {  // NOLINT(google-explicit-constructor)
+            return in.read<T>(key);
         }
+    };
+
+    template <bool mayBorrow, class Fallback>
+    struct WithFallback {
+        const KeyedContainer& in;
+        Key key;
+        Fallback fallback;
+        template <Decodable T>
+        requires(mayBorrow || !borrowsTexts<T>) && requires(Fallback f) { T{f}; }  // which does not narrow
+        operator T() const {  // NOLINT(google-explicit-constructor)
+            auto found = in.read<T>(key);
+            return found ? *std::move(found) : T{fallback};
+        }
+    };
+
+    template <bool mayBorrow>
+    struct OrEmpty {
+        const KeyedContainer& in;
+        Key key;
+        template <Decodable T>
+        requires(mayBorrow || !borrowsTexts<T>) operator T() const {  // NOLINT(google-explicit-constructor)
+            return in.read<T>(key).value_or(T{});
+        }
+    };
+
+    /// `DecodingError` when it is missing.
+    Required<false> required(Key key) const { return {*this, key}; }
+    /// For a `std::optional`.
+    Optional<false> optional(Key key) const { return {*this, key}; }
+    /// `fallback` when it is missing.
+    template <class Fallback>
+    WithFallback<false, Fallback> optional(Key key, Fallback fallback) const {
+        return {*this, key, fallback};
     }
-    template <class T>
-    T optional(Key key, T fallback) const {
-        auto found = optional<T>(key);
-        return found ? *std::move(found) : std::move(fallback);
-    }
+    /// The empty value of its type when it is missing.
+    OrEmpty<false> orEmpty(Key key) const { return {*this, key}; }
 
     // The container that they give holds on to this one for the path in its errors, hence not from a temporary.
     KeyedContainer nested(Key key) const& { return KeyedContainer(value(key)); }
@@ -66,6 +148,9 @@ public:
     /// Of an object of numbers each member is one, those as well that nobody asks for; null is none.
     void requireNumbers() const;
 
+protected:
+    std::optional<DecodedValue> valueIfObject(Key key) const;
+
 private:
     struct Member {
         const char* text;
@@ -79,6 +164,16 @@ private:
     // A slot is 0 when it is free, else one more than the position of its member.
     using Slot = std::uint8_t;
 
+    template <Decodable T>
+    std::optional<T> read(Key key) const {
+        if constexpr (SimpleValue<T>) {
+            return simple<T>(key);
+        } else {
+            const auto found = valueIfPresent(key);
+            if (!found) return std::nullopt;
+            return found->template borrowed<T>();
+        }
+    }
     template <SimpleValue T>
     std::optional<T> simple(Key key) const;
     DecodedValue value(Key key) const;
@@ -99,38 +194,71 @@ private:
     std::unique_ptr<std::vector<Member>> mSorted;
 };
 
+/// The members of an object whose record keeps texts in the document. Such a record says so by taking this in its
+/// `decode`: a `KeyedContainer` gives no such text.
+class BorrowingContainer : public KeyedContainer {
+public:
+    using KeyedContainer::KeyedContainer;
+
+    Required<true> required(Key key) const { return {*this, key}; }
+    Optional<true> optional(Key key) const { return {*this, key}; }
+    template <class Fallback>
+    WithFallback<true, Fallback> optional(Key key, Fallback fallback) const {
+        return {*this, key, fallback};
+    }
+    OrEmpty<true> orEmpty(Key key) const { return {*this, key}; }
+
+    std::optional<BorrowingContainer> nestedIfObject(Key key) const& {
+        const auto found = valueIfObject(key);
+        return found ? std::optional<BorrowingContainer>(*found) : std::nullopt;
+    }
+    std::optional<BorrowingContainer> nestedIfObject(Key key) const&& = delete;
+};
+
 /// Converts to whatever is to be decoded, so that a list's elements are made in their place instead of being moved
 /// there.
 struct Decoding {
     DecodedValue value;
-    template <class T>
+    template <Decodable T>
     operator T() const {  // NOLINT(google-explicit-constructor)
-        return value.as<T>();
+        return value.borrowed<T>();
     }
 };
 
 template <class T>
-inline constexpr bool isList = false;
-template <class T>
-inline constexpr bool isList<std::vector<T>> = true;
+T DecodedValue::as() const {
+    static_assert(!borrowsTexts<T>, "Its texts would be gone with the document.");
+    return borrowed<T>();
+}
 
 template <class T>
-T DecodedValue::as() const {
+T DecodedValue::borrowed() const {
+    static_assert(Decodable<T>, "A record has a `static T decode(const KeyedContainer&)`.");
     if constexpr (SimpleValue<T>) {
         return simple<T>();
-    } else if constexpr (std::is_empty_v<T>) {
-        return T{};
     } else if constexpr (isList<T>) {
         ArrayReader reader(*this);
         T list;
         list.reserve(reader.size());
         while (!reader.atEnd()) list.emplace_back(Decoding{reader.next()});
         return list;
-    } else if constexpr (requires { T::decode(*this); }) {
-        return T::decode(*this);
+    } else if constexpr (isShared<T>) {
+        return sharedObject([this] { return borrowed<std::remove_const_t<typename T::element_type>>(); });
+    } else if constexpr (isWithoutMembers<T>) {
+        return T{};
+    } else if constexpr (DecodesFrom<T, DecodedValue>) {
+        return Decoder<T>::decode(*this);
     } else {
-        return T::decode(KeyedContainer(*this));
+        return Decoder<T>::decode(BorrowingContainer(*this));
     }
 }
 
 }  // namespace kavio
+
+// Else the JSON library would make a `JsonValue` from the member's text.
+template <bool mayBorrow>
+struct nlohmann::adl_serializer<kavio::KeyedContainer::Required<mayBorrow>> {};
+template <bool mayBorrow, class Fallback>
+struct nlohmann::adl_serializer<kavio::KeyedContainer::WithFallback<mayBorrow, Fallback>> {};
+template <bool mayBorrow>
+struct nlohmann::adl_serializer<kavio::KeyedContainer::OrEmpty<mayBorrow>> {};
