@@ -1,5 +1,6 @@
 #include "platform/linux/url_session.h"
 #include "platform/test_host.h"
+#include "support/eventually.h"
 
 #include <gtest/gtest.h>
 #include <sched.h>
@@ -18,11 +19,11 @@ std::shared_ptr<BackgroundUrlSession> sessionWith(const RawServer& server) {
     return makeBackgroundUrlSession(service().reaching(server.address()));
 }
 
-/// "STATUS BODY", or "-1005 with STATUS".
+/// "STATUS BODY", or "-1005 with STATUS", and "unsent" where nothing can have left.
 std::string download(const Download& outcome) {
     std::ostringstream text;
     if (const auto* error = std::get_if<UrlError>(&outcome)) {
-        text << error->code << " with " << error->status.value_or(0);
+        text << error->code << " with " << error->status.value_or(0) << (error->mayHaveBeenSent ? "" : " unsent");
     } else {
         const auto& reply = std::get<DownloadReply>(outcome);
         text << reply.status << " " << std::ifstream(reply.file).rdbuf();
@@ -30,11 +31,21 @@ std::string download(const Download& outcome) {
     return text.str();
 }
 
-std::future<std::string> begin(BackgroundUrlSession& session, UrlRequest request) {
+struct Begun {
+    std::shared_ptr<DownloadTask> task;
+    std::future<std::string> outcome;
+};
+
+Begun begin(BackgroundUrlSession& session, UrlRequest request) {
     auto promise = std::make_shared<std::promise<std::string>>();
-    session.downloadTask(std::move(request),
-                         [promise](const Download& outcome) { promise->set_value(download(outcome)); });
-    return promise->get_future();
+    auto outcome = promise->get_future();
+    auto task = session.downloadTask(std::move(request),
+                                     [promise](const Download& ended) { promise->set_value(download(ended)); });
+    return {std::move(task), std::move(outcome)};
+}
+
+std::string fetch(BackgroundUrlSession& session, UrlRequest request) {
+    return begin(session, std::move(request)).outcome.get();
 }
 
 TEST(BackgroundUrlSession, SendsOnceAndGivesTheReplyOrWhatIsKnownOfIt) {
@@ -56,7 +67,7 @@ TEST(BackgroundUrlSession, SendsOnceAndGivesTheReplyOrWhatIsKnownOfIt) {
     for (std::size_t i = 0; i < cases.size(); ++i) {
         // Which of the two is all the same to this session.
         const auto idempotency = i % 2 == 0 ? Idempotency::ONCE : Idempotency::REPEATABLE;
-        outcomes.push_back(begin(*session, post(host + "/" + std::to_string(i), "order", idempotency)));
+        outcomes.push_back(begin(*session, post(host + "/" + std::to_string(i), "order", idempotency)).outcome);
     }
     for (std::size_t i = 0; i < cases.size(); ++i) EXPECT_EQ(outcomes[i].get(), cases[i].expected) << i;
     EXPECT_EQ(server.requests().size(), cases.size()) << "each is sent once";
@@ -73,21 +84,68 @@ TEST(BackgroundUrlSession, GivesUpAReplyThatStalls) {
     std::string outcome = "-1001 with 0";  // on a busy machine the time may be over before there is a connection
     for (request.timeout = std::chrono::seconds(1); outcome == "-1001 with 0" && request.timeout < patience;
          request.timeout *= 2)
-        outcome = begin(*session, request).get();
+        outcome = begin(*session, request).outcome.get();
     EXPECT_EQ(outcome, "-1001 with 401");
 }
 
 TEST(BackgroundUrlSession, DoesNotTryAgainOnceAConnectionWasMade) {
-    for (const auto& [read, expected] :
-         std::vector<std::pair<int, const char*>>{{-1, "-1200 with 0"}, {0, "-1005 with 0"}, {40, "-1005 with 0"}}) {
+    for (const auto& [read, expected] : std::vector<std::pair<int, const char*>>{
+             {-1, "-1200 with 0 unsent"}, {0, "-1005 with 0"}, {40, "-1005 with 0"}}) {
         const HostServer server([count = read](Connection& connection) {
             if (count >= 0 && connection.handshake()) connection.read(static_cast<std::size_t>(count));
         });
-        EXPECT_EQ(begin(*sessionWith(server), post(host, std::string(500'000, 'x'))).get(), expected);
+        EXPECT_EQ(fetch(*sessionWith(server), post(host, std::string(500'000, 'x'))), expected);
         EXPECT_EQ(server.received().size(), 1U) << "cut off after " << read << " bytes";
     }
-    EXPECT_EQ(begin(*makeBackgroundUrlSession(service().reaching(abandonedAddress())), post(host, "order")).get(),
-              "-1004 with 0");
+    EXPECT_EQ(fetch(*makeBackgroundUrlSession(service().reaching(abandonedAddress())), post(host, "order")),
+              "-1004 with 0 unsent");
+}
+
+TEST(BackgroundUrlSession, GivesUpOnlyWhatHasNotLeft) {
+    std::promise<void> givenUp, heard, refused;
+    const HostServer server([&](Connection& connection) {
+        if (connection.number() == 0) return givenUp.get_future().wait();
+        connection.handshake();
+        connection.readRequest();
+        heard.set_value();
+        refused.get_future().wait();
+        connection.send(httpReply(200, "placed"));
+    });
+    const auto session = sessionWith(server);
+    auto early = begin(*session, post(host, "early"));
+    ASSERT_TRUE(eventually([&] { return server.received().size() == 1; })) << "connected";
+    EXPECT_TRUE(early.task->cancel());
+    EXPECT_TRUE(early.task->cancel()) << "as often as one likes";
+    EXPECT_EQ(early.outcome.get(), "-999 with 0 unsent");
+    givenUp.set_value();
+
+    auto late = begin(*session, post(host, "late"));
+    heard.get_future().wait();
+    EXPECT_FALSE(late.task->cancel());
+    refused.set_value();
+    EXPECT_EQ(late.outcome.get(), "200 placed");
+    EXPECT_FALSE(late.task->cancel());
+    EXPECT_EQ(server.requests().size(), 1U);
+}
+
+/// Whoever comes first, the network thread or the one who gives up: a request that was given up never arrives, and
+/// every other one does.
+TEST(BackgroundUrlSession, AgreesWithTheServiceOnWhatWasGivenUp) {
+    const HostServer server(answering(httpReply(200, "placed")));
+    auto session = sessionWith(server);
+    std::size_t sent = 0;
+    for (int i = 0; i < 200; ++i) {
+        auto order = begin(*session, post(host, "order"));
+        order.outcome.wait_for(std::chrono::microseconds(i * 20));  // to give up at all stages
+        const bool cancelled = order.task->cancel();
+        EXPECT_EQ(order.outcome.get(), cancelled ? "-999 with 0 unsent" : "200 placed");
+        sent += cancelled ? 0 : 1;
+    }
+    EXPECT_EQ(server.requests().size(), sent);
+    auto last = begin(*session, post(host, "order"));
+    session.reset();
+    EXPECT_EQ(last.outcome.get().substr(0, 11), "-999 with 0");
+    last.task->cancel();
 }
 
 TEST(BackgroundUrlSession, StoresTheReplyForTheCompletionOnly) {
@@ -117,7 +175,7 @@ TEST(BackgroundUrlSession, StoresTheReplyForTheCompletionOnly) {
     const rlimit none{0, before.rlim_max};
     ::signal(SIGXFSZ, SIG_IGN);
     ::setrlimit(RLIMIT_FSIZE, &none);
-    EXPECT_EQ(begin(*session, post(host, "order")).get(), "-1011 with 200") << "where it cannot be stored";
+    EXPECT_EQ(fetch(*session, post(host, "order")), "-1011 with 200") << "where it cannot be stored";
     ::setrlimit(RLIMIT_FSIZE, &before);
 }
 
@@ -136,12 +194,15 @@ TEST(BackgroundUrlSession, WaitsForTheNetwork) {
         const HostServer server(answering(httpReply(200, "placed")));
         const auto session = sessionWith(server);
         auto order = begin(*session, post(host, "order"));
-        auto lost = begin(*sessionWith(server), post(host, "given up"));
-        EXPECT_EQ(lost.get(), "-999 with 0") << "waits until the session goes";
+        EXPECT_EQ(fetch(*sessionWith(server), post(host, "lost")), "-999 with 0 unsent")
+            << "waits until the session goes";
+        auto givenUp = begin(*session, post(host, "given up"));
+        EXPECT_TRUE(givenUp.task->cancel());
+        EXPECT_EQ(givenUp.outcome.get(), "-999 with 0 unsent");
         EXPECT_EQ(errorCode(fetch(*makeUrlSession(service().reaching(server.address())), get(host))), -1009);
         EXPECT_EQ(errorCode(fetch(*makeUrlSession(service().reaching("")), get(host))), -1009) << "name look-up";
         ASSERT_EQ(std::system("ip link set lo up"), 0);
-        EXPECT_EQ(order.get(), "200 placed");
+        EXPECT_EQ(order.outcome.get(), "200 placed");
         EXPECT_EQ(server.requests().size(), 1u);
     });
     if (!permitted) GTEST_SKIP() << "a fresh network needs privileges";

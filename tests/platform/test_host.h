@@ -99,6 +99,12 @@ inline std::string text(const Outcome& outcome) {
     return std::to_string(reply.status) + " " + reply.body.value_or("(no body)");
 }
 
+/// A reply counts as sent.
+inline bool mayHaveBeenSent(const Outcome& outcome) {
+    const auto* error = std::get_if<UrlError>(&outcome);
+    return error == nullptr || error->mayHaveBeenSent;
+}
+
 inline int errorCode(const Outcome& outcome) {
     const auto* error = std::get_if<UrlError>(&outcome);
     return error == nullptr ? 0 : error->code;

@@ -114,8 +114,9 @@ TEST_P(UrlSessionConformance, RefusesAHostThatCannotProveWhoItIs) {
              {sandbox::Authority().issue({"service.test"}), "issuer|signature"},
          }) {
         const RawServer server(identity, answering(httpReply(200, "")));
-        EXPECT_THAT(text(fetch(*session(server), get(host))),
-                    testing::ContainsRegex("^-1202 The .*(" + reason + ").*\\.$"));
+        const auto outcome = fetch(*session(server), get(host));
+        EXPECT_THAT(text(outcome), testing::ContainsRegex("^-1202 The .*(" + reason + ").*\\.$"));
+        EXPECT_FALSE(mayHaveBeenSent(outcome));
         EXPECT_EQ(server.received(), std::vector<std::string>{""});
     }
 }
@@ -165,6 +166,7 @@ TEST_P(UrlSessionConformance, NamesWhyNoReplyCame) {
     for (std::size_t i = 0; i < cases.size(); ++i) {
         const auto outcome = outcomes[i].get();
         EXPECT_EQ(errorCode(outcome), cases[i].code) << cases[i].name << ": " << text(outcome);
+        EXPECT_TRUE(mayHaveBeenSent(outcome)) << cases[i].name;
         EXPECT_THAT(text(outcome), testing::AllOf(testing::Not(testing::HasSubstr("secret")), testing::EndsWith(".")));
     }
     EXPECT_EQ(server.requests().size(), cases.size()) << "each is sent once";
@@ -212,6 +214,7 @@ TEST_P(UrlSessionConformance, NamesWhyNothingCouldBeSent) {
          }) {
         const auto outcome = fetch(*GetParam()(service().reaching(address)), request);
         EXPECT_EQ(errorCode(outcome), code) << request.url << ": " << text(outcome);
+        EXPECT_FALSE(mayHaveBeenSent(outcome)) << request.url;
     }
 }
 

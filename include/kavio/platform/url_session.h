@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -16,7 +17,9 @@ namespace kavio {
 
 /// Whether a request may reach the service more than once without harm.
 enum class Idempotency {
-    /// A lost connection may be answered by sending again, and a redirect may be followed.
+    /// Where a kept connection turns out to be dead before a reply, the request is sent once more on another one, byte
+    /// for
+    /// byte as it was. A redirect may be followed.
     REPEATABLE,
     /// Once a byte of it may have reached the service the request is never sent again, and no redirect is followed.
     ONCE,
@@ -68,6 +71,9 @@ struct UrlError {
     std::string description;
     /// Download tasks only: the status, when the reply was lost after its head had arrived.
     std::optional<int> status;
+    /// False only where it is certain that no byte of the request has left the device: there was no route, the host was
+    /// not found or refused the connection, TLS failed, or the request was cancelled before all that had succeeded.
+    bool mayHaveBeenSent = true;
 };
 
 /// HTTP as a device offers it: TLS always verified against the host in the URL, no cache, compressed replies decoded.
@@ -77,6 +83,12 @@ struct UrlError {
 /// - A redirect is followed only for a REPEATABLE request and only within the same scheme, host and port; any other
 ///   redirect is the reply.
 /// - A reply over `maximumReplyBytes`, decoded, fails with `UrlError::dataLengthExceedsMaximum`.
+/// - A connection is used again only if nothing has arrived on it since the last reply, not even its end: what a server
+///   says unasked is never taken for the answer to a later request. An ONCE request always gets a new connection, or
+///   one that has just been shown to be alive, so that a server which ends idle connections makes none fail.
+/// - `UrlError::notConnectedToInternet` says that the device has no route to the world. With a route, a host that
+/// cannot
+///   be reached is `UrlError::cannotConnectToHost` or `UrlError::cannotFindHost`.
 /// - Destroying the session completes what is still open with `UrlError::cancelled`, and returns when that is done.
 class KAVIO_API UrlSession {
 public:
@@ -87,14 +99,24 @@ public:
     virtual void dataTask(UrlRequest request, Completion completion) = 0;
 };
 
-/// HTTP that outlasts a lost network: a task without connectivity waits and tries again instead of failing.
+/// A request that a background session carries out. Letting go of this object changes nothing for the request.
+class KAVIO_API DownloadTask {
+public:
+    virtual ~DownloadTask() = default;
+    /// Gives the request up, unless it may have left. True: no byte of it has left or ever will, and its completion
+    /// gets `UrlError::cancelled`, which never comes inside this call. False: it may have left, and goes on to an
+    /// outcome of its own, or has already had one. May be called more than once, after the session's end too.
+    virtual bool cancel() = 0;
+};
+
+/// HTTP that outlasts a lost network: a task without a route to the world waits and tries again instead of failing.
 /// All else is as `UrlSession` promises, and as for an ONCE request: nothing is sent again once a byte may have left.
 class KAVIO_API BackgroundUrlSession {
 public:
     using Completion = std::function<void(std::variant<DownloadReply, UrlError>)>;
 
     virtual ~BackgroundUrlSession() = default;
-    virtual void downloadTask(UrlRequest request, Completion completion) = 0;
+    virtual std::shared_ptr<DownloadTask> downloadTask(UrlRequest request, Completion completion) = 0;
     /// `handler` is called, on the session's thread, each time the last open task has been completed.
     virtual void onEventsDelivered(std::function<void()> handler) = 0;
 };

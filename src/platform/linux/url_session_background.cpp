@@ -83,13 +83,13 @@ public:
     explicit CurlBackgroundUrlSession(const UrlSessionConfiguration& configuration)
         : mOpen(std::make_shared<OpenTasks>()), mEngine(UrlConduct(configuration, true)) {}
 
-    void downloadTask(UrlRequest request, Completion completion) override {
+    std::shared_ptr<DownloadTask> downloadTask(UrlRequest request, Completion completion) override {
         mOpen->add();
-        mEngine.submit(std::move(request),
-                       [open = mOpen, completion = std::move(completion)](const UrlOutcome& outcome) {
-                           deliver(outcome, completion);
-                           open->remove();
-                       });
+        return mEngine.submit(std::move(request),
+                              [open = mOpen, completion = std::move(completion)](const UrlOutcome& outcome) {
+                                  deliver(outcome, completion);
+                                  open->remove();
+                              });
     }
 
     void onEventsDelivered(std::function<void()> handler) override { mOpen->setHandler(std::move(handler)); }

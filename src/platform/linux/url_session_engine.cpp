@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <climits>
 #include <csignal>
@@ -92,6 +93,9 @@ TaskPointer takeAt(Container& tasks, typename Container::iterator position) {
 }
 
 void complete(TaskPointer task, UrlOutcome outcome) noexcept {
+    const auto& departure = task->exchange.departure();
+    if (!departure->end()) outcome = urlError(UrlError::cancelled);
+    if (auto* error = std::get_if<UrlError>(&outcome)) error->mayHaveBeenSent = departure->hasLeft();
     const auto completion = std::move(task->completion);
     task.reset();
     completion(std::move(outcome));
@@ -101,12 +105,13 @@ void complete(TaskPointer task, UrlOutcome outcome) noexcept {
 
 /// What the network thread does. Outlives the engine where a completion destroys that. A completion may do anything to
 /// the loop, so none is called while a task is between two places.
-class UrlEngine::Loop {
+class UrlEngine::Loop : public std::enable_shared_from_this<Loop> {
 public:
     explicit Loop(UrlConduct conduct);
 
     // On any thread.
-    void submit(UrlRequest request, Completion completion);
+    std::shared_ptr<DownloadTask> submit(UrlRequest request, Completion completion);
+    void completeGivenUp();
     void stop();
 
     // On the network thread.
@@ -118,6 +123,7 @@ private:
     bool isStopping();
     TaskPointer takeSubmitted();
     TaskPointer takeDue();
+    TaskPointer takeGivenUp();
     TaskPointer takeRunning(CURL* easy);
     TaskPointer takeAny();
 
@@ -133,6 +139,7 @@ private:
     const UrlConduct mConduct;
     CurlMulti mMulti;
     Wakeup mWakeup;
+    std::atomic<bool> mSomeAreGivenUp = false;
     std::mutex mMutex;
     bool mStopping = false;              // guarded by mMutex
     std::deque<TaskPointer> mSubmitted;  // guarded by mMutex
@@ -140,6 +147,23 @@ private:
     std::map<CURL*, TaskPointer> mRunning;
     std::vector<TaskPointer> mWaiting;
     std::vector<CurlEasy> mIdle;
+};
+
+/// A request in the engine, for who made it.
+class UrlEngine::Submitted : public DownloadTask {
+public:
+    Submitted(std::weak_ptr<Loop> loop, std::shared_ptr<Departure> departure)
+        : mLoop(std::move(loop)), mDeparture(std::move(departure)) {}
+
+    bool cancel() override {
+        if (!mDeparture->giveUp()) return false;
+        if (const auto loop = mLoop.lock()) loop->completeGivenUp();
+        return true;
+    }
+
+private:
+    const std::weak_ptr<Loop> mLoop;
+    const std::shared_ptr<Departure> mDeparture;
 };
 
 UrlEngine::UrlEngine(UrlConduct conduct)
@@ -155,9 +179,9 @@ UrlEngine::~UrlEngine() {
     }
 }
 
-void UrlEngine::submit(UrlRequest request, Completion completion) {
+std::shared_ptr<DownloadTask> UrlEngine::submit(UrlRequest request, Completion completion) {
     const auto loop = mLoop;  // the completion may come at once, and destroy the engine
-    loop->submit(std::move(request), std::move(completion));
+    return loop->submit(std::move(request), std::move(completion));
 }
 
 UrlEngine::Loop::Loop(UrlConduct conduct) : mConduct(std::move(conduct)) {
@@ -166,12 +190,19 @@ UrlEngine::Loop::Loop(UrlConduct conduct) : mConduct(std::move(conduct)) {
     if (!mMulti) throw std::bad_alloc();
 }
 
-void UrlEngine::Loop::submit(UrlRequest request, Completion completion) {
+std::shared_ptr<DownloadTask> UrlEngine::Loop::submit(UrlRequest request, Completion completion) {
     auto task = std::make_unique<Task>(std::move(request), mConduct, std::move(completion));
+    auto submitted = std::make_shared<Submitted>(weak_from_this(), task->exchange.departure());
     {
         const std::lock_guard lock(mMutex);
         mSubmitted.push_back(std::move(task));
     }
+    mWakeup.signal();
+    return submitted;
+}
+
+void UrlEngine::Loop::completeGivenUp() {
+    mSomeAreGivenUp = true;
     mWakeup.signal();
 }
 
@@ -188,6 +219,9 @@ void UrlEngine::Loop::run() {
     while (!isStopping()) {
         while (auto task = takeSubmitted()) start(std::move(task));
         while (auto task = takeDue()) start(std::move(task));
+        while (mSomeAreGivenUp.exchange(false)) {
+            while (auto task = takeGivenUp()) complete(std::move(task), urlError(UrlError::cancelled));
+        }
         int running = 0;
         curl_multi_perform(mMulti.get(), &running);
         endFinished();
@@ -207,6 +241,7 @@ void UrlEngine::Loop::close() {
 }
 
 void UrlEngine::Loop::start(TaskPointer task) {
+    if (task->exchange.departure()->isGivenUp()) return complete(std::move(task), urlError(UrlError::cancelled));
     if (!task->easy) task->easy = takeHandle();
     if (!task->easy) return complete(std::move(task), urlError(UrlError::cannotConnectToHost));
     CURL* const easy = task->easy.get();
@@ -228,7 +263,8 @@ void UrlEngine::Loop::end(CURL* easy, CURLcode code) {
     UrlExchange& exchange = task->exchange;
     if (code == CURLE_OK && exchange.followRedirect(easy)) return start(std::move(task));
     auto outcome = exchange.finish(easy, code);
-    if (mConduct.background && isNetworkMissing(outcome) && !exchange.mayHaveLeft()) return wait(std::move(task));
+    if (mConduct.background && isNetworkMissing(outcome) && !exchange.departure()->hasLeft())
+        return wait(std::move(task));
     keepHandle(std::move(task->easy));
     complete(std::move(task), std::move(outcome));
 }
@@ -258,6 +294,16 @@ TaskPointer UrlEngine::Loop::takeDue() {
     const auto due =
         std::find_if(mWaiting.begin(), mWaiting.end(), [&](const auto& task) { return task->resumesAt <= now; });
     return due == mWaiting.end() ? nullptr : takeAt(mWaiting, due);
+}
+
+/// What is still in `mSubmitted` is not started any more.
+TaskPointer UrlEngine::Loop::takeGivenUp() {
+    const auto isGivenUp = [](const TaskPointer& task) { return task->exchange.departure()->isGivenUp(); };
+    const auto waiting = std::find_if(mWaiting.begin(), mWaiting.end(), isGivenUp);
+    if (waiting != mWaiting.end()) return takeAt(mWaiting, waiting);
+    const auto running =
+        std::find_if(mRunning.begin(), mRunning.end(), [&](const auto& entry) { return isGivenUp(entry.second); });
+    return running == mRunning.end() ? nullptr : takeRunning(running->first);
 }
 
 TaskPointer UrlEngine::Loop::takeRunning(CURL* easy) {

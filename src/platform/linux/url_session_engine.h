@@ -21,10 +21,11 @@ public:
     UrlEngine(const UrlEngine&) = delete;
     UrlEngine& operator=(const UrlEngine&) = delete;
 
-    void submit(UrlRequest request, Completion completion);
+    std::shared_ptr<DownloadTask> submit(UrlRequest request, Completion completion);
 
 private:
     class Loop;
+    class Submitted;
 
     std::shared_ptr<Loop> mLoop;
     std::thread mThread;

@@ -97,6 +97,7 @@ struct UrlExchange::Callbacks {
     static int beforeSending(void* user, char*, char*, int, int) {
         auto& self = *static_cast<UrlExchange*>(user);
         if (self.mSent && !self.isRepeatable()) return CURL_PREREQFUNC_ABORT;
+        if (!self.mDeparture->leave()) return CURL_PREREQFUNC_ABORT;
         self.mSent = true;
         return CURL_PREREQFUNC_OK;
     }

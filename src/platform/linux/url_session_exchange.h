@@ -1,11 +1,13 @@
 #pragma once
 
 #include "platform/linux/url_session_curl.h"
+#include "platform/linux/url_session_departure.h"
 
 #include <kavio/platform/linux.h>
 #include <kavio/platform/url_session.h>
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <variant>
 
@@ -38,8 +40,7 @@ public:
     /// Whether the reply is a redirect to follow; the request is then the one to `prepare` next.
     bool followRedirect(CURL* easy);
     UrlOutcome finish(CURL* easy, CURLcode code);
-    /// Whether a byte of the request may have reached the service.
-    bool mayHaveLeft() const { return mSent; }
+    const std::shared_ptr<Departure>& departure() const { return mDeparture; }
 
 private:
     struct Callbacks;
@@ -55,6 +56,7 @@ private:
 
     UrlRequest mRequest;
     const UrlConduct& mConduct;
+    const std::shared_ptr<Departure> mDeparture = std::make_shared<Departure>();
     CurlList mHeaderLines;
     std::string mBody;
     std::size_t mHeaderBytes = 0;

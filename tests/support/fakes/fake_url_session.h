@@ -4,9 +4,11 @@
 
 #include <kavio/platform/url_session.h>
 
+#include <atomic>
 #include <deque>
 #include <fstream>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -15,15 +17,37 @@
 
 namespace kavio::test {
 
+/// The errors of a request that has never left the device.
+inline bool mayHaveBeenSent(UrlError::Code code) {
+    switch (code) {
+        case UrlError::badUrl:
+        case UrlError::cannotFindHost:
+        case UrlError::cannotConnectToHost:
+        case UrlError::notConnectedToInternet:
+        case UrlError::secureConnectionFailed:
+        case UrlError::serverCertificateUntrusted:
+            return false;
+        case UrlError::cancelled:
+        case UrlError::timedOut:
+        case UrlError::networkConnectionLost:
+        case UrlError::badServerResponse:
+        case UrlError::dataLengthExceedsMaximum:
+            return true;
+    }
+    return true;
+}
+
 /// What the scripted sessions share: requests are recorded, and stay open until the test answers them, oldest first.
 /// As with a real session a completion runs on another thread than the caller's; it has returned when `complete` does.
+/// A request leaves when the test says so or answers it; one that was given up before gets `UrlError::cancelled` in the
+/// place of whatever the test answers.
 template <class Session, class Reply>
 class ScriptedSession : public Session {
 public:
     using typename Session::Completion;
 
     ~ScriptedSession() override {
-        while (complete(UrlError{UrlError::cancelled, "cancelled", std::nullopt})) {
+        while (complete(UrlError{UrlError::cancelled, "cancelled", std::nullopt, true})) {
         }
     }
 
@@ -41,26 +65,51 @@ public:
     bool complete(std::variant<Reply, UrlError> outcome) {
         std::unique_lock lock(mMutex);
         if (mOpen.empty()) return false;
-        auto completion = std::move(mOpen.front());
+        const auto task = std::move(mOpen.front());
         mOpen.pop_front();
         lock.unlock();
-        std::thread(std::move(completion), std::move(outcome)).join();
+        if (!task->leave()) outcome = UrlError{UrlError::cancelled, "given up", std::nullopt, false};
+        std::thread(task->completion, std::move(outcome)).join();
         return true;
     }
     bool fail(UrlError error) { return complete(std::move(error)); }
-    bool fail(UrlError::Code code) { return fail(UrlError{code, "scripted failure", std::nullopt}); }
+    bool fail(UrlError::Code code) {
+        return fail(UrlError{code, "scripted failure", std::nullopt, mayHaveBeenSent(code)});
+    }
+    /// The oldest open request goes out, and can no longer be given up. False when there is none, or it was given up.
+    bool leave() {
+        const std::lock_guard lock(mMutex);
+        return !mOpen.empty() && mOpen.front()->leave();
+    }
 
 protected:
-    void add(UrlRequest request, Completion completion) {
+    struct Task final : DownloadTask {
+        explicit Task(Completion whenDone) : completion(std::move(whenDone)) {}
+
+        bool cancel() override { return decide('c'); }
+        bool leave() { return decide('l'); }
+
+        const Completion completion;
+
+    private:
+        bool decide(char wanted) {
+            char known = 0;
+            return mDecision.compare_exchange_strong(known, wanted) || known == wanted;
+        }
+
+        std::atomic<char> mDecision = 0;
+    };
+
+    std::shared_ptr<Task> add(UrlRequest request, Completion completion) {
         const std::lock_guard lock(mMutex);
         mRequests.push_back(std::move(request));
-        mOpen.push_back(std::move(completion));
+        return mOpen.emplace_back(std::make_shared<Task>(std::move(completion)));
     }
 
 private:
     mutable std::mutex mMutex;
     std::vector<UrlRequest> mRequests;
-    std::deque<Completion> mOpen;
+    std::deque<std::shared_ptr<Task>> mOpen;
 };
 
 class FakeUrlSession final : public ScriptedSession<UrlSession, UrlReply> {
@@ -75,8 +124,8 @@ public:
 
 class FakeBackgroundUrlSession final : public ScriptedSession<BackgroundUrlSession, DownloadReply> {
 public:
-    void downloadTask(UrlRequest request, Completion completion) override {
-        add(std::move(request), std::move(completion));
+    std::shared_ptr<DownloadTask> downloadTask(UrlRequest request, Completion completion) override {
+        return add(std::move(request), std::move(completion));
     }
     void onEventsDelivered(std::function<void()>) override {}
 
