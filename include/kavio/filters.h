@@ -10,7 +10,8 @@
 
 namespace kavio {
 
-/// What `Kavio::getMachines` looks for, made by name: `MachineFilter{.latitude = 52.5, .longitude = 13.4}`. Immutable.
+/// What `Kavio::getMachines` looks for, made by name: `MachineFilter{.latitude = 52.5, .longitude = 13.4}`. Keeps what
+/// it is given and checks nothing. Immutable.
 struct KAVIO_API MachineFilter {
     /// A machine's code, or the text of a QR code.
     const std::optional<std::string> value = std::nullopt;
@@ -31,7 +32,8 @@ struct KAVIO_API MachineFilter {
     std::string debugDescription() const;
 };
 
-/// Which past orders `Kavio::getTransactions` lists, made by name. Immutable.
+/// Which past orders `Kavio::getTransactions` lists, made by name. Keeps what it is given and checks nothing.
+/// Immutable.
 struct KAVIO_API TransactionFilter {
     /// A `Machine`'s `id`, not its `kavioId`.
     const std::optional<std::int64_t> machineId = std::nullopt;

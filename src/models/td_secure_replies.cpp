@@ -38,33 +38,19 @@ Reply decodeFirst(const DecodedValue& value) {
 }  // namespace
 
 TDSAddCardFrictionlessResponse TDSAddCardFrictionlessResponse::decode(const KeyedContainer& in) {
-    TDSAddCardFrictionlessResponse reply;
-    reply.locator = in.required("locator");
-    reply.type = flowType(in);
-    return reply;
+    return {{flowType(in)}, in.required("locator")};
 }
 
 TDSAddCardFingerprintResponse TDSAddCardFingerprintResponse::decode(const KeyedContainer& in) {
-    TDSAddCardFingerprintResponse reply;
-    reply.page = in.required("page");
-    reply.id = in.required("id");
-    reply.type = flowType(in);
-    return reply;
+    return {{flowType(in)}, in.required("page"), in.required("id")};
 }
 
 TDSAddCardChallengeResponse TDSAddCardChallengeResponse::decode(const KeyedContainer& in) {
-    TDSAddCardChallengeResponse reply;
-    reply.url = in.required("url");
-    reply.id = in.required("id");
-    reply.type = flowType(in);
-    return reply;
+    return {{flowType(in)}, in.required("url"), in.required("id")};
 }
 
 TDSAddCardErrorResponse TDSAddCardErrorResponse::decode(const KeyedContainer& in) {
-    TDSAddCardErrorResponse reply;
-    reply.message = in.required("message");
-    reply.type = flowType(in);
-    return reply;
+    return {{flowType(in)}, in.required("message")};
 }
 
 TDSAddCardResponseFactory TDSAddCardResponseFactory::decode(const DecodedValue& value) {
@@ -72,24 +58,15 @@ TDSAddCardResponseFactory TDSAddCardResponseFactory::decode(const DecodedValue& 
 }
 
 TDSGetCardLocatorResponse TDSGetCardLocatorResponse::decode(const KeyedContainer& in) {
-    TDSGetCardLocatorResponse reply;
-    reply.locator = in.required("locator");
-    reply.result = resultType(in);
-    return reply;
+    return {{resultType(in)}, in.required("locator")};
 }
 
 TDSGetCardChallengeResponse TDSGetCardChallengeResponse::decode(const KeyedContainer& in) {
-    TDSGetCardChallengeResponse reply;
-    reply.url = in.required("url");
-    reply.result = resultType(in);
-    return reply;
+    return {{resultType(in)}, in.required("url")};
 }
 
 TDSGetCardErrorResponse TDSGetCardErrorResponse::decode(const KeyedContainer& in) {
-    TDSGetCardErrorResponse reply;
-    reply.message = in.required("message");
-    reply.result = resultType(in);
-    return reply;
+    return {{resultType(in)}, in.required("message")};
 }
 
 TDSGetCardResponseFactory TDSGetCardResponseFactory::decode(const DecodedValue& value) {
