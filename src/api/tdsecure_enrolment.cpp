@@ -8,7 +8,6 @@
 namespace kavio {
 namespace {
 
-constexpr std::string_view storyboard = "libKavio";
 constexpr const char* cannotParse = "failed to parse server reponse";
 constexpr const char* cannotStart = "failed to start 3DS authentication";
 constexpr const char* cannotStartPage = "failed to start 3DS authentication page";
@@ -188,7 +187,7 @@ bool Kavio::State::Enrolment::presentPage(TDSFlowType flow, const std::string& c
     if (!topMost) return false;
     mTDSecSceneController->mUrl = content;
     mTDSecSceneController->mFlow = flow;
-    const auto scene = mTDSecSceneController->createScene(storyboard);
+    const auto scene = mTDSecSceneController->createScene();
     if (!scene) return false;
     mPage = scene;
     mReceivedTDSRedirect = false;

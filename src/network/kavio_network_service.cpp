@@ -11,8 +11,6 @@
 
 #include <kavio/platform/platform.h>
 
-#include <fstream>
-#include <iterator>
 #include <utility>
 
 namespace kavio {
@@ -35,13 +33,6 @@ HeaderFields serviceHeaders(const std::optional<std::string>& apiKey, const std:
     };
     if (token) headers.emplace_back("X-Zelto-Wallet-Session-Token", *token);
     return headers;
-}
-
-std::optional<std::string> readFile(const std::filesystem::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    if (!in) return std::nullopt;
-    std::string bytes{std::istreambuf_iterator<char>(in), {}};
-    return in.bad() ? std::nullopt : std::optional(std::move(bytes));
 }
 
 // What a status comes to once a host's error handler has given its message.
@@ -115,17 +106,14 @@ void KavioNetworkService::sendInBackground(APIRequest request, RawCompletion com
         if (const auto self = weak.lock()) self->backgroundEventsDelivered();
     });
     session.downloadTask(prepare(std::move(request)), [weak = weak_from_this(), completion = std::move(completion)](
-                                                          std::variant<DownloadReply, UrlError> outcome) {
+                                                          std::variant<UrlReply, UrlError> outcome) {
         const auto handler = errorHandler(weak);
         if (const auto* error = std::get_if<UrlError>(&outcome)) {
             if (!error->status) return finish(handler, *error, completion);
             return finishUnsuccessful(handler, {*error->status, std::nullopt}, completion,
                                       [error](const UrlReply& reply) { return lostReply(reply.status, *error); });
         }
-        const auto& reply = std::get<DownloadReply>(outcome);
-        auto body = readFile(reply.file);
-        if (!body) return completion(failed(APIError::jsonConversionFailure, reply.status));
-        finish(handler, UrlReply{reply.status, std::move(body)}, completion);
+        finish(handler, std::get<UrlReply>(std::move(outcome)), completion);
     });
 }
 

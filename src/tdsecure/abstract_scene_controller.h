@@ -5,7 +5,6 @@
 #include <kavio/platform/platform.h>
 
 #include <memory>
-#include <string_view>
 #include <utility>
 
 namespace kavio {
@@ -16,11 +15,11 @@ class AbstractSceneController : public ServiceObject,
                                 public ViewLifecycle,
                                 public std::enable_shared_from_this<AbstractSceneController<Scene>> {
 public:
-    /// The scene of the library's storyboard, made anew when there is none. Null where it cannot be made.
-    std::shared_ptr<Scene> createScene(std::string_view storyboardName) {
+    /// The scene, made anew when there is none. Null where it cannot be made.
+    std::shared_ptr<Scene> createScene() {
         if (mScene) return mScene;
         const auto windows = Platform::current().windows;
-        mScene = windows ? windows->instantiateScene(storyboardName, Scene::identifier) : nullptr;
+        mScene = windows ? windows->makeScene() : nullptr;
         if (mScene) mScene->lifecycleDelegate = this->weak_from_this();
         return mScene;
     }

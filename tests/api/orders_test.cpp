@@ -153,11 +153,6 @@ TEST(PlaceOrder, GivesEveryOutcomeOfALostReplyOnce) {
         EXPECT_THAT(world.reports(), ElementsAre(Report{"onPlaceOrder", type, message}));
         EXPECT_FALSE(world.isBusy());
     }
-    World world;
-    startOrder(world);
-    world.device().backgroundUrlSession->answerWithUnreadableFile(200);
-    world.run();
-    EXPECT_THAT(world.reports(), ElementsAre(Report{"onPlaceOrder", ResultType::FAILURE}));
 }
 
 TEST(PlaceOrder, IsSilentFromTheStepAtWhichTheApplicationLetsGo) {

@@ -70,7 +70,7 @@ protected:
     void renew() {
         if (scene) scene->dismiss(false);
         log = std::make_shared<SceneLog>();
-        scene = Platform::current().windows->instantiateScene("libKavio", "TDSecureScene");
+        scene = Platform::current().windows->makeScene();
         scene->lifecycleDelegate = log;
         scene->delegate = log;
     }

@@ -13,7 +13,7 @@
 namespace kavio::test {
 namespace {
 
-using Download = std::variant<DownloadReply, UrlError>;
+using Download = std::variant<UrlReply, UrlError>;
 
 std::shared_ptr<BackgroundUrlSession> sessionWith(const RawServer& server) {
     return makeBackgroundUrlSession(service().reaching(server.address()));
@@ -25,8 +25,8 @@ std::string download(const Download& outcome) {
     if (const auto* error = std::get_if<UrlError>(&outcome)) {
         text << error->code << " with " << error->status.value_or(0) << (error->mayHaveBeenSent ? "" : " unsent");
     } else {
-        const auto& reply = std::get<DownloadReply>(outcome);
-        text << reply.status << " " << std::ifstream(reply.file).rdbuf();
+        const auto& reply = std::get<UrlReply>(outcome);
+        text << reply.status << " " << reply.body.value_or("");
     }
     return text.str();
 }
@@ -148,34 +148,33 @@ TEST(BackgroundUrlSession, AgreesWithTheServiceOnWhatWasGivenUp) {
     last.task->cancel();
 }
 
-TEST(BackgroundUrlSession, StoresTheReplyForTheCompletionOnly) {
+TEST(BackgroundUrlSession, TellsWhenTheLastOpenTaskIsDone) {
     const HostServer server(answering(httpReply(200, "placed")));
     const auto session = sessionWith(server);
     std::vector<std::string> events;
-    std::filesystem::path file;
     std::promise<void> delivered;
     session->onEventsDelivered([&] {
-        events.push_back(std::filesystem::is_regular_file(file) ? "delivered, file left" : "delivered");
+        events.emplace_back("delivered");
         delivered.set_value();
     });
-    const auto note = [&](const Download& outcome) {
-        file = std::get<DownloadReply>(outcome).file;
-        events.push_back(download(outcome));
-    };
+    const auto note = [&](const Download& outcome) { events.push_back(download(outcome)); };
     session->downloadTask(post(host, "order"), [&](const Download& outcome) {
         note(outcome);
         session->downloadTask(post(host, "order"), note);
     });
     delivered.get_future().wait();
     EXPECT_EQ(events, (std::vector<std::string>{"200 placed", "200 placed", "delivered"}));
+}
 
-    session->onEventsDelivered({});
+TEST(BackgroundUrlSession, NeedsNoDiskForAReply) {
+    const HostServer server(answering(httpReply(200, "placed")));
+    const auto session = sessionWith(server);
     rlimit before{};
     ::getrlimit(RLIMIT_FSIZE, &before);
     const rlimit none{0, before.rlim_max};
     ::signal(SIGXFSZ, SIG_IGN);
     ::setrlimit(RLIMIT_FSIZE, &none);
-    EXPECT_EQ(fetch(*session, post(host, "order")), "-1011 with 200") << "where it cannot be stored";
+    EXPECT_EQ(fetch(*session, post(host, "order")), "200 placed");
     ::setrlimit(RLIMIT_FSIZE, &before);
 }
 

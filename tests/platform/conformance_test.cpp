@@ -82,14 +82,15 @@ INSTANTIATE_TEST_SUITE_P(, Device, testing::ValuesIn(subjects()), testing::Print
 
 const DateFormat wholeDate{"yyyy-MM-dd'T'HH:mm:ss.SSS", "en_US_POSIX", "UTC"};
 const DateFormat withZone{"yyyy-MM-dd'T'HH:mm:ss.SSSZ", std::nullopt, std::nullopt};
+const DateFormat wholeSeconds{"yyyy-MM-dd'T'HH:mm:ss", "en_US_POSIX", "UTC"};
 const DateFormat stamp{"yyyyMMddHHmmss", "en_US_POSIX", "UTC"};
-const DateFormat thai{"yyyy-MM-dd'T'HH:mm:ss.SSS", "th_TH", "UTC"};  // a calendar of its own is not asked for
+const DateFormat debugDate{"yyyy-MM-dd HH:mm:ss xx", "en_US_POSIX", "UTC"};
 
 TEST_P(Device, ParsesDatesStrictlyAndWhole) {
     for (const auto& [format, text, seconds] : std::vector<std::tuple<DateFormat, std::string, std::optional<double>>>{
              {wholeDate, "2020-02-29T10:00:00.125", 1582970400.125},
-             {thai, "2020-02-29T10:00:00.125", 1582970400.125},
              {withZone, "2020-02-29T12:00:00.000+0200", 1582970400},
+             {wholeSeconds, "2020-02-29T10:00:00", 1582970400},
              {wholeDate, "2021-02-29T10:00:00.000", std::nullopt},
              {wholeDate, "2020-02-29T10:00:00.125Z", std::nullopt},
              {wholeDate, "", std::nullopt},
@@ -105,6 +106,7 @@ TEST_P(Device, FormatsDates) {
     for (const auto& [format, seconds, text] : std::vector<std::tuple<DateFormat, double, const char*>>{
              {wholeDate, 1582970400.125, "2020-02-29T10:00:00.125"},
              {stamp, 1582970400.999, "20200229100000"},
+             {debugDate, 253402300800, "10000-01-01 00:00:00 +0000"},
              {stamp, 1e300, ""},
              {stamp, std::numeric_limits<double>::quiet_NaN(), ""},
          }) {
@@ -115,10 +117,9 @@ TEST_P(Device, FormatsDates) {
 TEST_P(Device, FindsAllMatchesOfAPattern) {
     using Matches = std::vector<RegularExpression::Match>;
     for (const auto& [pattern, text, matches] : std::vector<std::tuple<std::string, std::string, Matches>>{
-             {"(x)|(y)", "zy", {{"y", "", "y"}}},
-             {"\\d+", "\u0663 12", {{"\u0663"}, {"12"}}},
-             {"(a+)+$", std::string(200, 'a') + "b", {}},
-             {"(?:.|\\n)*z", std::string(3'000'000, 'a'), {}},
+             {"NDS=(\\d+)", "NDS=x&nds=1", {}},
+             {"NDS=(\\d+)", "NDS=\u0663&NDS=12", {{"NDS=\u0663", "\u0663"}, {"NDS=12", "12"}}},
+             {"Kavio ID: (\\d+)", std::string(1'000'000, '1') + "\nKavio ID: 1", {{"Kavio ID: 1", "1"}}},
          }) {
         const auto found = platform.regularExpression->matches(pattern, text);
         ASSERT_TRUE(std::holds_alternative<Matches>(found)) << pattern;

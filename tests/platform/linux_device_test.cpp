@@ -26,7 +26,20 @@ TEST(LinuxDevice, SpeaksTheUsersLanguage) {
         EXPECT_EQ(makeIcuLocale()->languageCode(), language);
         EXPECT_EQ(makeIcuLocale()->regionName("DE"), germany);
     }
+    icu::Locale::setDefault({"th", "TH"}, status);  // whose calendar is not the Gregorian
+    EXPECT_EQ(makeIcuDateFormatter()->parse({"yyyy", std::nullopt, "UTC"}, "1970"), Date());
     icu::Locale::setDefault(former, status);
+}
+
+TEST(LinuxDevice, FindsAnyExpressionAndGivesUpOneThatTakesTooLong) {
+    using Matches = std::vector<RegularExpression::Match>;
+    for (const auto& [pattern, text, matches] : std::vector<std::tuple<std::string, std::string, Matches>>{
+             {"(x)|(y)", "zy", {{"y", "", "y"}}},
+             {"(a+)+$", std::string(200, 'a') + "b", {}},
+             {"(?:.|\\n)*z", std::string(3'000'000, 'a'), {}},
+         }) {
+        EXPECT_EQ(std::get<Matches>(makeIcuRegularExpression()->matches(pattern, text)), matches) << pattern;
+    }
 }
 
 TEST(RunLoop, StopsWhenItIsToldAndGoesOnLater) {

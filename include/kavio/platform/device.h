@@ -43,13 +43,27 @@ public:
 };
 
 /// A Unicode date pattern, always of the Gregorian calendar; locale and time zone are the device's own when absent.
+///
+/// The library asks for no others than these; a formatter may refuse the rest:
+///
+/// | pattern | locale | time zone | for |
+/// | --- | --- | --- | --- |
+/// | yyyy-MM-dd'T'HH:mm:ss.SSS | en_US_POSIX | UTC | parsing and formatting |
+/// | yyyy-MM-dd'T'HH:mm:ss.SSS | the device's | UTC | parsing |
+/// | yyyy-MM-dd'T'HH:mm:ss | en_US_POSIX | UTC | parsing |
+/// | yyyy-MM-dd'T'HH:mm:ss.SSSZ | the device's | the device's | parsing |
+/// | yyyyMMddHHmmss | en_US_POSIX | UTC | formatting |
+/// | yyyy-MM-dd HH:mm:ss xx | en_US_POSIX | UTC | formatting |
+///
+/// The library itself reads and writes dates of the years 1583 to 9999 in these forms; the formatter gets the others.
 struct DateFormat {
     std::string pattern;
     std::optional<std::string> locale;
     std::optional<std::string> timeZone;
 };
 
-/// Dates as text. Parsing is strict and must use the whole text. Safe from any thread.
+/// Dates as text. Parsing is strict and must use the whole text. A pattern that the formatter refuses parses nothing
+/// and formats as an empty text. Safe from any thread.
 class KAVIO_API DateFormatter {
 public:
     virtual ~DateFormatter() = default;
@@ -59,6 +73,9 @@ public:
 };
 
 /// Unicode regular expressions. Safe from any thread.
+///
+/// The library asks for four: `MMID=(\d+)`, `NDS=(\d+)`, `Kavio ID: (\d+)` and `Serial Num: (\d+)`, where `\d` is a
+/// decimal digit of any script. An engine may report any other pattern as invalid.
 class KAVIO_API RegularExpression {
 public:
     /// Group 0 is the whole match; a group that took no part is empty.

@@ -6,13 +6,25 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 
 // What the library needs of a device's user interface. Everything here is called, and calls back, on the main thread.
 
 namespace kavio {
 
-/// A view that runs web pages.
+/// A view that runs web pages: the card issuer's, and whatever those lead to. None of them is trusted.
+///
+/// - A page may run scripts, submit forms, navigate and load frames. Each navigation is offered to the scene's observer
+///   before it starts; one that a frame of a secure page makes to "http://127.0.0.1" too, which ends the page.
+/// - Only http, https, about, data and blob addresses are followed: no file is read, no other program is started.
+/// - Nothing outlives the scene: no cookie, cache entry or other data is kept, and nothing is downloaded.
+/// - A certificate that is not in order fails the page, and nobody is asked whether to go on.
+/// - No window but the scene's: what the person opens in a new one opens in the view itself, and what a script opens is
+///   offered to the observer and goes no further.
+/// - No dialog, whether of a script, for a file or for a password; none holds the page up. No permission is granted, to
+///   camera, microphone or position for example, and no page becomes full screen by itself.
+/// - The bar names the page that is there, never one that is still on its way: its host in ASCII, and whether the
+///   connection is secure.
+/// - A page that crashes takes nothing with it: the scene stays, and offers to try again.
 class KAVIO_API WebView {
 public:
     virtual ~WebView() = default;
@@ -74,13 +86,10 @@ protected:
     }
 };
 
-/// The screen that runs the card issuer's pages, drawn in a storyboard: a web view under a bar that has a close button
-/// and names the host of the page.
+/// The screen that runs the card issuer's pages: a web view under a bar that has a close button and names the host of
+/// the page.
 class KAVIO_API TDSecureScene : public AbstractScene {
 public:
-    /// Its name in the storyboard.
-    static constexpr std::string_view identifier = "TDSecureScene";
-
     std::weak_ptr<TDSecureSceneDelegate> delegate;
 
     /// Null once the scene is dismissed.
@@ -102,9 +111,8 @@ public:
     virtual ~Windows() = default;
     /// The window that the person uses; null without one.
     virtual std::shared_ptr<Window> keyWindow() const = 0;
-    /// A new scene from the library's own storyboard of that name; null when either name is unknown.
-    virtual std::shared_ptr<TDSecureScene> instantiateScene(std::string_view storyboard,
-                                                            std::string_view identifier) = 0;
+    /// A new scene for the card issuer's pages; null when it cannot be made.
+    virtual std::shared_ptr<TDSecureScene> makeScene() = 0;
 };
 
 }  // namespace kavio

@@ -4,7 +4,6 @@
 
 #include <chrono>
 #include <cstdint>
-#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -43,12 +42,6 @@ struct UrlReply {
     int status = 0;
     /// Absent only where the platform knows that there was none; an empty body is present and empty.
     std::optional<std::string> body;
-};
-
-/// A reply whose body lies in a file. The file is gone once the completion has returned.
-struct DownloadReply {
-    int status = 0;
-    std::filesystem::path file;
 };
 
 /// Why no reply came.
@@ -111,9 +104,10 @@ public:
 
 /// HTTP that outlasts a lost network: a task without a route to the world waits and tries again instead of failing.
 /// All else is as `UrlSession` promises, and as for an ONCE request: nothing is sent again once a byte may have left.
+/// Replies are kept in memory: an order that was placed must not look like a failure because a disk is full.
 class KAVIO_API BackgroundUrlSession {
 public:
-    using Completion = std::function<void(std::variant<DownloadReply, UrlError>)>;
+    using Completion = UrlSession::Completion;
 
     virtual ~BackgroundUrlSession() = default;
     virtual std::shared_ptr<DownloadTask> downloadTask(UrlRequest request, Completion completion) = 0;

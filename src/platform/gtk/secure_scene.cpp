@@ -6,6 +6,7 @@
 
 #include <array>
 #include <string>
+#include <string_view>
 #include <utility>
 
 void kavio_gtk_register_resource();  // of the storyboard's generated source
@@ -16,17 +17,19 @@ namespace {
 // The host application's translation of one of the texts.
 std::string translated(const char* text) { return Platform::current().mainBundle->localizedString(text); }
 
-// The objects of the scene `identifier`; null when the storyboard is unknown.
-ObjectPointer<GtkBuilder> loadScene(std::string_view storyboard, const std::string& identifier) {
+constexpr const char* storyboard = "/kavio/storyboards/libKavio.ui";
+constexpr const char* identifier = "TDSecureScene";
+
+// The objects of the scene; null when they cannot be loaded.
+ObjectPointer<GtkBuilder> loadScene() {
     // A resource that registers itself would be dropped where the library is linked statically.
     static const bool registered = (kavio_gtk_register_resource(), GtkWebView::registerTypes(), true);
     static_cast<void>(registered);
-    const auto path = "/kavio/storyboards/" + std::string(storyboard) + ".ui";
     // The session is no part of the scene's tree, and a window of another name would stay around unseen.
-    std::array<const char*, 3> objects{"session", identifier.c_str(), nullptr};
+    std::array<const char*, 3> objects{"session", identifier, nullptr};
     ObjectPointer<GtkBuilder> builder(gtk_builder_new());
     GError* error = nullptr;
-    if (gtk_builder_add_objects_from_resource(builder.get(), path.c_str(), objects.data(), &error)) return builder;
+    if (gtk_builder_add_objects_from_resource(builder.get(), storyboard, objects.data(), &error)) return builder;
     g_warning("kavio: %s", error->message);
     g_error_free(error);
     return nullptr;
@@ -51,11 +54,9 @@ void coverMonitor(GtkWindow* window, GdkMonitor* monitor) {
 
 }  // namespace
 
-std::shared_ptr<GtkScene> GtkScene::make(std::string_view storyboard, std::string_view identifier,
-                                         const std::filesystem::path& authorities) {
-    const std::string name(identifier);
-    auto builder = loadScene(storyboard, name);
-    auto* window = builder ? gtk_builder_get_object(builder.get(), name.c_str()) : nullptr;
+std::shared_ptr<GtkScene> GtkScene::make(const std::filesystem::path& authorities) {
+    auto builder = loadScene();
+    auto* window = builder ? gtk_builder_get_object(builder.get(), identifier) : nullptr;
     if (!window || !GTK_IS_WINDOW(window)) return nullptr;
     std::shared_ptr<GtkScene> scene(new GtkScene(std::move(builder), GTK_WINDOW(window)));
     scene->translate();

@@ -3,16 +3,14 @@
 #include "platform/gtk/web_view.h"
 
 #include <filesystem>
-#include <string_view>
 
 namespace kavio {
 
 /// A scene of the storyboard, in a window of its own.
 class GtkScene final : public TDSecureScene, public PageObserver, public std::enable_shared_from_this<GtkScene> {
 public:
-    /// Null when the storyboard or the identifier is unknown.
-    static std::shared_ptr<GtkScene> make(std::string_view storyboard, std::string_view identifier,
-                                          const std::filesystem::path& authorities);
+    /// Null when the storyboard cannot be loaded.
+    static std::shared_ptr<GtkScene> make(const std::filesystem::path& authorities);
     ~GtkScene() override;
 
     std::shared_ptr<WebView> webView() const override { return mWebView; }

@@ -29,8 +29,6 @@ std::shared_ptr<Window> GtkWindows::keyWindow() const {
     return nullptr;
 }
 
-std::shared_ptr<TDSecureScene> GtkWindows::instantiateScene(std::string_view storyboard, std::string_view identifier) {
-    return GtkScene::make(storyboard, identifier, mAuthorities);
-}
+std::shared_ptr<TDSecureScene> GtkWindows::makeScene() { return GtkScene::make(mAuthorities); }
 
 }  // namespace kavio

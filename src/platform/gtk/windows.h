@@ -13,7 +13,7 @@ public:
         : mApplication(retained(application)), mAuthorities(std::move(authorities)) {}
 
     std::shared_ptr<Window> keyWindow() const override;
-    std::shared_ptr<TDSecureScene> instantiateScene(std::string_view storyboard, std::string_view identifier) override;
+    std::shared_ptr<TDSecureScene> makeScene() override;
 
 private:
     const ObjectPointer<GtkApplication> mApplication;

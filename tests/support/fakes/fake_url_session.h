@@ -1,12 +1,9 @@
 #pragma once
 
-#include "support/temporary_folder.h"
-
 #include <kavio/platform/url_session.h>
 
 #include <atomic>
 #include <deque>
-#include <fstream>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -41,7 +38,7 @@ inline bool mayHaveBeenSent(UrlError::Code code) {
 /// As with a real session a completion runs on another thread than the caller's; it has returned when `complete` does.
 /// A request leaves when the test says so or answers it; one that was given up before gets `UrlError::cancelled` in the
 /// place of whatever the test answers.
-template <class Session, class Reply>
+template <class Session>
 class ScriptedSession : public Session {
 public:
     using typename Session::Completion;
@@ -62,7 +59,7 @@ public:
     }
 
     /// Completes the oldest open task; false when there is none.
-    bool complete(std::variant<Reply, UrlError> outcome) {
+    bool complete(std::variant<UrlReply, UrlError> outcome) {
         std::unique_lock lock(mMutex);
         if (mOpen.empty()) return false;
         const auto task = std::move(mOpen.front());
@@ -112,7 +109,7 @@ private:
     std::deque<std::shared_ptr<Task>> mOpen;
 };
 
-class FakeUrlSession final : public ScriptedSession<UrlSession, UrlReply> {
+class FakeUrlSession final : public ScriptedSession<UrlSession> {
 public:
     void dataTask(UrlRequest request, Completion completion) override {
         add(std::move(request), std::move(completion));
@@ -122,19 +119,14 @@ public:
     bool answerWithoutBody(int status) { return complete(UrlReply{status, std::nullopt}); }
 };
 
-class FakeBackgroundUrlSession final : public ScriptedSession<BackgroundUrlSession, DownloadReply> {
+class FakeBackgroundUrlSession final : public ScriptedSession<BackgroundUrlSession> {
 public:
     std::shared_ptr<DownloadTask> downloadTask(UrlRequest request, Completion completion) override {
         return add(std::move(request), std::move(completion));
     }
     void onEventsDelivered(std::function<void()>) override {}
 
-    bool answer(int status, std::string_view body) {
-        const TemporaryFolder folder;
-        std::ofstream(folder.path() / "reply", std::ios::binary) << body;
-        return complete(DownloadReply{status, folder.path() / "reply"});
-    }
-    bool answerWithUnreadableFile(int status) { return complete(DownloadReply{status, "/missing"}); }
+    bool answer(int status, std::string body) { return complete(UrlReply{status, std::move(body)}); }
 };
 
 }  // namespace kavio::test

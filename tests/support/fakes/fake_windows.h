@@ -5,22 +5,18 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace kavio::test {
 
-/// A scripted user interface: one window, and what the library
-/// does there as a list of short texts. Pages do what the test says.
+/// A scripted user interface: one window, and what the library does there as a list of short texts. Pages do what the
+/// test says.
 class FakeWindows final : public Windows, public std::enable_shared_from_this<FakeWindows> {
 public:
     std::shared_ptr<Window> keyWindow() const override {
         return hasKeyWindow ? std::make_shared<OneWindow>() : nullptr;
     }
-    std::shared_ptr<TDSecureScene> instantiateScene(std::string_view storyboard, std::string_view identifier) override {
-        const bool isKnown = storyboard == "libKavio" && identifier == "TDSecureScene";
-        return isKnown ? std::make_shared<Scene>(shared_from_this()) : nullptr;
-    }
+    std::shared_ptr<TDSecureScene> makeScene() override { return std::make_shared<Scene>(shared_from_this()); }
 
     bool hasKeyWindow = true;
     /// "present", "hidden", "shown", "html DOCUMENT", "load URL SECONDS", "dismiss", each with "animated" where it is
