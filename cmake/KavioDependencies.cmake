@@ -1,9 +1,11 @@
-# Each dependency as a target. What an installed package needs too stands in KavioConfig.cmake.in.
+# Each dependency as a target. Those of the library itself are needed by an installed static library too:
+# KavioConfig.cmake.in.
 find_package(Threads REQUIRED)
-find_package(CURL 7.88 REQUIRED)
-find_package(OpenSSL 3.0 REQUIRED)
-find_package(ICU REQUIRED COMPONENTS i18n uc)
-find_package(SQLite3 REQUIRED)
+include(${PROJECT_SOURCE_DIR}/src/platform/${KAVIO_PLATFORM}/dependencies.cmake OPTIONAL)
+foreach(package IN LISTS KAVIO_PLATFORM_PACKAGES)
+  separate_arguments(package)
+  find_package(${package} REQUIRED)
+endforeach()
 find_package(simdjson REQUIRED)
 find_package(nlohmann_json REQUIRED)
 if(KAVIO_APPS)

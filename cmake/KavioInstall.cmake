@@ -15,10 +15,13 @@ if(KAVIO_GTK)
   kavio_install(gtk_static kavio_gtk_static)
 endif()
 
+list(TRANSFORM KAVIO_PLATFORM_PACKAGES REPLACE "(.+)" "  find_dependency(\\1)\n" OUTPUT_VARIABLE find_platform_dependencies)
+list(JOIN find_platform_dependencies "" find_platform_dependencies)
 configure_package_config_file(cmake/KavioConfig.cmake.in ${CMAKE_BINARY_DIR}/KavioConfig.cmake INSTALL_DESTINATION ${package_folder})
 write_basic_package_version_file(${CMAKE_BINARY_DIR}/KavioConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_BINARY_DIR}/KavioConfig.cmake ${CMAKE_BINARY_DIR}/KavioConfigVersion.cmake DESTINATION ${package_folder})
 
+list(JOIN KAVIO_PLATFORM_PKG_CONFIG " " platform_requirements)
 configure_file(cmake/kavio.pc.in ${CMAKE_BINARY_DIR}/kavio.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/kavio.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 if(KAVIO_GTK)

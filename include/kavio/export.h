@@ -1,4 +1,9 @@
 #pragma once
 
-/// Marks what a program outside the library may link to. Everything else is hidden.
+/// Marks what a program outside the library may link to. Everything else is hidden where the compiler can hide it;
+/// where it cannot, the build exports all.
+#if defined(__GNUC__)
 #define KAVIO_API __attribute__((visibility("default")))
+#else
+#define KAVIO_API
+#endif

@@ -8,6 +8,8 @@
 #include <optional>
 #include <string>
 
+#undef ERROR  // a macro in the system headers of some devices; the enumerators below have that name
+
 /// What an enrolment sends. The raw values of the enumerations are the service's; absent members are left out.
 namespace kavio {
 

@@ -1,8 +1,10 @@
 #include "platform/current_platform.h"
+#include "platform/default_platform.h"
 
-#include <kavio/platform/linux.h>
 #include <kavio/platform/platform.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <mutex>
 #include <utility>
 
@@ -20,12 +22,20 @@ std::unique_ptr<Platform>& currentPlatform() {
     return *current;
 }
 
+// A mistake of the program's that nothing can make up for: without a device there is no way to report it either.
+[[noreturn]] void endForWantOfAPlatform() {
+    std::fputs("Kavio: no platform is installed, and this build has no default one: call Platform::install first.\n",
+               stderr);
+    std::abort();
+}
+
 }  // namespace
 
 Platform& Platform::current() {
     const std::lock_guard lock(currentMutex());
     auto& current = currentPlatform();
-    if (!current) current = std::make_unique<Platform>(makeLinuxPlatform());
+    if (!current) current = makeDefaultPlatform();
+    if (!current) endForWantOfAPlatform();
     return *current;
 }
 

@@ -32,7 +32,9 @@ struct KAVIO_API Platform {
     /// Null on a device without windows: what needs one reports that it could not start.
     std::shared_ptr<Windows> windows;
 
-    /// The process's platform; the device's default one is made on first use. Safe from any thread.
+    /// The process's platform. When none was installed, the one that the library was built for is made on first use. A
+    /// library built for none (KAVIO_PLATFORM=none) ends the program there, with a message on standard error. Safe from
+    /// any thread.
     static Platform& current();
     /// Replaces the platform that `current` gives. A host calls it before it uses anything else of the library; false
     /// when that is too late.

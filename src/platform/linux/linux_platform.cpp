@@ -1,3 +1,4 @@
+#include "platform/default_platform.h"
 #include "platform/linux/dictionary_bundle.h"
 #include "platform/linux/icu.h"
 #include "platform/linux/openssl.h"
@@ -9,6 +10,9 @@
 #include <kavio/platform/linux.h>
 
 #include <sys/utsname.h>
+
+#include <memory>
+#include <utility>
 
 namespace kavio {
 namespace {
@@ -56,5 +60,7 @@ Platform makeLinuxPlatform(LinuxPlatformOptions options) {
         .windows = nullptr,
     };
 }
+
+std::unique_ptr<Platform> makeDefaultPlatform() { return std::make_unique<Platform>(makeLinuxPlatform()); }
 
 }  // namespace kavio
