@@ -35,8 +35,10 @@ TEST(Numbers, AreIntegersWhenTheirValueIs) {
              {"1e-400", 0, 0U, 0},
              {"2147483648.0", 2147483648, 2147483648U, {}},
              {"9223372036854775808", {}, 9223372036854775808U, {}},
-             {"9223372036854775808.0", {}, 9223372036854775808U, {}},
-             {"-9223372036854775808.0", std::numeric_limits<std::int64_t>::min(), {}, {}},
+             {"9007199254740991e0", 9007199254740991, 9007199254740991U, {}},
+             {"9007199254740993.0", {}, {}, {}},  // a double would make it ...992
+             {"1e17", {}, {}, {}},
+             {"-9223372036854775808", std::numeric_limits<std::int64_t>::min(), {}, {}},
              {"18446744073709551615", {}, std::numeric_limits<std::uint64_t>::max(), {}},
              {"18446744073709551616", {}, {}, {}},
              {"-9223372036854775809", {}, {}, {}},
@@ -125,14 +127,31 @@ TEST(LooseValues, TakeTheFirstKindThatFits) {
 }
 
 TEST(Documents, ThatAreNotJsonAreRefused) {
-    for (const auto* json :
-         {"", " ", "{", "nul", "{\"a\":1,}", "[1,]", "{'a':1}", "1 2", "\xEF\xBB\xBF{}", "{\"a\":\"\xC3\x28\"}",
-          "\"\xED\xA0\x80\"", "\"\\ud800\"", "\"\x01\"", "01", "1e400", "-", "+1", "NaN"}) {
+    for (const auto* json : {"", " ", "{", "nul", "{\"a\":1,}", "[1,]", "{'a':1}", "1 2", "{\"a\":\"\xC3\x28\"}",
+                             "\"\xED\xA0\x80\"", "\"\x01\"", "01", "01e400", "1.e400", "1e400x", "-", "+1", "NaN"}) {
         EXPECT_TRUE(isRefused(json)) << json;
     }
     EXPECT_TRUE(isRefused(std::string(std::size_t{64} << 20U, ' ')));
     EXPECT_FALSE(decodeDocument<JsonObject>("null"));
     EXPECT_EQ(decodeDocument<std::string>("\"\\u00e9\\ud83d\\ude00\""), "\u00e9\U0001F600");
+}
+
+TEST(Documents, ThatAreMerelyOddAreRead) {
+    const auto message = [](const std::string& json) {
+        return valueOf<ErrorKeys>(json).value_or(ErrorKeys{"refused"}).message;
+    };
+    const std::string left(400, '9');
+    for (const auto& [json, expected] : std::vector<std::pair<std::string, std::string>>{
+             {"\xEF\xBB\xBF{\"message\":\"x\"}", "x"},
+             {R"({"other":1e400,"more":[-1e+999999999999999999999,0.1e310,)" + left + R"(],"message":"x"})", "x"},
+             {R"({"message":"a\ud800b\\\uDC00\ud83d\ude00\ud83d"})", "a\uFFFDb\\\uFFFD\U0001F600\uFFFD"},
+             {R"({"message":1e400})", "refused"},
+             {R"({"message":"x","other":"\ud8"})", "refused"},
+         }) {
+        EXPECT_EQ(message(json), expected) << json;
+    }
+    EXPECT_EQ(valueOf<double>("1e400"), std::nullopt);
+    EXPECT_EQ(valueOf<std::vector<double>>("[1e-400,99999999999999999999]"), (std::vector<double>{0, 1e20}));
 }
 
 TEST(Documents, WithListsLongerThanAMillionAreRefused) {

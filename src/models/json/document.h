@@ -12,6 +12,8 @@
 namespace kavio {
 
 /// A parsed JSON text. `DecodingError` for a text that is not JSON, is not UTF-8, or nests deeper than 1024 levels.
+/// What is merely odd is taken, so that no member that nobody reads costs the whole reply: a byte order mark, numbers
+/// of any size, and half of a surrogate pair, which reads as U+FFFD.
 class Document {
 public:
     /// Spare capacity of `json` saves a copy of it.
@@ -24,6 +26,7 @@ public:
 
 private:
     struct Parser;
+    void parse(const std::string& json);
     static std::unique_ptr<Parser>& idleParser();
 
     std::unique_ptr<Parser> mParser;

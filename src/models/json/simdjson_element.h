@@ -20,13 +20,15 @@ static_assert(sizeof(Element) == sizeof(simdjson::dom::element));
 inline simdjson::dom::element domElement(Element element) { return std::bit_cast<simdjson::dom::element>(element); }
 inline Element fromDom(simdjson::dom::element element) { return std::bit_cast<Element>(element); }
 
-/// A double that is integral and in range.
+/// A double that is integral and in range, but for those from 2^53 on: they may stand for another integer that was
+/// rounded.
 template <class Integer>
 std::optional<Integer> integerOf(double value) {
     // A double holds both of these bounds exactly; the type's maximum itself it may not.
     const auto lowest = static_cast<double>(std::numeric_limits<Integer>::min());
     const auto beyond = std::ldexp(1.0, std::numeric_limits<Integer>::digits);
-    const bool fits = value >= lowest && value < beyond && value == std::trunc(value);
+    const bool isExact = std::abs(value) < 0x1p53 && value == std::trunc(value);
+    const bool fits = isExact && value >= lowest && value < beyond;
     return fits ? std::optional(static_cast<Integer>(value)) : std::nullopt;
 }
 
