@@ -96,9 +96,19 @@ TEST_P(Device, ParsesDatesStrictlyAndWhole) {
              {wholeDate, "", std::nullopt},
              {wholeDate, "2020-02-29T10:00:00.\xFF", std::nullopt},
              {wholeDate, std::string(5'000'000, '1'), std::nullopt},
+             {wholeDate, "2020-02-29T10:00:00.5", 1582970400.5},
+             {wholeDate, "2020-02-29T10:00:00.987654321", 1582970400.987},
          }) {
         const auto date = platform.dateFormatter->parse(format, text);
         EXPECT_EQ(date ? std::optional(date->time_since_epoch().count()) : std::nullopt, seconds) << text.substr(0, 30);
+    }
+    for (const std::string nine : {"9", "٩"}) {
+        for (int digits = 10; digits < 70; ++digits) {
+            std::string text = "2020-02-29T10:00:00.";
+            for (int i = 0; i < digits; ++i) text += nine;
+            EXPECT_EQ(platform.dateFormatter->parse(wholeDate, text), std::nullopt) << digits;
+            EXPECT_EQ(platform.dateFormatter->parse(withZone, text + "+0000"), std::nullopt) << digits;
+        }
     }
 }
 

@@ -62,7 +62,9 @@ struct DateFormat {
     std::optional<std::string> timeZone;
 };
 
-/// Dates as text. Parsing is strict and must use the whole text. A pattern that the formatter refuses parses nothing
+/// Dates as text. Parsing is strict and must use the whole text. A fraction of a second may have up to nine digits, of
+/// which what is finer than a millisecond is cut off; with more digits the text does not parse. Texts come from the
+/// network: whatever they hold, parsing ends soon and by returning. A pattern that the formatter refuses parses nothing
 /// and formats as an empty text. Safe from any thread.
 class KAVIO_API DateFormatter {
 public:

@@ -3,6 +3,7 @@
 
 #include <unicode/gregocal.h>
 #include <unicode/smpdtfmt.h>
+#include <unicode/uchar.h>
 
 #include <cmath>
 #include <map>
@@ -14,6 +15,21 @@ namespace {
 
 // No pattern of ours takes a longer text, and ICU needs seconds for a number of a million digits.
 constexpr std::size_t longestText = 256;
+
+// ICU reads a fraction of a second as a 32-bit integer and divides it by a 32-bit power of ten: ten digits give a wrong
+// time, and 35 a division by zero.
+constexpr int mostFractionDigits = 9;
+
+bool hasFraction(std::string_view pattern) { return pattern.find('S') != std::string_view::npos; }
+
+bool hasLongNumber(const icu::UnicodeString& text) {
+    int digits = 0;
+    for (std::int32_t at = 0; at < text.length(); at = text.moveIndex32(at, 1)) {
+        digits = u_isdigit(text.char32At(at)) ? digits + 1 : 0;
+        if (digits > mostFractionDigits) return true;
+    }
+    return false;
+}
 
 std::unique_ptr<icu::SimpleDateFormat> makeFormat(const DateFormat& format) {
     UErrorCode status = U_ZERO_ERROR;
@@ -36,6 +52,7 @@ public:
     std::optional<Date> parse(const DateFormat& format, std::string_view text) const override {
         if (text.size() > longestText) return std::nullopt;
         const auto input = toIcu(text);
+        if (hasFraction(format.pattern) && hasLongNumber(input)) return std::nullopt;
         icu::ParsePosition position;
         const std::lock_guard lock(mMutex);
         const auto* icuFormat = cached(format);
