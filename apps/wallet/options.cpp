@@ -36,7 +36,7 @@ void addOptions(CLI::App& commandLine, Options& options) {
         ->type_name("NAME");
     commandLine
         .add_option("--store-dir", options.storeDirectory,
-                    "Folder that holds the session (default: $XDG_DATA_HOME/kavio)")
+                    "Folder that holds the session (default: the program's own folder in the user's data folder)")
         ->type_name("DIR");
     commandLine.add_option("--kavio-key", options.kavioKey, "The application's \"KavioKey\"")->type_name("TEXT");
     commandLine.add_option("--bundle-version", options.bundleVersion, "The application's \"CFBundleVersion\"")

@@ -1,10 +1,13 @@
 #include "platform/linux/icu.h"
+#include "support/temporary_folder.h"
 
-#include <kavio/platform/run_loop.h>
+#include <kavio/platform/linux.h>
 
 #include <gtest/gtest.h>
 #include <unicode/locid.h>
 
+#include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -40,6 +43,28 @@ TEST(LinuxDevice, FindsAnyExpressionAndGivesUpOneThatTakesTooLong) {
          }) {
         EXPECT_EQ(std::get<Matches>(makeIcuRegularExpression()->matches(pattern, text)), matches) << pattern;
     }
+}
+
+TEST(LinuxDevice, GivesEachApplicationAStoreFolderOfItsOwn) {
+    const TemporaryFolder data;
+    ::setenv("XDG_DATA_HOME", data.path().c_str(), 1);
+    for (const auto& [identifier, folder] : std::vector<std::pair<std::optional<std::string>, std::string>>{
+             {"com.example.wallet", "com.example.wallet"},
+             {"../other", "%2E.%2Fother"},
+             {"", "platform_tests"},
+             {std::nullopt, "platform_tests"},
+         }) {
+        LinuxPlatformOptions options;
+        if (identifier) options.information.emplace("CFBundleIdentifier", *identifier);
+        EXPECT_TRUE(makeLinuxPlatform(std::move(options)).keyValueStores->suite("s"));
+        std::vector<std::string> made;
+        for (const auto& file : std::filesystem::recursive_directory_iterator(data.path())) {
+            if (file.is_regular_file()) made.push_back(file.path().string().substr(data.path().string().size()));
+        }
+        EXPECT_EQ(made, std::vector{"/kavio/" + folder + "/s.suite.sqlite"});
+        std::filesystem::remove_all(data.path() / "kavio");
+    }
+    ::unsetenv("XDG_DATA_HOME");
 }
 
 TEST(RunLoop, StopsWhenItIsToldAndGoesOnLater) {

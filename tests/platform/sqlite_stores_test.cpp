@@ -11,28 +11,33 @@
 #include <sqlite3.h>
 #include <sys/stat.h>
 
-#include <cerrno>
+#include <chrono>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <memory>
 #include <random>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
 namespace kavio::test {
 namespace {
 
+using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-/// A store folder with one suite, and the reports of its damage.
+/// A store folder with one suite, and the reports about its file.
 struct StoreFolder {
     const TemporaryFolder folder;
     const std::filesystem::path path = folder.path() / "deep/store";
     const std::filesystem::path file = path / "suite.suite.sqlite";
-    std::vector<std::filesystem::path> setAside;
+    const std::filesystem::path damagedFile = path / "suite.suite.sqlite.damaged";
+    std::vector<std::filesystem::path> setAside;  // an empty one: the file cannot be used
 
     /// Opens the file anew as soon as nobody holds the suite any more.
     std::shared_ptr<KeyValueStore> suite() {
@@ -59,10 +64,16 @@ TEST(SqliteStores, AreTheirUsersAloneWhateverTheUmask) {
 }
 
 TEST(SqliteStores, LiveInMemoryWhereNothingCanBeWritten) {
-    const auto stores = makeSqliteStores("/dev/null/store", makeOpensslDigest(), {});
+    std::vector<std::string> reports;
+    const auto note = [&](const auto& file, const auto& setAside) {
+        reports.push_back(file.string() + "|" + setAside.string());
+    };
+    const auto stores = makeSqliteStores("/dev/null/store", makeOpensslDigest(), note);
     EXPECT_EQ(stores->suite("suite"), nullptr);
-    stores->standard()->set("a", "1");
+    EXPECT_THAT(reports, ElementsAre("/dev/null/store/suite.suite.sqlite|"));
+    EXPECT_TRUE(stores->standard()->set("a", "1"));
     EXPECT_EQ(stores->standard()->string("a"), "1");
+    EXPECT_FALSE(stores->standard()->isKept());
 }
 
 TEST(SqliteStores, ShowEachProcessTheOthersWritesAtOnce) {
@@ -146,49 +157,70 @@ std::string sqliteFile(const char* statements) {
     return contents(path);
 }
 
-TEST(SqliteStores, SetADamagedFileAsideAndReportIt) {
+TEST(SqliteStores, SetAsideWhatIsDamagedAndLeaveWhatIsNotTheirs) {
+    enum Fate { USED, SET_ASIDE, LEFT };
     FilledFolder store;
     const auto sound = contents(store.file);
-    for (const auto& [name, bytes] : std::vector<std::pair<const char*, std::string>>{
-             {"sound", sound},
-             {"empty", ""},
-             {"one page", sound.substr(0, 4096)},
-             {"text instead", "{\"session_token\":\"x\"}"},
-             {"a page of zeros", sound.substr(0, 4096) + std::string(4096, '\0') + sound.substr(8192)},
-             {"another program's file", sqliteFile("CREATE TABLE other(x)")},
-             {"a value that nobody signed", sqliteFile("CREATE TABLE entry(key, value, checksum);"
-                                                       "INSERT INTO entry VALUES('text', 'forged', x'00')")},
+    for (const auto& [name, bytes, fate] : std::vector<std::tuple<const char*, std::string, Fate>>{
+             {"sound", sound, USED},
+             {"empty", "", USED},
+             {"a further column", sqliteFile("CREATE TABLE entry(more, key TEXT PRIMARY KEY, value, checksum)"), USED},
+             {"one page", sound.substr(0, 4096), SET_ASIDE},
+             {"text instead", "{\"session_token\":\"x\"}", SET_ASIDE},
+             {"a page of zeros", sound.substr(0, 4096) + std::string(4096, '\0') + sound.substr(8192), SET_ASIDE},
+             {"a value that nobody signed",
+              sqliteFile("CREATE TABLE entry(key, value, checksum); INSERT INTO entry VALUES('text', 'forged', x'00')"),
+              SET_ASIDE},
+             {"the table is lost", sqliteFile("CREATE TABLE other(x); PRAGMA user_version=1"), SET_ASIDE},
+             {"another program's", sqliteFile("CREATE TABLE other(x)"), LEFT},
+             {"a newer version's", sqliteFile("PRAGMA journal_mode=WAL; CREATE TABLE entry(k); PRAGMA user_version=2"),
+              LEFT},
          }) {
         SCOPED_TRACE(name);
         store.setAside.clear();
+        std::filesystem::remove(store.damagedFile);
         replaceContents(store.file, bytes);
         const auto suite = store.suite();
+        const auto setAside = std::exchange(store.setAside, {});
+        if (fate == LEFT) {
+            EXPECT_EQ(suite, nullptr);
+            EXPECT_THAT(setAside, ElementsAre(std::filesystem::path()));
+            EXPECT_EQ(contents(store.file), bytes);
+            continue;
+        }
         ASSERT_TRUE(suite);
         EXPECT_EQ(suite->string("text").has_value(), bytes == sound);
         EXPECT_TRUE(suite->set("new", "1"));
-        const bool isDamaged = bytes != sound && !bytes.empty();
-        ASSERT_THAT(store.setAside, SizeIs(isDamaged ? 1 : 0));
-        if (!isDamaged) continue;
-        EXPECT_THAT(store.setAside[0].filename().string(),
-                    testing::MatchesRegex("suite\\.suite\\.sqlite\\.damaged-[0-9]{8}-[0-9]{6}(-[0-9]+)?"));
-        EXPECT_EQ(contents(store.setAside[0]).size(), bytes.size());
+        EXPECT_EQ(suite->string("new"), "1");
+        EXPECT_EQ(setAside, fate == USED ? decltype(setAside){} : decltype(setAside){store.damagedFile});
+        EXPECT_EQ(std::filesystem::exists(store.damagedFile), fate == SET_ASIDE);
     }
 }
 
-TEST(SqliteStores, TakeTheJournalOfADamagedFileAwayWithIt) {
+TEST(SqliteStores, KeepOneDamagedFileForAWeekAlone) {
     FilledFolder store;
-    SuiteFile file(store.file, makeOpensslDigest());
-    file.refresh();
-    replaceContents(store.file.string() + "-journal", "what a crash has left");
-    const auto aside = file.setAside();
-    EXPECT_EQ(contents(aside.string() + "-journal"), "what a crash has left");
-    EXPECT_FALSE(std::filesystem::exists(store.file.string() + "-journal"));
+    for (const std::string bytes : {"damaged once", "damaged twice"}) {
+        replaceContents(store.file, bytes);
+        ASSERT_TRUE(store.suite());
+        EXPECT_EQ(contents(store.damagedFile).size(), bytes.size());
+        EXPECT_EQ(std::filesystem::status(store.damagedFile).permissions(), std::filesystem::perms(0600));
+    }
+    EXPECT_THAT(store.setAside, SizeIs(2));
+    const auto now = std::filesystem::file_time_type::clock::now();
+    for (const int days : {6, 8, -8}) {
+        SCOPED_TRACE(days);
+        replaceContents(store.damagedFile, "damaged");
+        std::filesystem::last_write_time(store.damagedFile, now - std::chrono::hours(24 * days));
+        ASSERT_TRUE(store.suite());
+        EXPECT_EQ(std::filesystem::exists(store.damagedFile), days == 6);
+    }
 }
 
 TEST(SqliteStores, NeverGiveAWrongValueWhicheverByteIsFlipped) {
     FilledFolder store;
     const auto sound = contents(store.file);
     std::size_t damages = 0;
+    std::vector<std::size_t> left;  // as it may be a newer version's
     for (std::size_t at = 0; at < sound.size(); at += at < 128 ? 1 : 17) {
         SCOPED_TRACE("byte " + std::to_string(at));
         store.setAside.clear();
@@ -196,13 +228,17 @@ TEST(SqliteStores, NeverGiveAWrongValueWhicheverByteIsFlipped) {
         flipped[at] = static_cast<char>(~flipped[at]);
         replaceContents(store.file, flipped);
         const auto suite = store.suite();
-        ASSERT_TRUE(suite);
+        if (!suite) {
+            EXPECT_EQ(contents(store.file), flipped);
+            left.push_back(at);
+            continue;
+        }
         EXPECT_TRUE(store.setAside.empty() ? store.isIntact() : store.isFresh());
         EXPECT_TRUE(suite->set("new", "1"));
         damages += store.setAside.size();
-        for (const auto& path : store.setAside) std::filesystem::remove(path);
     }
     EXPECT_GT(damages, 100U);
+    EXPECT_THAT(left, ElementsAre(18, 47, 60, 61, 62, 63)) << "the version numbers in the file's header";
 }
 
 TEST(SqliteStores, SetAsideWhatIsDamagedWhileItIsOpen) {
@@ -239,76 +275,213 @@ TEST(SqliteStores, FollowAnotherProcessThatSetsTheFileAside) {
 enum class Fault {
     REFUSED_ONCE,  // one operation fails, and did nothing
     DONE_ONCE,     // one operation reports a failure though it was carried out
-    FULL,          // from that operation on everything fails as on a full disk
+    GARBLED_ONCE,  // one read gives zeros
+    FOR_EVER,      // from one operation on all fail
 };
 
-/// What SQLite asks of the disk, broken on purpose: while this lives its system calls that change a file may fail.
-class FailingDisk {
+/// When the next fault comes.
+class FaultPlan {
 public:
-    FailingDisk() {
-        breakCall("pwrite64", &::pwrite64);
-        breakCall("ftruncate", &::ftruncate);
-        breakCall("unlink", &::unlink);
+    void failAt(int turn, Fault fault) { mTurnsLeft = turn, mFault = fault; }
+    /// All goes well again. Whether the fault had come.
+    bool repair() { return mTurnsLeft = 0, std::exchange(mHasCome, false); }
+    std::optional<Fault> next() {
+        const bool isTurn = mTurnsLeft > 0 && --mTurnsLeft == 0;
+        mHasCome = mHasCome || isTurn;
+        return isTurn || (mHasCome && mFault == Fault::FOR_EVER) ? std::optional(mFault) : std::nullopt;
     }
-    ~FailingDisk() {
-        repair();
-        sqlite()->xSetSystemCall(sqlite(), nullptr, nullptr);
-    }
-    FailingDisk(const FailingDisk&) = delete;
-    FailingDisk& operator=(const FailingDisk&) = delete;
-
-    /// The `n`th of the calls from now on meets the fault.
-    static void failAt(int n, Fault fault) { callsLeft = n, currentFault = fault; }
-    /// The disk works again. Whether the fault had been met.
-    static bool repair() { return callsLeft = 0, std::exchange(isMet, false); }
 
 private:
-    static sqlite3_vfs* sqlite() { return sqlite3_vfs_find("unix"); }
-
-    template <class Result, class... Arguments>
-    static void breakCall(const char* name, Result (*call)(Arguments...)) {
-        static auto* const real = call;  // of this type there is no other
-        Result (*broken)(Arguments...) = [](Arguments... arguments) -> Result {
-            const bool isTurn = callsLeft > 0 && --callsLeft == 0;
-            isMet = isMet || isTurn;
-            const bool isFull = isMet && currentFault == Fault::FULL;
-            if (!isTurn && !isFull) return real(arguments...);
-            if (currentFault == Fault::DONE_ONCE) real(arguments...);
-            errno = isFull ? ENOSPC : EIO;
-            return -1;
-        };
-        sqlite()->xSetSystemCall(sqlite(), name, reinterpret_cast<sqlite3_syscall_ptr>(broken));
-    }
-
-    static inline int callsLeft = 0;  // until the fault; 0: none is set
-    static inline bool isMet = false;
-    static inline Fault currentFault = Fault::REFUSED_ONCE;
+    int mTurnsLeft = 0;  // 0: none is planned
+    bool mHasCome = false;
+    Fault mFault = Fault::REFUSED_ONCE;
 };
 
-TEST(SqliteStores, FailAWriteOnABrokenDiskAndLoseNothing) {
-    for (const auto fault : {Fault::REFUSED_ONCE, Fault::DONE_ONCE, Fault::FULL}) {
-        bool isMet = true;
-        for (int n = 1; isMet; ++n) {
-            SCOPED_TRACE("fault " + std::to_string(static_cast<int>(fault)) + " at operation " + std::to_string(n));
-            ASSERT_LT(n, 100);
-            StoreFolder store;
-            FailingDisk disk;
-            auto suite = store.suite();
-            ASSERT_TRUE(suite->set("a", "old") && suite->set("b", std::string(10'000, 'b')));
+/// While this lives SQLite works on a disk, and with memory, that fail as planned.
+class FailingDevice {
+public:
+    static inline FaultPlan disk;
+    static inline FaultPlan memory;
 
-            disk.failAt(n, fault);
-            const bool isKept = suite->set("a", "new");
-            const auto seen = suite->string("a");
-            isMet = disk.repair();
-            EXPECT_EQ(seen, isKept ? "new" : "old");
-            EXPECT_TRUE(isKept || isMet);
-            EXPECT_EQ(suite->string("a"), seen);
-            suite.reset();
-            EXPECT_EQ(store.suite()->string("a"), seen);
-            EXPECT_EQ(store.suite()->string("b"), std::string(10'000, 'b'));
-            EXPECT_TRUE(store.suite()->set("a", "newer"));
-            EXPECT_THAT(store.setAside, IsEmpty());
+    FailingDevice() {
+        sqlite3_shutdown();
+        sqlite3_config(SQLITE_CONFIG_GETMALLOC, &realMemory);
+        auto failing = realMemory;
+        failing.xMalloc = [](int size) { return memory.next() ? nullptr : realMemory.xMalloc(size); };
+        failing.xRealloc = [](void* block, int size) {
+            return memory.next() ? nullptr : realMemory.xRealloc(block, size);
+        };
+        sqlite3_config(SQLITE_CONFIG_MALLOC, &failing);
+        realDisk = sqlite3_vfs_find(nullptr);
+        vfs = *realDisk;
+        vfs.zName = "failing";
+        vfs.szOsFile = static_cast<int>(sizeof(File)) + realDisk->szOsFile;
+        vfs.xOpen = &open;
+        vfs.xDelete = [](sqlite3_vfs*, const char* path, int sync) {
+            return attempt(SQLITE_IOERR_DELETE, [&] { return realDisk->xDelete(realDisk, path, sync); });
+        };
+        sqlite3_vfs_register(&vfs, 1);
+    }
+    ~FailingDevice() {
+        sqlite3_vfs_unregister(&vfs);
+        sqlite3_shutdown();
+        sqlite3_config(SQLITE_CONFIG_MALLOC, &realMemory);
+    }
+    FailingDevice(const FailingDevice&) = delete;
+    FailingDevice& operator=(const FailingDevice&) = delete;
+
+private:
+    struct File : sqlite3_file {
+        sqlite3_file* real() { return reinterpret_cast<sqlite3_file*>(this + 1); }
+    };
+    static sqlite3_file* real(sqlite3_file* file) { return static_cast<File*>(file)->real(); }
+
+    template <class Operation>
+    static int attempt(int failure, const Operation& operation) {
+        const auto fault = disk.next();
+        if (!fault || fault == Fault::GARBLED_ONCE) return operation();
+        if (fault == Fault::DONE_ONCE) operation();
+        return failure;
+    }
+
+    template <auto member, class... Arguments>
+    static int forward(sqlite3_file* file, Arguments... arguments) {
+        return (real(file)->pMethods->*member)(real(file), arguments...);
+    }
+
+    static int open(sqlite3_vfs*, const char* path, sqlite3_file* file, int flags, int* outFlags) {
+        using Methods = sqlite3_io_methods;
+        static const Methods methods = [] {
+            Methods all{};
+            all.iVersion = 1;
+            all.xClose = &forward<&Methods::xClose>;
+            all.xRead = [](sqlite3_file* f, void* bytes, int size, sqlite3_int64 at) {
+                const auto fault = disk.next();
+                if (fault == Fault::GARBLED_ONCE)
+                    return std::memset(bytes, 0, static_cast<std::size_t>(size)), SQLITE_OK;
+                const int code = forward<&Methods::xRead>(f, bytes, size, at);
+                return fault ? SQLITE_IOERR_READ : code;
+            };
+            all.xWrite = [](sqlite3_file* f, const void* bytes, int size, sqlite3_int64 at) {
+                return attempt(SQLITE_FULL, [&] { return forward<&Methods::xWrite>(f, bytes, size, at); });
+            };
+            all.xTruncate = [](sqlite3_file* f, sqlite3_int64 size) {
+                return attempt(SQLITE_IOERR_TRUNCATE, [&] { return forward<&Methods::xTruncate>(f, size); });
+            };
+            all.xSync = [](sqlite3_file* f, int how) {
+                return attempt(SQLITE_IOERR_FSYNC, [&] { return forward<&Methods::xSync>(f, how); });
+            };
+            all.xFileSize = [](sqlite3_file* f, sqlite3_int64* size) {
+                return attempt(SQLITE_IOERR_FSTAT, [&] { return forward<&Methods::xFileSize>(f, size); });
+            };
+            all.xLock = &forward<&Methods::xLock, int>;
+            all.xUnlock = &forward<&Methods::xUnlock, int>;
+            all.xCheckReservedLock = &forward<&Methods::xCheckReservedLock, int*>;
+            all.xFileControl = &forward<&Methods::xFileControl, int, void*>;
+            all.xSectorSize = &forward<&Methods::xSectorSize>;
+            all.xDeviceCharacteristics = &forward<&Methods::xDeviceCharacteristics>;
+            return all;
+        }();
+        file->pMethods = nullptr;
+        if (disk.next()) return SQLITE_CANTOPEN;
+        const int code = realDisk->xOpen(realDisk, path, real(file), flags, outFlags);
+        if (code == SQLITE_OK) file->pMethods = &methods;
+        return code;
+    }
+
+    static inline sqlite3_mem_methods realMemory{};
+    static inline sqlite3_vfs* realDisk = nullptr;
+    static inline sqlite3_vfs vfs{};
+};
+
+/// A healthy store on a device that fails in one operation; afterwards its file must be as whole as if nothing had
+/// been.
+struct Trial {
+    StoreFolder store;
+    std::shared_ptr<KeyValueStore> suite = store.suite();
+    std::string expected = "old";
+    bool isReported = false;
+
+    Trial() { EXPECT_TRUE(suite->set("a", "old") && suite->set("b", std::string(10'000, 'b'))); }
+    ~Trial() {
+        suite.reset();
+        EXPECT_EQ(store.setAside, isReported ? std::vector{std::filesystem::path()} : decltype(store.setAside){});
+        EXPECT_FALSE(std::filesystem::exists(store.damagedFile));
+        EXPECT_EQ(store.suite()->string("a"), expected);
+        EXPECT_EQ(store.suite()->string("b"), std::string(10'000, 'b'));
+        EXPECT_TRUE(store.suite()->set("a", "newer"));
+    }
+    Trial(const Trial&) = delete;
+    Trial& operator=(const Trial&) = delete;
+};
+
+using Repair = std::function<void()>;
+
+void openIt(Trial& trial, Fault fault, const Repair& plan, const Repair& repair) {
+    trial.suite.reset();
+    plan();
+    trial.suite = trial.store.suite();
+    repair();
+    trial.isReported = !trial.suite;  // where it failed for ever
+    if (fault != Fault::FOR_EVER) {
+        ASSERT_TRUE(trial.suite);
+        EXPECT_EQ(trial.suite->string("a"), "old");
+    }
+}
+
+void readIt(Trial& trial, Fault, const Repair& plan, const Repair& repair) {
+    SuiteFile(trial.store.file, makeOpensslDigest()).write({{"a", "another process's"}});
+    trial.expected = "another process's";
+    plan();
+    const auto seen = trial.suite->string("a");
+    repair();
+    EXPECT_TRUE(seen == "old" || seen == trial.expected) << seen.value_or("nothing");
+    EXPECT_EQ(trial.suite->string("a"), trial.expected);
+}
+
+void writeIt(Trial& trial, Fault, const Repair& plan, const Repair& repair) {
+    plan();
+    const bool isKept = trial.suite->set("a", "new");
+    const auto seen = trial.suite->string("a");
+    repair();
+    if (isKept) trial.expected = "new";
+    EXPECT_EQ(seen, trial.expected);
+    EXPECT_EQ(trial.suite->string("a"), trial.expected);
+}
+
+TEST(SqliteStores, LoseNothingAndSetNothingAsideWhenDiskOrMemoryFail) {
+    const FailingDevice device;
+    const auto disk = &FailingDevice::disk;
+    const auto memory = &FailingDevice::memory;
+    for (const auto& [plan, fault, operation, what] :
+         std::vector<std::tuple<FaultPlan*, Fault, decltype(&openIt), const char*>>{
+             {disk, Fault::REFUSED_ONCE, openIt, "open, refused once"},
+             {disk, Fault::DONE_ONCE, openIt, "open, done once"},
+             {disk, Fault::GARBLED_ONCE, openIt, "open, garbled once"},
+             {disk, Fault::FOR_EVER, openIt, "open, for ever"},
+             {memory, Fault::REFUSED_ONCE, openIt, "open, no memory once"},
+             {memory, Fault::FOR_EVER, openIt, "open, no memory for ever"},
+             {disk, Fault::REFUSED_ONCE, readIt, "read, refused once"},
+             {disk, Fault::GARBLED_ONCE, readIt, "read, garbled once"},
+             {disk, Fault::FOR_EVER, readIt, "read, for ever"},
+             {memory, Fault::REFUSED_ONCE, readIt, "read, no memory once"},
+             {memory, Fault::FOR_EVER, readIt, "read, no memory for ever"},
+             {disk, Fault::REFUSED_ONCE, writeIt, "write, refused once"},
+             {disk, Fault::DONE_ONCE, writeIt, "write, done once"},
+             {disk, Fault::FOR_EVER, writeIt, "write, for ever"},
+             {memory, Fault::REFUSED_ONCE, writeIt, "write, no memory once"},
+             {memory, Fault::FOR_EVER, writeIt, "write, no memory for ever"},
+         }) {
+        bool hasCome = true;
+        int turn = 1;
+        for (; hasCome && turn < 2000; ++turn) {
+            SCOPED_TRACE(what + std::string(", at ") + std::to_string(turn));
+            Trial trial;
+            operation(
+                trial, fault, [&, p = plan, f = fault] { p->failAt(turn, f); },
+                [&, p = plan] { hasCome = p->repair(); });
         }
+        EXPECT_GT(turn, 3) << what;
     }
 }
 

@@ -65,7 +65,8 @@ public:
     virtual ~KeyValueStores() = default;
     /// Null when the platform refuses to create a suite of that name.
     virtual std::shared_ptr<KeyValueStore> suite(std::string_view name) = 0;
-    /// The application's own store; never null. Where nothing can be written it lives in memory.
+    /// The store that stands in for a suite that is refused; never null. No other application shares it. It may live in
+    /// memory.
     virtual std::shared_ptr<KeyValueStore> standard() = 0;
 };
 

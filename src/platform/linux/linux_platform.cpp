@@ -25,6 +25,14 @@ std::string kernelRelease() {
     return uname(&system) == 0 ? system.release : "";
 }
 
+std::shared_ptr<KeyValueStores> makeStores(LinuxPlatformOptions& options, const Bundle& host,
+                                           const std::shared_ptr<const Digest>& digest) {
+    auto folder = options.storeDirectory.empty()
+                      ? defaultStoreFolder(host.informationText("CFBundleIdentifier"), *digest)
+                      : std::move(options.storeDirectory);
+    return makeSqliteStores(std::move(folder), digest, std::move(options.onStoreDamaged));
+}
+
 std::shared_ptr<Bundle> makeLibraryBundle() {
     return std::make_shared<DictionaryBundle>(DictionaryBundle::Information{
         {"CFBundleShortVersionString", std::string(KAVIO_VERSION)},
@@ -38,16 +46,16 @@ std::shared_ptr<Bundle> makeLibraryBundle() {
 
 Platform makeLinuxPlatform(LinuxPlatformOptions options) {
     const auto digest = makeOpensslDigest();
+    const auto mainBundle =
+        std::make_shared<DictionaryBundle>(std::move(options.information), std::move(options.localizedStrings));
     return {
         .urlSession = makeUrlSession(options.session),
         .backgroundUrlSession = makeBackgroundUrlSession(options.session),
-        .keyValueStores =
-            makeSqliteStores(std::move(options.storeDirectory), digest, std::move(options.onStoreDamaged)),
+        .keyValueStores = makeStores(options, *mainBundle, digest),
         .mainQueue = options.mainQueue ? std::move(options.mainQueue) : std::make_shared<RunLoop>(),
         .serialQueue = makeThreadQueue("serial", 1),
         .concurrentQueue = makeThreadQueue("concurent", concurrentThreads),
-        .mainBundle =
-            std::make_shared<DictionaryBundle>(std::move(options.information), std::move(options.localizedStrings)),
+        .mainBundle = mainBundle,
         .libraryBundle = makeLibraryBundle(),
         .locale = makeIcuLocale(),
         .dateFormatter = makeIcuDateFormatter(),

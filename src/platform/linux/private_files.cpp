@@ -8,7 +8,6 @@
 
 #include <cctype>
 #include <cerrno>
-#include <ctime>
 #include <system_error>
 
 namespace kavio {
@@ -57,29 +56,18 @@ void makePrivateFile(const std::filesystem::path& path) {
     if ((status.st_mode & 0777) != ownFile) check(::chmod(path.c_str(), ownFile) == 0, path);
 }
 
-std::filesystem::path unusedDamagedPath(const std::filesystem::path& path) {
-    const auto now = std::time(nullptr);
-    std::tm utc{};
-    ::gmtime_r(&now, &utc);
-    char stamp[sizeof ".damaged-YYYYMMDD-HHMMSS" + 8];
-    std::strftime(stamp, sizeof stamp, ".damaged-%Y%m%d-%H%M%S", &utc);
-
-    const auto first = path.string() + stamp;
-    auto unused = first;
-    for (int n = 2; std::filesystem::exists(std::filesystem::symlink_status(unused)); ++n) {
-        unused = first + "-" + std::to_string(n);
-    }
-    return unused;
-}
-
-void moveIfThere(const std::filesystem::path& from, const std::filesystem::path& to) {
-    check(::rename(from.c_str(), to.c_str()) == 0 || errno == ENOENT, from);
+void removeIfOlder(const std::filesystem::path& path, std::chrono::seconds age) {
+    std::error_code failure;
+    const auto changed = std::filesystem::last_write_time(path, failure);
+    if (failure) return;  // there is none
+    if (std::chrono::abs(decltype(changed)::clock::now() - changed) > age) std::filesystem::remove(path, failure);
 }
 
 std::string fileNameFor(std::string_view text, const Digest& digest) {
     std::string name;
     for (const char byte : text) {
-        if (isUsual(byte)) {
+        const bool isDotInFront = byte == '.' && name.empty();
+        if (isUsual(byte) && !isDotInFront) {
             name += byte;
         } else {
             name += '%';

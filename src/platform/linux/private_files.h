@@ -2,6 +2,7 @@
 
 #include <kavio/platform/device.h>
 
+#include <chrono>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -16,13 +17,13 @@ std::filesystem::path makePrivateFolder(const std::filesystem::path& path);
 /// symbolic link.
 void makePrivateFile(const std::filesystem::path& path);
 
-/// A path beside `path` at which there is nothing yet: "PATH.damaged-20240131-235959", with "-2" and so on where
-/// needed.
-std::filesystem::path unusedDamagedPath(const std::filesystem::path& path);
-void moveIfThere(const std::filesystem::path& from, const std::filesystem::path& to);
+/// Removes the file when it was last changed more than `age` ago or, by a clock that was wrong, ahead.
+void removeIfOlder(const std::filesystem::path& path, std::chrono::seconds age);
 
-/// A name for a file that stands for any text: letters, digits, "-", "_" and "." stand for themselves, other bytes are
-/// escaped as "%2F", and a long text is cut and carries `digest` instead of its end. Two texts never share a name.
+/// A name for a file that stands for any text: letters, digits, "-", "_" and "." stand for themselves, other bytes and
+/// a
+/// "." in front are escaped as "%2F", and a long text is cut and carries `digest` instead of its end. Two texts never
+/// share a name.
 std::string fileNameFor(std::string_view text, const Digest& digest);
 
 }  // namespace kavio

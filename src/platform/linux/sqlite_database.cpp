@@ -1,6 +1,8 @@
 #include "platform/linux/sqlite_database.h"
 
+#include <algorithm>
 #include <array>
+#include <limits>
 
 namespace kavio {
 namespace {
@@ -14,25 +16,47 @@ void check(int code) {
 
 }  // namespace
 
-bool SqliteError::isDamage() const {
+bool SqliteError::mayBeDamage() const {
     const int primary = mCode & 0xFF;
-    return primary == SQLITE_CORRUPT || primary == SQLITE_NOTADB || primary == SQLITE_ERROR;
+    return primary == SQLITE_CORRUPT || primary == SQLITE_NOTADB;
 }
+
+bool SqliteError::isUnknownSchema() const { return (mCode & 0xFF) == SQLITE_ERROR; }
 
 bool SqliteError::isBusy() const { return (mCode & 0xFF) == SQLITE_BUSY; }
 
-SqliteDatabase::SqliteDatabase(const std::filesystem::path& file) {
+SqliteDatabase::SqliteDatabase(const char* name, int flags) {
     sqlite3* handle = nullptr;
-    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_EXRESCODE;
-    const int code = sqlite3_open_v2(file.c_str(), &handle, flags, nullptr);
+    const int code = sqlite3_open_v2(name, &handle, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
     mHandle.reset(handle);  // there is one after a failure too
     check(code);
-    check(sqlite3_busy_timeout(handle, busyMilliseconds));
-    check(sqlite3_file_control(handle, "main", SQLITE_FCNTL_FILE_POINTER, &mFile));
+    execute("PRAGMA cell_size_check=ON");
+}
+
+SqliteDatabase::SqliteDatabase(const std::filesystem::path& file)
+    : SqliteDatabase(file.c_str(), SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOFOLLOW) {
+    check(sqlite3_busy_timeout(mHandle.get(), busyMilliseconds));
+    check(sqlite3_file_control(mHandle.get(), "main", SQLITE_FCNTL_FILE_POINTER, &mFile));
+}
+
+SqliteDatabase SqliteDatabase::copyOf(std::string_view contents) {
+    SqliteDatabase copy(":memory:", SQLITE_OPEN_READWRITE | SQLITE_OPEN_MEMORY);
+    auto* bytes = static_cast<unsigned char*>(sqlite3_malloc64(contents.size()));
+    if (bytes == nullptr) throw SqliteError(SQLITE_NOMEM);
+    std::copy(contents.begin(), contents.end(), bytes);
+    const auto size = static_cast<sqlite3_int64>(contents.size());
+    check(sqlite3_deserialize(copy.handle(), "main", bytes, size, size,
+                              SQLITE_DESERIALIZE_FREEONCLOSE | SQLITE_DESERIALIZE_READONLY));
+    return copy;
 }
 
 void SqliteDatabase::execute(const char* statements) {
     check(sqlite3_exec(mHandle.get(), statements, nullptr, nullptr, nullptr));
+}
+
+// Some failures have done it already.
+void SqliteDatabase::rollBack() {
+    if (sqlite3_get_autocommit(mHandle.get()) == 0) execute("ROLLBACK");
 }
 
 std::string SqliteDatabase::text(const char* query) {
@@ -56,10 +80,13 @@ void SqliteDatabase::disturbChangeCounter() {
     mFile->pMethods->xWrite(mFile, bytes.data(), 4, changeCounterOffset);
 }
 
-std::int64_t SqliteDatabase::fileSize() const {
+std::string SqliteDatabase::contents() const {
     sqlite3_int64 size = 0;
     check(mFile->pMethods->xFileSize(mFile, &size));
-    return size;
+    if (size > std::numeric_limits<int>::max()) throw SqliteError(SQLITE_TOOBIG);
+    std::string bytes(static_cast<std::size_t>(size), '\0');
+    check(mFile->pMethods->xRead(mFile, bytes.data(), static_cast<int>(size), 0));
+    return bytes;
 }
 
 bool SqliteDatabase::hasMoved() const {
@@ -68,23 +95,32 @@ bool SqliteDatabase::hasMoved() const {
     return moved != 0;
 }
 
-void SqliteDatabase::lockForGood() {
+void SqliteDatabase::lock() {
+    rollBack();
     constexpr int pauseMilliseconds = 10;
     int code = SQLITE_BUSY;
     for (int waited = 0; code == SQLITE_BUSY && waited < busyMilliseconds; waited += pauseMilliseconds) {
         code = mFile->pMethods->xLock(mFile, SQLITE_LOCK_SHARED);
         if (code == SQLITE_OK) code = mFile->pMethods->xLock(mFile, SQLITE_LOCK_EXCLUSIVE);
         if (code != SQLITE_BUSY) break;
-        mFile->pMethods->xUnlock(mFile, SQLITE_LOCK_NONE);  // or two that wait would hold each other up
+        unlock();  // or two that wait would hold each other up
         sqlite3_sleep(pauseMilliseconds);
     }
+    if (code != SQLITE_OK) unlock();
     check(code);
 }
 
+void SqliteDatabase::unlock() { mFile->pMethods->xUnlock(mFile, SQLITE_LOCK_NONE); }
+
+SqliteTransaction::SqliteTransaction(SqliteDatabase& database, const char* begin) : mDatabase(database) {
+    mDatabase.rollBack();  // what an earlier one could not
+    mDatabase.execute(begin);
+}
+
 SqliteTransaction::~SqliteTransaction() {
-    // Some failures have rolled it back already, and a rollback that fails is made up for by whoever reads next.
-    if (sqlite3_get_autocommit(mDatabase.handle()) == 0) {
-        sqlite3_exec(mDatabase.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+    try {
+        mDatabase.rollBack();
+    } catch (const SqliteError&) {  // NOLINT(bugprone-empty-catch): the next transaction, or who reads next, does it
     }
 }
 

@@ -17,9 +17,10 @@ namespace kavio {
 class SqliteError : public std::runtime_error {
 public:
     explicit SqliteError(int code) : std::runtime_error(sqlite3_errstr(code)), mCode(code) {}
-    /// Whether the file itself is to blame. Our statements are fixed and right, so that a plain SQLITE_ERROR means a
-    /// schema which is not ours.
-    bool isDamage() const;
+    /// Whether the file may be to blame. It may also be a disk that could not be read, or want of memory.
+    bool mayBeDamage() const;
+    /// Whether a table or column that a statement names is missing. Our statements are fixed and right otherwise.
+    bool isUnknownSchema() const;
     /// Whether another process held the file for too long.
     bool isBusy() const;
 
@@ -32,8 +33,12 @@ class SqliteDatabase {
 public:
     /// Opens an existing file without reading it, read-only where nothing else is allowed.
     explicit SqliteDatabase(const std::filesystem::path& file);
+    /// Opens a copy of a file in memory, read-only.
+    static SqliteDatabase copyOf(std::string_view contents);
 
     void execute(const char* statements);
+    /// Ends a transaction that is open; for want of memory even that may fail.
+    void rollBack();
     /// The first value of the first row, as text.
     std::string text(const char* query);
 
@@ -43,16 +48,20 @@ public:
     /// Makes other processes that have the file open see that it has changed, as far as it can still be written. Needs
     /// the exclusive lock.
     void disturbChangeCounter();
-    std::int64_t fileSize() const;
+    /// The bytes of the file, without SQLite's judgement. Needs the exclusive lock.
+    std::string contents() const;
     bool isReadOnly() const { return sqlite3_db_readonly(mHandle.get(), "main") == 1; }
     /// Whether the file is no longer the one at its path.
     bool hasMoved() const;
-    /// Takes SQLite's exclusive lock on the file until it is closed; a transaction cannot be had on a damaged one.
-    void lockForGood();
+    /// SQLite's exclusive lock on the file, outside of any transaction: none can be had on a damaged file.
+    void lock();
+    void unlock();
 
     sqlite3* handle() const { return mHandle.get(); }
 
 private:
+    SqliteDatabase(const char* name, int flags);
+
     struct Close {
         void operator()(sqlite3* handle) const { sqlite3_close_v2(handle); }
     };
@@ -60,10 +69,22 @@ private:
     sqlite3_file* mFile = nullptr;
 };
 
+/// SQLite's exclusive lock for as long as this lives.
+class SqliteLock {
+public:
+    explicit SqliteLock(SqliteDatabase& database) : mDatabase(database) { mDatabase.lock(); }
+    ~SqliteLock() { mDatabase.unlock(); }
+    SqliteLock(const SqliteLock&) = delete;
+    SqliteLock& operator=(const SqliteLock&) = delete;
+
+private:
+    SqliteDatabase& mDatabase;
+};
+
 /// A transaction that is rolled back unless it was committed.
 class SqliteTransaction {
 public:
-    SqliteTransaction(SqliteDatabase& database, const char* begin) : mDatabase(database) { mDatabase.execute(begin); }
+    SqliteTransaction(SqliteDatabase& database, const char* begin);
     ~SqliteTransaction();
     SqliteTransaction(const SqliteTransaction&) = delete;
     SqliteTransaction& operator=(const SqliteTransaction&) = delete;

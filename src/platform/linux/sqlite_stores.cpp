@@ -7,6 +7,7 @@
 #include <pwd.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <map>
 #include <string>
@@ -44,39 +45,44 @@ public:
         : mDirectory(std::move(directory)), mDigest(std::move(digest)), mOnDamaged(std::move(onDamaged)) {}
 
     std::shared_ptr<KeyValueStore> suite(std::string_view name) override {
-        return open(fileNameFor(name, *mDigest) + ".suite.sqlite");
+        const auto fileName = fileNameFor(name, *mDigest) + ".suite.sqlite";
+        try {
+            const auto suite = openSuite(makePrivateFolder(mDirectory) / fileName, mDigest, mOnDamaged);
+            return suite->isUsable() ? suite : nullptr;  // which reports itself where not
+        } catch (const std::exception&) {
+            reportUnusable(mDirectory / fileName);
+            return nullptr;
+        }
     }
 
-    std::shared_ptr<KeyValueStore> standard() override {
-        if (auto opened = open("standard.sqlite")) return opened;
-        return mFallback;
-    }
+    std::shared_ptr<KeyValueStore> standard() override { return mStandard; }
 
 private:
-    std::shared_ptr<KeyValueStore> open(const std::string& fileName) const {
+    void reportUnusable(const std::filesystem::path& file) const {
         try {
-            if (mDirectory.empty()) return nullptr;
-            auto suite = openSuite(makePrivateFolder(mDirectory) / fileName, mDigest, mOnDamaged);
-            return suite->isUsable() ? suite : nullptr;
-        } catch (const std::exception&) {
-            return nullptr;
+            if (mOnDamaged) mOnDamaged(file, {});
+        } catch (...) {  // NOLINT(bugprone-empty-catch): what the host's code throws has nobody to go to
         }
     }
 
     const std::filesystem::path mDirectory;
     const std::shared_ptr<const Digest> mDigest;
     const OnStoreDamaged mOnDamaged;
-    const std::shared_ptr<KeyValueStore> mFallback = std::make_shared<MemoryStore>();
+    const std::shared_ptr<KeyValueStore> mStandard = std::make_shared<MemoryStore>();
 };
 
 }  // namespace
 
+std::filesystem::path defaultStoreFolder(const std::optional<std::string>& identifier, const Digest& digest) {
+    const auto data = userDataFolder();
+    if (data.empty()) return {};
+    const bool isNamed = identifier && !identifier->empty();
+    const std::string program = isNamed ? *identifier : program_invocation_short_name;
+    return data / "kavio" / fileNameFor(program, digest);
+}
+
 std::shared_ptr<KeyValueStores> makeSqliteStores(std::filesystem::path directory, std::shared_ptr<const Digest> digest,
                                                  OnStoreDamaged onDamaged) {
-    if (directory.empty()) {
-        directory = userDataFolder();
-        if (!directory.empty()) directory /= "kavio";
-    }
     return std::make_shared<SqliteStores>(std::move(directory), std::move(digest), std::move(onDamaged));
 }
 

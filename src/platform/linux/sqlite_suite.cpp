@@ -5,7 +5,7 @@
 namespace kavio {
 namespace {
 
-/// Two fresh files that prove damaged too are enough.
+/// Failures that pass are rarely more than one, and two fresh files that prove damaged too are enough.
 constexpr int mostAttempts = 3;
 
 }  // namespace
@@ -14,13 +14,15 @@ SqliteSuite::SqliteSuite(std::filesystem::path path, std::shared_ptr<const Diges
     : mPath(std::move(path)), mDigest(std::move(digest)), mOnDamaged(std::move(onDamaged)) {}
 
 bool SqliteSuite::isUsable() const {
-    return use([](SuiteFile& file) {
+    const bool isReadable = use([](SuiteFile& file) {
         try {
             file.refresh();
         } catch (const SqliteError& error) {
             if (!error.isBusy()) throw;
         }
     });
+    if (!isReadable && !mIsUnusable.exchange(true)) report({});
+    return isReadable;
 }
 
 std::optional<StoredValue> SqliteSuite::value(std::string_view key) const { return values({key}).front(); }
@@ -38,38 +40,30 @@ bool SqliteSuite::write(const StoreChanges& changes) {
 }
 
 bool SqliteSuite::use(const Work& work) const {
-    std::vector<std::filesystem::path> setAside;  // an empty path: the damaged file had to stay
-    const bool succeeded = useLocked(work, setAside);
-    for (const auto& path : setAside) report(path);
+    std::vector<std::filesystem::path> reports;
+    const bool succeeded = useLocked(work, reports);
+    for (const auto& setAside : reports) report(setAside);
     return succeeded;
 }
 
-bool SqliteSuite::useLocked(const Work& work, std::vector<std::filesystem::path>& setAside) const {
+bool SqliteSuite::useLocked(const Work& work, std::vector<std::filesystem::path>& reports) const {
     const std::lock_guard lock(mMutex);
-    bool isDamaged = false;
     for (int left = mostAttempts; left > 0; --left) {
         try {
-            if (isDamaged) {
-                setAside.push_back(mFile->setAside());
-                mFile.reset();
-                isDamaged = false;
-            }
             if (!mFile) mFile = std::make_unique<SuiteFile>(mPath, mDigest);
             work(*mFile);
             return true;
-        } catch (const SuiteFile::Moved&) {
+        } catch (const SuiteFile::Moved& moved) {
             mFile.reset();
-            isDamaged = false;
+            if (!moved.setAside.empty()) reports.push_back(moved.setAside);
+        } catch (const SuiteFile::Unusable&) {
+            mFile.reset();
+            if (!mIsUnusable.exchange(true)) reports.emplace_back();
+            return false;
         } catch (const SqliteError& error) {
-            if (isDamaged || !error.isDamage()) break;
-            isDamaged = true;
-        } catch (const std::exception&) {
-            break;
+            if (error.isBusy()) return false;  // for as long as we are ready to wait
+        } catch (const std::exception&) {      // NOLINT(bugprone-empty-catch): the next attempt may do better
         }
-    }
-    if (isDamaged) {
-        mFile.reset();  // it may hold the exclusive lock
-        if (!std::exchange(mHasStuckFile, true)) setAside.emplace_back();
     }
     return false;
 }

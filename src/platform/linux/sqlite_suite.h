@@ -5,6 +5,7 @@
 
 #include <kavio/platform/key_value_store.h>
 
+#include <atomic>
 #include <filesystem>
 #include <functional>
 #include <initializer_list>
@@ -16,12 +17,13 @@
 
 namespace kavio {
 
-/// A suite as an SQLite file. A file that proves damaged is set aside, and the suite goes on with a fresh one.
+/// A suite as an SQLite file. A file that is damaged is set aside, and the suite goes on with a fresh one.
 class SqliteSuite final : public KeyValueStore {
 public:
     SqliteSuite(std::filesystem::path path, std::shared_ptr<const Digest> digest, OnStoreDamaged onDamaged);
 
-    /// Whether the file can be read; one that another process holds just now counts as readable.
+    /// Whether the file can be read; one that another process holds just now counts as readable. Where not, that is
+    /// reported.
     bool isUsable() const;
     std::optional<StoredValue> value(std::string_view key) const override;
     std::vector<std::optional<StoredValue>> values(std::initializer_list<std::string_view> keys) const override;
@@ -30,17 +32,18 @@ public:
 private:
     using Work = std::function<void(SuiteFile&)>;
 
-    /// Runs `work` on the file, and again on its successor when it proves damaged. False when no file can be used.
+    /// Runs `work` on the file, and again when it fails: on its successor if it was set aside. False when that does not
+    /// help.
     bool use(const Work& work) const;
-    bool useLocked(const Work& work, std::vector<std::filesystem::path>& setAside) const;
+    bool useLocked(const Work& work, std::vector<std::filesystem::path>& reports) const;
     void report(const std::filesystem::path& setAside) const;
 
     const std::filesystem::path mPath;
     const std::shared_ptr<const Digest> mDigest;
     const OnStoreDamaged mOnDamaged;
     mutable std::mutex mMutex;
-    mutable std::unique_ptr<SuiteFile> mFile;  // opened on the next use where it is null
-    mutable bool mHasStuckFile = false;        // a damaged file that cannot be set aside was reported
+    mutable std::unique_ptr<SuiteFile> mFile;       // opened on the next use where it is null
+    mutable std::atomic<bool> mIsUnusable = false;  // which was reported
 };
 
 }  // namespace kavio

@@ -4,14 +4,41 @@
 
 #include <algorithm>
 #include <bit>
+#include <chrono>
+#include <system_error>
 #include <utility>
 
 namespace kavio {
 namespace {
 
+constexpr std::uint64_t layout = 1;  // of the table; files of the time before layouts had numbers say 0
+constexpr std::chrono::days lifeOfDamagedFile{7};
+
+std::filesystem::path damagedPath(const std::filesystem::path& path) { return path.string() + ".damaged"; }
+
 std::filesystem::path openable(const std::filesystem::path& path) {
+    removeIfOlder(damagedPath(path), lifeOfDamagedFile);
     makePrivateFile(path);
     return path;
+}
+
+/// The file's layout. A newer one is not ours to read.
+std::uint64_t knownLayout(SqliteDatabase& database) {
+    const auto found = std::stoull(database.text("PRAGMA user_version"));
+    if (found > layout) throw SuiteFile::Unusable();
+    return found;
+}
+
+/// The rows of a file that is ours to read.
+SqliteStatement rowsOf(SqliteDatabase& database) {
+    const auto found = knownLayout(database);
+    try {
+        return {database, "SELECT key, value, checksum FROM entry"};
+    } catch (const SqliteError& error) {
+        if (!error.isUnknownSchema()) throw;
+        if (found == layout) throw SqliteError(SQLITE_CORRUPT);  // the number is ours, the table is lost
+        throw SuiteFile::Unusable();
+    }
 }
 
 }  // namespace
@@ -24,16 +51,18 @@ SuiteFile::SuiteFile(const std::filesystem::path& path, std::shared_ptr<const Di
 // commit under way and rolls back one that a crash has cut off. The counter that is remembered is the one read inside
 // such a transaction, never one that could still be undone.
 void SuiteFile::refresh() {
-    if (mCounter && mDatabase.changeCounter() == mCounter) return;
-    if (!mIsPrepared) prepare();
-    load();
+    if (mIsPrepared && mCounter && mDatabase.changeCounter() == mCounter) return;
+    judging([this] {
+        if (!mIsPrepared) prepare();
+        load();
+    });
 }
 
 std::vector<std::optional<StoredValue>> SuiteFile::values(std::initializer_list<std::string_view> keys) {
     try {
         refresh();
-    } catch (const SqliteError& error) {
-        if (error.isDamage() || !mValues) throw;
+    } catch (const SqliteError&) {
+        if (!mValues) throw;
     }
     std::vector<std::optional<StoredValue>> found;
     found.reserve(keys.size());
@@ -45,14 +74,20 @@ bool SuiteFile::write(const StoreChanges& changes) {
     refresh();
     if (holds(changes)) return true;
     try {
-        store(changes);
+        judging([&] { store(changes); });
+        for (const auto& [key, value] : changes) {  // for the time when the file cannot be read
+            if (value) {
+                mValues->insert_or_assign(key, *value);
+            } else {
+                mValues->erase(key);
+            }
+        }
         return true;
-    } catch (const SqliteError& error) {
-        if (error.isDamage()) throw;
+    } catch (const SqliteError&) {
+        // A commit that failed at its very end, in making the removal of its journal durable, may stand nevertheless.
+        refresh();
+        return holds(changes);
     }
-    // A commit that failed at its very end, in making the removal of its journal durable, may stand nevertheless.
-    refresh();
-    return holds(changes);
 }
 
 bool SuiteFile::holds(const StoreChanges& changes) const {
@@ -63,34 +98,39 @@ bool SuiteFile::holds(const StoreChanges& changes) const {
 // EXTRA, because a journal whose removal a power cut undoes would undo the write too.
 void SuiteFile::prepare() {
     const bool isDiskReadOnly = mDatabase.isReadOnly();  // nothing of the file has been read yet
-    mDatabase.execute("PRAGMA synchronous=EXTRA; PRAGMA secure_delete=ON; PRAGMA cell_size_check=ON");
+    const bool isEmpty = mDatabase.text("PRAGMA page_count") == "0";
+    if (!isEmpty) rowsOf(mDatabase);  // before anything changes a file that is not ours
+    mDatabase.execute("PRAGMA synchronous=EXTRA; PRAGMA secure_delete=ON");
     // Another mode would not change the counter with each commit.
     if (mDatabase.text("PRAGMA journal_mode=DELETE") != "delete") throw SqliteError(SQLITE_BUSY);
-    if (isFresh()) {
-        mDatabase.execute(
-            "CREATE TABLE IF NOT EXISTS entry"
-            "(key TEXT PRIMARY KEY NOT NULL, value ANY NOT NULL, checksum BLOB NOT NULL) STRICT, WITHOUT ROWID");
-    }
+    if (isEmpty) makeTable();
     // A header that names a newer format makes SQLite read but never write.
-    if (mDatabase.isReadOnly() && !isDiskReadOnly) throw SqliteError(SQLITE_CORRUPT);
+    if (mDatabase.isReadOnly() && !isDiskReadOnly) throw Unusable();
     mIsPrepared = true;
 }
 
-/// Only an empty file is a fresh suite: one that has lost its table, or nearly all of its bytes, is damaged.
-/// (SQLite takes a file of a single byte for an empty one.)
-bool SuiteFile::isFresh() {
-    const SqliteTransaction transaction(mDatabase, "BEGIN");
-    if (mDatabase.text("PRAGMA page_count") != "0") return false;
-    if (mDatabase.fileSize() != 0) throw SqliteError(SQLITE_CORRUPT);
-    return true;
+void SuiteFile::makeTable() {
+    SqliteTransaction transaction(mDatabase, "BEGIN IMMEDIATE");
+    if (knownLayout(mDatabase) == layout) return;  // another process was quicker
+    mDatabase.execute(
+        "CREATE TABLE IF NOT EXISTS entry"
+        "(key TEXT PRIMARY KEY NOT NULL, value ANY NOT NULL, checksum BLOB NOT NULL) STRICT, WITHOUT ROWID");
+    mDatabase.execute(("PRAGMA user_version=" + std::to_string(layout)).c_str());
+    transaction.commit();
 }
 
 void SuiteFile::load() {
     const SqliteTransaction transaction(mDatabase, "BEGIN");
-    if (mDatabase.text("PRAGMA quick_check(1)") != "ok") throw SqliteError(SQLITE_CORRUPT);
+    auto values = read(mDatabase);
+    expectUnmoved();
+    mCounter = mDatabase.changeCounter();
+    mValues = std::move(values);
+}
 
-    std::map<std::string, StoredValue, std::less<>> values;
-    SqliteStatement rows(mDatabase, "SELECT key, value, checksum FROM entry");
+SuiteFile::Values SuiteFile::read(SqliteDatabase& database) const {
+    auto rows = rowsOf(database);
+    if (database.text("PRAGMA quick_check(1)") != "ok") throw SqliteError(SQLITE_CORRUPT);
+    Values values;
     while (rows.step()) {
         auto key = rows.text(0);
         auto value = rows.value(1);
@@ -98,22 +138,21 @@ void SuiteFile::load() {
         if (!value || rows.value(2) != checksum(key, *value)) throw SqliteError(SQLITE_CORRUPT);
         values.emplace(std::move(key), std::move(*value));
     }
-    expectUnmoved();
-    mCounter = mDatabase.changeCounter();
-    mValues = std::move(values);
+    return values;
 }
 
 void SuiteFile::store(const StoreChanges& changes) {
     SqliteTransaction transaction(mDatabase, "BEGIN IMMEDIATE");
     expectUnmoved();
+    knownLayout(mDatabase);  // a newer version may have come since
     for (const auto& [key, wanted] : changes) store(key, wanted);
     mCounter.reset();  // whether this succeeds or not: the next look into the file tells
     transaction.commit();
 }
 
 void SuiteFile::store(std::string_view key, const std::optional<StoredValue>& wanted) {
-    SqliteStatement change(
-        mDatabase, wanted ? "INSERT OR REPLACE INTO entry VALUES(?1, ?2, ?3)" : "DELETE FROM entry WHERE key = ?1");
+    SqliteStatement change(mDatabase, wanted ? "INSERT OR REPLACE INTO entry(key, value, checksum) VALUES(?1, ?2, ?3)"
+                                             : "DELETE FROM entry WHERE key = ?1");
     change.bind(1, key);
     const auto sum = wanted ? checksum(key, *wanted) : StoredValue();
     if (wanted) {
@@ -146,15 +185,49 @@ void SuiteFile::expectUnmoved() const {
     if (mDatabase.hasMoved()) throw Moved();
 }
 
-std::filesystem::path SuiteFile::setAside() {
-    mDatabase.lockForGood();
+template <class Work>
+void SuiteFile::judging(const Work& work) {
+    try {
+        work();
+    } catch (const SqliteError& error) {
+        if (!error.mayBeDamage()) throw;
+        setAsideIfDamaged();
+        // What looked like damage has passed, but may still be in the connection's cache.
+        mIsPrepared = false;
+        mDatabase = SqliteDatabase(openable(mPath));
+        throw SqliteError(SQLITE_IOERR);
+    }
+}
+
+void SuiteFile::setAsideIfDamaged() {
+    const SqliteLock lock(mDatabase);
     expectUnmoved();
-    auto target = unusedDamagedPath(mPath);
-    // The journal first: left behind alone, it would be rolled back into the file that is made next.
-    moveIfThere(mPath.string() + "-journal", target.string() + "-journal");
-    std::filesystem::rename(mPath, target);
+    if (!isDamaged()) return;
+    auto target = damagedPath(mPath);
+    std::error_code failure;
+    std::filesystem::rename(mPath, target, failure);
+    if (failure) throw Unusable();
     mDatabase.disturbChangeCounter();
-    return target;
+    throw Moved{std::move(target)};
+}
+
+// A disk that cannot be read for a moment and want of memory look like damage as well. So it is judged by a copy in
+// memory, which no disk can garble, made while no other process can write.
+bool SuiteFile::isDamaged() const {
+    // What a crash has left unfinished is undone by the next look into the file.
+    std::error_code none;
+    if (std::filesystem::file_size(mPath.string() + "-journal", none) > 0 && !none) throw SqliteError(SQLITE_IOERR);
+    const auto contents = mDatabase.contents();
+    if (contents.empty()) return false;
+    auto copy = SqliteDatabase::copyOf(contents);
+    try {
+        const SqliteTransaction transaction(copy, "BEGIN");
+        read(copy);
+        return false;
+    } catch (const SqliteError& error) {
+        if (!error.mayBeDamage()) throw;
+        return true;
+    }
 }
 
 }  // namespace kavio
