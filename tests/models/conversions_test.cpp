@@ -109,6 +109,8 @@ TEST_F(Conversions, AccountsAreStoredAsTheyAreRead) {
     const auto account = *decodeDocument<AccountModel>(samples::account);
     const auto again = *decodeDocument<AccountModel>(*serialise(account.encode()));
     EXPECT_EQ(serialise(again.encode()), serialise(account.encode()));
+    EXPECT_EQ(account.tokenLocators.at(0).securityCode, "7");
+    EXPECT_EQ(again.tokenLocators.at(0).securityCode, "0") << "which is never stored";
     for (const auto* text : {"{", "[]", "null", R"({"machinesOrder":1})"})
         EXPECT_FALSE(changed<AccountModel>(samples::account, {{"account", {{"appData", text}}}}).appData) << text;
 }
