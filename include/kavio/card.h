@@ -1,17 +1,19 @@
 #pragma once
 
 #include <kavio/export.h>
+#include <kavio/secret.h>
 
 #include <string>
 
 namespace kavio {
 
-/// A credit card as the user enters it, made by name. Immutable.
+/// A credit card as the user enters it, made by name. Immutable; its number and code leave nothing in memory when it
+/// goes.
 struct KAVIO_API Card {
-    const std::string pan;
+    const SecretText pan;
     const std::string month;  ///< such as "12"
     const std::string year;   ///< such as "2030"
-    const std::string cvv;
+    const SecretText cvv;
     const std::string email;
 
     /// Holds the whole card number and the CVV: never log it.

@@ -1,17 +1,20 @@
 #pragma once
 
+#include <kavio/secret.h>
+
 #include <cstdint>
 #include <optional>
 #include <string>
 
 namespace kavio {
 
-/// The card of a 3-D Secure enrolment. It has no debug text on purpose.
+/// The card of a 3-D Secure enrolment. It has no debug text on purpose, and leaves its number and code nowhere in
+/// memory when it goes.
 struct TDSPaymentCard {
-    std::string number;
+    SecretText number;
     std::int64_t month = 0;  ///< 1 to 12
     std::int64_t year = 0;   ///< such as 2030
-    std::int64_t securityCode = 0;
+    SecretNumber securityCode;
 };
 
 /// Whom the card belongs to; the absent members are not sent.

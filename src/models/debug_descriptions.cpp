@@ -127,10 +127,10 @@ std::string Campaign::debugDescription() const {
 
 std::string Card::debugDescription() const {
     return DebugText()
-        .line("{PAN: ", pan)
+        .line("{PAN: ", pan.text())
         .line("month: ", month)
         .line("year: ", year)
-        .line("CVV: ", cvv)
+        .line("CVV: ", cvv.text())
         .line("email: ", email, "}");
 }
 

@@ -4,6 +4,7 @@
 
 #include <kavio/date.h>
 #include <kavio/payment_method.h>
+#include <kavio/secret.h>
 
 #include <cstdint>
 #include <memory>
@@ -26,7 +27,7 @@ std::optional<PaymentProcessorType> paymentProcessorType(std::string_view text);
 /// A stored card.
 struct PaymentCardModel {
     std::string locator;
-    std::string securityCode;  // this and the expiry arrive as integers
+    SecretText securityCode;  // this and the expiry arrive as integers
     std::string label;
     std::optional<std::string> issuer;
     std::string month;
@@ -34,6 +35,7 @@ struct PaymentCardModel {
     PaymentProcessorType processorType;
     std::int64_t cardId;
     static PaymentCardModel decode(const KeyedContainer& in);
+    /// To be stored: without the security code.
     JsonObject encode() const;
 };
 

@@ -12,8 +12,12 @@ constexpr auto raw(Enumeration value) {
     return static_cast<std::underlying_type_t<Enumeration>>(value);
 }
 
+// What is secret is put in on its own: from braces it would be copied, and the copy left in memory.
 JsonObject encode(const TDSPaymentCard& card) {
-    return {{"number", card.number}, {"month", card.month}, {"year", card.year}, {"securityCode", card.securityCode}};
+    JsonObject encoded{{"month", card.month}, {"year", card.year}};
+    encoded.emplace("number", card.number.text());
+    encoded.emplace("securityCode", std::int64_t{card.securityCode});
+    return encoded;
 }
 
 JsonObject encode(const TDSCardHolder& holder) {
@@ -41,11 +45,14 @@ JsonObject encode(const TDSDetails& details) {
 }  // namespace
 
 JsonObject encode(const TDSAddCard& body) {
-    return {{"card", encode(body.card)}, {"key", body.key}, {"tdSecure", encode(body.tdSecure)}};
+    JsonObject encoded{{"key", body.key}, {"tdSecure", encode(body.tdSecure)}};
+    encoded.emplace("card", encode(body.card));
+    return encoded;
 }
 
 JsonObject encode(const TDSGetCard& body) {
-    JsonObject encoded{{"flow", raw(body.flow)}, {"card", encode(body.card)}};
+    JsonObject encoded{{"flow", raw(body.flow)}};
+    encoded.emplace("card", encode(body.card));
     setIfPresent(encoded, "token", body.token);
     setIfPresent(encoded, "result", body.result);
     setIfPresent(encoded, "description", body.description);

@@ -35,6 +35,10 @@ HeaderFields serviceHeaders(const std::optional<std::string>& apiKey, const std:
     return headers;
 }
 
+std::string_view bodyOf(const UrlRequest& request) {
+    return request.body ? std::string_view(*request.body) : std::string_view();
+}
+
 // What a status comes to once a host's error handler has given its message.
 APIFailure handledStatus(int status, const std::optional<std::string>& body, std::optional<std::string> message) {
     if (status == 417) return refusedSignature();
@@ -124,11 +128,11 @@ UrlRequest KavioNetworkService::prepare(APIRequest request) {
     const auto baseURL = urlString(apiTypeNamed(serviceName));
 
     auto urlRequest = buildURLRequest(request.url ? *request.url : appendingPathComponent(baseURL, request.endpoint),
-                                      request.params, request.encoding == ParameterEncoding::path);
+                                      std::move(request.params), request.encoding == ParameterEncoding::path);
     urlRequest.method = request.method;
     urlRequest.idempotency = request.idempotency;
     urlRequest.headers = request.headers ? *std::move(request.headers) : serviceHeaders(apiKey, request.token);
-    urlRequest.headers.emplace_back("X-Zelto-Sign", signRequest(urlRequest.url, urlRequest.body.value_or("")));
+    urlRequest.headers.emplace_back("X-Zelto-Sign", signRequest(urlRequest.url, bodyOf(urlRequest)));
     trace(traceTag, [&] {
         return SafeMessage{"REQUEST[" + std::string(request.requestName) + "]: " + std::string(request.method)};
     });

@@ -1,6 +1,7 @@
 #include "network/request_signature.h"
 
 #include "models/ascii_text.h"
+#include "models/wipe.h"
 #include "time/reliable_clock.h"
 
 #include <kavio/platform/platform.h>
@@ -36,7 +37,9 @@ std::string signRequest(std::string_view url, std::string_view body) {
     const auto stamp = serverTimeStamp();
     const auto urlDigest = sha1(signedUrl(url));
     const auto& characters = *Platform::current().characters;
-    const bool isText = characters.wellFormed(body) == body;
+    auto wellFormed = characters.wellFormed(body);
+    const bool isText = wellFormed == body;
+    wipe(wellFormed);  // it may hold a card's number
     const auto bodyDigest = sha1(isText ? characters.prefix(body, signedBodyCharacters) : std::string_view());
     const auto stampDigest = sha1(stamp);
 

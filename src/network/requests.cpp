@@ -161,9 +161,12 @@ APIRequest activitesRequest(JsonObject params) {
     return make(kinds::activites, "/orders/activities", std::move(params));
 }
 
-APIRequest addCreditCardRequest(std::string uuidKey, std::map<std::string, std::string> paymentCard) {
-    return make(kinds::addCreditCard, "/account/locators",
-                JsonObject{{"paymentCard", std::move(paymentCard)}, {"key", std::move(uuidKey)}});
+APIRequest addCreditCardRequest(std::string uuidKey, const std::map<std::string, SecretText>& paymentCard) {
+    JsonObject card;
+    for (const auto& [key, value] : paymentCard) card.emplace(key, value.text());
+    JsonObject params{{"key", std::move(uuidKey)}};
+    params.emplace("paymentCard", std::move(card));  // not in the braces, which would leave a copy in memory
+    return make(kinds::addCreditCard, "/account/locators", std::move(params));
 }
 
 APIRequest deleteLocatorRequest(const std::string& tokenLocator) {

@@ -44,7 +44,7 @@ APIRequest purchaseRequest(const std::string& machineId, JsonObject params);
 APIRequest getOrderRequest(const std::string& orderId, bool statusOnly);
 APIRequest activitesRequest(JsonObject params);
 
-APIRequest addCreditCardRequest(std::string uuidKey, std::map<std::string, std::string> paymentCard);
+APIRequest addCreditCardRequest(std::string uuidKey, const std::map<std::string, SecretText>& paymentCard);
 APIRequest deleteLocatorRequest(const std::string& tokenLocator);
 
 /// What both deposits send.

@@ -67,14 +67,14 @@ bool isUrl(std::string_view text) {
     return true;
 }
 
-UrlRequest buildURLRequest(std::string_view url, const std::optional<JsonObject>& params, bool inQuery) {
+UrlRequest buildURLRequest(std::string_view url, std::optional<JsonObject> params, bool inQuery) {
     UrlRequest request;
     request.timeout = REQUEST_TIMEOUT;
     if (inQuery) {
         request.url = settingQuery(url, queryText(params));
     } else {
         request.url = std::string(url);
-        if (params && !params->empty()) request.body = serialise(*params);
+        if (params && !params->empty()) request.body = serialise(*std::move(params));
     }
     return request;
 }

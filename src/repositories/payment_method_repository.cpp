@@ -5,9 +5,9 @@
 
 namespace kavio {
 
-void PaymentMethodRepository::addCard(std::map<std::string, std::string> paymentCard, std::string uuidKey,
+void PaymentMethodRepository::addCard(const std::map<std::string, SecretText>& paymentCard, std::string uuidKey,
                                       Completion<AddCreditCardResponse> completion) const {
-    sendWithFreshTime(addCreditCardRequest(std::move(uuidKey), std::move(paymentCard)), std::move(completion));
+    sendWithFreshTime(addCreditCardRequest(std::move(uuidKey), paymentCard), std::move(completion));
 }
 
 void PaymentMethodRepository::removeCard(const std::string& tokenLocator,

@@ -77,7 +77,7 @@ using PurchaseService = PurchaseRepository;
 
 class PaymentMethodRepository {
 public:
-    void addCard(std::map<std::string, std::string> paymentCard, std::string uuidKey,
+    void addCard(const std::map<std::string, SecretText>& paymentCard, std::string uuidKey,
                  Completion<AddCreditCardResponse> completion) const;
     void removeCard(const std::string& tokenLocator, Completion<DeleteCreditResponse> completion) const;
     void deposit(const Deposit& deposit, Completion<DepositModel> completion) const;

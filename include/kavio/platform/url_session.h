@@ -31,6 +31,7 @@ struct UrlRequest {
     /// Absolute URL, already percent-escaped. Another scheme than https is refused with `UrlError::badUrl`.
     std::string url;
     HeaderFields headers;
+    /// May hold a card's number: a session wipes it when it is done with it.
     std::optional<std::string> body;
     /// Without progress for this long the request fails with `UrlError::timedOut`.
     std::chrono::seconds timeout{60};

@@ -1,7 +1,12 @@
 #include "models/json/json_value.h"
 
+#include "models/wipe.h"
+
 #include <algorithm>
 #include <cmath>
+#include <ostream>
+#include <streambuf>
+#include <utility>
 
 namespace kavio {
 namespace {
@@ -14,13 +19,59 @@ bool isFinite(const JsonValue& value) {
     });
 }
 
+void wipeAll(JsonValue& value) {
+    if (auto* text = value.get_ptr<std::string*>()) return wipe(*text);
+    if (auto* number = value.get_ptr<std::int64_t*>()) return wipe(number, sizeof *number);
+    if (!value.is_structured()) return;
+    for (auto& element : value) wipeAll(element);
+}
+
+/// A value that leaves none of its texts and integers in memory.
+struct SecretValue {
+    JsonValue value;
+    ~SecretValue() { wipeAll(value); }
+};
+
+/// Collects a text and, unlike a string, leaves nothing of it behind where it grows out of its storage.
+class SecretBuffer final : public std::streambuf {
+public:
+    ~SecretBuffer() override { wipe(mText); }
+    std::string take() { return std::exchange(mText, {}); }
+
+protected:
+    int_type overflow(int_type character) override {
+        const char c = traits_type::to_char_type(character);
+        xsputn(&c, 1);
+        return character;
+    }
+    std::streamsize xsputn(const char* text, std::streamsize size) override {
+        const auto needed = mText.size() + static_cast<std::size_t>(size);
+        if (needed > mText.capacity()) {
+            std::string larger;
+            larger.reserve(std::max(needed, 2 * mText.capacity()));
+            larger = mText;
+            mText.swap(larger);
+            wipe(larger);
+        }
+        mText.append(text, static_cast<std::size_t>(size));
+        return size;
+    }
+
+private:
+    std::string mText;
+};
+
 }  // namespace
 
-std::optional<std::string> serialise(const JsonObject& object) {
-    const JsonValue value(object);
-    if (!isFinite(value)) return std::nullopt;
+std::optional<std::string> serialise(JsonObject object) {
+    const SecretValue value{std::move(object)};
+    if (!isFinite(value.value)) return std::nullopt;
+    SecretBuffer text;
+    std::ostream stream(&text);
+    stream.exceptions(std::ios::badbit);  // or want of memory would cut the text short
     try {
-        return value.dump();
+        stream << value.value;
+        return text.take();
     } catch (const JsonValue::type_error&) {  // ill-formed UTF-8
         return std::nullopt;
     }

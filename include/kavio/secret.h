@@ -1,0 +1,51 @@
+#pragma once
+
+#include <kavio/export.h>
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace kavio {
+
+/// A text that leaves nothing of itself in memory when it goes, such as a card number. It is made of any text and reads
+/// as one; copies that are made of it as `std::string` are the caller's to wipe. It cannot be printed, on purpose.
+class KAVIO_API SecretText {
+public:
+    SecretText() = default;
+    /// A text that is moved in leaves nothing behind either.
+    SecretText(std::string text) noexcept;
+    SecretText(std::string_view text) : mText(text) {}
+    SecretText(const char* text) : mText(text) {}
+    SecretText(const SecretText&) = default;
+    SecretText(SecretText&& other) noexcept : SecretText(std::move(other.mText)) {}
+    SecretText& operator=(SecretText other) noexcept {
+        mText.swap(other.mText);
+        return *this;
+    }
+    ~SecretText();
+
+    const std::string& text() const { return mText; }
+    operator const std::string&() const { return mText; }
+    bool operator==(const SecretText&) const = default;
+
+private:
+    std::string mText;
+};
+
+/// The same for a number, such as a security code.
+class KAVIO_API SecretNumber {
+public:
+    SecretNumber(std::int64_t number = 0) : mNumber(number) {}
+    SecretNumber(const SecretNumber&) = default;
+    SecretNumber& operator=(const SecretNumber&) = default;
+    ~SecretNumber();
+
+    operator std::int64_t() const { return mNumber; }
+
+private:
+    std::int64_t mNumber;
+};
+
+}  // namespace kavio
