@@ -15,6 +15,8 @@
 #include "reserved/replies.h"
 #include "support/fakes/fake_device.h"
 
+#include <kavio/delegate.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <string>

@@ -8,6 +8,8 @@
 #include "samples.h"
 #include "support/fakes/fake_device.h"
 
+#include <kavio/delegate.h>
+
 #include <gtest/gtest.h>
 
 #include <limits>
