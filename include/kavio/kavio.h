@@ -10,6 +10,7 @@
 #include <kavio/product.h>
 #include <kavio/result.h>
 #include <kavio/tdsecure.h>
+#include <kavio/unsettled_payment.h>
 
 #include <cstdint>
 #include <memory>
@@ -43,6 +44,8 @@ public:
     Kavio(const Kavio&) = delete;
     Kavio& operator=(const Kavio&) = delete;
 
+    /// Whether an operation is under way, so that any other would report `BUSY`. An order that is followed counts.
+    bool isBusy() const;
     /// Version of the library, such as "1.0.0".
     std::optional<std::string> getVersion() const;
     /// Build number of the library.
@@ -104,6 +107,20 @@ public:
     /// deposit to TYPE card" for another type of card. After `NETWORK_FAILED`, `SERVER_ERROR` and a failure without a
     /// message the charged card may have paid all the same: look at the balance before the person tries again.
     void deposit(std::shared_ptr<const DepositCard> depositCard, double amount, std::string chargedCardId);
+
+    /// Purchases and deposits that were started on this device and are not known to be over, oldest first; also what an
+    /// earlier run of the program left. At once, from the store.
+    std::vector<UnsettledPayment> unsettledPayments() const;
+    /// Finds out what became of one of them, and never pays; reports like the operation itself. A purchase, to
+    /// `onPlaceOrder`: one that was made is followed as after `placeOrder`, unless it is over already. A deposit, to
+    /// `onDeposit`. `FAILURE` with the cause `NOT_MADE`: nothing was paid, and it is struck out. `FAILURE` with the
+    /// cause `NOT_CERTAIN` and the effect `UNKNOWN`: it cannot be told yet, or at all, and is kept; ask again a few
+    /// minutes after it was started, or let the person compare the transactions. Any other failure leaves it as it was.
+    /// `BAD_INPUT` to `onPlaceOrder`, before returning, for an identifier that names none of them. A purchase of which
+    /// another program on the same store is still in the middle must not be settled.
+    void settlePayment(std::string id);
+    /// Strikes one of them out, whatever became of it. False when there is no such payment.
+    bool forgetPayment(const std::string& id);
 
 private:
     struct State;

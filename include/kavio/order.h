@@ -42,6 +42,10 @@ struct KAVIO_API Order {
     std::string debugDescription() const;
 };
 
+/// Whether an order of that status is over: nothing about it changes any more. `UNKNOWN`, `CREATED` and `AUTHORIZED`
+/// are not final.
+KAVIO_API bool isFinal(Order::Status status);
+
 /// The enumerator's own name, such as "COMPLETED".
 KAVIO_API std::string_view name(Order::Status status);
 

@@ -36,7 +36,12 @@ Kavio::Kavio(std::weak_ptr<KavioDelegate> delegate, std::string apiKey, Environm
 }
 
 // A handler may be running right now, further up the stack, and keep the state for a moment longer.
-Kavio::~Kavio() { mState->mDelegate.reset(); }
+Kavio::~Kavio() {
+    mState->giveUpPurchase();
+    mState->mDelegate.reset();
+}
+
+bool Kavio::isBusy() const { return mState->mIsBusy; }
 
 std::optional<std::string> Kavio::getVersion() const { return Auxiliary::version(); }
 
@@ -46,6 +51,7 @@ void Kavio::release(const void* caller) {
     const auto state = mState;  // a window that closes may make the host destroy the facade
     state->release(caller == this ? state.get() : caller);
     state->mTDSecSceneController->release(state.get());
+    state->giveUpPurchase();
     state->mIsBusy = false;
     state->mDelegate.reset();
 }

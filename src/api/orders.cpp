@@ -71,33 +71,70 @@ std::optional<Order::Status> statusOf(const std::shared_ptr<const Order>& order)
 
 void Kavio::placeOrder(std::int64_t kavioId, std::shared_ptr<const PaymentMethod> paymentMethod, std::int64_t amount,
                        std::optional<ProductList> products) {
-    const auto operation = mState->begin(&KavioDelegate::onPlaceOrder);
+    const auto operation = mState->begin(&KavioDelegate::onPlaceOrder, Purpose::CHANGE);
     if (!operation) return;
     const auto type = paymentMethod ? paymentMethod->type : PaymentMethod::PaymentType::UNKNOWN;
     auto params = purchaseParameters(type, paymentMethod ? paymentMethod->id : "", amount);
     if (!params) {
-        return operation->fail(ResultType::BAD_INPUT,
+        return operation->fail(ResultType::BAD_INPUT, Cause::INVALID_INPUT,
                                "selected payment method " + std::string(name(type)) + " is not supported");
     }
     const auto list = std::move(products).value_or(ProductList{});
     if (std::find(list.begin(), list.end(), nullptr) != list.end()) {
-        return operation->fail(ResultType::BAD_INPUT, "invalid product");
+        return operation->fail(ResultType::BAD_INPUT, Cause::INVALID_INPUT, "invalid product");
     }
     params->emplace("products", productEntries(list));
-    mState->mPurchaseRepo->purchase(*std::move(params), std::to_string(kavioId),
-                                    operation->then<OrderModel>(&State::placeOrderResponse));
+    const auto paymentId = mState->writeDown({.kind = UnsettledPayment::Kind::ORDER,
+                                              .kavioId = kavioId,
+                                              .amount = amount,
+                                              .paymentMethodId = paymentMethod->id,
+                                              .paymentType = type});
+    if (!paymentId) return operation->fail(ResultType::FAILURE, Cause::STORE_FAILED, State::notWrittenDown);
+    mState->mPurchase = {mState->mPurchaseRepo->purchase(*std::move(params), std::to_string(kavioId), *paymentId,
+                                                         operation->then<OrderModel>(&State::placeOrderResponse)),
+                         *paymentId};
+}
+
+// What was given up before it left is never sent, by no later facade and no later network.
+void Kavio::State::giveUpPurchase() {
+    const auto purchase = std::exchange(mPurchase, std::nullopt);
+    if (purchase && purchase->sending->cancel()) PaymentJournal::shared()->strikeOut(purchase->paymentId);
 }
 
 void Kavio::State::placeOrderResponse(const OrderOperation& operation, APIResult<OrderModel> reply) {
+    mPurchase.reset();
     if (!reply) return operation.fail(reply.failure());
-    mLastOrder = orderOf(std::move(reply).payload());
+    follow(operation, orderOf(std::move(reply).payload()));
+}
+
+void Kavio::State::follow(const OrderOperation& operation, std::shared_ptr<const Order> order) {
+    mLastOrder = order;
     mPollingCounter = 0;
+    mWhyNotFollowed = Cause::FOLLOWING_TIMED_OUT;
     scheduleNextPoll(operation);
-    operation.report(ResultType::SUCCESS, std::nullopt, mLastOrder);
+    operation.report(std::move(order));
+}
+
+// The order of a payment that was in doubt: followed as after its purchase, unless it is over already.
+void Kavio::State::orderFound(const OrderOperation& operation, const std::string& paymentId,
+                              const PaymentFinding& finding) {
+    mPurchaseRepo->order(finding.orderId, false,
+                         operation.then<OrderModel>(
+                             [paymentId](State& state, const OrderOperation& asking, APIResult<OrderModel> reply) {
+                                 if (!reply) return asking.fail(reply.failure(), Effect::DONE);
+                                 if (reply.payload())
+                                     PaymentJournal::shared()->orderKnown(paymentId, knownOrder(*reply.payload()));
+                                 const bool goesOn = reply.payload() && isInProgress(reply.payload()->status);
+                                 auto order = orderOf(std::move(reply).payload());
+                                 if (goesOn) return state.follow(asking, std::move(order));
+                                 asking.succeed(std::move(order));
+                             }));
 }
 
 void Kavio::State::scheduleNextPoll(const OrderOperation& operation) {
-    if (mPollingCounter >= pollLimit) return operation.fail(ResultType::TIMEOUT, "polling status timed out");
+    if (mPollingCounter >= pollLimit) {
+        return operation.fail(ResultType::TIMEOUT, mWhyNotFollowed, "polling status timed out", Effect::DONE);
+    }
     TimerTool::delay(
         [weak = weak_from_this(), operation] {
             if (const auto self = weak.lock()) self->poll(operation);
@@ -112,7 +149,11 @@ void Kavio::State::poll(const OrderOperation& operation) {
 }
 
 void Kavio::State::pollResponse(const OrderOperation& operation, APIResult<OrderModel> reply) {
-    if (!reply) return scheduleNextPoll(operation);
+    if (!reply) {
+        // Without a session no later poll can succeed.
+        if (reply.failure().cause == Cause::SESSION_REFUSED) mWhyNotFollowed = Cause::SESSION_REFUSED;
+        return scheduleNextPoll(operation);
+    }
     const bool goesOn = reply.payload() && isInProgress(reply.payload()->status);
     auto order = orderOf(std::move(reply).payload());
     const bool changed = statusOf(order) != statusOf(mLastOrder);
@@ -122,14 +163,14 @@ void Kavio::State::pollResponse(const OrderOperation& operation, APIResult<Order
     } else {
         operation.end();
     }
-    if (changed) operation.report(ResultType::SUCCESS, std::nullopt, std::move(order));
+    if (changed) operation.report(std::move(order));
 }
 
 void Kavio::getOrder(std::string orderId) {
     const auto operation = mState->begin(&KavioDelegate::onGetOrder);
     if (!operation) return;
     if (!decimalInteger(orderId)) {
-        return operation->fail(ResultType::BAD_INPUT, "{" + orderId + "} is invalid order ID");
+        return operation->fail(ResultType::BAD_INPUT, Cause::INVALID_INPUT, "{" + orderId + "} is invalid order ID");
     }
     mState->mPurchaseRepo->order(std::move(orderId), false, operation->finish<OrderModel>(orderOf));
 }

@@ -38,9 +38,9 @@ void Kavio::State::accountResponse(const PaymentMethodsOperation& operation, API
 }
 
 void Kavio::addCreditCard(std::shared_ptr<const Card> card) {
-    const auto operation = mState->begin(&KavioDelegate::onAddCreditCard);
+    const auto operation = mState->begin(&KavioDelegate::onAddCreditCard, Purpose::CHANGE);
     if (!operation) return;
-    if (!card) return operation->fail(ResultType::BAD_INPUT, "invalid card");
+    if (!card) return operation->fail(ResultType::BAD_INPUT, Cause::INVALID_INPUT, "invalid card");
     mState->mPaymentMethodRepo->addCard(
         {{"number", card->pan},
          {"year", card->year},
@@ -54,21 +54,29 @@ void Kavio::addCreditCard(std::shared_ptr<const Card> card) {
 }
 
 void Kavio::removeCard(std::string id) {
-    const auto operation = mState->begin(&KavioDelegate::onRemoveCard);
+    const auto operation = mState->begin(&KavioDelegate::onRemoveCard, Purpose::CHANGE);
     if (operation) mState->mPaymentMethodRepo->removeCard(id, operation->finish<DeleteCreditResponse>());
 }
 
 void Kavio::deposit(std::shared_ptr<const DepositCard> depositCard, double amount, std::string chargedCardId) {
     using PaymentType = PaymentMethod::PaymentType;
-    const auto operation = mState->begin(&KavioDelegate::onDeposit);
+    const auto operation = mState->begin(&KavioDelegate::onDeposit, Purpose::CHANGE);
     if (!operation) return;
     const auto units = depositCard ? smallestUnits(amount, depositCard->currencyDecimalDigits) : 0;
-    if (!units) return operation->fail(ResultType::BAD_INPUT, "invalid amount");
+    if (!units) return operation->fail(ResultType::BAD_INPUT, Cause::INVALID_INPUT, "invalid amount");
     const auto type = depositCard ? depositCard->type : PaymentType::UNKNOWN;
     if (type != PaymentType::KAVIO && type != PaymentType::PREPAID) {
-        return operation->fail(ResultType::BAD_INPUT, "cannot deposit to " + std::string(name(type)) + " card");
+        return operation->fail(ResultType::BAD_INPUT, Cause::INVALID_INPUT,
+                               "cannot deposit to " + std::string(name(type)) + " card");
     }
 
+    const auto paymentId = mState->writeDown({.kind = UnsettledPayment::Kind::DEPOSIT,
+                                              .amount = *units,
+                                              .currency = depositCard->currency,
+                                              .paymentMethodId = depositCard->id,
+                                              .paymentType = type,
+                                              .chargedCardId = chargedCardId});
+    if (!paymentId) return operation->fail(ResultType::FAILURE, Cause::STORE_FAILED, State::notWrittenDown);
     const Deposit deposit{.tokenLocator = std::move(chargedCardId),
                           .paypalMetaDataId = std::nullopt,
                           .currency = depositCard->currency,
@@ -78,9 +86,9 @@ void Kavio::deposit(std::shared_ptr<const DepositCard> depositCard, double amoun
     auto depositResponse = operation->finish<DepositModel>(
         [](const std::optional<DepositModel>& done) { return done ? done->balance : std::nullopt; });
     if (type == PaymentType::PREPAID) {
-        mState->mPrepaidRepo->deposit(depositCard->id, deposit, std::move(depositResponse));
+        mState->mPrepaidRepo->deposit(depositCard->id, deposit, *paymentId, std::move(depositResponse));
     } else {
-        mState->mPaymentMethodRepo->deposit(deposit, std::move(depositResponse));
+        mState->mPaymentMethodRepo->deposit(deposit, *paymentId, std::move(depositResponse));
     }
 }
 

@@ -51,10 +51,11 @@ void Kavio::getMachines(std::shared_ptr<const MachineFilter> filter) {
                                                  filter->operatorId, std::move(machinesResponse))) {
             return;
         }
-        return operation->fail(ResultType::BAD_INPUT, "{" + *filter->value + "} is invalid machine ID or QR code");
+        return operation->fail(ResultType::BAD_INPUT, Cause::INVALID_INPUT,
+                               "{" + *filter->value + "} is invalid machine ID or QR code");
     }
     auto query = filter ? machineQuery(*filter) : MachineQuery{.isByAccount = true};
-    if (!query) return operation->fail(ResultType::BAD_INPUT, "invalid filter");
+    if (!query) return operation->fail(ResultType::BAD_INPUT, Cause::INVALID_INPUT, "invalid filter");
     mState->mMachineRepo->machines(*std::move(query), std::move(machinesResponse));
 }
 

@@ -3,7 +3,7 @@
 namespace kavio {
 
 void Kavio::login(std::string countryCode, std::string phoneNumber) {
-    const auto operation = mState->begin(&KavioDelegate::onLogin);
+    const auto operation = mState->begin(&KavioDelegate::onLogin, Purpose::CHANGE);
     if (!operation) return;
     mState->mLoginRepo->challenge(std::move(countryCode), std::move(phoneNumber), "", "0",
                                   operation->then<Challenge>(&State::challengeResponse));
@@ -16,9 +16,11 @@ void Kavio::State::challengeResponse(const Operation<>& operation, APIResult<Cha
 }
 
 void Kavio::verify(std::string otp, std::string country, std::string countryCode, std::string phoneNumber) {
-    const auto operation = mState->begin(&KavioDelegate::onVerify);
+    const auto operation = mState->begin(&KavioDelegate::onVerify, Purpose::CHANGE);
     if (!operation) return;
-    if (!mState->mLastChallenge) return operation->fail(ResultType::FAILURE, "please call login first");
+    if (!mState->mLastChallenge) {
+        return operation->fail(ResultType::FAILURE, Cause::NO_SESSION, "please call login first");
+    }
     mState->mLoginRepo->verify(std::move(otp), std::move(country), std::move(countryCode), std::move(phoneNumber),
                                *mState->mLastChallenge, "0", operation->then<Token>(&State::verifyResponse));
 }
@@ -33,13 +35,13 @@ void Kavio::isLoggedIn() {
     const auto operation = mState->begin(&KavioDelegate::onCheckIsUserLogin);
     if (!operation) return;
     if (mState->mKavioUserDefaults->sessionToken().empty()) {
-        return operation->fail(ResultType::FAILURE, "Token is empty");
+        return operation->fail(ResultType::FAILURE, Cause::NO_SESSION, "Token is empty");
     }
     mState->mAccountRepo->account(State::accountAppVersion, operation->finish<AccountModel>());
 }
 
 void Kavio::logout() {
-    const auto operation = mState->begin(&KavioDelegate::onLogout);
+    const auto operation = mState->begin(&KavioDelegate::onLogout, Purpose::CHANGE);
     if (operation) mState->mAccountRepo->logout(operation->finish<LogOutResponse>());
 }
 

@@ -2,8 +2,10 @@
 
 #include "models/td_secure_replies.h"
 #include "network/api_result.h"
+#include "repositories/payment_search.h"
 #include "repositories/repositories.h"
 #include "storage/kavio_user_defaults.h"
+#include "storage/payment_journal.h"
 #include "tdsecure/td_secure_scene_controller.h"
 #include "util/service_object.h"
 #include "util/shared_instance.h"
@@ -19,6 +21,15 @@
 
 namespace kavio {
 
+/// What an operation does to what the service holds.
+enum class Purpose { ASK, CHANGE };
+
+/// A purchase that has not been answered yet.
+struct PendingPurchase {
+    std::shared_ptr<Sending> sending;
+    std::string paymentId;
+};
+
 /// What a facade knows. Used on the main thread; no locks.
 struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::State> {
     template <class... Payload>
@@ -27,9 +38,11 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     class Operation;
     using PaymentMethodsOperation = Operation<std::optional<PaymentMethods>>;
     using OrderOperation = Operation<std::shared_ptr<const Order>>;
+    using DepositOperation = Operation<std::optional<std::int64_t>>;
     class Enrolment;
     /// The application version that the account is asked for with.
     static constexpr const char* accountAppVersion = "2.5";
+    static constexpr const char* notWrittenDown = "the payment could not be written down, so it was not made";
 
     explicit State(std::weak_ptr<KavioDelegate> delegate) : mDelegate(std::move(delegate)) {}
     /// Takes part in what happens to the issuer's pages, until `release`.
@@ -37,13 +50,25 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
 
     /// The gate of every operation. Empty while another one is under way: that has been reported as `BUSY` then.
     template <class... Payload>
-    std::optional<Operation<Payload...>> begin(Callback<Payload...> callback);
+    std::optional<Operation<Payload...>> begin(Callback<Payload...> callback, Purpose purpose = Purpose::ASK);
+
+    /// The purchase that may not have left yet is given up; what has left goes on.
+    void giveUpPurchase();
+    /// Writes the payment down and gives its identifier; absent when that could not be done.
+    std::optional<std::string> writeDown(UnsettledPayment payment) const;
+    /// Finds out what became of the payment; `found` ends the operation for one that was made.
+    template <class Asked>
+    void settle(const Asked& operation, const JournalEntry& entry,
+                void (State::*found)(const Asked&, const std::string& paymentId, const PaymentFinding&));
+    void orderFound(const OrderOperation& operation, const std::string& paymentId, const PaymentFinding& finding);
+    void depositFound(const DepositOperation& operation, const std::string& paymentId, const PaymentFinding& finding);
 
     // Handlers of replies that change what the facade knows, or that are not the end of their operation.
     void challengeResponse(const Operation<>& operation, APIResult<Challenge> reply);
     void verifyResponse(const Operation<>& operation, APIResult<Token> reply);
     void accountResponse(const PaymentMethodsOperation& operation, APIResult<AccountModel> reply);
     void placeOrderResponse(const OrderOperation& operation, APIResult<OrderModel> reply);
+    void follow(const OrderOperation& operation, std::shared_ptr<const Order> order);
     void scheduleNextPoll(const OrderOperation& operation);
     void poll(const OrderOperation& operation);
     void pollResponse(const OrderOperation& operation, APIResult<OrderModel> reply);
@@ -62,8 +87,10 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     std::optional<std::string> mLastChallenge;
     std::shared_ptr<Enrolment> mEnrolment;  // the last one
     std::int64_t mPollingCounter = 0;
-    std::int64_t mLastOperation = 0;  // its number
-    bool mIsBusy = false;             // it is under way
+    Cause mWhyNotFollowed = Cause::FOLLOWING_TIMED_OUT;
+    std::optional<PendingPurchase> mPurchase;  // until it is answered
+    std::int64_t mLastOperation = 0;           // its number
+    bool mIsBusy = false;                      // it is under way
 };
 
 /// One operation, from the gate to its last report. Whoever waits for a reply or a delay holds it, and through it the
@@ -71,8 +98,8 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
 template <class... Payload>
 class Kavio::State::Operation {
 public:
-    Operation(std::weak_ptr<State> state, Callback<Payload...> callback, std::int64_t number)
-        : mState(std::move(state)), mCallback(callback), mNumber(number) {}
+    Operation(std::weak_ptr<State> state, Callback<Payload...> callback, Purpose purpose, std::int64_t number)
+        : mState(std::move(state)), mCallback(callback), mPurpose(purpose), mNumber(number) {}
 
     bool isUnderWay() const {
         const auto state = mState.lock();
@@ -82,25 +109,28 @@ public:
         if (isUnderWay()) mState.lock()->mIsBusy = false;
     }
 
-    /// Tells the delegate, if it still exists. Always the last thing that is done: the delegate may start the next
-    /// operation, or destroy the facade.
-    void report(ResultType type, std::optional<std::string> message, Payload... payload) const {
-        const auto state = mState.lock();
-        const auto delegate = state ? state->mDelegate.lock() : nullptr;
-        if (!delegate) return;
-        ((*delegate).*mCallback)(std::make_shared<const KavioResult>(type, std::move(message)), std::move(payload)...);
+    /// A success that is not the end.
+    void report(Payload... payload) const {
+        const auto effect = mPurpose == Purpose::CHANGE ? Effect::DONE : Effect::NONE;
+        tell({ResultType::SUCCESS, std::nullopt, effect, Cause::NONE}, std::move(payload)...);
     }
     void succeed(Payload... payload) const {
         end();
-        report(ResultType::SUCCESS, std::nullopt, std::move(payload)...);
+        report(std::move(payload)...);
     }
-    void fail(ResultType type, std::optional<std::string> message = std::nullopt) const {
+    /// `effect` says what has become of what was sent before the failure, if anything was.
+    void fail(ResultType type, Cause cause, std::optional<std::string> message = std::nullopt,
+              Effect effect = Effect::NONE) const {
         end();
-        report(type, std::move(message), Payload{}...);
+        tell({type, std::move(message), effect, cause}, Payload{}...);
     }
     /// The one rule by which a transport failure becomes a result.
     void fail(const APIFailure& failure) const {
-        fail(resultType(failure.status), failure.message ? failure.message : failure.fallbackMessage);
+        fail(failure, mPurpose == Purpose::CHANGE ? failure.effect : Effect::NONE);
+    }
+    void fail(const APIFailure& failure, Effect effect) const {
+        fail(resultType(failure.status), failure.cause, failure.message ? failure.message : failure.fallbackMessage,
+             effect);
     }
 
     /// A completion that calls `handler` with the state, this operation and the reply.
@@ -130,6 +160,14 @@ public:
     }
 
 private:
+    /// Tells the delegate, if it still exists. Always the last thing that is done: the delegate may start the next
+    /// operation, or destroy the facade.
+    void tell(KavioResult result, Payload... payload) const {
+        const auto state = mState.lock();
+        const auto delegate = state ? state->mDelegate.lock() : nullptr;
+        if (!delegate) return;
+        ((*delegate).*mCallback)(std::make_shared<const KavioResult>(std::move(result)), std::move(payload)...);
+    }
     static ResultType resultType(std::int64_t status) {
         if (status == 401) return ResultType::ACCESS_DENIED;
         if (status == 400) return ResultType::BAD_INPUT;
@@ -139,17 +177,18 @@ private:
 
     std::weak_ptr<State> mState;
     Callback<Payload...> mCallback;
+    Purpose mPurpose;
     std::int64_t mNumber;
 };
 
 template <class... Payload>
-std::optional<Kavio::State::Operation<Payload...>> Kavio::State::begin(Callback<Payload...> callback) {
+std::optional<Kavio::State::Operation<Payload...>> Kavio::State::begin(Callback<Payload...> callback, Purpose purpose) {
     if (mIsBusy) {
-        Operation<Payload...>(weak_from_this(), callback, 0).fail(ResultType::BUSY);
+        Operation<Payload...>(weak_from_this(), callback, purpose, 0).fail(ResultType::BUSY, Cause::BUSY);
         return std::nullopt;
     }
     mIsBusy = true;
-    return Operation<Payload...>(weak_from_this(), callback, ++mLastOperation);
+    return Operation<Payload...>(weak_from_this(), callback, purpose, ++mLastOperation);
 }
 
 }  // namespace kavio

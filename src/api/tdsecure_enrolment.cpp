@@ -77,7 +77,7 @@ std::shared_ptr<ViewController> topMostViewController() {
 }  // namespace
 
 void Kavio::addCreditCardTDSecure(TDSPaymentCard paymentCard, TDSCardHolder cardHolder) {
-    const auto operation = mState->begin(&KavioDelegate::onAddCreditCard);
+    const auto operation = mState->begin(&KavioDelegate::onAddCreditCard, Purpose::CHANGE);
     if (!operation) return;
     mState->mEnrolment = std::make_shared<State::Enrolment>(*mState, *operation, std::move(paymentCard));
     mState->mEnrolment->start(std::move(cardHolder));
@@ -100,23 +100,27 @@ Completion<Reply> Kavio::State::Enrolment::whileUnderWay(void (Enrolment::*step)
 void Kavio::State::Enrolment::addCreditCardTDSecureResponse(APIResult<TDSAddCardResponseFactory> reply) {
     if (!reply) return mOperation.fail(reply.failure());
     const auto payload = std::move(reply).payload().value_or(TDSAddCardResponseFactory{std::monostate{}});
-    std::visit(
-        Overloaded{
-            [&](const TDSAddCardFrictionlessResponse&) { mOperation.succeed(nullptr); },
-            [&](const TDSAddCardFingerprintResponse& fingerprint) { startFingerprint(fingerprint); },
-            [&](const TDSAddCardChallengeResponse& challenge) {
-                if (!presentPage(TDSFlowType::CHALLENGE, challenge.url)) {
-                    mOperation.fail(ResultType::FAILURE, cannotStart);
-                }
-            },
-            [&](const TDSAddCardErrorResponse& error) { mOperation.fail(ResultType::SERVER_ERROR, error.message); },
-            [&](std::monostate) { mOperation.fail(ResultType::SERVER_ERROR, cannotParse); },
-        },
-        payload.reply);
+    std::visit(Overloaded{
+                   [&](const TDSAddCardFrictionlessResponse&) { mOperation.succeed(nullptr); },
+                   [&](const TDSAddCardFingerprintResponse& fingerprint) { startFingerprint(fingerprint); },
+                   [&](const TDSAddCardChallengeResponse& challenge) {
+                       if (!presentPage(TDSFlowType::CHALLENGE, challenge.url)) {
+                           mOperation.fail(ResultType::FAILURE, Cause::PAGE_NOT_SHOWN, cannotStart, Effect::UNKNOWN);
+                       }
+                   },
+                   [&](const TDSAddCardErrorResponse& error) {
+                       mOperation.fail(ResultType::SERVER_ERROR, Cause::REFUSED_BY_SERVICE, error.message);
+                   },
+                   [&](std::monostate) {
+                       mOperation.fail(ResultType::SERVER_ERROR, Cause::UNREADABLE_REPLY, cannotParse, Effect::UNKNOWN);
+                   },
+               },
+               payload.reply);
 }
 
 void Kavio::State::Enrolment::startFingerprint(const TDSAddCardFingerprintResponse& fingerprint) {
-    if (!isUrl(fingerprint.page)) return mOperation.fail(ResultType::SERVER_ERROR, "invalid URL");
+    if (!isUrl(fingerprint.page))
+        return mOperation.fail(ResultType::SERVER_ERROR, Cause::UNREADABLE_REPLY, "invalid URL", Effect::UNKNOWN);
     mPaymentMethodRepo->pageTDSecure({threeDSMethodData(fingerprint.id)}, fingerprint.page,
                                      whileUnderWay(&Enrolment::pageResponse));
 }
@@ -125,7 +129,8 @@ void Kavio::State::Enrolment::pageResponse(APIResult<std::string> reply) {
     if (!reply) return mOperation.fail(reply.failure());
     const auto page = std::move(reply).payload();
     const bool isText = page && Platform::current().characters->wellFormed(*page) == *page;
-    if (!isText || !presentPage(TDSFlowType::FINGERPRINT, *page)) mOperation.fail(ResultType::FAILURE, cannotStart);
+    if (!isText || !presentPage(TDSFlowType::FINGERPRINT, *page))
+        mOperation.fail(ResultType::FAILURE, Cause::PAGE_NOT_SHOWN, cannotStart, Effect::UNKNOWN);
 }
 
 // A page has ended: the service is asked what that means. Once a page: it may go to the loopback address twice, and so
@@ -154,7 +159,8 @@ void Kavio::State::Enrolment::getCardResponse(const APIResult<TDSGetCardResponse
         return mOperation.succeed(nullptr);
     }
     const auto* error = payload ? std::get_if<TDSGetCardErrorResponse>(&payload->reply) : nullptr;
-    mOperation.fail(ResultType::SERVER_ERROR, error ? "error: " + error->message : cannotParse);
+    if (error) return mOperation.fail(ResultType::SERVER_ERROR, Cause::REFUSED_BY_SERVICE, "error: " + error->message);
+    mOperation.fail(ResultType::SERVER_ERROR, Cause::UNREADABLE_REPLY, cannotParse, Effect::UNKNOWN);
 }
 
 // Not one that another facade has brought up since.
@@ -170,14 +176,15 @@ void Kavio::State::Enrolment::showNextChallenge(const std::string& url) {
         mPage = scene;
         return scene->load(url, false);
     }
-    if (!presentPage(TDSFlowType::CHALLENGE, url)) mOperation.fail(ResultType::FAILURE, cannotStartPage);
+    if (!presentPage(TDSFlowType::CHALLENGE, url))
+        mOperation.fail(ResultType::FAILURE, Cause::PAGE_NOT_SHOWN, cannotStartPage, Effect::UNKNOWN);
 }
 
 // The person closed the page. Past its end that changes nothing: the answer of the service is on its way.
 void Kavio::State::Enrolment::tdSecureWindowClosed() {
     if (mReceivedTDSRedirect) return;
     mReceivedTDSRedirect = true;  // the page is gone: what another facade's page does later is no concern of this one
-    mOperation.fail(ResultType::FAILURE, "canceled by user");
+    mOperation.fail(ResultType::FAILURE, Cause::CANCELED_BY_PERSON, "canceled by user", Effect::UNKNOWN);
 }
 
 // False when there is nothing to present on.

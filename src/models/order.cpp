@@ -16,6 +16,22 @@ constexpr EnumRow<Order::Status> statuses[] = {
 
 std::string_view name(Order::Status status) { return textOf(statuses, status); }
 
+bool isFinal(Order::Status status) {
+    switch (status) {
+        case Order::Status::COMPLETED:
+        case Order::Status::CANCELED:
+        case Order::Status::FREE_TRANSACTION:
+        case Order::Status::TIMEOUT:
+        case Order::Status::INCOMPLETE:
+            return true;
+        case Order::Status::UNKNOWN:
+        case Order::Status::CREATED:
+        case Order::Status::AUTHORIZED:
+            return false;
+    }
+    return false;
+}
+
 std::optional<Order::Status> Order::orderStatus(std::int64_t rawValue) { return withCode(statuses, rawValue); }
 
 }  // namespace kavio

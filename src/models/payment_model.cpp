@@ -117,7 +117,8 @@ PrepaidsList PrepaidsList::decode(const KeyedContainer& in) { return {.prepaids 
 
 DepositModel DepositModel::decode(const KeyedContainer& in) {
     const auto deposit = in.nested("deposit");
-    return {.balance = deposit.required("balance")};
+    const auto id = deposit.integerIfInteger("id");
+    return {.balance = deposit.required("balance"), .id = id ? std::optional(std::to_string(*id)) : std::nullopt};
 }
 
 std::shared_ptr<const CreditCard> publicObject(PaymentCardModel model) {

@@ -87,6 +87,7 @@ struct PrepaidsList {
 /// Reply to a deposit.
 struct DepositModel {
     std::optional<std::int64_t> balance;
+    std::optional<std::string> id;  // of the order, where the reply says it
     static DepositModel decode(const KeyedContainer& in);
 };
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <kavio/result.h>
+
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -29,6 +31,10 @@ struct APIFailure {
     std::int64_t status = 0;
     std::optional<std::string> message;
     std::optional<std::string> fallbackMessage;
+    /// What programs are told. Where nothing else is said, an answer came that is not understood.
+    Cause cause = Cause::UNREADABLE_REPLY;
+    /// Of a request that changes something.
+    Effect effect = Effect::UNKNOWN;
 };
 
 /// How an exchange with the service ended: success with a payload, which a reply may lack, or a failure.

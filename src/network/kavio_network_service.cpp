@@ -4,6 +4,7 @@
 #include "network/payload.h"
 #include "network/request_signature.h"
 #include "network/response_classification.h"
+#include "network/session.h"
 #include "network/url_request.h"
 #include "storage/kavio_user_defaults.h"
 #include "util/shared_instance.h"
@@ -20,6 +21,7 @@ constexpr const char* traceTag = "KavioNetworkService";
 constexpr const char* fallbackApiKey = "529qtx";
 
 using ErrorHandlerPointer = std::shared_ptr<NetworkServiceErrorHandler>;
+using SentToken = std::optional<std::string>;
 
 RawResult failed(APIError error, std::int64_t status, std::optional<std::string> message = std::nullopt) {
     return RawResult::failed({error, status, std::move(message), std::nullopt});
@@ -53,38 +55,43 @@ APIFailure handledStatus(int status, const std::optional<std::string>& body, std
 // Ends a request whose status is not 200; `classify` says what the failure is, unless an error handler does.
 void finishUnsuccessful(const ErrorHandlerPointer& handler, UrlReply reply, const RawCompletion& completion,
                         const std::function<APIFailure(const UrlReply&)>& classify) {
-    if (!handler) return completion(RawResult::failed(classify(reply)));
+    if (!handler) return completion(RawResult::failed(judged(reply.status, classify(reply))));
     const auto seen = reply;
     handler->handle(seen, [completion, reply = std::move(reply)](APIError, std::optional<std::string> message) {
-        completion(RawResult::failed(handledStatus(reply.status, reply.body, std::move(message))));
+        completion(
+            RawResult::failed(judged(reply.status, handledStatus(reply.status, reply.body, std::move(message)))));
     });
 }
 
-void finish(const ErrorHandlerPointer& handler, UrlReply reply, const RawCompletion& completion) {
+void finish(const ErrorHandlerPointer& handler, UrlReply reply, const SentToken& token,
+            const RawCompletion& completion) {
     if (reply.status != 200) {
-        return finishUnsuccessful(handler, std::move(reply), completion,
-                                  [](const UrlReply& known) { return classifyStatus(known.status, known.body); });
+        return finishUnsuccessful(handler, std::move(reply), completion, [&token](const UrlReply& known) {
+            return classifyStatus(known.status, known.body, token);
+        });
     }
     if (!reply.body) return completion(failed(APIError::invalidData, reply.status));
     completion(RawResult::success(std::move(reply.body)));
 }
 
-void finish(const ErrorHandlerPointer& handler, const UrlError& error, const RawCompletion& completion) {
+void finish(const ErrorHandlerPointer& handler, const UrlError& error, const SentToken&,
+            const RawCompletion& completion) {
     auto failure = connectionFailure(error);
     if (!handler) return completion(RawResult::failed(std::move(failure)));
-    handler->handle({}, [completion, status = failure.status](APIError handled, std::optional<std::string> message) {
-        completion(failed(handled, status, std::move(message)));
+    handler->handle({}, [completion, failure](APIError handled, std::optional<std::string> message) {
+        completion(RawResult::failed(
+            {handled, failure.status, std::move(message), std::nullopt, failure.cause, failure.effect}));
     });
 }
 
 // A download whose reply was lost after its head had arrived: the status is known, the body is not.
-APIFailure lostReply(int status, const UrlError& error) {
+APIFailure lostReply(int status, const UrlError& error, const SentToken& token) {
     switch (status) {
         case 401:
         case 406:
         case 417:
         case 426:
-            return classifyStatus(status, std::nullopt);
+            return classifyStatus(status, std::nullopt, token);
         case 488:
             return {APIError::responseUnsuccessful, status, error.description, std::nullopt};
         default:
@@ -97,35 +104,40 @@ APIFailure lostReply(int status, const UrlError& error) {
 std::shared_ptr<KavioNetworkService> KavioNetworkService::shared() { return sharedInstance<KavioNetworkService>(); }
 
 void KavioNetworkService::send(APIRequest request, RawCompletion completion) {
+    auto prepared = prepare(request);
     Platform::current().urlSession->dataTask(
-        prepare(std::move(request)),
-        [weak = weak_from_this(), completion = std::move(completion)](std::variant<UrlReply, UrlError> outcome) {
-            std::visit([&](auto& ended) { finish(errorHandler(weak), std::move(ended), completion); }, outcome);
+        std::move(prepared), [weak = weak_from_this(), token = std::move(request.token),
+                              completion = std::move(completion)](std::variant<UrlReply, UrlError> outcome) {
+            std::visit([&](auto& ended) { finish(errorHandler(weak), std::move(ended), token, completion); }, outcome);
         });
 }
 
-void KavioNetworkService::sendInBackground(APIRequest request, RawCompletion completion) {
+std::shared_ptr<DownloadTask> KavioNetworkService::sendInBackground(APIRequest request, RawCompletion completion) {
     auto& session = *Platform::current().backgroundUrlSession;
     session.onEventsDelivered([weak = weak_from_this()] {
         if (const auto self = weak.lock()) self->backgroundEventsDelivered();
     });
-    session.downloadTask(prepare(std::move(request)), [weak = weak_from_this(), completion = std::move(completion)](
-                                                          std::variant<UrlReply, UrlError> outcome) {
+    auto prepared = prepare(request);
+    return session.downloadTask(std::move(prepared), [weak = weak_from_this(), token = std::move(request.token),
+                                                      completion = std::move(completion)](
+                                                         std::variant<UrlReply, UrlError> outcome) {
         const auto handler = errorHandler(weak);
         if (const auto* error = std::get_if<UrlError>(&outcome)) {
-            if (!error->status) return finish(handler, *error, completion);
+            if (!error->status) return finish(handler, *error, token, completion);
             return finishUnsuccessful(handler, {*error->status, std::nullopt}, completion,
-                                      [error](const UrlReply& reply) { return lostReply(reply.status, *error); });
+                                      [&](const UrlReply& reply) { return lostReply(reply.status, *error, token); });
         }
-        finish(handler, std::get<UrlReply>(std::move(outcome)), completion);
+        finish(handler, std::get<UrlReply>(std::move(outcome)), token, completion);
     });
 }
 
-UrlRequest KavioNetworkService::prepare(APIRequest request) {
+UrlRequest KavioNetworkService::prepare(APIRequest& request) {
     const auto stored = KavioUserDefaults::shared()->defualt->values({keys::serviceName, keys::apiKey});
     const auto serviceName = KeyValueStore::typed<std::string>(stored[0]);
     const auto apiKey = KeyValueStore::typed<std::string>(stored[1]);
-    const auto baseURL = urlString(apiTypeNamed(serviceName));
+    const auto service = apiTypeNamed(serviceName);
+    const auto baseURL = urlString(service);
+    if (request.token) request.token = tokenFor(*request.token, service);
 
     auto urlRequest = buildURLRequest(request.url ? *request.url : appendingPathComponent(baseURL, request.endpoint),
                                       std::move(request.params), request.encoding == ParameterEncoding::path);

@@ -22,14 +22,15 @@ public:
     static std::shared_ptr<KavioNetworkService> shared();
 
     void send(APIRequest request, RawCompletion completion) override;
-    void sendInBackground(APIRequest request, RawCompletion completion) override;
+    std::shared_ptr<DownloadTask> sendInBackground(APIRequest request, RawCompletion completion) override;
 
     void setErrorHandler(std::shared_ptr<NetworkServiceErrorHandler> errorHandler);
     /// `handler` is called once, on the main thread, when every background request has been answered.
     void setSavedBackgroundCompletionHandler(std::function<void()> handler);
 
-    /// The request as it goes out: URL, headers and signature.
-    static UrlRequest prepare(APIRequest request);
+    /// The request as it goes out: URL, headers and signature. Its token goes no further than the service that gave it:
+    /// to another one it is empty.
+    static UrlRequest prepare(APIRequest& request);
 
 private:
     using WeakTransport = std::weak_ptr<KavioNetworkService>;

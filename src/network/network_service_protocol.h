@@ -4,6 +4,7 @@
 #include "network/api_result.h"
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -18,8 +19,9 @@ class NetworkServiceProtocol {
 public:
     virtual ~NetworkServiceProtocol() = default;
     virtual void send(APIRequest request, RawCompletion completion) = 0;
-    /// As `send`, on a session that waits for connectivity and sends at most once.
-    virtual void sendInBackground(APIRequest request, RawCompletion completion) = 0;
+    /// As `send`, on a session that waits for connectivity and sends at most once. Null where the request can no longer
+    /// be given up.
+    virtual std::shared_ptr<DownloadTask> sendInBackground(APIRequest request, RawCompletion completion) = 0;
 };
 
 /// Takes over the classification of failures where one is installed. The library installs none.

@@ -7,6 +7,7 @@
 
 #include <kavio/platform/platform.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -42,11 +43,17 @@ APIResult<T> decoded(RawResult raw) {
     }
 }
 
+/// Takes note of an outcome before anybody hears of it, on the thread that brings the reply: the store syncs its writes
+/// to disk, which the main thread need not wait for.
+template <class T>
+using Recorder = std::function<void(APIResult<T>&)>;
+
 /// Decodes on the thread that brings the reply, and completes on the main queue.
 template <class T>
-RawCompletion decodePayload(Completion<T> completion) {
-    return [completion = std::move(completion)](RawResult raw) {
+RawCompletion decodePayload(Completion<T> completion, Recorder<T> record = nullptr) {
+    return [completion = std::move(completion), record = std::move(record)](RawResult raw) {
         auto result = std::make_shared<APIResult<T>>(decoded<T>(std::move(raw)));
+        if (record) record(*result);
         Platform::current().mainQueue->post([completion, result] { completion(std::move(*result)); });
     };
 }

@@ -2,9 +2,41 @@
 
 #include "models/replies.h"
 #include "network/requests.h"
+#include "network/response_classification.h"
 #include "time/reliable_clock.h"
 
 namespace kavio {
+
+bool Sending::cancel() {
+    std::shared_ptr<DownloadTask> task;
+    {
+        const std::lock_guard lock(mMutex);
+        mIsGivenUp = true;
+        if (!mHasStarted) return true;
+        task = mTask;
+    }
+    return task && task->cancel();  // without a task it is just being handed over, and `start` cancels it
+}
+
+bool Sending::start(const std::function<std::shared_ptr<DownloadTask>()>& send) {
+    {
+        const std::lock_guard lock(mMutex);
+        if (mIsGivenUp) return false;
+        mHasStarted = true;
+    }
+    const auto task = send();
+    {
+        const std::lock_guard lock(mMutex);
+        mTask = task;
+        if (!mIsGivenUp) return true;
+    }
+    if (task) task->cancel();
+    return true;
+}
+
+RawResult givenUp() {
+    return RawResult::failed(connectionFailure({UrlError::cancelled, "cancelled", std::nullopt, false}));
+}
 
 void withFreshTime(const APIRequest& request, const std::shared_ptr<KavioNetworkService>& transport,
                    std::function<void()> next) {

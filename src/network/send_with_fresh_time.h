@@ -5,30 +5,61 @@
 
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <utility>
 
 namespace kavio {
 
-enum class SendPath { ordinary, background };
+/// A request on its way in the background, for who made it. Letting go of this object changes nothing for the request.
+class Sending {
+public:
+    /// Gives the request up, unless a byte of it may have left. True: nothing of it has left or ever will, and its
+    /// completion gets a failure. False: it may have left, and goes on.
+    bool cancel();
+
+    /// Calls `send`, unless the request has been given up; then false.
+    bool start(const std::function<std::shared_ptr<DownloadTask>()>& send);
+
+private:
+    std::mutex mMutex;  // guards all below; never held while anything is called
+    bool mHasStarted = false;
+    bool mIsGivenUp = false;
+    std::shared_ptr<DownloadTask> mTask;
+};
 
 /// Calls `next` once the time sample is good for `request`, or once an attempt to renew it has failed: then the
 /// device's clock stands in.
 void withFreshTime(const APIRequest& request, const std::shared_ptr<KavioNetworkService>& transport,
                    std::function<void()> next);
 
+/// The failure of a request that was given up before it left.
+RawResult givenUp();
+
 /// The way of every request of the services: asks for the server's time first when the sample is missing or stale.
 /// `completion` runs on the main thread; the time request's own outcome never reaches it.
 template <class T>
-void sendWithFreshTime(APIRequest request, Completion<T> completion, SendPath path = SendPath::ordinary) {
+void sendWithFreshTime(APIRequest request, Completion<T> completion, Recorder<T> record = nullptr) {
     const auto transport = KavioNetworkService::shared();
     const auto kept = std::make_shared<APIRequest>(std::move(request));
-    withFreshTime(*kept, transport, [=, completion = decodePayload<T>(std::move(completion))] {
-        if (path == SendPath::background) {
-            transport->sendInBackground(std::move(*kept), completion);
-        } else {
-            transport->send(std::move(*kept), completion);
-        }
-    });
+    withFreshTime(*kept, transport,
+                  [transport, kept, completion = decodePayload<T>(std::move(completion), std::move(record))] {
+                      transport->send(std::move(*kept), completion);
+                  });
+}
+
+/// The same in the background: waits for connectivity, and is sent at most once.
+template <class T>
+std::shared_ptr<Sending> sendInBackgroundWithFreshTime(APIRequest request, Completion<T> completion,
+                                                       Recorder<T> record) {
+    const auto transport = KavioNetworkService::shared();
+    const auto kept = std::make_shared<APIRequest>(std::move(request));
+    auto sending = std::make_shared<Sending>();
+    withFreshTime(*kept, transport,
+                  [transport, kept, sending, completion = decodePayload<T>(std::move(completion), std::move(record))] {
+                      const auto send = [&] { return transport->sendInBackground(std::move(*kept), completion); };
+                      if (!sending->start(send)) completion(givenUp());
+                  });
+    return sending;
 }
 
 }  // namespace kavio

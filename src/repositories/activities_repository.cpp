@@ -9,4 +9,9 @@ void ActivitiesRepository::activities(JsonObject params, Completion<Orders> comp
     sendWithFreshTime(activitesRequest(std::move(params)), std::move(completion));
 }
 
+void ActivitiesRepository::activityModels(JsonObject params,
+                                          Completion<std::vector<OrderActivityModel>> completion) const {
+    sendWithFreshTime(activitesRequest(std::move(params)), std::move(completion));
+}
+
 }  // namespace kavio

@@ -1,31 +1,42 @@
-#include "network/kavio_network_service.h"
-#include "network/payload.h"
+#include "network/session.h"
 #include "repositories/repositories.h"
-#include "storage/kavio_user_defaults.h"
+#include "time/reliable_clock.h"
 
 #include <utility>
 
 namespace kavio {
 
+template <class T>
+void LoginRepository::send(APIRequest request, Completion<T> completion, Recorder<T> record) const {
+    auto recorded = [isClockWrong = mIsClockWrong, record = std::move(record)](APIResult<T>& reply) {
+        if (!reply && reply.failure().cause == Cause::SIGNATURE_REFUSED) *isClockWrong = true;
+        if (record) record(reply);
+    };
+    if (*mIsClockWrong && !isTimeSampleFresh()) {
+        return sendWithFreshTime<T>(std::move(request), std::move(completion), std::move(recorded));
+    }
+    *mIsClockWrong = false;
+    KavioNetworkService::shared()->send(std::move(request),
+                                        decodePayload<T>(std::move(completion), std::move(recorded)));
+}
+
 void LoginRepository::challenge(std::string countryCode, std::string phoneNumber, std::string challenge,
                                 std::string retry, Completion<Challenge> completion) const {
-    KavioNetworkService::shared()->send(
+    send<Challenge>(
         challengeRequest(std::move(countryCode), std::move(phoneNumber), std::move(challenge), std::move(retry)),
-        decodePayload(std::move(completion)));
+        std::move(completion), nullptr);
 }
 
 void LoginRepository::verify(std::string verifyCode, std::string countryIsoCode, std::string countryPhoneCode,
                              std::string phoneNumber, std::string challenge, std::string retry,
                              Completion<Token> completion) const {
-    KavioNetworkService::shared()->send(
-        verifyRequest(std::move(verifyCode), std::move(countryIsoCode), std::move(countryPhoneCode),
-                      std::move(phoneNumber), std::move(challenge), std::move(retry)),
-        decodePayload<Token>([completion = std::move(completion)](APIResult<Token> reply) {
-            if (reply && reply.payload()) {
-                KavioUserDefaults::shared()->defualt->set(keys::sessionToken, reply.payload()->token);
-            }
-            completion(std::move(reply));
-        }));
+    const auto open = [service = currentApiType(),
+                       phone = countryPhoneCode + " " + phoneNumber](const APIResult<Token>& reply) {
+        if (reply && reply.payload()) openSession(reply.payload()->token, service, phone);
+    };
+    send<Token>(verifyRequest(std::move(verifyCode), std::move(countryIsoCode), std::move(countryPhoneCode),
+                              std::move(phoneNumber), std::move(challenge), std::move(retry)),
+                std::move(completion), open);
 }
 
 }  // namespace kavio

@@ -10,15 +10,20 @@
 #include "models/td_secure_replies.h"
 #include "network/api_result.h"
 #include "network/requests.h"
+#include "network/send_with_fresh_time.h"
+#include "storage/payment_journal.h"
+
 
 #include <kavio/delegate.h>
 
+#include <atomic>
 #include <cstdint>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <vector>
 
 /// The facade's ways to the service: one repository per area of the API, one of each in the process
 /// (`sharedInstance`). An operation makes a request and sends it. Operations may be called from any thread; completions
@@ -26,7 +31,8 @@
 namespace kavio {
 
 /// Straight to the transport: these are the first requests of a fresh install, and their signature stands without the
-/// server's time.
+/// server's time. Where it does not, because the device's clock is wrong (417), they ask for the time first, until that
+/// has succeeded once.
 class LoginRepository {
 public:
     void challenge(std::string countryCode, std::string phoneNumber, std::string challenge, std::string retry,
@@ -34,6 +40,13 @@ public:
     /// The session that a reply opens is stored before `completion` runs.
     void verify(std::string verifyCode, std::string countryIsoCode, std::string countryPhoneCode,
                 std::string phoneNumber, std::string challenge, std::string retry, Completion<Token> completion) const;
+
+private:
+    template <class T>
+    void send(APIRequest request, Completion<T> completion, Recorder<T> record) const;
+
+    // Shared with replies, which may come when this is gone.
+    const std::shared_ptr<std::atomic<bool>> mIsClockWrong = std::make_shared<std::atomic<bool>>(false);
 };
 using LoginService = LoginRepository;
 
@@ -67,10 +80,19 @@ private:
 };
 using MachineService = MachineRepository;
 
+/// Takes note of what became of a deposit.
+Recorder<DepositModel> depositRecorder(std::string paymentId);
+
+/// What a reply tells of its order.
+KnownOrder knownOrder(const OrderModel& model);
+
 class PurchaseRepository {
 public:
-    /// Sent in the background: waits for connectivity, and is sent at most once.
-    void purchase(JsonObject params, const std::string& machineId, Completion<OrderModel> completion) const;
+    /// Sent in the background: waits for connectivity, and is sent at most once. What becomes of it is written down
+    /// under `paymentId`.
+    std::shared_ptr<Sending> purchase(JsonObject params, const std::string& machineId, std::string paymentId,
+                                      Completion<OrderModel> completion) const;
+    /// A reply about another order is not understood.
     void order(const std::string& orderId, bool statusOnly, Completion<OrderModel> completion) const;
 };
 using PurchaseService = PurchaseRepository;
@@ -80,7 +102,7 @@ public:
     void addCard(const std::map<std::string, SecretText>& paymentCard, std::string uuidKey,
                  Completion<AddCreditCardResponse> completion) const;
     void removeCard(const std::string& tokenLocator, Completion<DeleteCreditResponse> completion) const;
-    void deposit(const Deposit& deposit, Completion<DepositModel> completion) const;
+    void deposit(const Deposit& deposit, std::string paymentId, Completion<DepositModel> completion) const;
     void addCardTDSecure(const TDSAddCard& body, Completion<TDSAddCardResponseFactory> completion) const;
     void getCardTDSecure(const TDSGetCard& body, Completion<TDSGetCardResponseFactory> completion) const;
     /// The text of the issuer's page at `url`.
@@ -91,13 +113,16 @@ using PaymentMethodService = PaymentMethodRepository;
 class PrepaidRepository {
 public:
     void prepaidCards(Completion<PrepaidsList> completion) const;
-    void deposit(const std::string& prepaidId, const Deposit& deposit, Completion<DepositModel> completion) const;
+    void deposit(const std::string& prepaidId, const Deposit& deposit, std::string paymentId,
+                 Completion<DepositModel> completion) const;
 };
 using PrepaidService = PrepaidRepository;
 
 class ActivitiesRepository {
 public:
     void activities(JsonObject params, Completion<Orders> completion) const;
+    /// The same as they are in the reply.
+    void activityModels(JsonObject params, Completion<std::vector<OrderActivityModel>> completion) const;
 };
 using ActivitiesService = ActivitiesRepository;
 

@@ -26,8 +26,9 @@ void KavioMockNetworkService::send(APIRequest request, RawCompletion completion)
         });
 }
 
-void KavioMockNetworkService::sendInBackground(APIRequest request, RawCompletion completion) {
+std::shared_ptr<DownloadTask> KavioMockNetworkService::sendInBackground(APIRequest request, RawCompletion completion) {
     send(std::move(request), std::move(completion));
+    return nullptr;
 }
 
 }  // namespace kavio

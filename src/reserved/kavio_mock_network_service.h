@@ -25,7 +25,8 @@ public:
     NetworkConfiguration networkConfiguration;
 
     void send(APIRequest request, RawCompletion completion) override;
-    void sendInBackground(APIRequest request, RawCompletion completion) override;
+    /// What is answered at once cannot be given up: null.
+    std::shared_ptr<DownloadTask> sendInBackground(APIRequest request, RawCompletion completion) override;
 };
 
 }  // namespace kavio

@@ -2,7 +2,7 @@
 
 #include "models/account_model.h"
 #include "models/json/json_value.h"
-#include "storage/retaining_store.h"
+#include "storage/suites.h"
 #include "util/shared_instance.h"
 #include "util/trace.h"
 
@@ -10,25 +10,10 @@
 #include <kavio/user_defaults.h>
 
 namespace kavio {
-namespace {
-
-// Hosts that set the same "KavioKey" share a suite; hosts with different ones do not.
-std::string suiteName() {
-    return "group.KavioSdkUserDefaults-" +
-           Platform::current().mainBundle->informationText("KavioKey").value_or("KavioE");
-}
-
-std::shared_ptr<KeyValueStore> openStore() {
-    auto& stores = *Platform::current().keyValueStores;
-    auto suite = stores.suite(suiteName());
-    return std::make_shared<RetainingStore>(suite ? std::move(suite) : stores.standard());
-}
-
-}  // namespace
 
 std::shared_ptr<KavioUserDefaults> KavioUserDefaults::shared() { return sharedInstance<KavioUserDefaults>(); }
 
-KavioUserDefaults::KavioUserDefaults() : defualt(openStore()) {}
+KavioUserDefaults::KavioUserDefaults() : defualt(openSuite("group.KavioSdkUserDefaults")) {}
 
 void KavioUserDefaults::saveAccount(const std::optional<AccountModel>& account) {
     if (!account) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
 #include <utility>
 
 namespace kavio {
@@ -27,6 +28,20 @@ std::vector<std::optional<StoredValue>> RetainingStore::values(std::initializer_
         ++value;
     }
     return found;
+}
+
+std::vector<std::string> RetainingStore::keys() const {
+    const auto kept = unwritten();
+    std::set<std::string> found;
+    for (auto& key : mSuite->keys()) found.insert(std::move(key));
+    for (const auto& [key, value] : kept) {
+        if (value) {
+            found.insert(key);
+        } else {
+            found.erase(key);
+        }
+    }
+    return {found.begin(), found.end()};
 }
 
 bool RetainingStore::write(const StoreChanges& changes) {

@@ -5,7 +5,9 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace kavio {
 
@@ -18,6 +20,7 @@ public:
 
     std::optional<StoredValue> value(std::string_view key) const override { return values({key}).front(); }
     std::vector<std::optional<StoredValue>> values(std::initializer_list<std::string_view> keys) const override;
+    std::vector<std::string> keys() const override;
     /// False when the changes are not in the suite, and end with this process unless a later write takes them along.
     /// False as well, and without any effect, when one is a date that is no number.
     bool write(const StoreChanges& changes) override;

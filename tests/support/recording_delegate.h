@@ -3,6 +3,7 @@
 #include <kavio/kavio.h>
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -26,9 +27,10 @@ inline std::ostream& operator<<(std::ostream& out, const Report& report) {
 }
 
 /// Keeps every report in order. `onReport` runs inside the callback, as an application's own code would.
-class RecordingDelegate final : public KavioDelegate {
+class RecordingDelegate final : public KavioDelegate, public std::enable_shared_from_this<RecordingDelegate> {
 public:
     std::vector<Report> reports;
+    std::vector<std::string> outcomes;  // effect and cause of each report, such as "NONE BUSY"
     std::function<void(const Report&)> onReport;
     PaymentMethods paymentMethods;  // of the last report that carried some
 
@@ -73,6 +75,7 @@ private:
     }
     void record(std::string callback, const KavioResult& result, std::string payload = "none") {
         reports.push_back({std::move(callback), result.type, result.message, std::move(payload)});
+        outcomes.push_back(std::string(name(result.effect)) + " " + std::string(name(result.cause)));
         if (!onReport) return;
         const auto report = reports.back();  // the reaction may destroy this
         const auto reaction = onReport;

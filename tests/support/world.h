@@ -52,17 +52,30 @@ public:
     Kavio& kavio() { return *mKavio; }
     RecordingDelegate& delegate() { return *mDelegate; }
     const std::vector<Report>& reports() const { return mDelegate ? mDelegate->reports : mReports; }
-    /// Whether the facade refuses operations. Not counted among the reports.
+    const std::vector<std::string>& outcomes() const { return mDelegate->outcomes; }
+    /// Whether the facade refuses operations, and says so. Not counted among the reports.
     bool isBusy() {
         kavio().getOrder("no number");  // for which nothing is sent
         const bool busy = mDelegate->reports.back().type == ResultType::BUSY;
         mDelegate->reports.pop_back();
+        mDelegate->outcomes.pop_back();
+        EXPECT_EQ(kavio().isBusy(), busy);
         return busy;
     }
     KeyValueStore& store() { return *KavioUserDefaults::shared()->defualt; }
     FakeDevice& device() { return mDevice; }
 
     void destroyFacade() { mKavio.reset(); }
+    /// The program ends in the middle of whatever it does, and starts again on the same store.
+    void restart(Kavio::EnvironmentType environment = Kavio::EnvironmentType::TEST) {
+        mAbandoned.push_back(std::move(mKavio));  // a program that is killed destroys nothing
+        mDevice.mainQueue->forget();
+        mDevice.urlSession->forget();
+        mDevice.backgroundUrlSession->forget();
+        mDelegate = std::make_shared<RecordingDelegate>();
+        forgetSharedInstances();
+        makeFacade(environment);
+    }
     /// The application's reference; the reports stay for the test to see.
     void destroyDelegate() {
         mReports = mDelegate->reports;
@@ -100,6 +113,7 @@ private:
     std::shared_ptr<RecordingDelegate> mDelegate = std::make_shared<RecordingDelegate>();
     std::vector<Report> mReports;  // of a delegate that is gone
     std::unique_ptr<Kavio> mKavio;
+    std::vector<std::unique_ptr<Kavio>> mAbandoned;
 };
 
 /// The ways in which an application lets go of the library.

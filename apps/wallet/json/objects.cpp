@@ -5,7 +5,11 @@ namespace kavio {
 using wallet::Json;
 
 void to_json(Json& json, const KavioResult& result) {
-    json = {{"type", result.type}, {"message", result.message}, {"debug", result.debugDescription()}};
+    json = {{"type", result.type},
+            {"message", result.message},
+            {"debug", result.debugDescription()},
+            {"effect", result.effect},
+            {"cause", result.cause}};
 }
 
 void to_json(Json& json, const Machine& machine) {
@@ -115,6 +119,22 @@ void to_json(Json& json, const Order& order) {
         {"itemsCount", order.itemsCount},
         {"endingBalance", order.endingBalance},
         {"debug", order.debugDescription()},
+    };
+}
+
+void to_json(Json& json, const UnsettledPayment& payment) {
+    json = {
+        {"id", payment.id},
+        {"kind", payment.kind},
+        {"startedAt", payment.startedAt},
+        {"kavioId", payment.kavioId},
+        {"amount", payment.amount},
+        {"currency", payment.currency},
+        {"paymentMethodId", payment.paymentMethodId},
+        {"paymentType", payment.paymentType},
+        {"chargedCardId", payment.chargedCardId},
+        {"orderId", payment.orderId},
+        {"status", payment.status},
     };
 }
 

@@ -17,6 +17,7 @@ void to_json(wallet::Json& json, const Machine& machine);
 void to_json(wallet::Json& json, const Order& order);
 void to_json(wallet::Json& json, const PaymentMethod& method);
 void to_json(wallet::Json& json, const Product& product);
+void to_json(wallet::Json& json, const UnsettledPayment& payment);
 
 template <class Enumeration>
 requires std::is_enum_v<Enumeration>

@@ -4,6 +4,8 @@
 #include "jsonl/operations.h"
 
 #include <exception>
+#include <functional>
+#include <numeric>
 
 namespace kavio::wallet {
 
@@ -16,14 +18,18 @@ void carryOut(const std::string& line, Facades& facades) {
     const Arguments arguments{Value{json, {}}};
     const auto& operation = operationNamed(arguments.required<std::string>("op"));
     const Call call{operation.name, arguments.optional<std::string>("facade").value_or("main"), arguments};
-    const auto awaited = arguments.optional<std::uint64_t>("await").value_or(operation.callback.empty() ? 0 : 1);
+    const auto awaited = arguments.optional<std::uint64_t>("await").value_or(operation.callbacks.empty() ? 0 : 1);
     const auto timeout = arguments.optional<std::chrono::milliseconds>("timeoutMs").value_or(defaultTimeout);
 
     // Counting starts before the operation, so that what it reports before it returns counts too.
-    const auto& reports = facades.reports(call.facade, operation.callback);
-    const auto before = reports;
+    const auto reports = [&] {
+        return std::transform_reduce(operation.callbacks.begin(), operation.callbacks.end(), std::uint64_t{0},
+                                     std::plus(),
+                                     [&](auto callback) { return facades.reports(call.facade, callback); });
+    };
+    const auto before = reports();
     operation.run(facades, call);
-    const auto isDone = [&] { return reports - before >= awaited; };
+    const auto isDone = [&] { return reports() - before >= awaited; };
     if (isDone() || facades.program.runUntil(isDone, timeout)) return;
     facades.write({{"event", "timeout"}, {"op", call.op}, {"facade", call.facade}});
 }

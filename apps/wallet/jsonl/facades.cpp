@@ -23,8 +23,9 @@ Facades::Held& Facades::held(const Call& call) {
     return found->second;
 }
 
-const std::uint64_t& Facades::reports(const std::string& facade, std::string_view callback) {
-    return mReports[{facade, callback}];
+std::uint64_t Facades::reports(const std::string& facade, std::string_view callback) const {
+    const auto found = mReports.find({facade, callback});
+    return found == mReports.end() ? 0 : found->second;
 }
 
 void Facades::write(const Json& event) const { program.write(lineOf(event)); }

@@ -44,8 +44,8 @@ public:
     void create(std::string name, std::string apiKey, Kavio::EnvironmentType environment);
     /// Throws `Refused` if there is no such facade.
     Held& held(const Call& call);
-    /// How often the callback has been called so far; keeps counting.
-    const std::uint64_t& reports(const std::string& facade, std::string_view callback);
+    /// How often the callback has been called so far.
+    std::uint64_t reports(const std::string& facade, std::string_view callback) const;
 
     void write(const Json& event) const;
     void answer(const Call& call, const Json& value) const;

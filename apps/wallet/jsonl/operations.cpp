@@ -46,9 +46,9 @@ struct Parameter<std::shared_ptr<const TransactionFilter>> : OptionalFilter<Tran
 
 /// An operation of the facade: `names` are its arguments in a line, and the method gives their types.
 template <class... Parameters>
-Operation reporting(std::string_view name, std::string_view callback, void (Kavio::*method)(Parameters...),
-                    std::array<std::string_view, sizeof...(Parameters)> names) {
-    return {name, callback, [method, names](Facades& facades, const Call& call) {
+Operation reporting(std::string_view name, std::vector<std::string_view> callbacks,
+                    void (Kavio::*method)(Parameters...), std::array<std::string_view, sizeof...(Parameters)> names) {
+    return {name, std::move(callbacks), [method, names](Facades& facades, const Call& call) {
                 auto& kavio = *facades.held(call).kavio;
                 [&]<std::size_t... index>(std::index_sequence<index...>) {
                     // In braces, so that the first bad argument is reported.
@@ -59,7 +59,9 @@ Operation reporting(std::string_view name, std::string_view callback, void (Kavi
             }};
 }
 
-Operation returning(std::string_view name, std::optional<std::string> (Kavio::*method)() const) {
+/// A question that is answered at once.
+template <class Answer>
+Operation returning(std::string_view name, Answer (Kavio::*method)() const) {
     return {name, {}, [method](Facades& facades, const Call& call) {
                 facades.answer(call, (*facades.held(call).kavio.*method)());
             }};
@@ -94,6 +96,11 @@ void sleep(Facades& facades, const Call& call) {
     facades.program.runUntil([] { return false; }, duration);
 }
 
+void forgetPayment(Facades& facades, const Call& call) {
+    const auto id = call.arguments.required<std::string>("id");
+    facades.answer(call, facades.held(call).kavio->forgetPayment(id));
+}
+
 void storeGet(Facades& facades, const Call& call) {
     const auto key = call.arguments.required<std::string>("key");
     const auto value = toJson(userDefaults()->value(key));
@@ -117,23 +124,29 @@ const std::vector<Operation>& operations() {
         {"sleep", {}, sleep},
         {"storeGet", {}, storeGet},
         {"storeSet", {}, storeSet},
+        {"forgetPayment", {}, forgetPayment},
+        returning("isBusy", &Kavio::isBusy),
+        returning("unsettledPayments", &Kavio::unsettledPayments),
         returning("getVersion", &Kavio::getVersion),
         returning("getBuild", &Kavio::getBuild),
-        reporting("isLoggedIn", "onCheckIsUserLogin", &Kavio::isLoggedIn, {}),
-        reporting("login", "onLogin", &Kavio::login, {"countryCode", "phoneNumber"}),
-        reporting("verify", "onVerify", &Kavio::verify, {"otp", "country", "countryCode", "phoneNumber"}),
-        reporting("logout", "onLogout", &Kavio::logout, {}),
-        reporting("getPaymentMethods", "onGetPaymentMethods", &Kavio::getPaymentMethods, {}),
-        reporting("getMachines", "onGetMachines", &Kavio::getMachines, {"filter"}),
-        reporting("getMachineProducts", "onGetMachineProducts", &Kavio::getMachineProducts, {"machineId"}),
-        reporting("getTransactions", "onGetTransactions", &Kavio::getTransactions, {"filter"}),
-        reporting("getOrder", "onGetOrder", &Kavio::getOrder, {"orderId"}),
-        reporting("placeOrder", "onPlaceOrder", &Kavio::placeOrder, {"kavioId", "paymentMethod", "amount", "products"}),
-        reporting("addCreditCard", "onAddCreditCard", &Kavio::addCreditCard, {"card"}),
-        reporting("addCreditCardTDSecure", "onAddCreditCard", &Kavio::addCreditCardTDSecure,
+        reporting("isLoggedIn", {"onCheckIsUserLogin"}, &Kavio::isLoggedIn, {}),
+        reporting("login", {"onLogin"}, &Kavio::login, {"countryCode", "phoneNumber"}),
+        reporting("verify", {"onVerify"}, &Kavio::verify, {"otp", "country", "countryCode", "phoneNumber"}),
+        reporting("logout", {"onLogout"}, &Kavio::logout, {}),
+        reporting("getPaymentMethods", {"onGetPaymentMethods"}, &Kavio::getPaymentMethods, {}),
+        reporting("getMachines", {"onGetMachines"}, &Kavio::getMachines, {"filter"}),
+        reporting("getMachineProducts", {"onGetMachineProducts"}, &Kavio::getMachineProducts, {"machineId"}),
+        reporting("getTransactions", {"onGetTransactions"}, &Kavio::getTransactions, {"filter"}),
+        reporting("getOrder", {"onGetOrder"}, &Kavio::getOrder, {"orderId"}),
+        reporting("placeOrder", {"onPlaceOrder"}, &Kavio::placeOrder,
+                  {"kavioId", "paymentMethod", "amount", "products"}),
+        // It reports to the callback of the payment's kind.
+        reporting("settlePayment", {"onPlaceOrder", "onDeposit"}, &Kavio::settlePayment, {"id"}),
+        reporting("addCreditCard", {"onAddCreditCard"}, &Kavio::addCreditCard, {"card"}),
+        reporting("addCreditCardTDSecure", {"onAddCreditCard"}, &Kavio::addCreditCardTDSecure,
                   {"paymentCard", "cardHolder"}),
-        reporting("removeCard", "onRemoveCard", &Kavio::removeCard, {"id"}),
-        reporting("deposit", "onDeposit", &Kavio::deposit, {"depositCard", "amount", "chargedCardId"}),
+        reporting("removeCard", {"onRemoveCard"}, &Kavio::removeCard, {"id"}),
+        reporting("deposit", {"onDeposit"}, &Kavio::deposit, {"depositCard", "amount", "chargedCardId"}),
     };
     return table;
 }

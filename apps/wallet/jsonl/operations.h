@@ -4,14 +4,15 @@
 
 #include <functional>
 #include <string_view>
+#include <vector>
 
 namespace kavio::wallet {
 
 /// Something that a line can ask for.
 struct Operation {
     std::string_view name;
-    /// The callback through which it reports; empty if it reports nothing.
-    std::string_view callback;
+    /// The callbacks through which it reports, any of them; none if it reports nothing.
+    std::vector<std::string_view> callbacks;
     /// Reads all of its arguments before doing anything.
     std::function<void(Facades&, const Call&)> run;
 };

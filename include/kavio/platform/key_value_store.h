@@ -40,6 +40,8 @@ public:
         for (const auto key : keys) found.push_back(value(key));
         return found;
     }
+    /// The keys that have a value, in no particular order.
+    virtual std::vector<std::string> keys() const = 0;
     virtual bool write(const StoreChanges& changes) = 0;
     /// Whether all that was written outlasts the process; not so where values live in memory for want of a better
     /// place.

@@ -58,6 +58,11 @@ std::optional<std::string> KeyedContainer::textIfText(Key key) const {
     return found->as<std::string>();
 }
 
+std::optional<std::int64_t> KeyedContainer::integerIfInteger(Key key) const {
+    const auto element = find(key);
+    return element ? Reading<std::int64_t>::read(domElement(*element)) : std::nullopt;
+}
+
 void KeyedContainer::requireNumbers() const {
     const auto require = [this](const Member& member) {
         DecodedValue({mDocument, member.index}, {&mPath, member.name()}).as<double>();

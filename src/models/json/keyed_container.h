@@ -145,6 +145,8 @@ public:
     std::optional<KeyedContainer> nestedIfObject(Key key) const&& = delete;
     /// Absent as well when the member is no text.
     std::optional<std::string> textIfText(Key key) const;
+    /// Absent as well when the member is not an integer.
+    std::optional<std::int64_t> integerIfInteger(Key key) const;
     /// Of an object of numbers each member is one, those as well that nobody asks for; null is none.
     void requireNumbers() const;
 

@@ -5,6 +5,7 @@
 #include <map>
 #include <mutex>
 #include <string>
+#include <vector>
 
 namespace kavio {
 
@@ -16,6 +17,13 @@ public:
         const auto found = mValues.find(key);
         if (found == mValues.end()) return std::nullopt;
         return found->second;
+    }
+
+    std::vector<std::string> keys() const override {
+        const std::lock_guard lock(mMutex);
+        std::vector<std::string> keys;
+        for (const auto& [key, value] : mValues) keys.push_back(key);
+        return keys;
     }
 
     bool write(const StoreChanges& changes) override {

@@ -33,6 +33,12 @@ std::vector<std::optional<StoredValue>> SqliteSuite::values(std::initializer_lis
     return found;
 }
 
+std::vector<std::string> SqliteSuite::keys() const {
+    std::vector<std::string> found;
+    use([&](SuiteFile& file) { found = file.keys(); });
+    return found;
+}
+
 bool SqliteSuite::write(const StoreChanges& changes) {
     bool isKept = false;
     use([&](SuiteFile& file) { isKept = file.write(changes); });

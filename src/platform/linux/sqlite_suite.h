@@ -12,6 +12,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -27,6 +28,7 @@ public:
     bool isUsable() const;
     std::optional<StoredValue> value(std::string_view key) const override;
     std::vector<std::optional<StoredValue>> values(std::initializer_list<std::string_view> keys) const override;
+    std::vector<std::string> keys() const override;
     bool write(const StoreChanges& changes) override;
 
 private:

@@ -59,15 +59,26 @@ void SuiteFile::refresh() {
 }
 
 std::vector<std::optional<StoredValue>> SuiteFile::values(std::initializer_list<std::string_view> keys) {
+    look();
+    std::vector<std::optional<StoredValue>> found;
+    found.reserve(keys.size());
+    for (const auto key : keys) found.push_back(known(key));
+    return found;
+}
+
+std::vector<std::string> SuiteFile::keys() {
+    look();
+    std::vector<std::string> found;
+    for (const auto& [key, value] : *mValues) found.push_back(key);
+    return found;
+}
+
+void SuiteFile::look() {
     try {
         refresh();
     } catch (const SqliteError&) {
         if (!mValues) throw;
     }
-    std::vector<std::optional<StoredValue>> found;
-    found.reserve(keys.size());
-    for (const auto key : keys) found.push_back(known(key));
-    return found;
 }
 
 bool SuiteFile::write(const StoreChanges& changes) {

@@ -39,12 +39,15 @@ public:
     void refresh();
     /// The values when the file cannot be read just now are those last seen in it.
     std::vector<std::optional<StoredValue>> values(std::initializer_list<std::string_view> keys);
+    std::vector<std::string> keys();
     /// Makes all changes or none. True when the file holds them now.
     bool write(const StoreChanges& changes);
 
 private:
     using Values = std::map<std::string, StoredValue, std::less<>>;
 
+    /// As `refresh`, but what is known already will do when the file cannot be read just now.
+    void look();
     void prepare();
     void makeTable();
     void load();

@@ -33,6 +33,12 @@ public:
         runUntil(end);
         mClock->advance(end - mClock->uptime());
     }
+    /// What waits never runs.
+    void forget() {
+        decltype(mWork) forgotten;  // goes without the lock
+        const std::lock_guard lock(mMutex);
+        mWork.swap(forgotten);
+    }
     /// How many pieces of work wait, due or not.
     std::size_t pending() const {
         const std::lock_guard lock(mMutex);

@@ -73,6 +73,11 @@ public:
     bool fail(UrlError::Code code) {
         return fail(UrlError{code, "scripted failure", std::nullopt, mayHaveBeenSent(code)});
     }
+    /// Nobody hears any more of what is open.
+    void forget() {
+        const std::lock_guard lock(mMutex);
+        mOpen.clear();
+    }
     /// The oldest open request goes out, and can no longer be given up. False when there is none, or it was given up.
     bool leave() {
         const std::lock_guard lock(mMutex);

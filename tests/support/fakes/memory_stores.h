@@ -38,6 +38,7 @@ private:
     struct Store final : KeyValueStore {
         explicit Store(std::shared_ptr<std::atomic<bool>> refusing) : refuses(std::move(refusing)) {}
         std::optional<StoredValue> value(std::string_view key) const override { return values.value(key); }
+        std::vector<std::string> keys() const override { return values.keys(); }
         bool write(const StoreChanges& changes) override { return !*refuses && values.write(changes); }
 
         const std::shared_ptr<const std::atomic<bool>> refuses;

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "models/order_activity_model.h"
+#include "models/order_model.h"
+#include "network/api_result.h"
+#include "storage/payment_journal.h"
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kavio {
+
+class ActivitiesRepository;
+class PurchaseRepository;
+
+/// What became of a payment whose answer never came.
+struct PaymentFinding {
+    enum class Verdict { MADE, NOT_MADE, NOT_CERTAIN };
+
+    Verdict verdict = Verdict::NOT_CERTAIN;
+    std::string orderId = {};                                  // of one that was made
+    std::optional<std::int64_t> endingBalance = std::nullopt;  // as well
+};
+
+/// Looks for a payment among the transactions since it was written down. It is the one that fits, if only that one may;
+/// it was not made when none may, the list reaches back far enough, and what was sent can no longer arrive. Anything
+/// else is not certain: what the service leaves out of a transaction never speaks for it.
+class PaymentSearch final : public std::enable_shared_from_this<PaymentSearch> {
+public:
+    /// `completion` runs on the main thread, once.
+    static void start(JournalEntry entry, Completion<PaymentFinding> completion);
+
+    PaymentSearch(JournalEntry entry, Completion<PaymentFinding> completion);
+
+private:
+    enum class Fit { NO, PERHAPS, YES };
+
+    void askForPage(std::optional<Date> before);
+    void take(const APIResult<std::vector<OrderActivityModel>>& page);
+    void judge();
+    Fit fitOf(const OrderActivityModel& activity) const;
+    Fit wayOfPayment(const OrderActivityModel& activity) const;
+    void askForMachines();
+    void takeOrder(const APIResult<OrderModel>& reply);
+    void conclude();
+
+    const std::shared_ptr<ActivitiesRepository> mActivities;
+    const std::shared_ptr<PurchaseRepository> mPurchases;
+    const JournalEntry mEntry;
+    const Completion<PaymentFinding> mCompletion;
+    std::map<std::string, OrderActivityModel> mSeen;
+    std::optional<Date> mOldest;
+    int mPages = 0;
+    bool mReachesBack = false;
+    std::vector<OrderActivityModel> mUndecided;  // may fit; their machine is not known yet
+    std::vector<OrderActivityModel> mFitting;
+    bool mMoreMayFit = false;
+};
+
+}  // namespace kavio

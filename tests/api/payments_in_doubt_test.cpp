@@ -1,0 +1,407 @@
+#include "models/json/json_value.h"
+#include "storage/payment_journal.h"
+#include "support/sample_replies.h"
+#include "support/world.h"
+
+#include <gmock/gmock.h>
+
+#include <chrono>
+
+namespace kavio::test {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+using testing::SizeIs;
+using PaymentType = PaymentMethod::PaymentType;
+
+using Start = void (*)(World&);
+
+void buy(World& world) {
+    const auto card = std::make_shared<PaymentMethod>("L1", "**11", PaymentType::CREDIT_CARD);
+    world.kavio().placeOrder(1234, card, 150, {});
+}
+
+void topUp(World& world) {
+    const auto wallet = std::make_shared<DepositCard>("0", "501", PaymentType::KAVIO, 0, "EUR", 2);
+    world.kavio().deposit(wallet, 12.5, "L1");
+}
+
+std::vector<UnsettledPayment> unsettled(World& world) { return world.kavio().unsettledPayments(); }
+
+TEST(Results, TellOfEveryAnswerWhatHappenedAndWhy) {
+    struct Operation {
+        const char* name;
+        Start start;
+        std::string good;
+        bool changes = true;
+    };
+    const std::vector<Operation> operations{
+        {"purchase", buy, replies::order("completed")},
+        {"deposit", topUp, R"({"deposit":{"balance":5}})"},
+        {"login", [](World& w) { w.kavio().login("49", "501"); }, replies::challenge},
+        {"logout", [](World& w) { w.kavio().logout(); }, replies::ok},
+        {"add a card",
+         [](World& w) {
+             w.kavio().addCreditCard(std::make_shared<Card>(Card{"4", "1", "2030", "1", "a@b"}));
+         },
+         "null"},
+        {"remove a card", [](World& w) { w.kavio().removeCard("L1"); }, replies::ok},
+        {"a question", [](World& w) { w.kavio().getOrder("77"); }, replies::order("completed"), false},
+    };
+    struct Case {
+        Answer answer;
+        const char* outcome;
+    };
+    const std::vector<Case> cases{
+        {{400, "{}"}, "NONE REFUSED_BY_SERVICE"},
+        {{401, "{}"}, "NONE SESSION_REFUSED"},
+        {{404, "{}"}, "NONE REFUSED_BY_SERVICE"},
+        {{406, "{}"}, "NONE SESSION_REFUSED"},
+        {{417, "{}"}, "NONE SIGNATURE_REFUSED"},
+        {{426, "{}"}, "NONE UPDATE_REQUIRED"},
+        {{204, ""}, "UNKNOWN SERVICE_FAILED"},
+        {{302, ""}, "UNKNOWN SERVICE_FAILED"},
+        {{503, "{}"}, "UNKNOWN SERVICE_FAILED"},
+        {{200, "{"}, "UNKNOWN UNREADABLE_REPLY"},
+        {{UrlError::notConnectedToInternet}, "NONE NO_NETWORK"},
+        {{UrlError::cannotFindHost}, "NONE CONNECTION_FAILED"},
+        {{UrlError::cannotConnectToHost}, "NONE CONNECTION_FAILED"},
+        {{UrlError::secureConnectionFailed}, "NONE UNTRUSTED_SERVICE"},
+        {{UrlError::serverCertificateUntrusted}, "NONE UNTRUSTED_SERVICE"},
+        {{UrlError::networkConnectionLost}, "UNKNOWN CONNECTION_LOST"},
+        {{UrlError::timedOut}, "UNKNOWN TIMED_OUT"},
+        {{UrlError::dataLengthExceedsMaximum}, "UNKNOWN UNREADABLE_REPLY"},
+    };
+    for (const auto& operation : operations) {
+        const auto expected = [&](std::string outcome) {
+            if (!operation.changes) outcome.replace(0, outcome.find(' '), "NONE");
+            return outcome;
+        };
+        for (const auto& c : cases) {
+            SCOPED_TRACE(operation.name + std::string(", ") + c.outcome);
+            World world;
+            operation.start(world);
+            world.answer(c.answer);
+            EXPECT_THAT(world.outcomes(), ElementsAre(expected(c.outcome)));
+            // A payment is in doubt exactly as long as its effect is.
+            const bool isPayment = operation.start == buy || operation.start == topUp;
+            const bool isInDoubt = isPayment && expected(c.outcome).starts_with("UNKNOWN");
+            EXPECT_THAT(unsettled(world), SizeIs(isInDoubt ? 1 : 0));
+        }
+        SCOPED_TRACE(operation.name);
+        World world;
+        operation.start(world);
+        world.kavio().isLoggedIn();
+        world.answer({200, operation.good});
+        EXPECT_THAT(world.outcomes(), ElementsAre("NONE BUSY", expected("DONE NONE")));
+        EXPECT_THAT(unsettled(world), IsEmpty());
+    }
+}
+
+TEST(Results, TellOfRefusalsBeforeAnythingIsSent) {
+    World world;
+    world.kavio().isLoggedIn();
+    world.kavio().verify("1", "DE", "49", "501");
+    world.kavio().placeOrder(1, nullptr, 1, {});
+    world.kavio().settlePayment("none");
+    EXPECT_THAT(world.outcomes(),
+                ElementsAre("NONE NO_SESSION", "NONE NO_SESSION", "NONE INVALID_INPUT", "NONE INVALID_INPUT"));
+    EXPECT_EQ(world.reports().back(), (Report{"onPlaceOrder", ResultType::BAD_INPUT, "{none} is invalid payment ID"}));
+}
+
+TEST(Results, OfAFollowedOrderAreDone) {
+    for (const int status : {503, 401}) {
+        World world;
+        buy(world);
+        world.answer({200, replies::order("created")});
+        for (int i = 0; i < 60; ++i) {
+            world.advance(seconds(1));
+            world.answer({status, "{}"});
+        }
+        EXPECT_THAT(world.outcomes(),
+                    ElementsAre("DONE NONE", status == 401 ? "DONE SESSION_REFUSED" : "DONE FOLLOWING_TIMED_OUT"));
+    }
+}
+
+TEST(PaymentsInDoubt, AreWrittenDownBeforeTheyLeaveAndOutliveTheProgram) {
+    World world;
+    buy(world);
+    ASSERT_THAT(unsettled(world), SizeIs(1)) << "before any byte has left";
+    world.restart();
+    world.advance(seconds(1));
+    topUp(world);
+    world.restart();
+    const auto left = unsettled(world);
+    ASSERT_THAT(left, SizeIs(2));
+    EXPECT_EQ(left[0].kind, UnsettledPayment::Kind::ORDER);
+    EXPECT_EQ(left[0].startedAt, world.device().clock->now() - seconds(1));
+    EXPECT_THAT(left[0].kavioId, testing::Optional(1234));
+    EXPECT_EQ(left[0].amount, 150);
+    EXPECT_EQ(left[0].paymentMethodId, "L1");
+    EXPECT_EQ(left[0].paymentType, PaymentType::CREDIT_CARD);
+    EXPECT_EQ(left[1].kind, UnsettledPayment::Kind::DEPOSIT);
+    EXPECT_EQ(left[1].amount, 1250);
+    EXPECT_EQ(left[1].chargedCardId, "L1");
+
+    EXPECT_TRUE(world.kavio().forgetPayment(left[0].id));
+    EXPECT_FALSE(world.kavio().forgetPayment(left[0].id));
+    EXPECT_THAT(unsettled(world), SizeIs(1));
+}
+
+TEST(PaymentsInDoubt, KnowTheirOrderOnceItIsToldAndEndWithIt) {
+    World world;
+    buy(world);
+    world.answer({200, replies::order("created")});
+    world.restart();
+    ASSERT_THAT(unsettled(world), SizeIs(1));
+    EXPECT_EQ(unsettled(world).front().orderId, "77");
+    EXPECT_EQ(unsettled(world).front().status, Order::Status::CREATED);
+
+    world.kavio().getOrder("77");  // whoever asks
+    world.answer({200, replies::order("completed")});
+    EXPECT_THAT(unsettled(world), IsEmpty());
+}
+
+TEST(PaymentsInDoubt, AreNotMadeWhereTheyCannotBeWrittenDown) {
+    for (const Start start : {buy, topUp}) {
+        World world;
+        *world.device().stores->refusesWrites = true;
+        start(world);
+        EXPECT_THAT(world.outcomes(), ElementsAre("NONE STORE_FAILED"));
+        EXPECT_THAT(world.sent(), IsEmpty());
+        EXPECT_THAT(world.sentInBackground(), IsEmpty());
+        EXPECT_FALSE(world.isBusy());
+        EXPECT_THAT(unsettled(world), IsEmpty());
+    }
+}
+
+TEST(PaymentsInDoubt, AreAHundredAtMostAndNoneInDoubtGoesByItself) {
+    World world;
+    buy(world);
+    world.answer({200, replies::order("created", "1")});
+    world.restart();
+    for (int i = 0; i < 99; ++i) {
+        world.device().clock->advance(seconds(1));
+        topUp(world);
+        world.answer({UrlError::timedOut});
+    }
+    EXPECT_EQ(unsettled(world).size(), 100U);
+    topUp(world);
+    world.answer({UrlError::timedOut});
+    EXPECT_EQ(unsettled(world).front().kind, UnsettledPayment::Kind::DEPOSIT) << "the order is no longer in doubt";
+    topUp(world);
+    EXPECT_EQ(world.outcomes().back(), "NONE STORE_FAILED");
+    EXPECT_EQ(unsettled(world).size(), 100U);
+}
+
+TEST(GivenUp, APurchaseThatHasNotLeftIsNeverSent) {
+    for (const Loss loss : {losses[0], losses[2]}) {
+        for (const bool hasLeft : {false, true}) {
+            World world;
+            buy(world);
+            if (hasLeft) {
+                ASSERT_TRUE(world.device().backgroundUrlSession->leave());
+            }
+            loss(world);
+            EXPECT_EQ(world.device().backgroundUrlSession->leave(), hasLeft);
+            world.answer({200, replies::order("created")});
+            world.makeFacade();
+            EXPECT_THAT(unsettled(world), SizeIs(hasLeft ? 1 : 0)) << "what has left goes on, and is written down";
+        }
+    }
+}
+
+TEST(GivenUp, APurchaseThatWaitsForTheTimeIsNeverSent) {
+    World world;
+    world.store().remove(keys::serverExpiredTime);
+    buy(world);
+    world.destroyFacade();
+    world.answer({200, replies::time("2024")});
+    EXPECT_THAT(world.sentInBackground(), IsEmpty());
+    world.makeFacade();
+    EXPECT_THAT(unsettled(world), IsEmpty());
+}
+
+/// A transaction like that of `buy`, one second after it was written down.
+JsonObject transaction(const JsonObject& changes = {}) {
+    JsonObject activity{{"orderId", 501},
+                        {"created", "2024-01-01T00:00:01.000"},
+                        {"amount", 150},
+                        {"orderStatusName", "completed"},
+                        {"paymentSourceName", "ecommerce"},
+                        {"orderType", 1},
+                        {"startingBalance", 0},
+                        {"endingBalance", 7},
+                        {"bonus", 0},
+                        {"gameWin", 0},
+                        {"autoTopup", false},
+                        {"locator", "L1"},
+                        {"currency", "EUR"}};
+    for (const auto& [key, value] : changes) activity[key] = value;
+    return activity;
+}
+
+const JsonObject before{{"orderId", 400}, {"created", "2023-12-31T00:00:00.000"}, {"amount", 1}};
+
+std::string orderAt(std::int64_t machine, const std::string& status) {
+    auto order = JsonValue::parse(replies::order(status, "501"));
+    order["order"]["externalId"] = machine;
+    return order.dump();
+}
+
+TEST(Settling, FindsThePurchaseThatFitsOrSaysThatNoneWasMade) {
+    struct Case {
+        const char* name;
+        std::vector<JsonObject> transactions;
+        std::vector<std::string> orders;  // replies to the questions for a candidate's machine and state
+        seconds later;
+        std::vector<std::string> outcomes;
+        std::size_t left;
+    };
+    const seconds soon{30};
+    const seconds late{600};
+    const std::string notCertain = "UNKNOWN NOT_CERTAIN";
+    for (const auto& c : std::vector<Case>{
+             {"it is the one",
+              {transaction(), transaction(before)},
+              {orderAt(1234, "completed"), orderAt(1234, "completed")},
+              soon,
+              {"DONE NONE"},
+              0},
+             {"none was made", {transaction(before)}, {}, late, {"NONE NOT_MADE"}, 0},
+             {"it may still arrive", {transaction(before)}, {}, soon, {notCertain}, 1},
+             {"another machine's",
+              {transaction(), transaction(before)},
+              {orderAt(99, "completed")},
+              late,
+              {"NONE NOT_MADE"},
+              0},
+             {"an unnamed machine's",
+              {transaction(), transaction(before)},
+              {replies::order("completed", "501")},
+              late,
+              {notCertain},
+              1},
+             {"another amount, card, time, kind",
+              {transaction({{"amount", 151}}), transaction({{"orderId", 502}, {"locator", "L2"}}),
+               transaction({{"orderId", 503}, {"created", "2023-12-31T23:58:00.000"}}),
+               transaction({{"orderId", 504}, {"orderType", 3}}), transaction(before)},
+              {},
+              late,
+              {"NONE NOT_MADE"},
+              0},
+             {"a card that is not named",
+              {transaction({{"locator", nullptr}}), transaction(before)},
+              {},
+              late,
+              {notCertain},
+              1},
+             {"a time that cannot be read",
+              {transaction({{"created", "yesterday"}}), transaction(before)},
+              {},
+              late,
+              {notCertain},
+              1},
+             {"two fit",
+              {transaction(), transaction({{"orderId", 502}}), transaction(before)},
+              {replies::order("completed", "502"), orderAt(1234, "completed")},
+              late,
+              {notCertain},
+              1},
+         }) {
+        SCOPED_TRACE(c.name);
+        World world;
+        buy(world);
+        world.restart();
+        world.advance(std::chrono::duration_cast<milliseconds>(c.later));
+        world.kavio().settlePayment(unsettled(world).front().id);
+        EXPECT_TRUE(world.isBusy());
+        world.answer({200, JsonValue(c.transactions).dump()});
+        for (const auto& order : c.orders) world.answer({200, order});
+        EXPECT_EQ(world.outcomes(), c.outcomes);
+        EXPECT_THAT(unsettled(world), SizeIs(c.left));
+        EXPECT_FALSE(world.isBusy());
+        EXPECT_THAT(world.sentInBackground(), SizeIs(1)) << "settling never pays";
+    }
+}
+
+TEST(Settling, ReadsTheTransactionsBackToThePurchase) {
+    World world;
+    buy(world);
+    world.restart();
+    world.advance(std::chrono::hours(1));
+    world.kavio().settlePayment(unsettled(world).front().id);
+    // A service that gives fewer than were asked for has not said that there are no others.
+    world.answer({200, JsonValue(JsonValue::array_t{transaction(
+                                     {{"orderId", 600}, {"created", "2024-01-01T00:50:00.000"}, {"amount", 5}})})
+                           .dump()});
+    EXPECT_EQ(world.paths().back(), "/orders/activities?beforeAuTime=2024-01-01T00:50:00.001&limit=100");
+    world.answer({200, "[]"});
+    EXPECT_THAT(world.outcomes(), ElementsAre("NONE NOT_MADE"));
+}
+
+TEST(Settling, FollowsAnOrderThatIsNotOver) {
+    World world;
+    buy(world);
+    world.answer({200, replies::order("created")});
+    world.restart();
+    const auto id = unsettled(world).front().id;
+    world.kavio().settlePayment(id);
+    world.answer({503, "{}"});
+    world.kavio().settlePayment(id);
+    world.answer({200, replies::order("started")});
+    EXPECT_TRUE(world.isBusy());
+    world.advance(seconds(1));
+    world.answer({200, replies::order("completed")});
+    EXPECT_THAT(world.reports(),
+                ElementsAre(Report{"onPlaceOrder", ResultType::SERVER_ERROR, "{}"},
+                            Report{"onPlaceOrder", ResultType::SUCCESS, std::nullopt, "77 CREATED"},
+                            Report{"onPlaceOrder", ResultType::SUCCESS, std::nullopt, "77 COMPLETED"}));
+    EXPECT_THAT(world.outcomes(), ElementsAre("DONE SERVICE_FAILED", "DONE NONE", "DONE NONE"));
+    EXPECT_THAT(unsettled(world), IsEmpty());
+}
+
+TEST(Settling, NeverTakesTheOrderOfAnotherPayment) {
+    World world;
+    buy(world);
+    world.restart();
+    buy(world);  // again, and this one is answered
+    world.answer({200, orderAt(1234, "completed")});
+    world.restart();
+    world.advance(std::chrono::minutes(10));
+    world.kavio().settlePayment(unsettled(world).front().id);
+    world.answer({200, JsonValue(JsonValue::array_t{transaction(), transaction(before)}).dump()});
+    EXPECT_THAT(world.outcomes(), ElementsAre("NONE NOT_MADE"));
+}
+
+TEST(Settling, FindsADeposit) {
+    World world;
+    topUp(world);
+    world.restart();
+    world.kavio().settlePayment(unsettled(world).front().id);
+    const auto made = transaction({{"orderType", 3}, {"amount", 1250}});
+    world.answer({200, JsonValue(JsonValue::array_t{made, transaction(before)}).dump()});
+    EXPECT_THAT(world.reports(), ElementsAre(Report{"onDeposit", ResultType::SUCCESS, std::nullopt, "7"}));
+    EXPECT_THAT(unsettled(world), IsEmpty());
+}
+
+TEST(Settling, WaitsForThePaymentThatIsUnderWayAndForItsOwnSession) {
+    World world;
+    topUp(world);
+    Kavio other(std::weak_ptr<KavioDelegate>(world.delegate().weak_from_this()), "key", Kavio::EnvironmentType::TEST);
+    other.settlePayment(unsettled(world).front().id);
+    EXPECT_EQ(world.reports().back(), (Report{"onDeposit", ResultType::FAILURE, "the payment is still under way"}));
+
+    world.restart(Kavio::EnvironmentType::PROD);
+    world.kavio().settlePayment(unsettled(world).front().id);
+    EXPECT_EQ(world.reports().back(),
+              (Report{"onDeposit", ResultType::FAILURE, "the payment belongs to another session"}));
+    EXPECT_EQ(world.outcomes().back(), "UNKNOWN NOT_CERTAIN");
+}
+
+}  // namespace
+}  // namespace kavio::test
