@@ -22,11 +22,18 @@ namespace kavio {
 
 /// The wallet: the one object that an application creates and talks to. Use it from the main thread.
 ///
-/// Every operation but `getVersion`, `getBuild` and `release` returns at once and reports to its callback of
+/// Every operation but those that give back a value, and `release`, returns at once and reports to its callback of
 /// `KavioDelegate`. One operation at a time: while one is under way every other reports `BUSY` at once and changes
-/// nothing. Transport and service failures are reported alike by all: `NETWORK_FAILED` without a connection or when it
-/// was lost, `ACCESS_DENIED` when the session is refused (the stored session is then empty), `BAD_INPUT` for a request
-/// or a reply that is not understood, `SERVER_ERROR`, else `FAILURE`; the message is for people.
+/// nothing. Transport and service failures are reported alike by all: `NETWORK_FAILED` without a network or when the
+/// connection was lost, `ACCESS_DENIED` when the service answers 401, `BAD_INPUT` for a request or a reply that is not
+/// understood, `SERVER_ERROR`, else `FAILURE`: also for a time-out, for a service that cannot be reached, and for 406.
+/// After 401 and 406 the stored session is empty. The type is coarse and the message is for people: programs go by
+/// `KavioResult::cause`, and by `KavioResult::effect` to know whether what was asked for may have happened.
+///
+/// The library catches nothing that a callback throws. From a report that is made before the operation returns, it
+/// leaves the operation; from any other, the work on the host's main queue: `RunLoop` lets it out of `run` or
+/// `runUntil`, which may be called again, and `Kavio::gtk` turns it into a critical message. The facade stays usable,
+/// since a report is the last thing that it does.
 ///
 /// Amounts are whole numbers of the currency's smallest unit, but for `deposit`.
 class KAVIO_API Kavio {
@@ -85,27 +92,31 @@ public:
     /// which says nothing about the order itself: ask `getOrder`. A change that the last request brings is still
     /// reported, after it. There is no report of the end as such: an order that stays as it is, or that the reply to
     /// the purchase does not hold, ends in silence, and the next operation is welcome. The facade is busy until the
-    /// order is no longer followed. The purchase is sent at most once; without connectivity it waits, even past the end
-    /// of the facade, and is signed when it is asked for: after minutes the service may refuse it. `NETWORK_FAILED`,
-    /// `SERVER_ERROR` and a failure without a message leave open whether an order was placed: look at
-    /// `getTransactions` before the person pays again. `kavioId`: the machine's `kavioId`. `paymentMethod`: wallet,
-    /// credit card or prepaid card; any other type is `BAD_INPUT` before returning, as is a null product ("invalid
-    /// product"). `amount` is not sent for a prepaid card.
+    /// order is no longer followed. The purchase is written down first and sent at most once. Without connectivity it
+    /// waits, and is signed when it is asked for: after minutes the service may refuse it. `release` and the end of the
+    /// facade give it up as long as it waits; it is then never sent. After any failure with the effect `UNKNOWN` an
+    /// order may have been placed, whatever the type: ask `settlePayment` before the person pays again. `kavioId`: the
+    /// machine's `kavioId`; not 0, which no machine has. `paymentMethod`: wallet, credit card or prepaid card; any
+    /// other type is `BAD_INPUT` before returning, as is a null product ("invalid product"). `amount` is not sent for a
+    /// prepaid card.
     void placeOrder(std::int64_t kavioId, std::shared_ptr<const PaymentMethod> paymentMethod, std::int64_t amount,
                     std::optional<std::vector<std::shared_ptr<const RemoteVendProduct>>> products);
 
-    /// Stores a card without 3-D Secure; reports to `onAddCreditCard`. `BAD_INPUT` "invalid card" for a null one.
+    /// Stores a card without 3-D Secure; reports to `onAddCreditCard`. `BAD_INPUT` "invalid card" for a null one. After
+    /// a failure with the effect `UNKNOWN` the card may have been stored, and adding it again may store it twice: look
+    /// at `getPaymentMethods` first.
     void addCreditCard(std::shared_ptr<const Card> card);
     /// Stores a card, with the issuer's page when the issuer asks for it; reports to `onAddCreditCard`, always without
-    /// a card. Waits for as long as the page is open.
+    /// a card. Waits for as long as the page is open. After a failure the same holds as for `addCreditCard`.
     void addCreditCardTDSecure(TDSPaymentCard paymentCard, TDSCardHolder cardHolder);
     /// Removes the stored card whose `id` is given; reports to `onRemoveCard`.
     void removeCard(std::string id);
     /// Charges the stored card `chargedCardId` and adds to the wallet or a prepaid card; reports to `onDeposit`.
     /// `amount` is in whole units of the currency (12.5 is 12 units and a half); what is finer than the smallest unit
     /// is cut off. `BAD_INPUT`, before returning: "invalid amount" for one that is not finite or too large, "cannot
-    /// deposit to TYPE card" for another type of card. After `NETWORK_FAILED`, `SERVER_ERROR` and a failure without a
-    /// message the charged card may have paid all the same: look at the balance before the person tries again.
+    /// deposit to TYPE card" for another type of card. It is written down first and sent at most once. After any
+    /// failure with the effect `UNKNOWN` the charged card may have paid, whatever the type: ask `settlePayment` before
+    /// the person tries again.
     void deposit(std::shared_ptr<const DepositCard> depositCard, double amount, std::string chargedCardId);
 
     /// Purchases and deposits that were started on this device and are not known to be over, oldest first; also what an

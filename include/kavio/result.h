@@ -13,7 +13,7 @@ enum class ResultType {
     UNKNOWN,         ///< never reported
     SUCCESS,         ///< the operation succeeded
     FAILURE,         ///< a failure without a more specific code
-    NETWORK_FAILED,  ///< no connection, or the connection was lost
+    NETWORK_FAILED,  ///< no network, or the connection was lost; a time-out and a refused connection are `FAILURE`
     ACCESS_DENIED,   ///< the service refused the session (HTTP 401)
     SDK_NOT_READY,   ///< never reported
     SERVER_ERROR,    ///< the service failed (HTTP 500 to 599), or sent a 3-D Secure reply that cannot be used
