@@ -33,6 +33,8 @@ const std::vector<std::string> operations{
         "cardHolder":{"name":"n","email":"a@b","streetNumber?":1,"streetName?":"s","city?":"c","territory?":"t",
         "country?":"DE","postal?":"1"}})",
     R"({"op":"removeCard","id":"1"})",
+    R"({"op":"settlePayment","id":"1"})",
+    R"({"op":"forgetPayment","id":"1"})",
     R"({"op":"deposit","amount":1.5,"chargedCardId":"1","depositCard":{"id":"0","number":"1","type":"KAVIO",
         "balance":1,"currency":"EUR","currencyDecimalDigits":2}})",
 };

@@ -132,9 +132,11 @@ TEST_F(WalletResults, OfATooLargeReplyAreAFailure) {
     EXPECT_EQ(run.events()[1].at("result").at("message"), nullptr) << "of a lost reply only the status counts";
 }
 
-// Whatever becomes of the connection: the service sees one purchase or none, and the application hears one outcome.
-TEST_F(WalletResults, OfAPurchaseWhoseReplyIsLostAreOne) {
+// Whatever becomes of the connection: the service sees one purchase or none, the application hears one outcome, and
+// what it hears later, from another run of the program, is what the service has.
+TEST_F(WalletResults, OfAPurchaseWhoseReplyIsLostAreOneAndItIsSettledLater) {
     logIn();
+    const auto unsettled = [&] { return drive({"unsettledPayments"}).events().at(0).at("value"); };
     std::size_t purchases = 0;
     for (const auto& [fault, type] : std::vector<std::pair<sandbox::Fault, std::string>>{
              {{.drop = true}, "NETWORK_FAILED"},
@@ -143,9 +145,30 @@ TEST_F(WalletResults, OfAPurchaseWhoseReplyIsLostAreOne) {
              {{.cutAfter = 9}, "FAILURE"},
          }) {
         sandbox.fault("/machines/*/orders", fault);
-        EXPECT_THAT(drive({operations[11].line, "isLoggedIn"}).summary(),
-                    ElementsAre("main onPlaceOrder " + type, "main onCheckIsUserLogin SUCCESS"));
-        EXPECT_THAT(sandbox.state().at("purchases"), SizeIs(purchases++)) << "none by the first";
+        const auto lost = drive({operations[11].line, "isBusy", "isLoggedIn"});
+        EXPECT_THAT(lost.summary(),
+                    ElementsAre("main onPlaceOrder " + type, "main return isBusy", "main onCheckIsUserLogin SUCCESS"));
+        EXPECT_EQ(lost.events().at(0).at("result").at("effect"), "UNKNOWN");
+        EXPECT_EQ(lost.events().at(1).at("value"), false);
+        EXPECT_THAT(sandbox.state().at("purchases"), SizeIs(purchases)) << "none by the first";
+
+        const auto payments = unsettled();
+        ASSERT_THAT(payments, SizeIs(1));
+        EXPECT_EQ(payments[0].at("kavioId"), 42100107);
+        EXPECT_EQ(payments[0].at("orderId"), nullptr);
+        const auto id = payments[0].at("id").get<std::string>();
+        const auto settled = drive({"settlePayment id=" + id}).events().at(0);
+        EXPECT_EQ(settled.at("callback"), "onPlaceOrder");
+        if (purchases++ == 0) {
+            EXPECT_EQ(settled.at("result").at("cause"), "NOT_CERTAIN") << "it may still arrive";
+            const auto forgotten = drive({"forgetPayment id=" + id, "forgetPayment id=" + id}).events();
+            EXPECT_EQ(forgotten.at(0).at("value"), true);
+            EXPECT_EQ(forgotten.at(1).at("value"), false);
+            continue;
+        }
+        const auto order = sandbox.state().at("purchases").back().at("order").dump();
+        EXPECT_EQ(settled.at("order").at("id"), order);
+        while (!unsettled().empty()) run("order " + order);  // to its end
     }
 }
 
@@ -159,8 +182,11 @@ TEST_F(WalletResults, HaveObjectsWithAllTheirMembers) {
         return members;
     };
     EXPECT_EQ(membersOf(events[0]), "callback card event facade onMainThread result ");
-    EXPECT_EQ(events[0].at("result"),
-              Json({{"type", "SUCCESS"}, {"message", nullptr}, {"debug", "\n\t{type: SUCCESS,\n\tmessage: nil}"}}));
+    EXPECT_EQ(events[0].at("result"), Json({{"type", "SUCCESS"},
+                                            {"message", nullptr},
+                                            {"debug", "\n\t{type: SUCCESS,\n\tmessage: nil}"},
+                                            {"effect", "DONE"},
+                                            {"cause", "NONE"}}));
     std::map<std::string, std::string> classes;
     for (const auto& method : events[1].at("paymentMethods")) classes[method.at("class")] = membersOf(method);
     EXPECT_THAT(classes,

@@ -30,6 +30,10 @@ Json eventOf(const Report& report, std::string_view facade) {
     return event;
 }
 
+Json answerOf(std::string_view op, std::string_view facade, const Json& value) {
+    return {{"event", "return"}, {"op", op}, {"facade", facade}, {"value", value}};
+}
+
 Reporter::Reporter(Sink sink) : mSink(std::move(sink)) {}
 
 void Reporter::onCheckIsUserLogin(Result result) { mSink({"onCheckIsUserLogin", result}); }

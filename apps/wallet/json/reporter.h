@@ -29,6 +29,9 @@ struct Report {
 /// The report in the form that programs read; see docs/wallet.md.
 Json eventOf(const Report& report, std::string_view facade);
 
+/// The answer to a question that is answered at once.
+Json answerOf(std::string_view op, std::string_view facade, const Json& value);
+
 /// The application's delegate: turns every callback into a `Report`.
 class Reporter final : public KavioDelegate {
 public:

@@ -30,8 +30,6 @@ std::uint64_t Facades::reports(const std::string& facade, std::string_view callb
 
 void Facades::write(const Json& event) const { program.write(lineOf(event)); }
 
-void Facades::answer(const Call& call, const Json& value) const {
-    write({{"event", "return"}, {"op", call.op}, {"facade", call.facade}, {"value", value}});
-}
+void Facades::answer(const Call& call, const Json& value) const { write(answerOf(call.op, call.facade, value)); }
 
 }  // namespace kavio::wallet
