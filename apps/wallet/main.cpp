@@ -4,6 +4,7 @@
 #include "jsonl/driver.h"
 #include "options.h"
 #include "people/command.h"
+#include "people/interruption.h"
 #include "people/text.h"
 
 #include <CLI/CLI.hpp>
@@ -21,7 +22,7 @@ constexpr auto about = "Pay at unattended vending points from the terminal.";
 
 constexpr auto exitStatuses =
     "Exit status: 0 done, 1 failed, 2 wrong usage, 3 not logged in, 4 no usable reply, 5 took too long,\n"
-    "6 input refused, 7 the service failed.\n"
+    "6 input refused, 7 the service failed, 130 interrupted.\n"
     "Log in first: kavio-wallet login 49 151234567 --country DE\n"
     "For help on a command: kavio-wallet COMMAND --help";
 
@@ -39,9 +40,9 @@ struct CommandLine {
         program.set_version_flag("--version", KAVIO_WALLET_VERSION);
         addOptions(program, options);
         program.add_flag("--jsonl", isDriver, "For programs: read operations and write reports as JSON lines");
-        for (const auto make :
-             {loginCommand, statusCommand, logoutCommand, methodsCommand, addCardCommand, removeCardCommand,
-              topUpCommand, machinesCommand, productsCommand, buyCommand, orderCommand, transactionsCommand}) {
+        for (const auto make : {loginCommand, statusCommand, logoutCommand, methodsCommand, addCardCommand,
+                                removeCardCommand, topUpCommand, machinesCommand, productsCommand, buyCommand,
+                                orderCommand, transactionsCommand, unsettledCommand, settleCommand, forgetCommand}) {
             commands.push_back(make(program));
             commands.back().line->add_flag("--json", isJson, "Write reports as JSON lines, like --jsonl");
         }
@@ -95,6 +96,7 @@ int run(int argc, char** argv) {
         return EXIT_SUCCESS;
     } catch (const Failure& failure) {
         complain(failure.what());
+        if (failure.status == ExitStatus::INTERRUPTED) endInterrupted();
         return static_cast<int>(failure.status);
     }
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <thread>
 
 namespace kavio::test {
 
@@ -66,6 +67,11 @@ TEST_F(WalletCommands, SayWhyTheyFailed) {
     }
     sandbox.clearFaults();
     logIn();
+    sandbox.fault("/account", {.status = 417});
+    EXPECT_EQ(run("methods").status, 0) << "with the right time at the second attempt";
+    sandbox.fault("/account", {.status = 417, .times = 2});
+    EXPECT_THAT(run("methods").errors, HasSubstr("The clock was wrong"));
+    EXPECT_THAT(run("methods --connect-to 127.0.0.1:1").errors, HasSubstr("cannot be reached"));
     EXPECT_EQ(run("methods --connect-to 127.0.0.1:1").status, 4);
     sandbox.expireTokens();
     const auto denied = run("methods");
@@ -141,6 +147,7 @@ TEST_F(WalletCommands, RefuseAPurchaseBeforeAnyMoneyMoves) {
              {"buy --amount 1 --pay card:x " + coffee, 6},
              {"buy --amount 1.505 " + coffee, 6},
              {"buy --amount 1.5 42101570", 6},  // in yen
+             {"buy --amount 1 42102343", 6},    // takes no wallet
              {yenWithDecimals, 6},
              {prepaidWithAmount, 2},
          }) {
@@ -158,7 +165,7 @@ TEST_F(WalletCommands, WarnOfAPaymentThatMayHaveBeenMadeAllTheSame) {
              {{.drop = true, .handled = true}, true},
              {{.cutAfter = 0}, true},
              {{.status = 500, .body = R"({"message":"?"})"}, true},
-             {{.status = 408, .body = "<html>slow"}, true},
+             {{.status = 408, .body = "<html>slow"}, false},
              {{.body = "null"}, true},
              {{.status = 402, .body = R"({"message":"declined"})"}, false},
          }) {
@@ -173,14 +180,102 @@ TEST_F(WalletCommands, WarnOfAPaymentThatMayHaveBeenMadeAllTheSame) {
 TEST_F(WalletCommands, TellHowAnOrderThatFailedEnded) {
     logIn();
     for (const auto& [purchase, status] : std::map<std::string, int>{
-             {"1 42102416", 1},      // cancelled
-             {"1 42102343", 5},      // timedOut
-             {"1 42102833", 0},      // freeTransaction
-             {"1 42102695", 1},      // expired
-             {"1 42101570", 1},      // currencyMismatch
-             {"9999 " + coffee, 1},  // limitExceeded
+             {"1 42102416", 1},  // cancelled
+             {"1 42102833", 0},  // freeTransaction
+             {"1 42102695", 1},  // expired
+             {"1 42101570", 1},  // currencyMismatch
          })
         EXPECT_EQ(run("buy --amount " + purchase).status, status) << purchase;
+    EXPECT_THAT(run("buy --amount 9999 " + coffee).errors, HasSubstr("canceled: the balance is too small."));
+    EXPECT_THAT(run("buy --amount 1 42102416").errors, HasSubstr("canceled.\n"));
+    const auto late = run("buy --amount 1 42102343 --pay card:" + storedCard());  // timedOut
+    EXPECT_EQ(late.status, 5);
+    EXPECT_THAT(late.errors, HasSubstr("is out of service"));
+}
+
+// What the service leaves out or spells badly.
+TEST_F(WalletCommands, ClaimNothingThatTheServiceDoesNotSay) {
+    logIn();
+    const Json order{{"id", "7"},       {"orderType", "vending"},    {"orderStatus", "completed"},
+                     {"amount", 15000}, {"createdUTC", "yesterday"}, {"paymentSource", "ecommerce"}};
+    const auto body = Json{{"order", order}}.dump();
+    sandbox.fault("/machines/*/orders", {.body = body});
+    sandbox.fault("/orders/7", {.body = body, .times = -1});
+    const auto bought = run("buy --amount 15000 --pay card:" + storedCard() + " 42101570");
+    EXPECT_THAT(bought.output, HasSubstr("Paid 15000 JPY at ")) << bought.errors;
+    EXPECT_THAT(run("order 7").output, AllOf(HasSubstr("15000 smallest units"), Not(HasSubstr(":"))));
+
+    Json machine{{"name", 1},        {"machineId", 1},    {"machineName", "Nobody's"}, {"machineType", 1},
+                 {"isPulse", false}, {"reviewsCount", 0}, {"isRevalueOnly", false},    {"reviewsAvg", 0}};
+    for (int stars = 1; stars <= 5; ++stars) machine["reviewsCount" + std::to_string(stars)] = 0;
+    sandbox.fault("/machines/byValue", {.body = Json::array({machine}).dump()});
+    const auto refused = run("buy --amount 1 " + coffee);
+    EXPECT_EQ(refused.status, 6);
+    EXPECT_THAT(refused.errors, HasSubstr("Nobody's cannot be paid at"));
+}
+
+// Each stage of a purchase, by the request that waits when the person presses Ctrl-C.
+TEST_F(WalletCommands, SayWhatIsTrueOfAPurchaseThatIsInterrupted) {
+    sandbox::Sandbox impatient{{.orderStep = std::chrono::hours{1}, .sampleLifetime = std::chrono::seconds{0}}};
+    const auto elsewhere = " --connect-to " + impatient.address() + " --ca-file " + impatient.authorityFile().string();
+    ASSERT_EQ(run("login 49 151234567 --country DE" + elsewhere, "123456\n").status, 0);
+    struct Stage {
+        const char* path;
+        int before;  // how many such requests the purchase makes before
+        const char* sentence;
+        std::size_t unsettled;
+    };
+    std::size_t purchases = 0;
+    for (const auto& [path, before, sentence, unsettled] : std::vector<Stage>{
+             {"/account", 0, "Nothing was sent, so nothing was paid.", 0},
+             {"/time", 2, "Nothing was sent, so nothing was paid.", 0},
+             {"/machines/*/orders", 0, "The order may have been placed: find out with `kavio-wallet settle ", 1},
+             {"/orders/*", 0, " goes on: `kavio-wallet order ", 2},
+         }) {
+        SCOPED_TRACE(path);
+        if (before > 0) impatient.fault(path, {.times = before});
+        impatient.fault(path, {.delay = std::chrono::hours{1}});
+        impatient.clearRequests();
+        LiveWallet wallet{options("buy --amount 1 " + coffee + elsewhere)};
+        const auto waits = [&] {
+            const auto requests = impatient.requests();
+            const std::string end = std::string{path}.substr(std::string{path}.rfind('*') + 1);
+            return std::ranges::count_if(requests, [&](const auto& request) {
+                       const auto target = request.target.substr(0, request.target.find('?'));
+                       return end.empty() ? target.find("/orders/") != std::string::npos : target.ends_with(end);
+                   }) > before;
+        };
+        while (!waits()) std::this_thread::yield();
+        wallet.write("\x03");
+        EXPECT_THAT(wallet.read(), HasSubstr(sentence));
+        EXPECT_EQ(wallet.waitForEnd(), -SIGINT);
+        impatient.clearFaults();
+        purchases += unsettled > purchases ? 1 : 0;
+        EXPECT_THAT(impatient.state().at("purchases"), SizeIs(purchases));
+        EXPECT_THAT(json("unsettled" + elsewhere).at("value"), SizeIs(unsettled));
+    }
+    EXPECT_THAT(run("status" + elsewhere).output, HasSubstr("2 payments are not known to be over"));
+}
+
+TEST_F(WalletCommands, SettleAndForgetPaymentsInDoubt) {
+    logIn();
+    EXPECT_EQ(run("unsettled").output, "Every payment is known to be over.\n");
+    sandbox.fault("/machines/*/orders", {.drop = true, .handled = true});
+    EXPECT_EQ(run("buy --amount 1.50 " + coffee).status, 4);
+    sandbox.fault("/deposits/", {.drop = true});
+    EXPECT_EQ(run("top-up 1 --card " + storedCard()).status, 4);
+    EXPECT_THAT(run("unsettled").output, AllOf(HasSubstr("purchase at " + coffee), HasSubstr("top-up of wallet"),
+                                               HasSubstr("1.00 EUR"), HasSubstr("in doubt")));
+    const auto settled = run("settle --all");
+    EXPECT_EQ(settled.status, 1) << "the top-up may still arrive";
+    EXPECT_THAT(settled.output, HasSubstr("The purchase at " + coffee + " is over.\n"));
+    EXPECT_THAT(run("status").output, StartsWith("One payment is not known to be over"));
+    const auto id = json("unsettled").at("value").at(0).at("id").get<std::string>();
+    EXPECT_EQ(run("settle " + id).status, 1);
+    EXPECT_EQ(run("forget " + id).status, 0);
+    for (const std::string command : {"settle ", "forget "}) EXPECT_EQ(run(command + id).status, 6);
+    EXPECT_THAT(run("status").output, StartsWith("You are logged in"));
+    EXPECT_THAT(sandbox.state().at("purchases"), SizeIs(1));
 }
 
 TEST_F(WalletCommands, DoNotShowCardNumbersOnATerminal) {
@@ -252,6 +347,8 @@ TEST_F(WalletOptions, EndWithStatusTwoAndOneLineWhenTheyAreWrong) {
              "--jsonl status -> --jsonl",
              "status logout -> logout",
              "login 49 -> PHONE",
+             "settle -> ID or --all",
+             "settle 1 --all -> --all",
              "buy 1 --product 5:0 -> 5:0",
              "buy 1 --product 5 6 -> 6",
              "buy 1 --pay cash -> cash",

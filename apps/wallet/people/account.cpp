@@ -1,4 +1,5 @@
 #include "people/command.h"
+#include "people/payment.h"
 #include "people/terminal.h"
 #include "people/text.h"
 
@@ -27,10 +28,10 @@ struct Login {
     std::string country = ownCountry();
 };
 
-/// Whether the code may have been mistyped; nothing else is a reason to ask for it again.
+/// Whether the code may have been mistyped; nothing else is a reason to ask for it again. There is no session yet that
+/// could be refused instead.
 bool isWrongCode(const KavioResult& result) {
-    if (result.type == ResultType::FAILURE) return failureOf(result).status != ExitStatus::NO_NETWORK;
-    return result.type == ResultType::BAD_INPUT || result.type == ResultType::ACCESS_DENIED;
+    return result.cause == Cause::REFUSED_BY_SERVICE || result.cause == Cause::SESSION_REFUSED;
 }
 
 /// A session that is lost when the program ends would be useless. One that was stored earlier remains.
@@ -43,15 +44,18 @@ void requireStore() {
 void logIn(Session& session, const Login& login) {
     if (login.country.empty()) throw Failure(ExitStatus::USAGE, "Give the phone's country with --country, such as DE.");
     requireStore();
-    session.perform("Asking for a code", [&](Kavio& kavio) { kavio.login(login.countryCode, login.phoneNumber); });
+    session.perform(
+        "Asking for a code", [&](Kavio& kavio) { kavio.login(login.countryCode, login.phoneNumber); },
+        WhenClockIsWrong::TRY_AGAIN);
     session.say(fmt::format("A code was sent to +{} {}.", login.countryCode, login.phoneNumber));
 
     for (int attempt = 1;; ++attempt) {
         const auto code = readLine("Code");
         if (!code || code->empty()) throw Failure(ExitStatus::REFUSED, "No code was entered, so nothing has changed.");
-        const auto report = session.ask("Checking the code", [&](Kavio& kavio) {
-            kavio.verify(*code, login.country, login.countryCode, login.phoneNumber);
-        });
+        const auto report = session.ask(
+            "Checking the code",
+            [&](Kavio& kavio) { kavio.verify(*code, login.country, login.countryCode, login.phoneNumber); },
+            WhenClockIsWrong::TRY_AGAIN);
         const auto& result = *report.result;
         if (result.type == ResultType::SUCCESS) break;
         if (!isWrongCode(result)) throw failureOf(result);
@@ -79,15 +83,13 @@ Command loginCommand(CLI::App& program) {
 }
 
 Command statusCommand(CLI::App& program) {
-    auto* const line = program.add_subcommand("status", "Show whether you are logged in");
+    auto* const line =
+        program.add_subcommand("status", "Show whether you are logged in, and whether a payment is in doubt");
     return {line, [](Session& session) {
-                const auto report = session.ask("Asking the service", [](Kavio& kavio) { kavio.isLoggedIn(); });
-                const auto& result = *report.result;
-                if (result.type == ResultType::SUCCESS) return session.say("You are logged in.");
-                // Reported like this if no session is stored, which is not an error here.
-                if (result.message == "Token is empty")
-                    throw Failure(ExitStatus::NOT_LOGGED_IN, "You are not logged in.");
-                throw failureOf(result);
+                if (const auto sentence = unsettledSentence(session); !sentence.empty()) session.say(sentence);
+                session.perform(
+                    "Asking the service", [](Kavio& kavio) { kavio.isLoggedIn(); }, WhenClockIsWrong::TRY_AGAIN);
+                session.say("You are logged in.");
             }};
 }
 

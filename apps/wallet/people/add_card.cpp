@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <initializer_list>
 #include <memory>
+#include <utility>
 
 namespace kavio::wallet {
 
@@ -54,9 +55,9 @@ Input readCard(Fields fields) {
     return card;
 }
 
-CardReport storing(Session& session, const Session::Operation& operation) {
+CardReport storing(Session& session, std::string what, const Session::Operation& operation) {
     try {
-        return session.fetch<CardReport>("Storing the card", operation);
+        return session.fetch<CardReport>(std::move(what), operation);
     } catch (const Failure& failure) {
         throw failure.withHint("It may have been stored anyway: check `kavio-wallet methods` before you try again.");
     }
@@ -66,7 +67,7 @@ void addPlain(Session& session) {
     const auto input = readCard(plainFields);
     std::shared_ptr<const Card> card;
     read(Value{input, "card"}, card);
-    const auto added = storing(session, [&](Kavio& kavio) { kavio.addCreditCard(card); });
+    const auto added = storing(session, "Storing the card", [&](Kavio& kavio) { kavio.addCreditCard(card); });
     session.say(added
                     ? fmt::format("The card {} was stored as card:{}.", printable(added->number), printable(added->id))
                     : "The card was stored.");
@@ -78,17 +79,9 @@ void addSecure(Session& session) {
     TDSCardHolder holder;
     read(Value{input, "card"}, card);
     read(Value{input, "card"}, holder);
-    const auto report = session.ask("Storing the card; please answer the issuer's page if one opens",
-                                    [&](Kavio& kavio) { kavio.addCreditCardTDSecure(card, holder); });
-    const auto& result = *report.result;
-    if (result.type == ResultType::SUCCESS) return session.say("The card was stored.");
-    if (result.message && result.message->starts_with("failed to start 3DS authentication")) {
-        throw Failure(
-            ExitStatus::FAILED,
-            "The card's issuer wants to show a page, but there is no window for it: this requires a display, and "
-            "kavio-wallet-window next to this program. The card was not stored.");
-    }
-    throw failureOf(result);
+    storing(session, "Storing the card; please answer the issuer's page if one opens",
+            [&](Kavio& kavio) { kavio.addCreditCardTDSecure(card, holder); });
+    session.say("The card was stored.");
 }
 
 void addCard(Session& session, bool isSecure) {

@@ -1,6 +1,7 @@
 #include "command_line/numbers.h"
 #include "people/command.h"
 #include "people/machine_named.h"
+#include "people/payment.h"
 #include "people/prices.h"
 #include "people/text.h"
 #include "people/wallet_methods.h"
@@ -103,7 +104,23 @@ std::vector<std::shared_ptr<const RemoteVendProduct>> productsOf(const Purchase&
     return products;
 }
 
-constexpr auto lookAtOrders = "The order may have been placed: check `kavio-wallet transactions` before you try again.";
+/// Refuses a machine that would not take the payment, and warns of one that may not.
+void check(const Session& session, const Machine& machine, const PaymentMethod& method) {
+    if (machine.kavioId == 0)
+        throw Failure(ExitStatus::REFUSED,
+                      fmt::format("{} cannot be paid at: the service gives no number for it.", titleOf(machine)));
+    if (!machine.isWalletAllowed && method.type == PaymentMethod::PaymentType::KAVIO)
+        throw Failure(ExitStatus::REFUSED,
+                      fmt::format("{} does not take the wallet: choose a card with --pay.", titleOf(machine)));
+    if (!machine.machineStatus)
+        session.warn(fmt::format("{} is out of service, according to the service.", titleOf(machine)));
+}
+
+/// What is to be paid, in smallest units of the currency.
+struct Price {
+    std::int64_t amount;
+    Currency currency;
+};
 
 /// How the order ended: a sentence for people, and the same as an exit status for scripts.
 struct Ending {
@@ -112,21 +129,28 @@ struct Ending {
 };
 
 /// "Paid 1.50 EUR", or just "Paid" if the service does not say how much.
-std::string paymentText(const Order& order) {
-    return order.amount < 0 ? "Paid" : "Paid " + moneyText(order.amount, currencyNamed(order.currency.value_or("")));
+std::string paymentText(const Order& order, const Currency& expected) {
+    if (order.amount < 0) return "Paid";
+    const auto told = order.currency.value_or("");
+    const bool isOther = !told.empty() && told != expected.code;
+    return "Paid " + moneyText(order.amount, isOther ? currencyNamed(told) : expected);
 }
 
-Ending endingOf(const OrderReport& order, const Machine& machine) {
-    if (!order)
-        return {ExitStatus::FAILED,
-                fmt::format("The service did not say what happened to the order. {}", lookAtOrders)};
-    switch (order->status) {
+/// Whether the balance was known not to be enough. What a prepaid card pays is up to the machine.
+bool isTooMuch(const Price& price, const PaymentMethod& method) {
+    const auto* const card = dynamic_cast<const DepositCard*>(&method);
+    return card != nullptr && card->currency == price.currency.code && price.amount > card->balance;
+}
+
+Ending endingOf(const Order& order, const Machine& machine, const Price& price, const PaymentMethod& method) {
+    switch (order.status) {
         case Order::Status::COMPLETED:
-            return {ExitStatus::OK, fmt::format("{} at {}.", paymentText(*order), titleOf(machine))};
+            return {ExitStatus::OK, fmt::format("{} at {}.", paymentText(order, price.currency), titleOf(machine))};
         case Order::Status::FREE_TRANSACTION:
             return {ExitStatus::OK, fmt::format("Served for free at {}.", titleOf(machine))};
         case Order::Status::CANCELED:
-            return {ExitStatus::FAILED, "The order was canceled."};
+            return {ExitStatus::FAILED, isTooMuch(price, method) ? "The order was canceled: the balance is too small."
+                                                                 : "The order was canceled."};
         case Order::Status::TIMEOUT:
             return {ExitStatus::TIMED_OUT, "The machine did not answer in time."};
         case Order::Status::INCOMPLETE:
@@ -137,14 +161,23 @@ Ending endingOf(const OrderReport& order, const Machine& machine) {
             break;
     }
     return {ExitStatus::FAILED,
-            fmt::format("The order has not ended yet: check `kavio-wallet order {}`.", printable(order->id))};
+            fmt::format("The order has not ended yet: check `kavio-wallet order {}`.", printable(order.id))};
 }
 
-/// Follows the order to its end; throws `Failure` if none was placed or if it took too long.
-OrderReport place(Session& session, const Session::Operation& operation) {
+/// Why the order is no longer followed. It goes on, and must not be paid twice.
+Failure notFollowed(const Failure& failure, const Order& order) {
+    const auto why = failure.status == ExitStatus::NOT_LOGGED_IN
+                         ? "The session has ended, so the order is not followed any further: log in again, and"
+                         : "The order is taking too long to follow any further:";
+    return {failure.status,
+            fmt::format("{} check `kavio-wallet order {}` before you try again.", why, printable(order.id))};
+}
+
+/// Follows the order to its end; throws `Failure` if none was placed, or if that is not certain.
+OrderReport place(Session& session, Payment& payment, const Session::Operation& operation) {
     OrderReport last;
     std::optional<Failure> failure;
-    session.follow("Waiting for the machine", operation, [&](const Report& report) {
+    payment.make("Waiting for the machine", operation, [&](const Report& report) {
         if (report.result->type != ResultType::SUCCESS) {
             failure = failureOf(*report.result);
             return;
@@ -152,25 +185,25 @@ OrderReport place(Session& session, const Session::Operation& operation) {
         last = std::get<OrderReport>(report.payload);
         if (last) session.say(fmt::format("Order {}: {}", printable(last->id), words(name(last->status))));
     });
-    if (!failure) return last;
-    if (!last) throw failure->withHint(lookAtOrders);
-    // It was placed but has not ended: the user must not pay twice.
-    throw Failure(failure->status,
-                  fmt::format("The order is taking too long to follow any further: check `kavio-wallet "
-                              "order {}` before you try again.",
-                              printable(last->id)));
+    if (failure && last) throw notFollowed(*failure, *last);
+    if (failure) throw failure->withHint(payment.warning());
+    if (last) return last;
+    throw Failure(ExitStatus::FAILED,
+                  fmt::format("The service did not say what happened to the order. {}", payment.warning()));
 }
 
-void buy(Session& session, const Purchase& purchase) {
+void buy(Session& session, Payment& payment, const Purchase& purchase) {
     const WalletMethods methods{session};
     const auto method = methods.named(purchase.method);
     const auto machine = machineNamed(session, purchase.machine);
+    check(session, *machine, *method);
     const auto products = productsOf(purchase, *machine);
-    const auto amount = amountOf(session, purchase, *machine, *method, currencyFor(*method, *machine, methods));
+    const auto currency = currencyFor(*method, *machine, methods);
+    const Price price{amountOf(session, purchase, *machine, *method, currency), currency};
 
-    const auto order =
-        place(session, [&](Kavio& kavio) { kavio.placeOrder(machine->kavioId, method, amount, products); });
-    const auto ending = endingOf(order, *machine);
+    const auto order = place(session, payment,
+                             [&](Kavio& kavio) { kavio.placeOrder(machine->kavioId, method, price.amount, products); });
+    const auto ending = endingOf(*order, *machine, price, *method);
     if (ending.status == ExitStatus::OK) session.say(ending.sentence);
     showBalance(session, purchase.method);
     if (ending.status != ExitStatus::OK) throw Failure(ending.status, ending.sentence);
@@ -196,7 +229,10 @@ Command buyCommand(CLI::App& program) {
     line->add_option("--pay", purchase->method,
                      "Pay with wallet, card:ID or prepaid:ID, as listed by `methods` (default: wallet)")
         ->check(checkMethodName);
-    return {line, [purchase](Session& session) { buy(session, *purchase); }};
+    return {line, [purchase](Session& session) {
+                pay(session, "The order may have been placed",
+                    [&](Payment& payment) { buy(session, payment, *purchase); });
+            }};
 }
 
 }  // namespace kavio::wallet

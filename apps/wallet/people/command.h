@@ -31,5 +31,8 @@ Command productsCommand(CLI::App& program);
 Command buyCommand(CLI::App& program);
 Command orderCommand(CLI::App& program);
 Command transactionsCommand(CLI::App& program);
+Command unsettledCommand(CLI::App& program);
+Command settleCommand(CLI::App& program);
+Command forgetCommand(CLI::App& program);
 
 }  // namespace kavio::wallet

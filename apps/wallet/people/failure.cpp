@@ -4,8 +4,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-
 namespace kavio::wallet {
 
 namespace {
@@ -13,53 +11,55 @@ namespace {
 /// The most columns that a message may take. A gateway's error page has far more, which say nothing.
 constexpr std::size_t longestMessage = 300;
 
-/// Only a lost connection has its own type; any other, such as a refused one, shows in the message. A refusal without a
-/// message cannot be told from a reply that was not understood.
-bool hasNoUsableReply(const KavioResult& result) {
-    return result.type == ResultType::NETWORK_FAILED ||
-           (result.type == ResultType::FAILURE && result.message.value_or("").starts_with("failed to send request")) ||
-           (result.type == ResultType::BAD_INPUT && !result.message);
-}
-
-/// A session that the service no longer knows has its own type; one that has expired does not.
-bool isSessionOver(const KavioResult& result) {
-    return result.type == ResultType::ACCESS_DENIED || result.type == ResultType::NOT_LOGGED_IN ||
-           result.message == "Your session token is expaired";
-}
-
 Failure explain(const KavioResult& result) {
-    const auto& message = result.message;
-    if (hasNoUsableReply(result)) return {ExitStatus::NO_NETWORK, sentence("There was no usable reply", message)};
-    if (isSessionOver(result))
-        return {ExitStatus::NOT_LOGGED_IN, "You are not logged in. Run `kavio-wallet login` first."};
-    if (result.message == "invalid_signature")
-        return {ExitStatus::FAILED,
-                "The clock was wrong, so nothing was done. It will be set again: please try again."};
-    switch (result.type) {
-        case ResultType::TIMEOUT:
-            return {ExitStatus::TIMED_OUT, sentence("It is taking too long", message)};
-        case ResultType::BAD_INPUT:
-            return {ExitStatus::REFUSED, sentence("The request was refused", message)};
-        case ResultType::SERVER_ERROR:
-            return {ExitStatus::SERVICE_FAILED, sentence("The service has a problem", message)};
-        case ResultType::BUSY:
+    const auto failure = [&](ExitStatus status, std::string_view what) {
+        return Failure{status, sentence(what, result.message)};
+    };
+    switch (result.cause) {
+        case Cause::NO_SESSION:
+        case Cause::SESSION_REFUSED:
+            return {ExitStatus::NOT_LOGGED_IN, "You are not logged in. Run `kavio-wallet login` first."};
+        case Cause::INVALID_INPUT:
+            return failure(ExitStatus::REFUSED, "The request was refused");
+        case Cause::REFUSED_BY_SERVICE:
+            if (result.type == ResultType::BAD_INPUT) return failure(ExitStatus::REFUSED, "The request was refused");
+            return failure(ExitStatus::FAILED, "That did not work");
+        case Cause::BUSY:
             return {ExitStatus::FAILED, "Another operation is still under way."};
-        case ResultType::UNKNOWN:
-        case ResultType::SUCCESS:
-        case ResultType::FAILURE:
-        case ResultType::NETWORK_FAILED:
-        case ResultType::ACCESS_DENIED:
-        case ResultType::NOT_LOGGED_IN:
-        case ResultType::SDK_NOT_READY:
+        case Cause::SIGNATURE_REFUSED:
+            return {ExitStatus::FAILED,
+                    "The clock was wrong, so nothing was done. It will be set again: please try again."};
+        case Cause::UPDATE_REQUIRED:
+            return {ExitStatus::FAILED, "This kavio-wallet is too old for the service: update it."};
+        case Cause::SERVICE_FAILED:
+            return failure(ExitStatus::SERVICE_FAILED, "The service has a problem");
+        case Cause::NO_NETWORK:
+            return failure(ExitStatus::NO_NETWORK, "This device has no network");
+        case Cause::CONNECTION_FAILED:
+            return failure(ExitStatus::NO_NETWORK, "The service cannot be reached");
+        case Cause::UNTRUSTED_SERVICE:
+            return failure(ExitStatus::NO_NETWORK, "What answered could not prove to be the service");
+        case Cause::UNREADABLE_REPLY:
+        case Cause::CONNECTION_LOST:
+        case Cause::TIMED_OUT:
+            return failure(ExitStatus::NO_NETWORK, "There was no usable reply");
+        case Cause::FOLLOWING_TIMED_OUT:
+            return failure(ExitStatus::TIMED_OUT, "It is taking too long");
+        case Cause::PAGE_NOT_SHOWN:
+            return {ExitStatus::FAILED,
+                    "The card's issuer wants to show a page, but there is no window for it: this requires a display, "
+                    "and kavio-wallet-window next to this program."};
+        case Cause::STORE_FAILED:
+            return {ExitStatus::FAILED,
+                    "Nothing was paid, because the payment could not be written down first. Is its folder "
+                    "(--store-dir) writable?"};
+        case Cause::NONE:
+        case Cause::CANCELED_BY_PERSON:
+        case Cause::NOT_MADE:
+        case Cause::NOT_CERTAIN:
             break;
     }
-    return {ExitStatus::FAILED, sentence("That did not work", message)};
-}
-
-/// The page of a gateway does not come from the service.
-bool isFromTheService(const std::optional<std::string>& message) {
-    return message &&
-           !message->substr(std::min(message->find_first_not_of(" \t\r\n"), message->size())).starts_with('<');
+    return failure(ExitStatus::FAILED, "That did not work");
 }
 
 }  // namespace
@@ -77,8 +77,7 @@ std::string sentence(std::string_view what, const std::optional<std::string>& me
 
 Failure failureOf(const KavioResult& result) {
     auto failure = explain(result);
-    failure.leavesOpen = !isFromTheService(result.message) || failure.status == ExitStatus::NO_NETWORK ||
-                         failure.status == ExitStatus::SERVICE_FAILED;
+    failure.leavesOpen = result.effect == Effect::UNKNOWN;
     return failure;
 }
 

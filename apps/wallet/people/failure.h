@@ -19,6 +19,7 @@ enum class ExitStatus : int {
     TIMED_OUT = 5,
     REFUSED = 6,
     SERVICE_FAILED = 7,
+    INTERRUPTED = 130,  ///< as a shell calls it when Ctrl-C ends a program
 };
 
 /// Why a command could not do its work, as a sentence for people.
@@ -26,7 +27,7 @@ struct Failure : std::runtime_error {
     Failure(ExitStatus exitStatus, const std::string& sentence) : std::runtime_error(sentence), status(exitStatus) {}
 
     ExitStatus status;
-    /// Whether it may have been done anyway, because no reply says that it was not.
+    /// Whether it may have been done anyway.
     bool leavesOpen = false;
 
     /// The same, followed by the hint if it may have been done anyway.

@@ -60,9 +60,9 @@ void listMachines(Session& session, const Search& search) {
         session.list<Machines>("Looking for machines", [&](Kavio& kavio) { kavio.getMachines(filter); });
     Table table{{{"MACHINE", NUMBER}, {"ID", NUMBER}, {"NAME"}, {"OPERATOR"}, {"TYPE"}, {"PLACE"}, {"STATE", EXACT}}};
     for (const auto& machine : machines) {
-        table.add({fmt::to_string(machine->kavioId), fmt::to_string(machine->id), machine->name.value_or(""),
-                   machine->operatorName.value_or(""), words(name(machine->type)), placeOf(*machine),
-                   stateOf(*machine)});
+        table.add({machine->kavioId == 0 ? "" : fmt::to_string(machine->kavioId), fmt::to_string(machine->id),
+                   machine->name.value_or(""), machine->operatorName.value_or(""), words(name(machine->type)),
+                   placeOf(*machine), stateOf(*machine)});
     }
     session.show(table, "No machines were found.");
 }
@@ -95,7 +95,7 @@ std::shared_ptr<const Machine> machineNamed(Session& session, const std::string&
 
 std::string titleOf(const Machine& machine) {
     const auto title = printable(machine.name.value_or(""));
-    return title.empty() ? fmt::format("machine {}", machine.kavioId) : title;
+    return title.empty() ? fmt::format("machine {}", machine.kavioId == 0 ? machine.id : machine.kavioId) : title;
 }
 
 Command machinesCommand(CLI::App& program) {

@@ -1,4 +1,5 @@
 #include "people/command.h"
+#include "people/payment.h"
 #include "people/text.h"
 #include "people/wallet_methods.h"
 
@@ -40,19 +41,17 @@ struct TopUp {
     std::string to = "wallet";
 };
 
-constexpr auto lookAtMethods = "The card may have been charged: check `kavio-wallet methods` before you try again.";
-
-void deposit(Session& session, const Session::Operation& operation) {
-    try {
-        if (session.fetch<std::optional<std::int64_t>>("Topping up", operation)) return;
-    } catch (const Failure& failure) {
-        throw failure.withHint(lookAtMethods);
-    }
+void deposit(Payment& payment, const Session::Operation& operation) {
+    std::optional<Report> report;
+    payment.make("Topping up", operation, [&](const Report& last) { report = last; });
+    const auto& result = *report.value().result;
+    if (result.type != ResultType::SUCCESS) throw failureOf(result).withHint(payment.warning());
+    if (std::get<std::optional<std::int64_t>>(report->payload)) return;
     throw Failure(ExitStatus::FAILED,
-                  fmt::format("The service did not say what happened to the top-up. {}", lookAtMethods));
+                  fmt::format("The service did not say what happened to the top-up. {}", payment.warning()));
 }
 
-void topUp(Session& session, const TopUp& order) {
+void topUp(Session& session, Payment& payment, const TopUp& order) {
     const WalletMethods methods{session};
     const auto card = methods.depositNamed(order.to);
     const auto charged = methods.named(nameOfCard(order.card));
@@ -60,7 +59,7 @@ void topUp(Session& session, const TopUp& order) {
     const auto amount = wholeUnits(units, card->currencyDecimalDigits);
     if (!amount) throw Failure(ExitStatus::REFUSED, fmt::format("{} is too much.", order.amount));
 
-    deposit(session, [&](Kavio& kavio) { kavio.deposit(card, *amount, charged->id); });
+    deposit(payment, [&](Kavio& kavio) { kavio.deposit(card, *amount, charged->id); });
     session.say(fmt::format("Added {} to {}.", moneyText(units, currencyOf(*card)), printable(order.to)));
     showBalance(session, order.to);
 }
@@ -91,7 +90,10 @@ Command topUpCommand(CLI::App& program) {
     line->add_option("--card", order->card, "Credit card to charge, as listed by `methods`")->required();
     line->add_option("--to", order->to, "Add the money to wallet or prepaid:ID (default: wallet)")
         ->check(checkMethodName);
-    return {line, [order](Session& session) { topUp(session, *order); }};
+    return {line, [order](Session& session) {
+                pay(session, "The card may have been charged",
+                    [&](Payment& payment) { topUp(session, payment, *order); });
+            }};
 }
 
 }  // namespace kavio::wallet

@@ -56,6 +56,11 @@ std::string moneyText(std::int64_t amount, const Currency& currency) {
     return fmt::format("{}{} {}", isNegative ? "-" : "", text, printable(currency.code));
 }
 
+std::string moneyText(std::int64_t amount, const std::optional<std::string>& currency) {
+    const bool isKnown = currency && !currency->empty();
+    return isKnown ? moneyText(amount, currencyNamed(*currency)) : fmt::format("{} smallest units", amount);
+}
+
 std::optional<std::int64_t> smallestUnits(std::string_view text, std::int64_t digits) {
     const auto decimals = sensible(digits);
     const auto point = std::min(text.find('.'), text.size());

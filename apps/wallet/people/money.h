@@ -21,6 +21,9 @@ std::optional<Currency> currencyOfCountry(const std::string& country);
 /// Writes an amount of smallest units, such as "12.50 EUR".
 std::string moneyText(std::int64_t amount, const Currency& currency);
 
+/// The same for an amount whose currency may not be known: then its decimals are not known either.
+std::string moneyText(std::int64_t amount, const std::optional<std::string>& currency);
+
 /// Reads an amount as people write it, such as "12.50" or "12", in smallest units; absent for any other text, for more
 /// decimals than the currency has, and for zero or less.
 std::optional<std::int64_t> smallestUnits(std::string_view text, std::int64_t digits);

@@ -5,6 +5,8 @@
 #include "people/text.h"
 #include "people/wallet_methods.h"
 
+#include <kavio/platform/platform.h>
+
 #include <map>
 #include <memory>
 
@@ -23,10 +25,14 @@ const std::map<std::string, PaymentMethod::PaymentType> paymentTypes{
 
 /// -1 means that the service did not send the amount.
 std::string amountText(std::int64_t amount, const Order& order) {
-    return amount == -1 ? std::string{} : moneyText(amount, currencyNamed(order.currency.value_or("")));
+    return amount == -1 ? std::string{} : moneyText(amount, order.currency);
 }
 
-void show(Session& session, const Orders& orders) {
+/// Asks for orders and shows them.
+template <class Ask>
+void show(Session& session, Ask ask) {
+    const auto asked = Platform::current().clock->now();
+    const Orders orders = ask();
     Table table{{{"ORDER", NUMBER},
                  {"DATE", EXACT},
                  {"TYPE"},
@@ -36,7 +42,9 @@ void show(Session& session, const Orders& orders) {
                  {"ITEMS", NUMBER},
                  {"BALANCE", NUMBER}}};
     for (const auto& order : orders) {
-        table.add({order->id, localTime(order->date), order->type, words(name(order->status)), order->paymentSource,
+        // The library gives the current time for a date that it cannot read, and an order is older than that.
+        const auto date = order->date < asked ? localTime(order->date) : std::string{};
+        table.add({order->id, date, order->type, words(name(order->status)), order->paymentSource,
                    amountText(order->amount, *order), fmt::to_string(order->itemsCount),
                    amountText(order->endingBalance, *order)});
     }
@@ -71,7 +79,9 @@ void list(Session& session, Search search) {
                                                .limit = search.limit,
                                                .transactionsBefore = before,
                                            });
-    show(session, session.list<Orders>("Asking for your orders", [&](Kavio& kavio) { kavio.getTransactions(filter); }));
+    show(session, [&] {
+        return session.list<Orders>("Asking for your orders", [&](Kavio& kavio) { kavio.getTransactions(filter); });
+    });
 }
 
 }  // namespace
@@ -81,10 +91,13 @@ Command orderCommand(CLI::App& program) {
     const auto id = std::make_shared<std::string>();
     line->add_option("ID", *id, "The order's number")->required();
     return {line, [id](Session& session) {
-                const auto order =
-                    session.fetch<OrderReport>("Looking up the order", [&](Kavio& kavio) { kavio.getOrder(*id); });
-                if (!order) throw Failure(ExitStatus::FAILED, "The service did not send the order.");
-                show(session, {order});
+                show(session, [&]() -> Orders {
+                    const auto order = session.fetch<OrderReport>(
+                        "Looking up the order", [&](Kavio& kavio) { kavio.getOrder(*id); },
+                        WhenClockIsWrong::TRY_AGAIN);
+                    if (!order) throw Failure(ExitStatus::FAILED, "The service did not send the order.");
+                    return {order};
+                });
             }};
 }
 

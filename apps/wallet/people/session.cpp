@@ -1,6 +1,7 @@
 #include "session.h"
 
 #include "host/output.h"
+#include "people/interruption.h"
 #include "people/terminal.h"
 
 #include <chrono>
@@ -19,14 +20,17 @@ Session::Session(Host& host, const Options& options, bool asJson)
       mDelegate(std::make_shared<Reporter>([this](const Report& report) { take(report); })),
       mKavio(mDelegate, options.apiKey, options.environment) {}
 
-Report Session::ask(std::string what, const Operation& operation) {
+Report Session::ask(std::string what, const Operation& operation, WhenClockIsWrong policy) {
     std::optional<Report> last;
-    follow(std::move(what), operation, [&](const Report& report) { last = report; });
-    return last.value();
+    follow(what, operation, [&](const Report& report) { last = report; });
+    const bool isRefused = last.value().result->cause == Cause::SIGNATURE_REFUSED;
+    if (!isRefused || policy == WhenClockIsWrong::FAIL) return last.value();
+    return ask(std::move(what), operation);
 }
 
 void Session::follow(std::string what, const Operation& operation, const std::function<void(const Report&)>& onReport) {
     Progress progress{mIsJson ? std::string{} : std::move(what)};
+    Interruption::check();
     operation(mKavio);
     for (;;) {
         for (; !mReports.empty(); mReports.pop_front()) {
@@ -34,7 +38,8 @@ void Session::follow(std::string what, const Operation& operation, const std::fu
             onReport(mReports.front());
         }
         // The facade is free again as soon as it makes its last report, so nothing is missed.
-        if (!isBusy()) return;
+        if (!mKavio.isBusy()) return;
+        Interruption::check();
         progress.show();
         mHost.runUntil([this] { return !mReports.empty(); }, slice);
     }
@@ -49,23 +54,15 @@ void Session::show(const Table& table, std::string_view whenEmpty) const {
     if (!mIsJson) writeText(stdout, table.text(outputWidth()));
 }
 
+void Session::answer(std::string_view question, const Json& value) const {
+    if (mIsJson) writeText(stdout, lineOf(answerOf(question, "main", value)) + '\n');
+}
+
 void Session::warn(std::string_view sentence) const { writeText(stderr, fmt::format("kavio-wallet: {}\n", sentence)); }
 
 void Session::take(const Report& report) {
-    if (mProbe != nullptr) {
-        *mProbe = report.result;
-        return;
-    }
     if (mIsJson) writeText(stdout, lineOf(eventOf(report, "main")) + '\n');
     mReports.push_back(report);
-}
-
-bool Session::isBusy() {
-    KavioDelegate::Result answer;
-    mProbe = &answer;
-    mKavio.getOrder({});  // answered at once either way: either busy, or not the identifier of an order
-    mProbe = nullptr;
-    return answer && answer->type == ResultType::BUSY;
 }
 
 }  // namespace kavio::wallet

@@ -1,5 +1,6 @@
 #include "wallet_methods.h"
 
+#include "people/interruption.h"
 #include "people/text.h"
 
 #include <algorithm>
@@ -79,6 +80,8 @@ void showBalance(Session& session, const std::string& method) {
         if (card) session.say(fmt::format("New balance: {}", balanceText(*card)));
     } catch (const Failure& failure) {
         session.warn(fmt::format("The new balance is unknown. {}", failure.what()));
+    } catch (const Interrupted&) {
+        session.warn("The new balance is unknown.");
     }
 }
 

@@ -1,0 +1,88 @@
+#include "payment.h"
+
+#include "people/interruption.h"
+#include "people/text.h"
+
+#include <kavio/order.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace kavio::wallet {
+
+namespace {
+
+using Payments = std::vector<UnsettledPayment>;
+
+bool holds(const Payments& payments, const std::string& id) {
+    return std::ranges::find(payments, id, &UnsettledPayment::id) != payments.end();
+}
+
+}  // namespace
+
+Payment::Payment(Session& session, std::string doubt) : mSession(session), mDoubt(std::move(doubt)) {}
+
+void Payment::make(std::string what, const Session::Operation& start,
+                   const std::function<void(const Report&)>& onReport) {
+    const auto startAndNote = [&](Kavio& kavio) {
+        const auto known = kavio.unsettledPayments();
+        start(kavio);
+        mIsStarted = true;
+        for (const auto& payment : kavio.unsettledPayments()) {
+            if (!holds(known, payment.id)) mId = payment.id;
+        }
+    };
+    mSession.follow(std::move(what), startAndNote, [&](const Report& report) {
+        const auto* const order = std::get_if<OrderReport>(&report.payload);
+        if (order != nullptr && *order) mOrderId = (*order)->id;
+        onReport(report);
+    });
+}
+
+std::string Payment::warning() const {
+    const auto command = writtenDown() ? "settle " + mId : "transactions";
+    return fmt::format("{}: find out with `kavio-wallet {}` before you pay again.", mDoubt, printable(command));
+}
+
+Failure Payment::leave() {
+    const auto before = writtenDown();
+    mSession.release();
+    const auto after = writtenDown();
+    const auto& latest = after ? after : before;
+    // By the release, that is: a top-up cannot be given up, so it was answered at that moment.
+    const bool isGivenUp = before && !after && before->kind == UnsettledPayment::Kind::ORDER;
+    const auto orderId = printable(latest && latest->orderId ? *latest->orderId : mOrderId);
+    const auto sentence = [&]() -> std::string {
+        if (!orderId.empty()) {
+            return after ? fmt::format("Order {0} goes on: `kavio-wallet order {0}` shows what becomes of it.", orderId)
+                         : fmt::format("Order {0} is over: `kavio-wallet order {0}` shows how it ended.", orderId);
+        }
+        return mIsStarted && !isGivenUp ? warning() : "Nothing was sent, so nothing was paid.";
+    };
+    return {ExitStatus::INTERRUPTED, sentence()};
+}
+
+std::optional<UnsettledPayment> Payment::writtenDown() const {
+    const auto payments = mSession.unsettled();
+    const auto found = std::ranges::find(payments, mId, &UnsettledPayment::id);
+    return found == payments.end() ? std::nullopt : std::optional{*found};
+}
+
+void pay(Session& session, std::string doubt, const std::function<void(Payment&)>& work) {
+    const Interruption listening;
+    Payment payment{session, std::move(doubt)};
+    try {
+        work(payment);
+    } catch (const Interrupted&) {
+        throw payment.leave();
+    }
+}
+
+std::string unsettledSentence(const Session& session) {
+    const auto count = session.unsettled().size();
+    if (count == 0) return {};
+    return fmt::format("{} not known to be over: see `kavio-wallet unsettled`.",
+                       count == 1 ? "One payment is" : fmt::format("{} payments are", count));
+}
+
+}  // namespace kavio::wallet

@@ -1,0 +1,141 @@
+#include "json/objects.h"
+#include "people/command.h"
+#include "people/money.h"
+#include "people/payment.h"
+#include "people/text.h"
+#include "people/wallet_methods.h"
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace kavio::wallet {
+
+namespace {
+
+using enum Column::Kind;
+
+/// Such as "purchase at 42100107" or "top-up of wallet".
+std::string titleOf(const UnsettledPayment& payment) {
+    if (payment.kind == UnsettledPayment::Kind::ORDER)
+        return fmt::format("purchase at {}", payment.kavioId.value_or(0));
+    return fmt::format("top-up of {}", nameOf({payment.paymentMethodId, "", payment.paymentType}));
+}
+
+/// With a prepaid card the machine decides what to charge.
+std::string amountOf(const UnsettledPayment& payment) {
+    const bool isOpen =
+        payment.kind == UnsettledPayment::Kind::ORDER && payment.paymentType == PaymentMethod::PaymentType::PREPAID;
+    return isOpen ? std::string{} : moneyText(payment.amount, payment.currency);
+}
+
+std::string stateOf(const UnsettledPayment& payment) {
+    if (!payment.orderId) return "in doubt";
+    return fmt::format("order {}: {}", *payment.orderId, words(name(payment.status.value_or(Order::Status::UNKNOWN))));
+}
+
+void list(Session& session) {
+    const auto payments = session.unsettled();
+    session.answer("unsettledPayments", payments);
+    Table table{{{"ID", EXACT}, {"WHAT", EXACT}, {"WHEN", EXACT}, {"AMOUNT", NUMBER}, {"STATE", EXACT}}};
+    for (const auto& payment : payments) {
+        table.add({payment.id, titleOf(payment), localTime(payment.startedAt), amountOf(payment), stateOf(payment)});
+    }
+    session.show(table, "Every payment is known to be over.");
+}
+
+Failure unknownPayment(const std::string& id) {
+    return {ExitStatus::REFUSED, fmt::format("There is no payment {} in doubt: `kavio-wallet unsettled` lists those "
+                                             "that are, and `kavio-wallet transactions` the others.",
+                                             printable(id))};
+}
+
+/// Says what the reports told of the payment. What is still uncertain is a `Failure`.
+void conclude(const Session& session, const UnsettledPayment& payment, const Report& last, const OrderReport& order) {
+    const auto title = titleOf(payment);
+    if (last.result->cause == Cause::NOT_MADE)
+        return session.say(fmt::format("The {} never reached the service: nothing was paid.", title));
+    if (last.result->cause == Cause::NOT_CERTAIN)
+        throw Failure(ExitStatus::FAILED,
+                      fmt::format("What became of the {} cannot be told, or not yet: try again a few minutes after it "
+                                  "was started, or compare `kavio-wallet transactions`.",
+                                  title));
+    if (last.result->type != ResultType::SUCCESS) throw failureOf(*last.result);
+    if (payment.kind == UnsettledPayment::Kind::DEPOSIT) return session.say(fmt::format("The {} was made.", title));
+    if (!order) throw Failure(ExitStatus::FAILED, "The service did not send the order.");
+    if (isFinal(order->status)) return session.say(fmt::format("The {} is over.", title));
+    throw Failure(ExitStatus::FAILED, fmt::format("The {} is not over yet.", title));
+}
+
+void settle(Session& session, const UnsettledPayment& payment) {
+    std::optional<Report> last;
+    OrderReport order;
+    session.follow(
+        fmt::format("Finding out about the {}", titleOf(payment)),
+        [&](Kavio& kavio) { kavio.settlePayment(payment.id); },
+        [&](const Report& report) {
+            last = report;
+            const auto* const told = std::get_if<OrderReport>(&report.payload);
+            if (told == nullptr || !*told) return;
+            order = *told;
+            session.say(fmt::format("Order {}: {}", printable(order->id), words(name(order->status))));
+        });
+    conclude(session, payment, last.value(), order);
+}
+
+void settleOne(Session& session, const std::string& id) {
+    const auto payments = session.unsettled();
+    const auto payment = std::ranges::find(payments, id, &UnsettledPayment::id);
+    if (payment == payments.end()) throw unknownPayment(id);
+    settle(session, *payment);
+}
+
+/// One that stays in doubt keeps none of the others waiting.
+void settleAll(Session& session) {
+    const auto payments = session.unsettled();
+    std::optional<Failure> failure;
+    for (const auto& payment : payments) {
+        try {
+            settle(session, payment);
+        } catch (const Failure& reason) {
+            if (failure) session.warn(failure->what());
+            failure = reason;
+        }
+    }
+    if (failure) throw *failure;
+    if (payments.empty()) session.say("Every payment is known to be over.");
+}
+
+}  // namespace
+
+Command unsettledCommand(CLI::App& program) {
+    auto* const line = program.add_subcommand("unsettled", "List your payments that are not known to be over");
+    return {line, list};
+}
+
+Command settleCommand(CLI::App& program) {
+    auto* const line = program.add_subcommand("settle", "Find out what became of a payment; never pays");
+    const auto id = std::make_shared<std::string>();
+    const auto isAll = std::make_shared<bool>(false);
+    auto* const one = line->add_option("ID", *id, "The payment, as listed by `unsettled`");
+    line->add_flag("--all", *isAll, "Every payment that `unsettled` lists")->excludes(one);
+    line->parse_complete_callback([id, isAll] {
+        if (id->empty() && !*isAll) throw CLI::RequiredError("ID or --all");
+    });
+    return {line, [id, isAll](Session& session) { *isAll ? settleAll(session) : settleOne(session, *id); }};
+}
+
+Command forgetCommand(CLI::App& program) {
+    auto* const line = program.add_subcommand("forget", "Strike a payment off that list, whatever became of it");
+    const auto id = std::make_shared<std::string>();
+    line->add_option("ID", *id, "The payment, as listed by `unsettled`")->required();
+    return {line, [id](Session& session) {
+                const bool isKnown = session.forget(*id);
+                session.answer("forgetPayment", isKnown);
+                if (!isKnown) throw unknownPayment(*id);
+                session.say("The payment was struck off the list.");
+            }};
+}
+
+}  // namespace kavio::wallet
