@@ -126,7 +126,7 @@ void Kavio::State::Enrolment::startFingerprint(const TDSAddCardFingerprintRespon
 }
 
 void Kavio::State::Enrolment::pageResponse(APIResult<std::string> reply) {
-    if (!reply) return mOperation.fail(reply.failure());
+    if (!reply) return mOperation.fail(reply.failure(), Effect::UNKNOWN);  // the service may still store the card
     const auto page = std::move(reply).payload();
     const bool isText = page && Platform::current().characters->wellFormed(*page) == *page;
     if (!isText || !presentPage(TDSFlowType::FINGERPRINT, *page))
@@ -154,7 +154,10 @@ void Kavio::State::Enrolment::getCardResponse(const APIResult<TDSGetCardResponse
     if (challenge && mOperation.isUnderWay()) return showNextChallenge(challenge->url);
     mOperation.end();
     closePage();
-    if (!reply) return mOperation.fail(reply.failure());
+    if (!reply) {
+        // Only an answer of the service says that the card is not stored: an earlier request has left.
+        return mOperation.fail(reply.failure(), reply.failure().status > 0 ? reply.failure().effect : Effect::UNKNOWN);
+    }
     if (payload && std::holds_alternative<TDSGetCardLocatorResponse>(payload->reply)) {
         return mOperation.succeed(nullptr);
     }

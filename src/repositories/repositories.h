@@ -13,7 +13,6 @@
 #include "network/send_with_fresh_time.h"
 #include "storage/payment_journal.h"
 
-
 #include <kavio/delegate.h>
 
 #include <atomic>
