@@ -66,7 +66,8 @@ void Connections::close() {
     for (const int socket : mSockets) shutdown(socket, SHUT_RDWR);
 }
 
-Listener::Listener(const Identity* identity, std::uint16_t port, Handler handler) : mServer(makeServer(identity)) {
+Listener::Listener(const Identity* identity, std::uint16_t port, std::chrono::seconds idleLimit, Handler handler)
+    : mServer(makeServer(identity, idleLimit)) {
     mServer->new_task_queue = [] { return new httplib::ThreadPool(workers); };
     mServer->set_tcp_nodelay(true);
     mServer->set_socket_options(refuseTakenPorts);
@@ -85,7 +86,7 @@ Listener::Listener(const Identity* identity, std::uint16_t port, Handler handler
     while (!mServer->is_running()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
-std::unique_ptr<httplib::Server> Listener::makeServer(const Identity* identity) {
+std::unique_ptr<httplib::Server> Listener::makeServer(const Identity* identity, std::chrono::seconds idleLimit) {
     if (identity == nullptr) {
         auto plain = std::make_unique<httplib::Server>();
         plain->set_keep_alive_max_count(1);  // so that no idle connection keeps a stop waiting
@@ -95,7 +96,7 @@ std::unique_ptr<httplib::Server> Listener::makeServer(const Identity* identity) 
     if (!secure->is_valid()) throw std::runtime_error("the server certificate is not usable");
     mConnections.watch(secure->ssl_context());
     secure->set_keep_alive_max_count(1000);
-    secure->set_keep_alive_timeout(60);
+    secure->set_keep_alive_timeout(idleLimit.count());
     return secure;
 }
 

@@ -39,7 +39,7 @@ public:
     using Handler = std::function<void(Listener&, const httplib::Request&, httplib::Response&)>;
 
     /// Over TLS with an identity, plain without one. Throws if the port is not available.
-    Listener(const Identity* identity, std::uint16_t port, Handler handler);
+    Listener(const Identity* identity, std::uint16_t port, std::chrono::seconds idleLimit, Handler handler);
     ~Listener();
     Listener(const Listener&) = delete;
     Listener& operator=(const Listener&) = delete;
@@ -53,7 +53,7 @@ public:
     static void drop(const httplib::Request& request);
 
 private:
-    std::unique_ptr<httplib::Server> makeServer(const Identity* identity);
+    std::unique_ptr<httplib::Server> makeServer(const Identity* identity, std::chrono::seconds idleLimit);
 
     Connections mConnections;
     std::mutex mMutex;

@@ -35,6 +35,7 @@ int run(int argc, char** argv) {
     Sandbox::Options options;
     bool json = false;
     std::int64_t orderStep = options.orderStep.count();
+    std::int64_t idleLimit = options.idleLimit.count();
     app.add_option("--port", options.port, "Port on 127.0.0.1 (default: any free port)")
         ->transform(wholeNumber(0, 65535));
     app.add_option("--issuer-port", options.issuerPort,
@@ -46,9 +47,13 @@ int run(int argc, char** argv) {
     app.add_option("--order-step-ms", orderStep, "How long an order stays in each status, at most a day")
         ->transform(wholeNumber(0, 86'400'000))
         ->capture_default_str();
+    app.add_option("--idle-limit", idleLimit, "Seconds after which idle connections are closed, at most a day")
+        ->transform(wholeNumber(1, 86'400))
+        ->capture_default_str();
     app.add_flag("--json", json, "Write JSON lines");
     if (!kavio::command_line::parse(app, argc, argv)) return 0;
     options.orderStep = std::chrono::milliseconds{orderStep};
+    options.idleLimit = std::chrono::seconds{idleLimit};
 
     options.message = [json](const std::string& line) {
         print(json ? nlohmann::json{{"event", "message"}, {"text", line}}.dump() : line);

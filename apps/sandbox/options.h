@@ -26,6 +26,8 @@ struct Options {
     std::string code = "123456";
     /// How long an order stays in each of its statuses.
     std::chrono::milliseconds orderStep{1000};
+    /// How long a connection may be idle before it is closed, with TLS's own goodbye.
+    std::chrono::seconds idleLimit{60};
     std::chrono::seconds tokenLifetime{std::chrono::hours{24}};
     /// How long a client may use the time sample in a reply of "/time".
     std::chrono::seconds sampleLifetime{std::chrono::hours{1}};

@@ -127,10 +127,10 @@ struct Sandbox::Parts {
 void Sandbox::Parts::listen() {
     if (world.options.issuerPort) {
         issuerListener.emplace(
-            nullptr, *world.options.issuerPort,
+            nullptr, *world.options.issuerPort, world.options.idleLimit,
             [this](auto& from, const auto& request, auto& response) { serveIssuerPage(from, request, response); });
     }
-    listener.emplace(&identity, world.options.port,
+    listener.emplace(&identity, world.options.port, world.options.idleLimit,
                      [this](auto& from, const auto& request, auto& response) { serve(from, request, response); });
     const std::lock_guard lock(mutex);
     // Not 127.0.0.1: the library takes an address that begins like that for the end of a page.

@@ -28,7 +28,7 @@ struct Kind {
 namespace kinds {
 constexpr Kind challenge{"challenge", "POST", json, ONCE, Token::none};  // each is a message to a person's phone
 constexpr Kind verify{"verify", "POST", json, ONCE, Token::none};        // a code opens one session
-constexpr Kind logOut{"logout", "PUT", path, REPEATABLE};
+constexpr Kind logOut{"logout", "PUT", path, ONCE};
 constexpr Kind account{"account", "GET", path, REPEATABLE};
 constexpr Kind machineByValue{"machines", "POST", json, REPEATABLE};  // changes nothing, though it is a POST
 constexpr Kind machineProducts{"products", "GET", path, REPEATABLE};
@@ -37,7 +37,7 @@ constexpr Kind getOrder{"order", "GET", path, REPEATABLE};
 constexpr Kind activites{"activities", "GET", path, REPEATABLE};
 // Once, although its key lets the service tell a repetition: a card holder's bank may be asked for each.
 constexpr Kind addCreditCard{"addCard", "POST", json, ONCE};
-constexpr Kind deleteLocator{"removeCard", "DELETE", json, REPEATABLE};
+constexpr Kind deleteLocator{"removeCard", "DELETE", json, ONCE};
 constexpr Kind postDeposit{"deposit", "POST", json, ONCE};
 constexpr Kind postPrepaidDeposit{"prepaidDeposit", "POST", json, ONCE};
 constexpr Kind prepaidCards{"getPrepaidRequest", "GET", path, REPEATABLE};

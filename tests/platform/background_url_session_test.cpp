@@ -44,7 +44,7 @@ Begun begin(BackgroundUrlSession& session, UrlRequest request) {
     return {std::move(task), std::move(outcome)};
 }
 
-std::string fetch(BackgroundUrlSession& session, UrlRequest request) {
+std::string place(BackgroundUrlSession& session, UrlRequest request) {
     return begin(session, std::move(request)).outcome.get();
 }
 
@@ -94,10 +94,10 @@ TEST(BackgroundUrlSession, DoesNotTryAgainOnceAConnectionWasMade) {
         const HostServer server([count = read](Connection& connection) {
             if (count >= 0 && connection.handshake()) connection.read(static_cast<std::size_t>(count));
         });
-        EXPECT_EQ(fetch(*sessionWith(server), post(host, std::string(500'000, 'x'))), expected);
+        EXPECT_EQ(place(*sessionWith(server), post(host, std::string(500'000, 'x'))), expected);
         EXPECT_EQ(server.received().size(), 1U) << "cut off after " << read << " bytes";
     }
-    EXPECT_EQ(fetch(*makeBackgroundUrlSession(service().reaching(abandonedAddress())), post(host, "order")),
+    EXPECT_EQ(place(*makeBackgroundUrlSession(service().reaching(abandonedAddress())), post(host, "order")),
               "-1004 with 0 unsent");
 }
 
@@ -174,7 +174,7 @@ TEST(BackgroundUrlSession, NeedsNoDiskForAReply) {
     const rlimit none{0, before.rlim_max};
     ::signal(SIGXFSZ, SIG_IGN);
     ::setrlimit(RLIMIT_FSIZE, &none);
-    EXPECT_EQ(fetch(*session, post(host, "order")), "200 placed");
+    EXPECT_EQ(place(*session, post(host, "order")), "200 placed");
     ::setrlimit(RLIMIT_FSIZE, &before);
 }
 
@@ -188,13 +188,25 @@ bool inFreshNetwork(const std::function<void()>& test) {
     return permitted;
 }
 
+TEST(BackgroundUrlSession, WaitsForARouteAndForNothingElse) {
+    const bool permitted = inFreshNetwork([] {
+        ASSERT_EQ(std::system("ip link set lo up && ip route add unreachable 192.0.2.1"), 0);
+        const auto toNoHost = service().reaching("192.0.2.1:443");
+        EXPECT_EQ(errorCode(fetch(*makeUrlSession(toNoHost), get(host))), -1009) << "no route at all";
+        ASSERT_EQ(std::system("ip route add default dev lo"), 0);
+        EXPECT_EQ(errorCode(fetch(*makeUrlSession(toNoHost), get(host))), -1004);
+        EXPECT_EQ(place(*makeBackgroundUrlSession(toNoHost), post(host, "order")), "-1004 with 0 unsent");
+    });
+    if (!permitted) GTEST_SKIP() << "a fresh network needs privileges";
+}
+
 TEST(BackgroundUrlSession, WaitsForTheNetwork) {
     const bool permitted = inFreshNetwork([] {
         const HostServer server(answering(httpReply(200, "placed")));
         const auto session = sessionWith(server);
         auto order = begin(*session, post(host, "order"));
-        EXPECT_EQ(fetch(*sessionWith(server), post(host, "lost")), "-999 with 0 unsent")
-            << "waits until the session goes";
+        auto lost = begin(*sessionWith(server), post(host, "lost")).outcome;
+        EXPECT_EQ(lost.get(), "-999 with 0 unsent") << "waits until the session goes";
         auto givenUp = begin(*session, post(host, "given up"));
         EXPECT_TRUE(givenUp.task->cancel());
         EXPECT_EQ(givenUp.outcome.get(), "-999 with 0 unsent");

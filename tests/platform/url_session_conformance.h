@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <zlib.h>
 
+#include <atomic>
 #include <thread>
 
 namespace kavio::test {
@@ -35,7 +36,6 @@ TEST_P(UrlSessionConformance, SendsTheRequestAsItIs) {
     const HeaderFields headers{{"lang", "de"}, {"Token", ""}, {"Host", "else.test"}, {"Content-Type", "a/b"}};
     const std::vector<std::pair<UrlRequest, testing::Matcher<std::string>>> cases{
         {get(host + "/a/b?c=%20d&"), StartsWith("GET /a/b?c=%20d& HTTP/1.1\r\nHost: service.test\r\n")},
-        {get(host + "/a/../b/./c"), StartsWith("GET /a/../b/./c HTTP/1.1\r\n")},
         {{"PUT", host + "/?q", {}, {}},
          AllOf(StartsWith("PUT /?q "), HasSubstr("Content-Length: 0\r\n"), Not(HasSubstr("Content-Type")))},
         {post(host, binary), AllOf(HasSubstr("\r\nContent-Length: 6\r\n"), EndsWith("\r\n\r\n" + binary))},
@@ -45,6 +45,7 @@ TEST_P(UrlSessionConformance, SendsTheRequestAsItIs) {
          AllOf(StartsWith("DELETE / "), HasSubstr("\r\nlang: de\r\n"), HasSubstr("\r\nToken:\r\n"),
                HasSubstr("\r\nContent-Type: a/b\r\n"), HasSubstr("\r\nHost: else.test\r\n"),
                Not(HasSubstr("Host: service.test")))},
+        {get(host + "/a/../b/./c"), StartsWith("GET /a/../b/./c HTTP/1.1\r\n")},
     };
     const HostServer server(answering(httpReply(200, "ok")));
     const auto session = this->session(server);
@@ -52,7 +53,7 @@ TEST_P(UrlSessionConformance, SendsTheRequestAsItIs) {
         EXPECT_EQ(text(fetch(*session, request)), "200 ok");
         EXPECT_THAT(server.requests().back(), expected);
     }
-    EXPECT_EQ(server.received().size(), 1u) << "connections are reused";
+    EXPECT_EQ(server.received().size(), 5u) << "what is sent once takes a new connection, all else a kept one";
 }
 
 TEST_P(UrlSessionConformance, GivesEveryStatusAsAReply) {
@@ -219,27 +220,81 @@ TEST_P(UrlSessionConformance, NamesWhyNothingCouldBeSent) {
 }
 
 /// A service that answers one request on a connection and then gives that up: what is in the way of the next request
-/// there is lost. Another connection it serves.
-TEST_P(UrlSessionConformance, SendsAgainOnlyWhatIsRepeatable) {
-    using enum Idempotency;
+/// there is lost. Connections from the `serving`th on it serves.
+TEST_P(UrlSessionConformance, SendsAQueryOnceMoreWhenAKeptConnectionDies) {
     constexpr std::size_t whole = 0;
-    for (const auto& request : {post(host, "body"), post(host, std::string(500'000, 'x')), get(host, ONCE), get(host),
-                                post(host, "body", REPEATABLE)}) {
+    for (const auto& request : {get(host + "/list?"), post(host + "/a/?b=%20", "body", Idempotency::REPEATABLE)}) {
         for (const std::size_t part : {std::size_t{1}, std::size_t{40}, whole}) {
-            const bool once = request.idempotency == ONCE;
-            SCOPED_TRACE(request.method + " read up to " + std::to_string(part) + (once ? " once" : " repeatable"));
-            const HostServer server(meeting([&](Connection& connection, const std::string&) {
-                connection.send(httpReply(200, std::to_string(connection.number())));
-                if (connection.number() > 0) return true;
-                part == whole ? connection.readRequest() : connection.read(part);
-                return false;
+            for (const std::size_t serving : {1, 2}) {
+                SCOPED_TRACE(request.method + " read up to " + std::to_string(part) + " of " + std::to_string(serving));
+                const HostServer server([&](Connection& connection) {
+                    if (!connection.handshake()) return;
+                    if (connection.number() == 0) {
+                        connection.readRequest();
+                        connection.send(httpReply(200, "0"));
+                    }
+                    part == whole || connection.number() > 0 ? connection.readRequest() : connection.read(part);
+                    if (connection.number() >= serving) connection.send(httpReply(200, "again"));
+                });
+                const auto session = this->session(server);
+                ASSERT_EQ(text(fetch(*session, get(host))), "200 0");
+                EXPECT_EQ(text(fetch(*session, request)).substr(0, 9), serving == 1 ? "200 again" : "-1005 The");
+                const auto received = server.received();
+                ASSERT_EQ(received.size(), 2u) << "twice at most";
+                const auto lost = received[0].substr(server.requests()[0].size());
+                EXPECT_EQ(received[1].substr(0, part == whole ? received[1].size() : part), lost) << "byte for byte";
+            }
+        }
+    }
+}
+
+/// What a server says on a connection that nobody has asked anything: before the answer to the first request is read,
+/// or after that.
+TEST_P(UrlSessionConformance, TakesNoConnectionOnWhichMoreThanTheReplyHasArrived) {
+    struct Case {
+        const char* name;
+        std::vector<std::string> together;
+        Ending later;
+    };
+    const auto first = httpReply(200, "first");
+    const auto wrong = httpReply(200, "wrong");
+    const auto body = first.find("first");
+    const auto chunked = [](const std::string& more) {
+        return "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n5\r\nfirst\r\n0\r\n\r\n" + more;
+    };
+    const Ending nothing = sending("");
+    for (const auto& [name, together, later] : std::vector<Case>{
+             {"an unasked reply", {first}, sending(wrong)},
+             {"an unasked refusal", {first}, sending(httpReply(408, "", "Connection: close\r\n"))},
+             {"part of one", {first}, sending(wrong.substr(0, 9))},
+             {"with the reply", {first + wrong}, nothing},
+             {"with the end of the reply", {first.substr(0, body), "first" + wrong}, nothing},
+             {"with the reply, and behind", {first + wrong, wrong}, nothing},
+             {"with a chunked reply", {chunked(wrong)}, nothing},
+             {"with a chunked reply, and behind", {chunked(wrong.substr(0, 9)), wrong.substr(9)}, nothing},
+             {"good-bye", {first}, [](Connection& connection) { connection.sayGoodbye(false); }},
+             {"good-bye and the end", {first}, [](Connection& connection) { connection.sayGoodbye(true); }},
+             {"the end", {first}, [](Connection& connection) { connection.hangUp(); }},
+         }) {
+        for (const auto idempotency : {Idempotency::REPEATABLE, Idempotency::ONCE}) {
+            SCOPED_TRACE(name + std::string(idempotency == Idempotency::ONCE ? ", once" : ""));
+            std::promise<void> answered, said;
+            std::atomic<bool> asked = false;
+            const HostServer server(meeting([&, &now = together, &then = later](Connection& connection, const auto&) {
+                const bool isFirst = connection.number() == 0 && !asked.exchange(true);
+                if (!isFirst) return connection.send(httpReply(200, "right"));
+                for (const auto& bytes : now) connection.send(bytes);
+                answered.get_future().wait();
+                then(connection);
+                said.set_value();
+                return true;
             }));
             const auto session = this->session(server);
-            ASSERT_EQ(text(fetch(*session, get(host))), "200 0");
-            const auto outcome = fetch(*session, request);
-            EXPECT_EQ(text(outcome).substr(0, 5), once ? "-1005" : "200 1");
-            const auto received = server.received();
-            EXPECT_EQ(received.size() > 1 && !received[1].empty(), !once);
+            ASSERT_EQ(text(fetch(*session, get(host))), "200 first");
+            answered.set_value();
+            said.get_future().wait();
+            EXPECT_EQ(text(fetch(*session, get(host, idempotency))), "200 right");
+            EXPECT_EQ(server.requests().size(), 2u);
         }
     }
 }

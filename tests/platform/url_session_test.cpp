@@ -12,6 +12,16 @@ INSTANTIATE_TEST_SUITE_P(Linux, UrlSessionConformance, testing::Values(&makeUrlS
 
 namespace {
 
+TEST(UrlSession, TakesUpTlsSessionsSoThatNewConnectionsAreCheap) {
+    const HostServer server(meeting([](Connection& connection, const std::string&) {
+        return connection.send(httpReply(200, connection.isResumed() ? "resumed" : "new"));
+    }));
+    const auto session = makeUrlSession(service().reaching(server.address()));
+    for (const char* expected : {"200 new", "200 resumed", "200 resumed"})
+        EXPECT_EQ(text(fetch(*session, post(host, "body"))), expected);
+    EXPECT_EQ(server.received().size(), 3u);
+}
+
 TEST(UrlSessionHttp2, CarriesRequestsSideBySide) {
     const TemporaryFolder folder;
     const std::string identity = folder.path() / "identity.pem";

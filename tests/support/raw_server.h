@@ -80,6 +80,15 @@ public:
             std::size_t count = 0;
             return SSL_write_ex(mTls.get(), bytes.data(), bytes.size(), &count) == 1;
         }
+        /// Ends TLS as it should be ended, and the connection with it or not.
+        void sayGoodbye(bool hangUp) {
+            SSL_shutdown(mTls.get());
+            if (hangUp) this->hangUp();
+        }
+        /// Ends our half of the connection.
+        void hangUp() { ::shutdown(SSL_get_fd(mTls.get()), SHUT_WR); }
+        /// Whether the handshake took up an earlier session of TLS.
+        bool isResumed() { return SSL_session_reused(mTls.get()) == 1; }
         /// Waits for the peer to leave, or to send more, for no longer than `limit`. False when it does neither.
         bool hearsWithin(std::chrono::milliseconds limit) {
             pollfd socket{SSL_get_fd(mTls.get()), POLLIN, 0};

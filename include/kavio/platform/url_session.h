@@ -77,12 +77,11 @@ struct UrlError {
 /// - A redirect is followed only for a REPEATABLE request and only within the same scheme, host and port; any other
 ///   redirect is the reply.
 /// - A reply over `maximumReplyBytes`, decoded, fails with `UrlError::dataLengthExceedsMaximum`.
-/// - A connection is used again only if nothing has arrived on it since the last reply, not even its end: what a server
-///   says unasked is never taken for the answer to a later request. An ONCE request always gets a new connection, or
-///   one that has just been shown to be alive, so that a server which ends idle connections makes none fail.
+/// - A connection is used again only if nothing waits on it to be read, not even its end: what a server says unasked is
+///   never taken for the answer to a later request. An ONCE request always gets a new connection, or one that has just
+///   been shown to be alive, so that a server which ends idle connections makes none fail.
 /// - `UrlError::notConnectedToInternet` says that the device has no route to the world. With a route, a host that
-/// cannot
-///   be reached is `UrlError::cannotConnectToHost` or `UrlError::cannotFindHost`.
+///   cannot be reached is `UrlError::cannotConnectToHost` or `UrlError::cannotFindHost`.
 /// - Destroying the session completes what is still open with `UrlError::cancelled`, and returns when that is done.
 class KAVIO_API UrlSession {
 public:

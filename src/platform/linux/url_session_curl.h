@@ -13,6 +13,7 @@ struct CurlRelease {
 
 using CurlEasy = std::unique_ptr<CURL, CurlRelease<&curl_easy_cleanup>>;
 using CurlMulti = std::unique_ptr<CURLM, CurlRelease<&curl_multi_cleanup>>;
+using CurlShare = std::unique_ptr<CURLSH, CurlRelease<&curl_share_cleanup>>;
 using CurlUrl = std::unique_ptr<CURLU, CurlRelease<&curl_url_cleanup>>;
 using CurlText = std::unique_ptr<char, CurlRelease<&curl_free>>;
 

@@ -137,6 +137,7 @@ private:
     void keepHandle(CurlEasy easy);
 
     const UrlConduct mConduct;
+    CurlShare mTlsSessions;  // what makes a new connection to a known host cheap
     CurlMulti mMulti;
     Wakeup mWakeup;
     std::atomic<bool> mSomeAreGivenUp = false;
@@ -186,8 +187,10 @@ std::shared_ptr<DownloadTask> UrlEngine::submit(UrlRequest request, Completion c
 
 UrlEngine::Loop::Loop(UrlConduct conduct) : mConduct(std::move(conduct)) {
     initializeLibraries();
+    mTlsSessions.reset(curl_share_init());
     mMulti.reset(curl_multi_init());
-    if (!mMulti) throw std::bad_alloc();
+    if (!mTlsSessions || !mMulti) throw std::bad_alloc();
+    curl_share_setopt(mTlsSessions.get(), CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);
 }
 
 std::shared_ptr<DownloadTask> UrlEngine::Loop::submit(UrlRequest request, Completion completion) {
@@ -237,6 +240,7 @@ void UrlEngine::Loop::close() {
     cancelAll();
     mIdle.clear();
     mMulti.reset();  // here, where SIGPIPE is blocked: it says good-bye on open connections
+    mTlsSessions.reset();
     OPENSSL_thread_stop();
 }
 
@@ -262,6 +266,7 @@ void UrlEngine::Loop::end(CURL* easy, CURLcode code) {
     auto task = takeRunning(easy);
     UrlExchange& exchange = task->exchange;
     if (code == CURLE_OK && exchange.followRedirect(easy)) return start(std::move(task));
+    if (exchange.needsNewConnection(code)) return start(std::move(task));
     auto outcome = exchange.finish(easy, code);
     if (mConduct.background && isNetworkMissing(outcome) && !exchange.departure()->hasLeft())
         return wait(std::move(task));
@@ -326,7 +331,11 @@ int UrlEngine::Loop::millisecondsToNextResumption() const {
 }
 
 CurlEasy UrlEngine::Loop::takeHandle() {
-    if (mIdle.empty()) return CurlEasy(curl_easy_init());
+    if (mIdle.empty()) {
+        CurlEasy made(curl_easy_init());
+        if (made) curl_easy_setopt(made.get(), CURLOPT_SHARE, mTlsSessions.get());
+        return made;
+    }
     auto easy = std::move(mIdle.back());
     mIdle.pop_back();
     return easy;

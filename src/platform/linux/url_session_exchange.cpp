@@ -1,8 +1,10 @@
 #include "platform/linux/url_session_exchange.h"
 
+#include "platform/linux/url_session_connection.h"
 #include "platform/linux/url_session_failure.h"
 
 #include <openssl/crypto.h>
+#include <sys/socket.h>
 
 #include <algorithm>
 #include <array>
@@ -92,14 +94,28 @@ private:
 
 /// What libcurl calls while the exchange is under way.
 struct UrlExchange::Callbacks {
-    /// Asked on each connection before the request goes out on it. On its own libcurl sends again when a connection
-    /// that it had used before dies without a reply, and when a server refuses a stream: here is where that ends.
-    static int beforeSending(void* user, char*, char*, int, int) {
-        auto& self = *static_cast<UrlExchange*>(user);
-        if (self.mSent && !self.isRepeatable()) return CURL_PREREQFUNC_ABORT;
-        if (!self.mDeparture->leave()) return CURL_PREREQFUNC_ABORT;
-        self.mSent = true;
-        return CURL_PREREQFUNC_OK;
+    // On its own libcurl sends again when a connection that it had used before dies without a reply, and when a server
+    // refuses a stream; the URL may then be another one than was signed. These two are where that ends, on a new
+    // connection and on a kept one.
+
+    static curl_socket_t openSocket(void* user, curlsocktype, curl_sockaddr* address) {
+        auto& attempt = static_cast<UrlExchange*>(user)->mAttempt;
+        if (attempt.sent) {
+            attempt.refusedRepetition = true;
+            return CURL_SOCKET_BAD;
+        }
+        try {
+            attempt.sockets.reserve(attempt.sockets.size() + 1);
+        } catch (const std::exception&) {
+            return CURL_SOCKET_BAD;
+        }
+        return attempt.sockets.emplace_back(
+            ::socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol));
+    }
+
+    /// Asked on each connection before the request goes out on it.
+    static int beforeSending(void* user, char*, char*, int, int localPort) {
+        return static_cast<UrlExchange*>(user)->maySend(localPort) ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
     }
 
     /// Of every head, an interim one's too, and of trailers: a line at a time.
@@ -155,14 +171,17 @@ CURLcode UrlExchange::prepare(CURL* easy) {
     mHeaderLines = {};
     mBody.clear();
     mHeaderBytes = 0;
-    mSent = false;
     mHeadIsWhole = false;
+    mAttempt = {};
+    mEasy = easy;
 
     Options options(easy);
     setConnection(options);
     setLimits(options);
     setRequest(options);
     setHeaders(options);
+    options.set(CURLOPT_OPENSOCKETFUNCTION, &Callbacks::openSocket);
+    options.set(CURLOPT_OPENSOCKETDATA, this);
     options.set(CURLOPT_PREREQFUNCTION, &Callbacks::beforeSending);
     options.set(CURLOPT_PREREQDATA, this);
     options.set(CURLOPT_HEADERFUNCTION, &Callbacks::onHeader);
@@ -187,7 +206,9 @@ void UrlExchange::setConnection(Options& options) const {
         options.set(CURLOPT_PROXY, "");
     }
     options.set(CURLOPT_MAXAGE_CONN, maximumIdleSeconds);
-    options.set(CURLOPT_FRESH_CONNECT, mConduct.background ? 1L : 0L);
+    // What is sent once takes no kept connection. However alive such a one looks, its end may be on its way already,
+    // and then nobody could tell whether the request has arrived. A TLS session taken up again keeps new ones cheap.
+    options.set(CURLOPT_FRESH_CONNECT, mayTakeKeptConnection() ? 0L : 1L);
     options.set(CURLOPT_FORBID_REUSE, mConduct.background ? 1L : 0L);
     options.set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
 }
@@ -230,6 +251,32 @@ void UrlExchange::setHeaders(Options& options) {
     options.set(CURLOPT_HTTPHEADER, mHeaderLines.get());
 }
 
+bool UrlExchange::maySend(int localPort) {
+    if (mAttempt.sent) {
+        mAttempt.refusedRepetition = true;
+        return false;
+    }
+    mAttempt.onKeptConnection = mayTakeKeptConnection() && isOnKeptConnection(mEasy);
+    if (!mAttempt.onKeptConnection) {
+        noteSocket(mEasy, mAttempt.sockets, localPort);
+    } else if (!isSilent(mEasy)) {
+        mAttempt.refusedStale = true;
+        return false;
+    }
+    mAttempt.sent = mDeparture->leave();
+    return mAttempt.sent;
+}
+
+bool UrlExchange::needsNewConnection(CURLcode code) {
+    const bool diedUnheard =
+        mAttempt.sent && mAttempt.onKeptConnection && mHeaderBytes == 0 && code != CURLE_OPERATION_TIMEDOUT;
+    const bool repeats = isRepeatable() && !mRepeated && (diedUnheard || mAttempt.refusedRepetition);
+    if (!mAttempt.refusedStale && !repeats) return false;
+    mKeptConnectionsAreUseless = true;
+    mRepeated = mRepeated || repeats;
+    return true;
+}
+
 bool UrlExchange::followRedirect(CURL* easy) {
     constexpr std::array statuses{301, 302, 303, 307, 308};
     const int status = responseStatus(easy);
@@ -255,7 +302,8 @@ UrlOutcome UrlExchange::finish(CURL* easy, CURLcode code) {
     const bool hasHead = mHeadIsWhole && status >= 200;  // a 1xx only says that the reply is still to come
     if (code == CURLE_OK && hasHead) return takeReply(status);
     if (code == CURLE_OK) code = CURLE_PARTIAL_FILE;  // libcurl is content with a head that breaks off
-    UrlError error = mTooLarge ? urlError(UrlError::dataLengthExceedsMaximum) : describeFailure(easy, code, mSent);
+    UrlError error =
+        mTooLarge ? urlError(UrlError::dataLengthExceedsMaximum) : describeFailure(easy, code, mDeparture->hasLeft());
     if (mConduct.background && hasHead) error.status = status;
     return error;
 }

@@ -10,6 +10,7 @@
 #include <memory>
 #include <string>
 #include <variant>
+#include <vector>
 
 namespace kavio {
 
@@ -39,6 +40,9 @@ public:
     CURLcode prepare(CURL* easy);
     /// Whether the reply is a redirect to follow; the request is then the one to `prepare` next.
     bool followRedirect(CURL* easy);
+    /// Whether a kept connection was of no use to the request, which then is to be prepared again, for a new one. That
+    /// is done at most once after a byte may have left, and only to what is repeatable.
+    bool needsNewConnection(CURLcode code);
     UrlOutcome finish(CURL* easy, CURLcode code);
     const std::shared_ptr<Departure>& departure() const { return mDeparture; }
 
@@ -46,6 +50,8 @@ private:
     struct Callbacks;
     class Options;
 
+    bool maySend(int localPort);
+    bool mayTakeKeptConnection() const { return isRepeatable() && !mKeptConnectionsAreUseless; }
     bool isRepeatable() const { return !mConduct.background && mRequest.idempotency == Idempotency::REPEATABLE; }
     void setConnection(Options& options) const;
     void setLimits(Options& options) const;
@@ -56,14 +62,25 @@ private:
 
     UrlRequest mRequest;
     const UrlConduct& mConduct;
+    CURL* mEasy = nullptr;
     const std::shared_ptr<Departure> mDeparture = std::make_shared<Departure>();
     CurlList mHeaderLines;
     std::string mBody;
     std::size_t mHeaderBytes = 0;
     int mRedirects = 0;
-    bool mSent = false;
     bool mHeadIsWhole = false;
     bool mTooLarge = false;
+    bool mKeptConnectionsAreUseless = false;
+    bool mRepeated = false;
+
+    /// What is known of the request's way out, since it was last prepared.
+    struct {
+        std::vector<curl_socket_t> sockets;
+        bool onKeptConnection = false;
+        bool refusedStale = false;  // the kept connection was not silent; nothing was sent
+        bool sent = false;
+        bool refusedRepetition = false;  // libcurl wanted to send again
+    } mAttempt;
 };
 
 }  // namespace kavio

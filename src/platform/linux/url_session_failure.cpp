@@ -88,9 +88,9 @@ int connectErrno(CURL* easy) {
 
 UrlError::Code classifyConnect(int number) {
     switch (number) {
+        // Also of a host that is down, and of the last address tried where another one has refused us: only a device
+        // without any route has no network.
         case EHOSTUNREACH:
-            return UrlError::notConnectedToInternet;
-        // Said of the last address tried; a host with addresses of both kinds may have refused us at another one.
         case ENETUNREACH:
         case ENETDOWN:
             return hasRoute() ? UrlError::cannotConnectToHost : UrlError::notConnectedToInternet;

@@ -1,0 +1,223 @@
+// Wallets whose connections are closed while they are idle, by a proxy or by the service itself. In the suite a few
+// operations are enough; for the whole of it, eight minutes long:
+//   KAVIO_OPERATIONS=2000 KAVIO_IDLE_MS=2000 build/dev/tests/wallet/wallet_tests --gtest_filter='*IdleConnections*'
+
+#include "platform/other_process.h"
+#include "sandbox/authority.h"
+#include "support/eventually.h"
+#include "wallet/wallet_process.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <netinet/in.h>
+
+#include <algorithm>
+#include <map>
+#include <random>
+#include <thread>
+
+namespace kavio::test {
+namespace {
+
+constexpr int wallets = 8;
+
+int fromEnvironment(const char* name, int otherwise) {
+    const char* value = std::getenv(name);
+    return value == nullptr ? otherwise : std::atoi(value);
+}
+
+/// `port` is 0 for any; what it gives is 0 when it cannot be had.
+int takePort(int port, bool (*use)(int socket, const sockaddr*, socklen_t)) {
+    const int socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address{};
+    socklen_t length = sizeof address;
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<std::uint16_t>(port));
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    const bool done = use(socket, reinterpret_cast<const sockaddr*>(&address), length);
+    ::getsockname(socket, reinterpret_cast<sockaddr*>(&address), &length);
+    ::close(socket);
+    return done ? ntohs(address.sin_port) : 0;
+}
+
+int freePort() {
+    return takePort(
+        0, [](int socket, const sockaddr* address, socklen_t length) { return ::bind(socket, address, length) == 0; });
+}
+
+bool isListening(int port) {
+    return takePort(port, [](int socket, const sockaddr* address, socklen_t length) {
+               return ::connect(socket, address, length) == 0;
+           }) != 0;
+}
+
+/// nghttpx in front of a sandbox, under a certificate of its own.
+class Proxy {
+public:
+    Proxy(const sandbox::Sandbox& behind, const std::string& protocol, int idleMilliseconds) {
+        std::ofstream(mFolder.path() / "identity.pem") << mAuthority.issue({"api-qa2.kavio.example"}).pem();
+        std::ofstream(authorityFile()) << mAuthority.pem();
+        const auto command = fmt::format(
+            "exec nghttpx --conf=/dev/null --single-process --no-ocsp --errorlog-file={0}/log -f127.0.0.1,{1} "
+            "'-b127.0.0.1,{2};;tls;sni=localhost' --cacert={3} --npn-list={4} --frontend-keep-alive-timeout={5}ms "
+            "--frontend-http2-read-timeout={5}ms {0}/identity.pem {0}/identity.pem 2>{0}/errors",
+            mFolder.path().string(), mPort, behind.port(), behind.authorityFile().string(), protocol, idleMilliseconds);
+        mProcess.emplace([&](int) { return ::execl("/bin/sh", "sh", "-c", command.c_str(), nullptr) == 0; });
+        EXPECT_TRUE(eventually([&] { return isListening(mPort); })) << "is nghttpx of nghttp2-proxy missing?";
+    }
+    std::string address() const { return fmt::format("127.0.0.1:{}", mPort); }
+    std::string authorityFile() const { return mFolder.path() / "authority.pem"; }
+
+private:
+    const TemporaryFolder mFolder;
+    const sandbox::Authority mAuthority;
+    const int mPort = freePort();
+    std::optional<OtherProcess> mProcess;
+};
+
+/// kavio-wallet --jsonl, an operation at a time, with a pause after each.
+class DrivenWallet {
+public:
+    DrivenWallet(const std::string& address, const std::string& authorityFile, int number, int idleMilliseconds)
+        : mNumber(15'123'456 + number), mRandom(static_cast<unsigned>(number)), mPause(0, 2 * idleMilliseconds) {
+        mProcess.emplace([&](int channel) {
+            ::dup2(channel, STDIN_FILENO);
+            ::dup2(channel, STDOUT_FILENO);
+            const std::string store = mFolder.path() / "store";
+            return ::execl(KAVIO_WALLET, KAVIO_WALLET, "--store-dir", store.c_str(), "--connect-to", address.c_str(),
+                           "--ca-file", authorityFile.c_str(), "--jsonl", nullptr) == 0;
+        });
+    }
+
+    /// All kinds of operations in turn, each time in another order, until there have been `count`.
+    void run(int count) {
+        while (mDone < count) {
+            logIn();
+            const auto methods = ask("getPaymentMethods").value("paymentMethods", Json::array());
+            std::vector<std::function<void()>> turn{
+                [&] { ask("isLoggedIn"); },
+                [&] { ask("getMachines filter=null"); },
+                [&] { ask("getMachineProducts machineId=2001"); },
+                [&] { ask("getTransactions filter=null"); },
+                [&] { order(); },
+                [&] { card(); },
+                [&] { deposit(methods); },
+            };
+            std::shuffle(turn.begin(), turn.end(), mRandom);
+            for (const auto& operation : turn) operation();
+            ask("logout");
+        }
+    }
+
+    /// "login SUCCESS" and how often.
+    const std::map<std::string, int>& results() const { return mResults; }
+
+private:
+    void logIn() {
+        const auto who = fmt::format("countryCode=49 phoneNumber=\"{}\"", mNumber);
+        ask("login " + who);
+        ask("verify otp=\"123456\" country=DE " + who);
+    }
+    void order() {
+        const auto placed = ask(R"({"op":"placeOrder","kavioId":42100107,"amount":150,"await":2,)"
+                                R"("paymentMethod":{"id":"0","number":"","type":"KAVIO"}})");
+        if (placed.contains("order") && placed["order"].is_object())
+            ask(fmt::format("getOrder orderId=\"{}\"", placed["order"].value("id", "")));
+    }
+    void card() {
+        const auto added = ask(R"({"op":"addCreditCard","card":{"pan":"4111111111111111","month":"12","year":"2039",)"
+                               R"("cvv":"123","email":"a@b.example"}})");
+        if (added.contains("card") && added["card"].is_object())
+            ask(fmt::format("removeCard id=\"{}\"", added["card"].value("id", "")));
+    }
+    void deposit(const Json& methods) {
+        Json request{{"op", "deposit"}, {"amount", 1}};
+        for (const auto& method : methods) {
+            if (method.value("type", "") == "CREDIT_CARD") request["chargedCardId"] = method["id"];
+            if (method.value("class", "") == "DepositCard" && method.value("type", "") == "KAVIO")
+                request["depositCard"] = method;
+        }
+        ask(request.dump());
+    }
+
+    /// The last event of the operation.
+    Json ask(const std::string& text) {
+        const auto sent = line(text);
+        const auto request = Json::parse(sent);
+        const auto op = request.value("op", "");
+        tell(sent + '\n');
+        Json event;
+        for (int left = request.value("await", 1); left > 0; --left) {
+            event = Json::parse(hear(), nullptr, false);
+            const auto type =
+                event.is_object() && event.contains("result") ? event["result"].value("type", "") : "unexpected";
+            if (type != "SUCCESS") {
+                ++mResults[op + ' ' + type + ' ' + event.dump()];
+                break;
+            }
+            if (left == 1) ++mResults[op + " SUCCESS"];
+        }
+        ++mDone;
+        ::poll(nullptr, 0, mPause(mRandom));  // the connections' time to become idle is what this is about
+        return event;
+    }
+    void tell(const std::string& text) const {
+        EXPECT_EQ(::write(mProcess->channel, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    }
+    std::string hear() const {
+        std::string text;
+        for (char next = 0; ::read(mProcess->channel, &next, 1) == 1 && next != '\n';) text += next;
+        return text;
+    }
+
+    const TemporaryFolder mFolder;
+    const int mNumber;
+    std::mt19937 mRandom;
+    std::uniform_int_distribution<int> mPause;
+    int mDone = 0;
+    std::map<std::string, int> mResults;
+    std::optional<OtherProcess> mProcess;
+};
+
+TEST(IdleConnections, LoseNothingWhenTheyAreClosed) {
+    const int operations = fromEnvironment("KAVIO_OPERATIONS", 100);
+    const int idle = fromEnvironment("KAVIO_IDLE_MS", 100);
+    for (const std::string protocol : {"http/1.1", "h2", "none"}) {
+        SCOPED_TRACE(protocol);
+        const auto seconds = std::chrono::ceil<std::chrono::seconds>(std::chrono::milliseconds(idle));
+        const sandbox::Sandbox sandbox{{.orderStep = std::chrono::milliseconds{0}, .idleLimit = seconds}};
+        std::optional<Proxy> proxy;
+        if (protocol != "none") proxy.emplace(sandbox, protocol, idle);
+
+        std::vector<std::unique_ptr<DrivenWallet>> driven;
+        std::vector<std::thread> threads;
+        for (int i = 0; i < wallets; ++i) {
+            driven.push_back(
+                std::make_unique<DrivenWallet>(proxy ? proxy->address() : sandbox.address(),
+                                               proxy ? proxy->authorityFile() : sandbox.authorityFile().string(), i,
+                                               proxy ? idle : int(seconds.count()) * 1000));
+        }
+        for (const auto& wallet : driven)
+            threads.emplace_back([&] { wallet->run(proxy ? operations / wallets : operations / wallets / 2); });
+        for (auto& thread : threads) thread.join();
+
+        std::map<std::string, int> results;
+        for (const auto& wallet : driven) {
+            for (const auto& [result, count] : wallet->results()) results[result] += count;
+        }
+        for (const auto& [result, count] : results) {
+            fmt::print("{} {:5} {}\n", protocol, count, result);
+            EXPECT_TRUE(result.ends_with(" SUCCESS")) << result;
+        }
+        std::map<std::string, int> sentOnce;
+        for (const auto& request : sandbox.requests()) {
+            if (request.method == "DELETE") ++sentOnce["removeCard SUCCESS"];
+            if (request.target.find("/deposits/") != std::string::npos) ++sentOnce["deposit SUCCESS"];
+        }
+        sentOnce["placeOrder SUCCESS"] = static_cast<int>(sandbox.state()["purchases"].size());
+        for (const auto& [result, count] : sentOnce) EXPECT_EQ(count, results[result]) << result;
+    }
+}
+
+}  // namespace
+}  // namespace kavio::test
