@@ -1,6 +1,6 @@
 #include "plain_decoder.h"
 
-#include "models/shared_object.h"
+#include "models/json/shared_object.h"
 
 #include <kavio/campaign.h>
 #include <kavio/machine.h>

@@ -2,7 +2,7 @@
 
 #include "models/date_text.h"
 #include "models/json/document.h"
-#include "models/shared_object.h"
+#include "models/json/shared_object.h"
 
 #include <kavio/platform/platform.h>
 

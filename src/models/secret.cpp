@@ -1,4 +1,4 @@
-#include "models/wipe.h"
+#include "platform/wipe.h"
 
 #include <kavio/secret.h>
 

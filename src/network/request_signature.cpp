@@ -1,7 +1,7 @@
 #include "network/request_signature.h"
 
 #include "models/ascii_text.h"
-#include "models/wipe.h"
+#include "platform/wipe.h"
 #include "time/reliable_clock.h"
 
 #include <kavio/platform/platform.h>

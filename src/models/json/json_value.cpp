@@ -1,6 +1,6 @@
 #include "models/json/json_value.h"
 
-#include "models/wipe.h"
+#include "platform/wipe.h"
 
 #include <algorithm>
 #include <cmath>

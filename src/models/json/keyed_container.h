@@ -2,7 +2,7 @@
 
 #include "models/json/decoded_value.h"
 #include "models/json/key.h"
-#include "models/shared_object.h"
+#include "models/json/shared_object.h"
 
 #include <array>
 #include <concepts>
