@@ -69,6 +69,7 @@ TEST_F(UserDefaults, CountInThisProcessWhenTheyCannotBeWritten) {
 /// A suite in which something else happens just before a write takes effect.
 struct InterruptedSuite final : KeyValueStore {
     std::optional<StoredValue> value(std::string_view key) const override { return values.value(key); }
+    std::vector<std::string> keys() const override { return values.keys(); }
     bool write(const StoreChanges& changes) override {
         if (const auto now = std::exchange(before, nullptr)) now();
         return !refuses && values.write(changes);

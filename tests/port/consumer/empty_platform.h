@@ -25,7 +25,8 @@ public:
 protected:
     void refuse(typename Session::Completion completion) {
         mThreads.emplace_back([completion = std::move(completion)] {
-            completion(kavio::UrlError{kavio::UrlError::notConnectedToInternet, "There is no network.", std::nullopt});
+            completion(
+                kavio::UrlError{kavio::UrlError::notConnectedToInternet, "There is no network.", std::nullopt, false});
         });
     }
 
@@ -38,9 +39,17 @@ public:
     void dataTask(kavio::UrlRequest, Completion completion) override { refuse(std::move(completion)); }
 };
 
+/// What is refused at once cannot be given up any more.
+struct RefusedTask final : kavio::DownloadTask {
+    bool cancel() override { return false; }
+};
+
 class EmptyBackgroundUrlSession final : public NoNetwork<kavio::BackgroundUrlSession> {
 public:
-    void downloadTask(kavio::UrlRequest, Completion completion) override { refuse(std::move(completion)); }
+    std::shared_ptr<kavio::DownloadTask> downloadTask(kavio::UrlRequest, Completion completion) override {
+        refuse(std::move(completion));
+        return std::make_shared<RefusedTask>();
+    }
     void onEventsDelivered(std::function<void()>) override {}
 };
 
@@ -49,6 +58,13 @@ public:
     std::optional<kavio::StoredValue> value(std::string_view key) const override {
         const auto found = mValues.find(key);
         return found == mValues.end() ? std::nullopt : found->second;
+    }
+    std::vector<std::string> keys() const override {
+        std::vector<std::string> keys;
+        for (const auto& [key, value] : mValues) {
+            if (value) keys.push_back(key);
+        }
+        return keys;
     }
     bool write(const kavio::StoreChanges& changes) override {
         for (const auto& [key, value] : changes) mValues[key] = value;
