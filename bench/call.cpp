@@ -4,7 +4,6 @@
 #include "exchanges.h"
 #include "models/json/document.h"
 #include "models/machine_model.h"
-#include "network/kavio_network_service.h"
 
 #include <benchmark/benchmark.h>
 
@@ -18,17 +17,17 @@ void wholeCall(benchmark::State& state) {
 
 template <class Exchange>
 void bareCall(benchmark::State& state, const Setup& setup) {
-    Exchange exchange(setup, KavioNetworkService::prepare(machineRequest()));
+    Exchange exchange(setup, preparedRequest());
     if (exchange.run() != 200) state.SkipWithError("The service refused the request.");
     for (auto _ : state) exchange.run();
 }
 
 /// The least that any library on top of libcurl must do: sign each request and decode each reply.
 void signedBareCall(benchmark::State& state, const Setup& setup) {
-    BareExchange exchange(setup, KavioNetworkService::prepare(machineRequest()));
+    BareExchange exchange(setup, preparedRequest());
     if (exchange.run() != 200) state.SkipWithError("The service refused the request.");
     for (auto _ : state) {
-        benchmark::DoNotOptimize(KavioNetworkService::prepare(machineRequest()));
+        benchmark::DoNotOptimize(preparedRequest());
         exchange.run();
         benchmark::DoNotOptimize(decodeDocument<Machines>(exchange.body()));
     }
@@ -37,7 +36,7 @@ void signedBareCall(benchmark::State& state, const Setup& setup) {
 /// `make` returns the object that is to make its first exchange.
 template <class Make, class Run>
 void firstCall(benchmark::State& state, Make make, Run run) {
-    const auto request = KavioNetworkService::prepare(machineRequest());
+    const auto request = preparedRequest();
     for (auto _ : state) {
         state.PauseTiming();
         auto exchange = make(request);
@@ -52,7 +51,7 @@ void firstCall(benchmark::State& state, Make make, Run run) {
 /// What the session adds to the bare exchange is mostly its own thread.
 void sessionCall(benchmark::State& state, const Setup& setup) {
     LibraryExchange exchange(setup, systemAuthoritiesAndOurs(setup));
-    const auto request = KavioNetworkService::prepare(machineRequest());
+    const auto request = preparedRequest();
     if (exchange.run(request) != 200) state.SkipWithError("The service refused the request.");
     for (auto _ : state) exchange.run(request);
 }

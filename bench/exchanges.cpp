@@ -64,6 +64,11 @@ void openSession(const Setup& setup) {
 
 APIRequest machineRequest() { return machineByValueRequest(query); }
 
+UrlRequest preparedRequest() {
+    auto request = machineRequest();
+    return KavioNetworkService::prepare(request);
+}
+
 Machines lookUpMachine() {
     return resultOf<Machines>([](auto done) { MachineRepository().machines(query, std::move(done)); });
 }

@@ -19,6 +19,8 @@ namespace kavio::bench {
 
 /// The look-up of one machine, which all benchmarks send.
 APIRequest machineRequest();
+/// As it goes out.
+UrlRequest preparedRequest();
 /// The same for an application: signed, sent, decoded, and reported on the main thread.
 Machines lookUpMachine();
 
