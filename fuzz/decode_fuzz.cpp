@@ -20,13 +20,16 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <type_traits>
 
 namespace kavio {
 namespace {
 
 template <class T>
 void use(T record) {
-    if constexpr (requires { publicObject(std::move(record)); }) {
+    if constexpr (std::is_same_v<T, JsonValue>) {
+        record.dump(-1, ' ', false, JsonValue::error_handler_t::replace);
+    } else if constexpr (requires { publicObject(std::move(record)); }) {
         publicObject(std::move(record))->debugDescription();
     } else if constexpr (requires { serialise(record.encode()); }) {
         serialise(record.encode());

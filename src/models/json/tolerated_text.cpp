@@ -99,7 +99,7 @@ void copyNumber(std::string_view& rest, std::string& result) {
     const auto literal = rest.substr(0, rest.find_first_not_of("+-.0123456789Ee"));
     rest.remove_prefix(literal.size());
     if (isTooLarge(literal)) {
-        result.append("\"").append(literal).append("\"");
+        result += "[[]]";
         return;
     }
     result += literal;

@@ -9,7 +9,7 @@ namespace kavio {
 bool mayHoldSurrogates(std::string_view json);
 
 /// The same text with what the parser would refuse all of it for, though perhaps no record reads it: an integer beyond
-/// 64 bits is spelled as a double, a number beyond the doubles becomes a text, which no record takes for a number, and
+/// 64 bits is spelled as a double, a number beyond the doubles becomes a list in a list, which no record reads, and
 /// half of a surrogate pair becomes U+FFFD.
 std::string toleratedText(std::string_view json);
 
