@@ -38,7 +38,7 @@ TEST(LinuxDevice, FindsAnyExpressionAndGivesUpOneThatTakesTooLong) {
     using Matches = std::vector<RegularExpression::Match>;
     for (const auto& [pattern, text, matches] : std::vector<std::tuple<std::string, std::string, Matches>>{
              {"(x)|(y)", "zy", {{"y", "", "y"}}},
-             {"(a+)+$", std::string(200, 'a') + "b", {}},
+             {"(a+)+$", std::string(200, 'a').append("b"), {}},
              {"(?:.|\\n)*z", std::string(3'000'000, 'a'), {}},
          }) {
         EXPECT_EQ(std::get<Matches>(makeIcuRegularExpression()->matches(pattern, text)), matches) << pattern;
