@@ -102,7 +102,8 @@ void Kavio::State::giveUpPurchase() {
 }
 
 void Kavio::State::placeOrderResponse(const OrderOperation& operation, APIResult<OrderModel> reply) {
-    mPurchase.reset();
+    // A late reply to an earlier purchase leaves it known how a later one is given up.
+    if (operation.isUnderWay()) mPurchase.reset();
     if (!reply) return operation.fail(reply.failure());
     follow(operation, orderOf(std::move(reply).payload()));
 }

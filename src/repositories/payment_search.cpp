@@ -63,9 +63,9 @@ void PaymentSearch::take(const APIResult<std::vector<OrderActivityModel>>& page)
 }
 
 void PaymentSearch::judge() {
-    const auto& journal = *PaymentJournal::shared();
+    const auto ordersOfOthers = PaymentJournal::shared()->orders();
     for (const auto& [id, activity] : mSeen) {
-        const auto fit = journal.owns(id) ? Fit::NO : fitOf(activity);
+        const auto fit = ordersOfOthers.contains(id) ? Fit::NO : fitOf(activity);
         if (fit == Fit::PERHAPS) mMoreMayFit = true;
         if (fit != Fit::YES) continue;
         (mEntry.payment.kavioId ? mUndecided : mFitting).push_back(activity);

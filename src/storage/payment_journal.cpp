@@ -128,10 +128,12 @@ std::optional<JournalEntry> PaymentJournal::unsettled(const std::string& id) con
     return found && !found->isSettled ? found : std::nullopt;
 }
 
-bool PaymentJournal::owns(const std::string& orderId) const {
-    const auto known = entries();
-    return std::any_of(known.begin(), known.end(),
-                       [&](const JournalEntry& entry) { return entry.payment.orderId == orderId; });
+std::set<std::string> PaymentJournal::orders() const {
+    std::set<std::string> found;
+    for (const auto& entry : entries()) {
+        if (entry.payment.orderId) found.insert(*entry.payment.orderId);
+    }
+    return found;
 }
 
 bool PaymentJournal::begin(const JournalEntry& entry) {

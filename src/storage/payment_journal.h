@@ -42,8 +42,8 @@ public:
     /// Those that are not known to be over, oldest first.
     std::vector<JournalEntry> unsettled() const;
     std::optional<JournalEntry> unsettled(const std::string& id) const;
-    /// Whether the order is that of any payment here, settled ones included.
-    bool owns(const std::string& orderId) const;
+    /// The orders of all payments here, settled ones included.
+    std::set<std::string> orders() const;
 
     /// Writes a payment down that is about to be sent; it counts as under way until `answered`. False when it could not
     /// be written durably, or when the journal is full of payments in doubt: then it must not be sent.

@@ -215,6 +215,17 @@ TEST(GivenUp, APurchaseThatHasNotLeftIsNeverSent) {
     }
 }
 
+TEST(GivenUp, APurchaseIsEvenAfterALateReplyToAnEarlierOne) {
+    World world;
+    buy(world);
+    ASSERT_TRUE(world.device().backgroundUrlSession->leave());
+    losses[2](world);
+    buy(world);
+    world.answer({200, replies::order("created")});
+    world.destroyFacade();
+    EXPECT_FALSE(world.device().backgroundUrlSession->leave());
+}
+
 TEST(GivenUp, APurchaseThatWaitsForTheTimeIsNeverSent) {
     World world;
     world.store().remove(keys::serverExpiredTime);

@@ -129,10 +129,8 @@ void to_json(Json& json, const UnsettledPayment& payment) {
         {"startedAt", payment.startedAt},
         {"kavioId", payment.kavioId},
         {"amount", payment.amount},
-        {"currency", payment.currency},
         {"paymentMethodId", payment.paymentMethodId},
         {"paymentType", payment.paymentType},
-        {"chargedCardId", payment.chargedCardId},
         {"orderId", payment.orderId},
         {"status", payment.status},
     };
