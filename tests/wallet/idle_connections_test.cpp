@@ -2,10 +2,9 @@
 // With more of them, also by nghttpx in front of it (Debian's nghttp2-proxy), about ten minutes long:
 //   KAVIO_OPERATIONS=2000 KAVIO_IDLE_MS=2000 build/dev/bin/wallet_tests --gtest_filter='IdleConnections*'
 
-#include "platform/other_process.h"
 #include "sandbox/authority.h"
 #include "support/eventually.h"
-#include "wallet/wallet_process.h"
+#include "wallet/driven_wallet.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -20,11 +19,6 @@ namespace kavio::test {
 namespace {
 
 constexpr const char* direct = "direct";
-
-int fromEnvironment(const char* name, int otherwise) {
-    const char* value = std::getenv(name);
-    return value == nullptr ? otherwise : std::atoi(value);
-}
 
 /// `port` is 0 for any; what it gives is 0 when it cannot be had.
 int takePort(int port, bool (*use)(int socket, const sockaddr*, socklen_t)) {
@@ -75,19 +69,14 @@ private:
     std::optional<OtherProcess> mProcess;
 };
 
-/// kavio-wallet --jsonl, an operation at a time, with a pause after each.
-class DrivenWallet {
+/// A wallet that does one operation after the other, with a pause after each.
+class BusyWallet {
 public:
-    DrivenWallet(const std::string& address, const std::string& authorityFile, int number, int idleMilliseconds)
-        : mNumber(15'123'456 + number), mRandom(static_cast<unsigned>(number)), mPause(0, 2 * idleMilliseconds) {
-        mProcess.emplace([&](int channel) {
-            ::dup2(channel, STDIN_FILENO);
-            ::dup2(channel, STDOUT_FILENO);
-            const std::string store = mFolder.path() / "store";
-            return ::execl(KAVIO_WALLET, KAVIO_WALLET, "--store-dir", store.c_str(), "--connect-to", address.c_str(),
-                           "--ca-file", authorityFile.c_str(), "--jsonl", nullptr) == 0;
-        });
-    }
+    BusyWallet(const std::string& address, const std::string& authorityFile, int number, int idleMilliseconds)
+        : mWallet({"--store-dir", mFolder.path() / "store", "--connect-to", address, "--ca-file", authorityFile}),
+          mNumber(15'123'456 + number),
+          mRandom(static_cast<unsigned>(number)),
+          mPause(0, 2 * idleMilliseconds) {}
 
     /// All kinds of operations in turn, each time in another order, until there have been `count`.
     void run(int count) {
@@ -146,10 +135,10 @@ private:
         const auto sent = line(text);
         const auto request = Json::parse(sent);
         const auto op = request.value("op", "");
-        tell(sent + '\n');
+        mWallet.tell(sent);
         Json event;
         for (int left = request.value("await", 1); left > 0; --left) {
-            event = Json::parse(hear(), nullptr, false);
+            event = mWallet.hear();
             const auto type =
                 event.is_object() && event.contains("result") ? event["result"].value("type", "") : "unexpected";
             if (type != "SUCCESS") {
@@ -162,22 +151,13 @@ private:
         ::poll(nullptr, 0, mPause(mRandom));  // the connections' time to become idle is what this is about
         return event;
     }
-    void tell(const std::string& text) const {
-        EXPECT_EQ(::write(mProcess->channel, text.data(), text.size()), static_cast<ssize_t>(text.size()));
-    }
-    std::string hear() const {
-        std::string text;
-        for (char next = 0; ::read(mProcess->channel, &next, 1) == 1 && next != '\n';) text += next;
-        return text;
-    }
-
     const TemporaryFolder mFolder;
+    const DrivenWallet mWallet;
     const int mNumber;
     std::mt19937 mRandom;
     std::uniform_int_distribution<int> mPause;
     int mDone = 0;
     std::map<std::string, int> mResults;
-    std::optional<OtherProcess> mProcess;
 };
 
 void expectAll(const std::string& protocol, std::map<std::string, int> results, const sandbox::Sandbox& sandbox) {
@@ -209,13 +189,13 @@ TEST(IdleConnections, LoseNothingWhenTheyAreClosed) {
         std::optional<Proxy> proxy;
         if (protocol != direct) proxy.emplace(sandbox, protocol, idle);
 
-        std::vector<std::unique_ptr<DrivenWallet>> driven;
+        std::vector<std::unique_ptr<BusyWallet>> driven;
         std::vector<std::thread> threads;
         for (int i = 0; i < wallets; ++i) {
             driven.push_back(
-                std::make_unique<DrivenWallet>(proxy ? proxy->address() : sandbox.address(),
-                                               proxy ? proxy->authorityFile() : sandbox.authorityFile().string(), i,
-                                               proxy ? idle : int(seconds.count()) * 1000));
+                std::make_unique<BusyWallet>(proxy ? proxy->address() : sandbox.address(),
+                                             proxy ? proxy->authorityFile() : sandbox.authorityFile().string(), i,
+                                             proxy ? idle : int(seconds.count()) * 1000));
         }
         for (const auto& wallet : driven)
             threads.emplace_back([&] { wallet->run(proxy ? operations / wallets : operations / wallets / 2); });

@@ -89,19 +89,21 @@ inline Outcome runWallet(const Words& arguments, const std::string& input = {}) 
     return {endOf(status), contents(path + "/output"), contents(path + "/errors")};
 }
 
+/// Becomes the program that the first word names; false when that fails.
+inline bool execute(Words words) {
+    std::vector<char*> pointers;
+    for (auto& word : words) pointers.push_back(word.data());
+    pointers.push_back(nullptr);
+    return ::execv(pointers.front(), pointers.data()) == 0;
+}
+
 /// A kavio-wallet on a terminal of its own.
 class LiveWallet {
 public:
     explicit LiveWallet(Words arguments) {
         arguments.insert(arguments.begin(), KAVIO_WALLET);
-        std::vector<char*> pointers;
-        for (auto& argument : arguments) pointers.push_back(argument.data());
-        pointers.push_back(nullptr);
         mProcess = forkpty(&mFile, nullptr, nullptr, nullptr);
-        if (mProcess == 0) {
-            execv(KAVIO_WALLET, pointers.data());
-            _exit(127);
-        }
+        if (mProcess == 0) _exit(execute(std::move(arguments)) ? 0 : 127);
     }
     ~LiveWallet() {
         close(mFile);
