@@ -30,10 +30,14 @@ namespace kavio {
 /// After 401 and 406 the stored session is empty. The type is coarse and the message is for people: programs go by
 /// `KavioResult::cause`, and by `KavioResult::effect` to know whether what was asked for may have happened.
 ///
-/// The library catches nothing that a callback throws. From a report that is made before the operation returns, it
-/// leaves the operation; from any other, the work on the host's main queue: `RunLoop` lets it out of `run` or
-/// `runUntil`, which may be called again, and `Kavio::gtk` turns it into a critical message. The facade stays usable,
-/// since a report is the last thing that it does.
+/// When memory runs out an operation ends with `FAILURE` and the cause `OUT_OF_MEMORY`; its effect is then `UNKNOWN`
+/// even where nothing has left yet. Where there is no memory for that report either, or for the answer of a function
+/// that gives one back, the process ends (`std::terminate`). Only the constructor throws: `std::bad_alloc`.
+///
+/// The library catches nothing that a callback throws, but for `std::bad_alloc`, which ends there. From a report that
+/// is made before the operation returns, it leaves the operation; from any other, the work on the host's main queue:
+/// `RunLoop` lets it out of `run` or `runUntil`, which may be called again, and `Kavio::gtk` turns it into a critical
+/// message. The facade stays usable, since a report is the last thing that it does.
 ///
 /// Amounts are whole numbers of the currency's smallest unit, but for `deposit`.
 class KAVIO_API Kavio {
@@ -54,9 +58,9 @@ public:
     /// Whether an operation is under way, so that any other would report `BUSY`. An order that is followed counts.
     bool isBusy() const;
     /// Version of the library, such as "1.0.0".
-    std::optional<std::string> getVersion() const;
+    std::optional<std::string> getVersion() const noexcept;
     /// Build number of the library.
-    std::optional<std::string> getBuild() const;
+    std::optional<std::string> getBuild() const noexcept;
     /// Gives back what the facade shares with others and drops the delegate. `caller` is the facade itself. Once a
     /// facade: each call gives back one use of the card issuer's page, and the last one takes that down.
     void release(const void* caller);
@@ -121,7 +125,7 @@ public:
 
     /// Purchases and deposits that were started on this device and are not known to be over, oldest first; also what an
     /// earlier run of the program left. At once, from the store.
-    std::vector<UnsettledPayment> unsettledPayments() const;
+    std::vector<UnsettledPayment> unsettledPayments() const noexcept;
     /// Finds out what became of one of them, and never pays; reports like the operation itself. A purchase, to
     /// `onPlaceOrder`: one that was made is followed as after `placeOrder`, unless it is over already. A deposit, to
     /// `onDeposit`. `FAILURE` with the cause `NOT_MADE`: nothing was paid, and it is struck out. `FAILURE` with the
@@ -130,7 +134,7 @@ public:
     /// `BAD_INPUT` to `onPlaceOrder`, before returning, for an identifier that names none of them. A purchase of which
     /// another program on the same store is still in the middle must not be settled.
     void settlePayment(std::string id);
-    /// Strikes one of them out, whatever became of it. False when there is no such payment.
+    /// Strikes one of them out, whatever became of it. False when there is no such payment, or no memory to do it.
     bool forgetPayment(const std::string& id);
 
 private:

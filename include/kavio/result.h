@@ -56,6 +56,7 @@ enum class Cause {
     STORE_FAILED,         ///< a payment could not be written down, so it was not made
     NOT_MADE,             ///< `settlePayment`: the payment never reached the service
     NOT_CERTAIN,          ///< `settlePayment`: what became of the payment cannot be told, or not yet
+    OUT_OF_MEMORY,        ///< memory ran out on the way
 };
 
 /// The enumerator's own name, such as "UNKNOWN".

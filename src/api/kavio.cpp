@@ -1,4 +1,5 @@
 #include "api/state.h"
+#include "models/json/document.h"
 #include "network/environments.h"
 #include "util/auxiliary.h"
 
@@ -28,6 +29,7 @@ std::optional<Kavio::EnvironmentType> Kavio::environmentType(std::int64_t rawVal
 
 Kavio::Kavio(std::weak_ptr<KavioDelegate> delegate, std::string apiKey, EnvironmentType environment)
     : mState(std::make_shared<State>(std::move(delegate))) {
+    Document::chooseParser();
     StoreChanges changes{{std::string(keys::apiKey), std::move(apiKey)}};
     const auto service = serviceOf(environment);
     if (service != currentApiType()) changes.emplace(keys::serviceName, std::string(name(service)));
@@ -43,14 +45,14 @@ Kavio::~Kavio() {
 
 bool Kavio::isBusy() const { return mState->mIsBusy; }
 
-std::optional<std::string> Kavio::getVersion() const { return Auxiliary::version(); }
+std::optional<std::string> Kavio::getVersion() const noexcept { return Auxiliary::version(); }
 
-std::optional<std::string> Kavio::getBuild() const { return Auxiliary::build(); }
+std::optional<std::string> Kavio::getBuild() const noexcept { return Auxiliary::build(); }
 
 void Kavio::release(const void* caller) {
     const auto state = mState;  // a window that closes may make the host destroy the facade
     state->release(caller == this ? state.get() : caller);
-    state->mTDSecSceneController->release(state.get());
+    contained([&] { state->mTDSecSceneController->release(state.get()); });
     state->giveUpPurchase();
     state->mIsBusy = false;
     state->mDelegate.reset();

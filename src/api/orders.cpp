@@ -1,7 +1,10 @@
 #include "api/state.h"
 #include "models/ascii_text.h"
 #include "models/json/json_value.h"
+#include "repositories/payment_attempt.h"
 #include "time/timer_tool.h"
+
+#include <kavio/platform/platform.h>
 
 #include <algorithm>
 
@@ -71,49 +74,52 @@ std::optional<Order::Status> statusOf(const std::shared_ptr<const Order>& order)
 
 void Kavio::placeOrder(std::int64_t kavioId, std::shared_ptr<const PaymentMethod> paymentMethod, std::int64_t amount,
                        std::optional<ProductList> products) {
-    const auto operation = mState->begin(&KavioDelegate::onPlaceOrder, Purpose::CHANGE);
-    if (!operation) return;
-    const auto type = paymentMethod ? paymentMethod->type : PaymentMethod::PaymentType::UNKNOWN;
-    auto params = purchaseParameters(type, paymentMethod ? paymentMethod->id : "", amount);
-    if (!params) {
-        return operation->fail(ResultType::BAD_INPUT, Cause::INVALID_INPUT,
-                               "selected payment method " + std::string(name(type)) + " is not supported");
-    }
-    const auto list = std::move(products).value_or(ProductList{});
-    if (std::find(list.begin(), list.end(), nullptr) != list.end()) {
-        return operation->fail(ResultType::BAD_INPUT, Cause::INVALID_INPUT, "invalid product");
-    }
-    params->emplace("products", productEntries(list));
-    const auto paymentId = mState->writeDown({.kind = UnsettledPayment::Kind::ORDER,
-                                              .kavioId = kavioId,
-                                              .amount = amount,
-                                              .paymentMethodId = paymentMethod->id,
-                                              .paymentType = type});
-    if (!paymentId) return operation->fail(ResultType::FAILURE, Cause::STORE_FAILED, State::notWrittenDown);
-    mState->mPurchase = {mState->mPurchaseRepo->purchase(*std::move(params), std::to_string(kavioId), *paymentId,
-                                                         operation->then<OrderModel>(&State::placeOrderResponse)),
-                         *paymentId};
+    mState->perform(&KavioDelegate::onPlaceOrder, Purpose::CHANGE, [&](const State::OrderOperation& operation) {
+        const auto type = paymentMethod ? paymentMethod->type : PaymentMethod::PaymentType::UNKNOWN;
+        auto params = purchaseParameters(type, paymentMethod ? paymentMethod->id : "", amount);
+        if (!params) {
+            return operation.fail(ResultType::BAD_INPUT, Cause::INVALID_INPUT,
+                                  "selected payment method " + std::string(name(type)) + " is not supported");
+        }
+        const auto list = std::move(products).value_or(ProductList{});
+        if (std::find(list.begin(), list.end(), nullptr) != list.end()) {
+            return operation.fail(ResultType::BAD_INPUT, Cause::INVALID_INPUT, "invalid product");
+        }
+        params->emplace("products", productEntries(list));
+        UnsettledPayment payment{.id = Platform::current().uuid->make(),
+                                 .kind = UnsettledPayment::Kind::ORDER,
+                                 .kavioId = kavioId,
+                                 .amount = amount,
+                                 .paymentMethodId = paymentMethod->id,
+                                 .paymentType = type};
+        auto paymentId = payment.id;
+        mState->mPurchase = {mState->mPurchaseRepo->purchase(*std::move(params), std::move(payment),
+                                                             operation.then<OrderModel>(&State::placeOrderResponse)),
+                             std::move(paymentId)};
+    });
 }
 
 // What was given up before it left is never sent, by no later facade and no later network.
 void Kavio::State::giveUpPurchase() {
     const auto purchase = std::exchange(mPurchase, std::nullopt);
-    if (purchase && purchase->sending->cancel()) PaymentJournal::shared()->strikeOut(purchase->paymentId);
+    if (!purchase || !purchase->sending->cancel()) return;
+    contained([&] { PaymentJournal::shared()->strikeOut(purchase->paymentId); });
 }
 
 void Kavio::State::placeOrderResponse(const OrderOperation& operation, APIResult<OrderModel> reply) {
-    // A late reply to an earlier purchase leaves it known how a later one is given up.
-    if (operation.isUnderWay()) mPurchase.reset();
+    if (operation.isSuperseded()) return;  // a late reply to a purchase that `release` has ended
+    mPurchase.reset();
     if (!reply) return operation.fail(reply.failure());
     follow(operation, orderOf(std::move(reply).payload()));
 }
 
 void Kavio::State::follow(const OrderOperation& operation, std::shared_ptr<const Order> order) {
+    auto placed = operation.success();
     mLastOrder = order;
     mPollingCounter = 0;
     mWhyNotFollowed = Cause::FOLLOWING_TIMED_OUT;
     scheduleNextPoll(operation);
-    operation.report(std::move(order));
+    operation.report(std::move(placed), std::move(order));
 }
 
 // The order of a payment that was in doubt: followed as after its purchase, unless it is over already.
@@ -144,36 +150,40 @@ void Kavio::State::scheduleNextPoll(const OrderOperation& operation) {
 }
 
 void Kavio::State::poll(const OrderOperation& operation) {
+    if (operation.isSuperseded()) return;
     ++mPollingCounter;
     if (!mLastOrder) return operation.end();
     mPurchaseRepo->order(mLastOrder->id, true, operation.then<OrderModel>(&State::pollResponse));
 }
 
 void Kavio::State::pollResponse(const OrderOperation& operation, APIResult<OrderModel> reply) {
+    if (operation.isSuperseded()) return;
+    mWhyNotFollowed = Cause::FOLLOWING_TIMED_OUT;
     if (!reply) {
-        // Without a session no later poll can succeed.
+        // Without a session no later poll can succeed, unless somebody logs in.
         if (reply.failure().cause == Cause::SESSION_REFUSED) mWhyNotFollowed = Cause::SESSION_REFUSED;
         return scheduleNextPoll(operation);
     }
     const bool goesOn = reply.payload() && isInProgress(reply.payload()->status);
     auto order = orderOf(std::move(reply).payload());
     const bool changed = statusOf(order) != statusOf(mLastOrder);
+    auto news = operation.success();
     if (changed) mLastOrder = order;
     if (goesOn) {
         scheduleNextPoll(operation);  // may report TIMEOUT, and the delegate may then destroy the facade
     } else {
         operation.end();
     }
-    if (changed) operation.report(std::move(order));
+    if (changed) operation.report(std::move(news), std::move(order));
 }
 
 void Kavio::getOrder(std::string orderId) {
-    const auto operation = mState->begin(&KavioDelegate::onGetOrder);
-    if (!operation) return;
-    if (!decimalInteger(orderId)) {
-        return operation->fail(ResultType::BAD_INPUT, Cause::INVALID_INPUT, "{" + orderId + "} is invalid order ID");
-    }
-    mState->mPurchaseRepo->order(std::move(orderId), false, operation->finish<OrderModel>(orderOf));
+    mState->perform(&KavioDelegate::onGetOrder, Purpose::ASK, [&](const State::OrderOperation& operation) {
+        if (!decimalInteger(orderId)) {
+            return operation.fail(ResultType::BAD_INPUT, Cause::INVALID_INPUT, "{" + orderId + "} is invalid order ID");
+        }
+        mState->mPurchaseRepo->order(std::move(orderId), false, operation.finish<OrderModel>(orderOf));
+    });
 }
 
 }  // namespace kavio

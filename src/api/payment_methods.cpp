@@ -20,9 +20,11 @@ std::optional<std::int64_t> smallestUnits(double amount, std::int64_t decimalDig
 }  // namespace
 
 void Kavio::getPaymentMethods() {
-    const auto operation = mState->begin(&KavioDelegate::onGetPaymentMethods);
-    if (!operation) return;
-    mState->mAccountRepo->account(State::accountAppVersion, operation->then<AccountModel>(&State::accountResponse));
+    mState->perform(&KavioDelegate::onGetPaymentMethods, Purpose::ASK,
+                    [&](const State::PaymentMethodsOperation& operation) {
+                        mState->mAccountRepo->account(State::accountAppVersion,
+                                                      operation.then<AccountModel>(&State::accountResponse));
+                    });
 }
 
 void Kavio::State::accountResponse(const PaymentMethodsOperation& operation, APIResult<AccountModel> reply) {
@@ -38,58 +40,59 @@ void Kavio::State::accountResponse(const PaymentMethodsOperation& operation, API
 }
 
 void Kavio::addCreditCard(std::shared_ptr<const Card> card) {
-    const auto operation = mState->begin(&KavioDelegate::onAddCreditCard, Purpose::CHANGE);
-    if (!operation) return;
-    if (!card) return operation->fail(ResultType::BAD_INPUT, Cause::INVALID_INPUT, "invalid card");
-    mState->mPaymentMethodRepo->addCard(
-        {{"number", card->pan},
-         {"year", card->year},
-         {"month", card->month},
-         {"securityCode", card->cvv},
-         {"email", card->email}},
-        Platform::current().uuid->make(),
-        operation->finish<AddCreditCardResponse>([](std::optional<AddCreditCardResponse> added) {
-            return added ? publicObject(std::move(added->creditCard)) : nullptr;
-        }));
+    mState->perform(&KavioDelegate::onAddCreditCard, Purpose::CHANGE, [&](const State::CardOperation& operation) {
+        if (!card) return operation.fail(ResultType::BAD_INPUT, Cause::INVALID_INPUT, "invalid card");
+        mState->mPaymentMethodRepo->addCard(
+            {{"number", card->pan},
+             {"year", card->year},
+             {"month", card->month},
+             {"securityCode", card->cvv},
+             {"email", card->email}},
+            Platform::current().uuid->make(),
+            operation.finish<AddCreditCardResponse>([](std::optional<AddCreditCardResponse> added) {
+                return added ? publicObject(std::move(added->creditCard)) : nullptr;
+            }));
+    });
 }
 
 void Kavio::removeCard(std::string id) {
-    const auto operation = mState->begin(&KavioDelegate::onRemoveCard, Purpose::CHANGE);
-    if (operation) mState->mPaymentMethodRepo->removeCard(id, operation->finish<DeleteCreditResponse>());
+    mState->perform(&KavioDelegate::onRemoveCard, Purpose::CHANGE, [&](const State::Operation<>& operation) {
+        mState->mPaymentMethodRepo->removeCard(id, operation.finish<DeleteCreditResponse>());
+    });
 }
 
 void Kavio::deposit(std::shared_ptr<const DepositCard> depositCard, double amount, std::string chargedCardId) {
     using PaymentType = PaymentMethod::PaymentType;
-    const auto operation = mState->begin(&KavioDelegate::onDeposit, Purpose::CHANGE);
-    if (!operation) return;
-    const auto units = depositCard ? smallestUnits(amount, depositCard->currencyDecimalDigits) : 0;
-    if (!units) return operation->fail(ResultType::BAD_INPUT, Cause::INVALID_INPUT, "invalid amount");
-    const auto type = depositCard ? depositCard->type : PaymentType::UNKNOWN;
-    if (type != PaymentType::KAVIO && type != PaymentType::PREPAID) {
-        return operation->fail(ResultType::BAD_INPUT, Cause::INVALID_INPUT,
-                               "cannot deposit to " + std::string(name(type)) + " card");
-    }
+    mState->perform(&KavioDelegate::onDeposit, Purpose::CHANGE, [&](const State::DepositOperation& operation) {
+        const auto units = depositCard ? smallestUnits(amount, depositCard->currencyDecimalDigits) : 0;
+        if (!units) return operation.fail(ResultType::BAD_INPUT, Cause::INVALID_INPUT, "invalid amount");
+        const auto type = depositCard ? depositCard->type : PaymentType::UNKNOWN;
+        if (type != PaymentType::KAVIO && type != PaymentType::PREPAID) {
+            return operation.fail(ResultType::BAD_INPUT, Cause::INVALID_INPUT,
+                                  "cannot deposit to " + std::string(name(type)) + " card");
+        }
 
-    const auto paymentId = mState->writeDown({.kind = UnsettledPayment::Kind::DEPOSIT,
-                                              .amount = *units,
-                                              .currency = depositCard->currency,
-                                              .paymentMethodId = depositCard->id,
-                                              .paymentType = type,
-                                              .chargedCardId = chargedCardId});
-    if (!paymentId) return operation->fail(ResultType::FAILURE, Cause::STORE_FAILED, State::notWrittenDown);
-    const Deposit deposit{.tokenLocator = std::move(chargedCardId),
-                          .paypalMetaDataId = std::nullopt,
-                          .currency = depositCard->currency,
-                          .amount = *units,
-                          .label = std::nullopt,
-                          .autoTopup = false};
-    auto depositResponse = operation->finish<DepositModel>(
-        [](const std::optional<DepositModel>& done) { return done ? done->balance : std::nullopt; });
-    if (type == PaymentType::PREPAID) {
-        mState->mPrepaidRepo->deposit(depositCard->id, deposit, *paymentId, std::move(depositResponse));
-    } else {
-        mState->mPaymentMethodRepo->deposit(deposit, *paymentId, std::move(depositResponse));
-    }
+        UnsettledPayment payment{.id = Platform::current().uuid->make(),
+                                 .kind = UnsettledPayment::Kind::DEPOSIT,
+                                 .amount = *units,
+                                 .currency = depositCard->currency,
+                                 .paymentMethodId = depositCard->id,
+                                 .paymentType = type,
+                                 .chargedCardId = chargedCardId};
+        const Deposit deposit{.tokenLocator = std::move(chargedCardId),
+                              .paypalMetaDataId = std::nullopt,
+                              .currency = depositCard->currency,
+                              .amount = *units,
+                              .label = std::nullopt,
+                              .autoTopup = false};
+        auto depositResponse = operation.finish<DepositModel>(
+            [](const std::optional<DepositModel>& done) { return done ? done->balance : std::nullopt; });
+        if (type == PaymentType::PREPAID) {
+            mState->mPrepaidRepo->deposit(depositCard->id, deposit, std::move(payment), std::move(depositResponse));
+        } else {
+            mState->mPaymentMethodRepo->deposit(deposit, std::move(payment), std::move(depositResponse));
+        }
+    });
 }
 
 }  // namespace kavio

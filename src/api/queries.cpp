@@ -43,33 +43,37 @@ constexpr auto asItIs = [](auto list) { return list; };
 }  // namespace
 
 void Kavio::getMachines(std::shared_ptr<const MachineFilter> filter) {
-    const auto operation = mState->begin(&KavioDelegate::onGetMachines);
-    if (!operation) return;
-    auto machinesResponse = operation->finish<Machines>(asItIs);
-    if (filter && isGiven(filter->value)) {
-        if (mState->mMachineRepo->machinesByCode(*filter->value, filter->limit.value_or(defaultLookUpLimit),
-                                                 filter->operatorId, std::move(machinesResponse))) {
-            return;
-        }
-        return operation->fail(ResultType::BAD_INPUT, Cause::INVALID_INPUT,
-                               "{" + *filter->value + "} is invalid machine ID or QR code");
-    }
-    auto query = filter ? machineQuery(*filter) : MachineQuery{.isByAccount = true};
-    if (!query) return operation->fail(ResultType::BAD_INPUT, Cause::INVALID_INPUT, "invalid filter");
-    mState->mMachineRepo->machines(*std::move(query), std::move(machinesResponse));
+    mState->perform(
+        &KavioDelegate::onGetMachines, Purpose::ASK, [&](const State::Operation<std::optional<Machines>>& operation) {
+            auto machinesResponse = operation.finish<Machines>(asItIs);
+            if (filter && isGiven(filter->value)) {
+                if (mState->mMachineRepo->machinesByCode(*filter->value, filter->limit.value_or(defaultLookUpLimit),
+                                                         filter->operatorId, std::move(machinesResponse))) {
+                    return;
+                }
+                return operation.fail(ResultType::BAD_INPUT, Cause::INVALID_INPUT,
+                                      "{" + *filter->value + "} is invalid machine ID or QR code");
+            }
+            auto query = filter ? machineQuery(*filter) : MachineQuery{.isByAccount = true};
+            if (!query) return operation.fail(ResultType::BAD_INPUT, Cause::INVALID_INPUT, "invalid filter");
+            mState->mMachineRepo->machines(*std::move(query), std::move(machinesResponse));
+        });
 }
 
 void Kavio::getMachineProducts(std::int64_t machineId) {
-    const auto operation = mState->begin(&KavioDelegate::onGetMachineProducts);
-    if (!operation) return;
-    mState->mMachineRepo->products(static_cast<std::uint64_t>(machineId), operation->finish<Products>(asItIs));
+    mState->perform(&KavioDelegate::onGetMachineProducts, Purpose::ASK,
+                    [&](const State::Operation<std::optional<Products>>& operation) {
+                        mState->mMachineRepo->products(static_cast<std::uint64_t>(machineId),
+                                                       operation.finish<Products>(asItIs));
+                    });
 }
 
 void Kavio::getTransactions(std::shared_ptr<const TransactionFilter> filter) {
-    const auto operation = mState->begin(&KavioDelegate::onGetTransactions);
-    if (!operation) return;
-    mState->mActivitiesRepo->activities(filter ? activitiesParameters(*filter) : JsonObject{},
-                                        operation->finish<Orders>(asItIs));
+    mState->perform(&KavioDelegate::onGetTransactions, Purpose::ASK,
+                    [&](const State::Operation<std::optional<Orders>>& operation) {
+                        mState->mActivitiesRepo->activities(filter ? activitiesParameters(*filter) : JsonObject{},
+                                                            operation.finish<Orders>(asItIs));
+                    });
 }
 
 }  // namespace kavio

@@ -3,10 +3,10 @@
 namespace kavio {
 
 void Kavio::login(std::string countryCode, std::string phoneNumber) {
-    const auto operation = mState->begin(&KavioDelegate::onLogin, Purpose::CHANGE);
-    if (!operation) return;
-    mState->mLoginRepo->challenge(std::move(countryCode), std::move(phoneNumber), "", "0",
-                                  operation->then<Challenge>(&State::challengeResponse));
+    mState->perform(&KavioDelegate::onLogin, Purpose::CHANGE, [&](const State::Operation<>& operation) {
+        mState->mLoginRepo->challenge(std::move(countryCode), std::move(phoneNumber), "", "0",
+                                      operation.then<Challenge>(&State::challengeResponse));
+    });
 }
 
 void Kavio::State::challengeResponse(const Operation<>& operation, APIResult<Challenge> reply) {
@@ -16,13 +16,13 @@ void Kavio::State::challengeResponse(const Operation<>& operation, APIResult<Cha
 }
 
 void Kavio::verify(std::string otp, std::string country, std::string countryCode, std::string phoneNumber) {
-    const auto operation = mState->begin(&KavioDelegate::onVerify, Purpose::CHANGE);
-    if (!operation) return;
-    if (!mState->mLastChallenge) {
-        return operation->fail(ResultType::FAILURE, Cause::NO_SESSION, "please call login first");
-    }
-    mState->mLoginRepo->verify(std::move(otp), std::move(country), std::move(countryCode), std::move(phoneNumber),
-                               *mState->mLastChallenge, "0", operation->then<Token>(&State::verifyResponse));
+    mState->perform(&KavioDelegate::onVerify, Purpose::CHANGE, [&](const State::Operation<>& operation) {
+        if (!mState->mLastChallenge) {
+            return operation.fail(ResultType::FAILURE, Cause::NO_SESSION, "please call login first");
+        }
+        mState->mLoginRepo->verify(std::move(otp), std::move(country), std::move(countryCode), std::move(phoneNumber),
+                                   *mState->mLastChallenge, "0", operation.then<Token>(&State::verifyResponse));
+    });
 }
 
 void Kavio::State::verifyResponse(const Operation<>& operation, APIResult<Token> reply) {
@@ -32,17 +32,18 @@ void Kavio::State::verifyResponse(const Operation<>& operation, APIResult<Token>
 }
 
 void Kavio::isLoggedIn() {
-    const auto operation = mState->begin(&KavioDelegate::onCheckIsUserLogin);
-    if (!operation) return;
-    if (mState->mKavioUserDefaults->sessionToken().empty()) {
-        return operation->fail(ResultType::FAILURE, Cause::NO_SESSION, "Token is empty");
-    }
-    mState->mAccountRepo->account(State::accountAppVersion, operation->finish<AccountModel>());
+    mState->perform(&KavioDelegate::onCheckIsUserLogin, Purpose::ASK, [&](const State::Operation<>& operation) {
+        if (mState->mKavioUserDefaults->sessionToken().empty()) {
+            return operation.fail(ResultType::FAILURE, Cause::NO_SESSION, "Token is empty");
+        }
+        mState->mAccountRepo->account(State::accountAppVersion, operation.finish<AccountModel>());
+    });
 }
 
 void Kavio::logout() {
-    const auto operation = mState->begin(&KavioDelegate::onLogout, Purpose::CHANGE);
-    if (operation) mState->mAccountRepo->logout(operation->finish<LogOutResponse>());
+    mState->perform(&KavioDelegate::onLogout, Purpose::CHANGE, [&](const State::Operation<>& operation) {
+        mState->mAccountRepo->logout(operation.finish<LogOutResponse>());
+    });
 }
 
 }  // namespace kavio

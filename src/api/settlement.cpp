@@ -1,8 +1,5 @@
 #include "api/state.h"
-#include "network/environments.h"
-#include "network/session.h"
 #include "repositories/payment_search.h"
-#include "time/reliable_clock.h"
 
 #include <kavio/platform/platform.h>
 
@@ -16,39 +13,37 @@ constexpr const char* notCertain = "what became of the payment cannot be told";
 constexpr const char* stillUnderWay = "the payment is still under way";
 constexpr const char* anotherSession = "the payment belongs to another session";
 
-/// Whether the transactions of the session can tell of the payment.
-bool isOfThisSession(const JournalEntry& entry) {
-    return entry.service == name(currentApiType()) && entry.owner == sessionOwner();
-}
-
 }  // namespace
 
-std::vector<UnsettledPayment> Kavio::unsettledPayments() const {
+std::vector<UnsettledPayment> Kavio::unsettledPayments() const noexcept {
     std::vector<UnsettledPayment> payments;
     for (auto& entry : PaymentJournal::shared()->unsettled()) payments.push_back(std::move(entry.payment));
     return payments;
 }
 
-bool Kavio::forgetPayment(const std::string& id) { return PaymentJournal::shared()->strikeOut(id); }
-
-std::optional<std::string> Kavio::State::writeDown(UnsettledPayment payment) const {
-    payment.id = Platform::current().uuid->make();
-    payment.startedAt = serverNow();
-    const JournalEntry entry{std::move(payment), std::string(name(currentApiType())), sessionOwner()};
-    return PaymentJournal::shared()->begin(entry) ? std::optional(entry.payment.id) : std::nullopt;
+bool Kavio::forgetPayment(const std::string& id) {
+    bool isForgotten = false;
+    contained([&] { isForgotten = PaymentJournal::shared()->strikeOut(id); });
+    return isForgotten;
 }
 
 void Kavio::settlePayment(std::string id) {
-    const auto entry = PaymentJournal::shared()->unsettled(id);
-    if (entry && entry->payment.kind == UnsettledPayment::Kind::DEPOSIT) {
-        const auto operation = mState->begin(&KavioDelegate::onDeposit, Purpose::CHANGE);
-        if (operation) mState->settle(*operation, *entry, &State::depositFound);
-        return;
+    std::optional<JournalEntry> entry;
+    try {
+        entry = PaymentJournal::shared()->unsettled(id);
+    } catch (const std::bad_alloc&) {
+        return mState->perform(&KavioDelegate::onPlaceOrder, Purpose::CHANGE,
+                               [](const State::OrderOperation&) { throw std::bad_alloc(); });
     }
-    const auto operation = mState->begin(&KavioDelegate::onPlaceOrder, Purpose::CHANGE);
-    if (!operation) return;
-    if (entry) return mState->settle(*operation, *entry, &State::orderFound);
-    operation->fail(ResultType::BAD_INPUT, Cause::INVALID_INPUT, "{" + id + "} is invalid payment ID");
+    if (entry && entry->payment.kind == UnsettledPayment::Kind::DEPOSIT) {
+        return mState->perform(&KavioDelegate::onDeposit, Purpose::CHANGE, [&](const State::DepositOperation& asked) {
+            mState->settle(asked, *entry, &State::depositFound);
+        });
+    }
+    mState->perform(&KavioDelegate::onPlaceOrder, Purpose::CHANGE, [&](const State::OrderOperation& asked) {
+        if (entry) return mState->settle(asked, *entry, &State::orderFound);
+        asked.fail(ResultType::BAD_INPUT, Cause::INVALID_INPUT, "{" + id + "} is invalid payment ID");
+    });
 }
 
 template <class Asked>
@@ -70,12 +65,14 @@ void Kavio::State::settle(const Asked& operation, const JournalEntry& entry,
                        const auto& finding = *reply.payload();
                        switch (finding.verdict) {
                            case PaymentFinding::Verdict::MADE:
-                               return (state.*found)(asking, id, finding);
+                               if (PaymentJournal::shared()->claim(id, finding.orderId))
+                                   return (state.*found)(asking, id, finding);
+                               [[fallthrough]];
+                           case PaymentFinding::Verdict::NOT_CERTAIN:
+                               return asking.fail(ResultType::FAILURE, Cause::NOT_CERTAIN, notCertain, Effect::UNKNOWN);
                            case PaymentFinding::Verdict::NOT_MADE:
                                PaymentJournal::shared()->strikeOut(id);
                                return asking.fail(ResultType::FAILURE, Cause::NOT_MADE, notMade);
-                           case PaymentFinding::Verdict::NOT_CERTAIN:
-                               return asking.fail(ResultType::FAILURE, Cause::NOT_CERTAIN, notCertain, Effect::UNKNOWN);
                        }
                    }));
 }

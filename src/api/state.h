@@ -7,14 +7,17 @@
 #include "storage/kavio_user_defaults.h"
 #include "storage/payment_journal.h"
 #include "tdsecure/td_secure_scene_controller.h"
+#include "util/contained.h"
 #include "util/service_object.h"
 #include "util/shared_instance.h"
 
 #include <kavio/kavio.h>
+#include <kavio/platform/platform.h>
 
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string>
 #include <utility>
@@ -38,24 +41,25 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     class Operation;
     using PaymentMethodsOperation = Operation<std::optional<PaymentMethods>>;
     using OrderOperation = Operation<std::shared_ptr<const Order>>;
+    using CardOperation = Operation<std::shared_ptr<const CreditCard>>;
     using DepositOperation = Operation<std::optional<std::int64_t>>;
     class Enrolment;
     /// The application version that the account is asked for with.
     static constexpr const char* accountAppVersion = "2.5";
-    static constexpr const char* notWrittenDown = "the payment could not be written down, so it was not made";
 
     explicit State(std::weak_ptr<KavioDelegate> delegate) : mDelegate(std::move(delegate)) {}
     /// Takes part in what happens to the issuer's pages, until `release`.
     void attachToScene();
 
-    /// The gate of every operation. Empty while another one is under way: that has been reported as `BUSY` then.
+    /// The gate of every operation: calls `work` with it, unless another one is under way, which is reported as `BUSY`.
+    template <class... Payload, class Work>
+    void perform(Callback<Payload...> callback, Purpose purpose, Work work);
+    /// Calls the delegate, if it still exists.
     template <class... Payload>
-    std::optional<Operation<Payload...>> begin(Callback<Payload...> callback, Purpose purpose = Purpose::ASK);
+    void tell(Callback<Payload...> callback, KavioDelegate::Result result, Payload... payload) const;
 
     /// The purchase that may not have left yet is given up; what has left goes on.
     void giveUpPurchase();
-    /// Writes the payment down and gives its identifier; absent when that could not be done.
-    std::optional<std::string> writeDown(UnsettledPayment payment) const;
     /// Finds out what became of the payment; `found` ends the operation for one that was made.
     template <class Asked>
     void settle(const Asked& operation, const JournalEntry& entry,
@@ -73,6 +77,8 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     void poll(const OrderOperation& operation);
     void pollResponse(const OrderOperation& operation, APIResult<OrderModel> reply);
 
+    bool isUnderWay(std::int64_t operation) const { return mIsBusy && mLastOperation == operation; }
+
     std::weak_ptr<KavioDelegate> mDelegate;
     const std::shared_ptr<AccountRepository> mAccountRepo = sharedInstance<AccountRepository>();
     const std::shared_ptr<MachineRepository> mMachineRepo = sharedInstance<MachineRepository>();
@@ -85,7 +91,7 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     const std::shared_ptr<TDSecureSceneController> mTDSecSceneController = TDSecureSceneController::takeUse();
     std::shared_ptr<const Order> mLastOrder;
     std::optional<std::string> mLastChallenge;
-    std::shared_ptr<Enrolment> mEnrolment;  // the last one
+    std::shared_ptr<Enrolment> mEnrolment;  // the one whose page is up
     std::int64_t mPollingCounter = 0;
     Cause mWhyNotFollowed = Cause::FOLLOWING_TIMED_OUT;
     std::optional<PendingPurchase> mPurchase;  // until it is answered
@@ -93,51 +99,78 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     bool mIsBusy = false;                      // it is under way
 };
 
+/// The report that memory has run out. Where there is none for the report either, the process ends here.
+inline KavioDelegate::Result outOfMemory(Effect effect) noexcept {
+    return std::make_shared<const KavioResult>(ResultType::FAILURE, "out of memory", effect, Cause::OUT_OF_MEMORY);
+}
+
 /// One operation, from the gate to its last report. Whoever waits for a reply or a delay holds it, and through it the
 /// facade weakly: nothing happens once the facade is gone, and an operation that `release` has ended ends no later one.
+/// When the last of them lets it go before its end, memory has run out on the way, and that is reported.
 template <class... Payload>
 class Kavio::State::Operation {
 public:
     Operation(std::weak_ptr<State> state, Callback<Payload...> callback, Purpose purpose, std::int64_t number)
-        : mState(std::move(state)), mCallback(callback), mPurpose(purpose), mNumber(number) {}
+        : mCourse(std::make_shared<Course>(std::move(state), callback, purpose, number)) {}
 
     bool isUnderWay() const {
-        const auto state = mState.lock();
-        return state && state->mIsBusy && state->mLastOperation == mNumber;
+        const auto state = mCourse->state.lock();
+        return state && state->isUnderWay(mCourse->number);
+    }
+    /// Whether the facade has begun another one since.
+    bool isSuperseded() const {
+        const auto state = mCourse->state.lock();
+        return !state || state->mLastOperation != mCourse->number;
     }
     void end() const {
-        if (isUnderWay()) mState.lock()->mIsBusy = false;
+        mCourse->hasEnded = true;
+        if (isUnderWay()) mCourse->state.lock()->mIsBusy = false;
     }
 
-    /// A success that is not the end.
-    void report(Payload... payload) const {
-        const auto effect = mPurpose == Purpose::CHANGE ? Effect::DONE : Effect::NONE;
-        tell({ResultType::SUCCESS, std::nullopt, effect, Cause::NONE}, std::move(payload)...);
-    }
-    void succeed(Payload... payload) const {
-        end();
-        report(std::move(payload)...);
+    // Results are made before anything changes, since memory may run out.
+
+    KavioDelegate::Result success() const {
+        if (mCourse->purpose == Purpose::CHANGE) mCourse->effect = Effect::DONE;
+        return std::make_shared<const KavioResult>(ResultType::SUCCESS, std::nullopt, mCourse->effect, Cause::NONE);
     }
     /// `effect` says what has become of what was sent before the failure, if anything was.
-    void fail(ResultType type, Cause cause, std::optional<std::string> message = std::nullopt,
-              Effect effect = Effect::NONE) const {
-        end();
-        tell({type, std::move(message), effect, cause}, Payload{}...);
+    KavioDelegate::Result failure(ResultType type, Cause cause, std::optional<std::string> message = std::nullopt,
+                                  Effect effect = Effect::NONE) const {
+        return std::make_shared<const KavioResult>(type, std::move(message), effect, cause);
     }
     /// The one rule by which a transport failure becomes a result.
-    void fail(const APIFailure& failure) const {
-        fail(failure, mPurpose == Purpose::CHANGE ? failure.effect : Effect::NONE);
+    KavioDelegate::Result failure(const APIFailure& failed) const {
+        return failure(failed, mCourse->purpose == Purpose::CHANGE ? failed.effect : Effect::NONE);
     }
-    void fail(const APIFailure& failure, Effect effect) const {
-        fail(resultType(failure.status), failure.cause, failure.message ? failure.message : failure.fallbackMessage,
-             effect);
+    KavioDelegate::Result failure(const APIFailure& failed, Effect effect) const {
+        return failure(resultType(failed.status), failed.cause,
+                       failed.message ? failed.message : failed.fallbackMessage, effect);
+    }
+
+    /// Tells the delegate. Always the last thing that is done: the delegate may start the next operation, or destroy
+    /// the facade.
+    void report(KavioDelegate::Result result, Payload... payload) const {
+        if (const auto state = mCourse->state.lock())
+            state->tell(mCourse->callback, std::move(result), std::move(payload)...);
+    }
+    void succeed(Payload... payload) const {
+        auto result = success();
+        end();
+        report(std::move(result), std::move(payload)...);
+    }
+    /// As `failure` says.
+    template <class... Why>
+    void fail(Why&&... why) const {
+        auto result = failure(std::forward<Why>(why)...);
+        end();
+        report(std::move(result), Payload{}...);
     }
 
     /// A completion that calls `handler` with the state, this operation and the reply.
     template <class Reply, class Handler>
     Completion<Reply> then(Handler handler) const {
         return [operation = *this, handler = std::move(handler)](APIResult<Reply> reply) {
-            if (const auto state = operation.mState.lock()) {
+            if (const auto state = operation.mCourse->state.lock()) {
                 std::invoke(handler, *state, operation, std::move(reply));
             }
         };
@@ -160,14 +193,31 @@ public:
     }
 
 private:
-    /// Tells the delegate, if it still exists. Always the last thing that is done: the delegate may start the next
-    /// operation, or destroy the facade.
-    void tell(KavioResult result, Payload... payload) const {
-        const auto state = mState.lock();
-        const auto delegate = state ? state->mDelegate.lock() : nullptr;
-        if (!delegate) return;
-        ((*delegate).*mCallback)(std::make_shared<const KavioResult>(std::move(result)), std::move(payload)...);
-    }
+    /// What all who hold the operation share. The last of them may be on any thread.
+    struct Course {
+        Course(std::weak_ptr<State> facade, Callback<Payload...> told, Purpose wanted, std::int64_t ownNumber)
+            : state(std::move(facade)), callback(told), purpose(wanted), number(ownNumber) {}
+        ~Course() {
+            if (hasEnded || state.expired()) return;
+            Platform::current().mainQueue->post(
+                [weak = state, told = callback, own = number, result = outOfMemory(effect)] {
+                    const auto facade = weak.lock();
+                    if (!facade || !facade->isUnderWay(own)) return;
+                    facade->mIsBusy = false;
+                    facade->tell(told, result, Payload{}...);
+                });
+        }
+        Course(const Course&) = delete;
+        Course& operator=(const Course&) = delete;
+
+        const std::weak_ptr<State> state;
+        const Callback<Payload...> callback;
+        const Purpose purpose;
+        const std::int64_t number;
+        Effect effect = purpose == Purpose::CHANGE ? Effect::UNKNOWN : Effect::NONE;
+        bool hasEnded = false;
+    };
+
     static ResultType resultType(std::int64_t status) {
         if (status == 401) return ResultType::ACCESS_DENIED;
         if (status == 400) return ResultType::BAD_INPUT;
@@ -175,20 +225,31 @@ private:
         return status >= 500 && status <= 599 ? ResultType::SERVER_ERROR : ResultType::FAILURE;
     }
 
-    std::weak_ptr<State> mState;
-    Callback<Payload...> mCallback;
-    Purpose mPurpose;
-    std::int64_t mNumber;
+    std::shared_ptr<Course> mCourse;
 };
 
 template <class... Payload>
-std::optional<Kavio::State::Operation<Payload...>> Kavio::State::begin(Callback<Payload...> callback, Purpose purpose) {
-    if (mIsBusy) {
-        Operation<Payload...>(weak_from_this(), callback, purpose, 0).fail(ResultType::BUSY, Cause::BUSY);
-        return std::nullopt;
+void Kavio::State::tell(Callback<Payload...> callback, KavioDelegate::Result result, Payload... payload) const {
+    if (const auto delegate = mDelegate.lock()) ((*delegate).*callback)(std::move(result), std::move(payload)...);
+}
+
+template <class... Payload, class Work>
+void Kavio::State::perform(Callback<Payload...> callback, Purpose purpose, Work work) {
+    std::optional<Operation<Payload...>> operation;
+    KavioDelegate::Result refusal;
+    try {
+        if (mIsBusy) {
+            refusal = std::make_shared<const KavioResult>(ResultType::BUSY, std::nullopt, Effect::NONE, Cause::BUSY);
+        } else {
+            operation.emplace(weak_from_this(), callback, purpose, mLastOperation + 1);
+        }
+    } catch (const std::bad_alloc&) {
+        refusal = outOfMemory(Effect::NONE);
     }
+    if (refusal) return tell(callback, std::move(refusal), Payload{}...);
     mIsBusy = true;
-    return Operation<Payload...>(weak_from_this(), callback, purpose, ++mLastOperation);
+    ++mLastOperation;
+    contained([&] { work(*operation); });
 }
 
 }  // namespace kavio

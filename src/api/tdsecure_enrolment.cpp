@@ -21,8 +21,10 @@ Overloaded(Handlers...) -> Overloaded<Handlers...>;
 
 // What the issuer's fingerprint page is told: where to go when it has ended, and for which transaction it runs.
 std::string threeDSMethodData(const std::string& transaction) {
-    const JsonValue data{{"threeDSMethodNotificationURL", loopbackUrl}, {"threeDSServerTransID", transaction}};
-    return Platform::current().base64->encode(data.dump(2));
+    constexpr int indent = 2;
+    const auto data =
+        serialise({{"threeDSMethodNotificationURL", loopbackUrl}, {"threeDSServerTransID", transaction}}, indent);
+    return Platform::current().base64->encode(data.value_or(""));
 }
 
 // "%41" is "A"; what is no escape stays, and so does "+".
@@ -77,10 +79,9 @@ std::shared_ptr<ViewController> topMostViewController() {
 }  // namespace
 
 void Kavio::addCreditCardTDSecure(TDSPaymentCard paymentCard, TDSCardHolder cardHolder) {
-    const auto operation = mState->begin(&KavioDelegate::onAddCreditCard, Purpose::CHANGE);
-    if (!operation) return;
-    mState->mEnrolment = std::make_shared<State::Enrolment>(*mState, *operation, std::move(paymentCard));
-    mState->mEnrolment->start(std::move(cardHolder));
+    mState->perform(&KavioDelegate::onAddCreditCard, Purpose::CHANGE, [&](const State::CardOperation& operation) {
+        std::make_shared<State::Enrolment>(mState, operation, std::move(paymentCard))->start(std::move(cardHolder));
+    });
 }
 
 void Kavio::State::Enrolment::start(TDSCardHolder cardHolder) {
@@ -137,8 +138,9 @@ void Kavio::State::Enrolment::pageResponse(APIResult<std::string> reply) {
 // may the page of another facade, for which nobody waits here.
 void Kavio::State::Enrolment::tdSecureFinished() {
     const auto& url = mTDSecSceneController->mRedirectedUrl;
-    if (mReceivedTDSRedirect || !url) return;
+    if (mReceivedTDSRedirect) return;
     mReceivedTDSRedirect = true;
+    if (!url) return closePage();  // there was no memory for it
     TDSGetCard body{.flow = mLastFlow, .card = mLastPaymentCard};
     readRedirect(*url, body);
     mPaymentMethodRepo->getCardTDSecure(
@@ -152,31 +154,35 @@ void Kavio::State::Enrolment::getCardResponse(const APIResult<TDSGetCardResponse
     const auto payload = reply ? reply.payload() : std::nullopt;
     const auto* challenge = payload ? std::get_if<TDSGetCardChallengeResponse>(&payload->reply) : nullptr;
     if (challenge && mOperation.isUnderWay()) return showNextChallenge(challenge->url);
+    auto outcome = outcomeOf(reply);
     mOperation.end();
     closePage();
+    mOperation.report(std::move(outcome), nullptr);
+}
+
+KavioDelegate::Result Kavio::State::Enrolment::outcomeOf(const APIResult<TDSGetCardResponseFactory>& reply) const {
     if (!reply) {
         // Only an answer of the service says that the card is not stored: an earlier request has left.
-        return mOperation.fail(reply.failure(), reply.failure().status > 0 ? reply.failure().effect : Effect::UNKNOWN);
+        return mOperation.failure(reply.failure(),
+                                  reply.failure().status > 0 ? reply.failure().effect : Effect::UNKNOWN);
     }
-    if (payload && std::holds_alternative<TDSGetCardLocatorResponse>(payload->reply)) {
-        return mOperation.succeed(nullptr);
-    }
-    const auto* error = payload ? std::get_if<TDSGetCardErrorResponse>(&payload->reply) : nullptr;
-    if (error) return mOperation.fail(ResultType::SERVER_ERROR, Cause::REFUSED_BY_SERVICE, "error: " + error->message);
-    mOperation.fail(ResultType::SERVER_ERROR, Cause::UNREADABLE_REPLY, cannotParse, Effect::UNKNOWN);
+    const auto& payload = reply.payload();
+    if (payload && std::holds_alternative<TDSGetCardLocatorResponse>(payload->reply)) return mOperation.success();
+    if (const auto* error = payload ? std::get_if<TDSGetCardErrorResponse>(&payload->reply) : nullptr)
+        return mOperation.failure(ResultType::SERVER_ERROR, Cause::REFUSED_BY_SERVICE, "error: " + error->message);
+    return mOperation.failure(ResultType::SERVER_ERROR, Cause::UNREADABLE_REPLY, cannotParse, Effect::UNKNOWN);
 }
 
 // Not one that another facade has brought up since.
 void Kavio::State::Enrolment::closePage() {
     const auto page = mPage.lock();
-    if (page && page == mTDSecSceneController->scene()) mTDSecSceneController->endPage();
+    if (page && page == mTDSecSceneController->scene()) contained([&] { mTDSecSceneController->endPage(); });
 }
 
 void Kavio::State::Enrolment::showNextChallenge(const std::string& url) {
     if (const auto scene = mTDSecSceneController->scene()) {
         mLastFlow = TDSFlowType::CHALLENGE;
-        mReceivedTDSRedirect = false;
-        mPage = scene;
+        waitForPage(scene);
         return scene->load(url, false);
     }
     if (!presentPage(TDSFlowType::CHALLENGE, url))
@@ -199,11 +205,16 @@ bool Kavio::State::Enrolment::presentPage(TDSFlowType flow, const std::string& c
     mTDSecSceneController->mFlow = flow;
     const auto scene = mTDSecSceneController->createScene();
     if (!scene) return false;
-    mPage = scene;
-    mReceivedTDSRedirect = false;
+    waitForPage(scene);
     scene->delegate = mTDSecSceneController;
     topMost->present(scene, true);
     return true;
+}
+
+void Kavio::State::Enrolment::waitForPage(const std::shared_ptr<TDSecureScene>& scene) {
+    if (const auto facade = mFacade.lock()) facade->mEnrolment = shared_from_this();
+    mPage = scene;
+    mReceivedTDSRedirect = false;
 }
 
 void Kavio::State::attachToScene() {
@@ -211,7 +222,8 @@ void Kavio::State::attachToScene() {
     const auto observer = [&](void (Enrolment::*step)()) {
         return std::make_shared<Observer>(weak_from_this(), [weak = weak_from_this(), step](TDSecureSceneController&) {
             const auto self = weak.lock();
-            if (const auto enrolment = self ? self->mEnrolment : nullptr) ((*enrolment).*step)();
+            const auto enrolment = self ? std::exchange(self->mEnrolment, nullptr) : nullptr;
+            if (enrolment) ((*enrolment).*step)();
         });
     };
     mTDSecSceneController->tdSecureFinished->attach(observer(&Enrolment::tdSecureFinished));

@@ -9,15 +9,14 @@
 
 namespace kavio {
 
-/// One enrolment of a card with 3-D Secure, from the request that adds the card to its report. Who waits for a reply
-/// keeps it alive.
+/// One enrolment of a card with 3-D Secure, from the request that adds the card to its report. What it waits for keeps
+/// it alive: a reply or, through the facade, its page.
 class Kavio::State::Enrolment final : public std::enable_shared_from_this<Enrolment> {
 public:
-    using CardOperation = Operation<std::shared_ptr<const CreditCard>>;
-
-    Enrolment(const State& facade, CardOperation operation, TDSPaymentCard card)
-        : mPaymentMethodRepo(facade.mPaymentMethodRepo),
-          mTDSecSceneController(facade.mTDSecSceneController),
+    Enrolment(const std::shared_ptr<State>& facade, CardOperation operation, TDSPaymentCard card)
+        : mFacade(facade),
+          mPaymentMethodRepo(facade->mPaymentMethodRepo),
+          mTDSecSceneController(facade->mTDSecSceneController),
           mOperation(std::move(operation)),
           mLastPaymentCard(std::move(card)) {}
 
@@ -35,10 +34,13 @@ private:
     void startFingerprint(const TDSAddCardFingerprintResponse& fingerprint);
     void pageResponse(APIResult<std::string> reply);
     void getCardResponse(const APIResult<TDSGetCardResponseFactory>& reply);
+    KavioDelegate::Result outcomeOf(const APIResult<TDSGetCardResponseFactory>& reply) const;
     void showNextChallenge(const std::string& url);
     bool presentPage(TDSFlowType flow, const std::string& content);
+    void waitForPage(const std::shared_ptr<TDSecureScene>& scene);
     void closePage();
 
+    const std::weak_ptr<State> mFacade;
     const std::shared_ptr<PaymentMethodRepository> mPaymentMethodRepo;
     const std::shared_ptr<TDSecureSceneController> mTDSecSceneController;
     const CardOperation mOperation;

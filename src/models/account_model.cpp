@@ -131,15 +131,17 @@ JsonObject AccountModel::encode() const {
         {"preventPayPalTopUpDeposit", preventPayPalTopUpDeposit},
         {"preventCreditCardTopUpDeposit", preventCreditCardTopUpDeposit},
         {"preventGPayTopUpDeposit", preventGPayTopUpDeposit},
-        {"tokenLocators", std::move(cards)},
     };
+    account.emplace("tokenLocators", std::move(cards));
     setIfPresent(account, "marketingConfirmation", marketingConfirmation);
     setIfPresent(account, "gameficationTotalGamePlayed", gamificationTotalGamePlayed);
     setIfPresent(account, "gameficationHighScore", gamificationHighScore);
     setIfPresent(account, "gameficationTotalAmountOfCashback", gamificationTotalAmountOfCashback);
     if (appData) setIfPresent(account, "appData", serialise(appData->encode()));
 
-    JsonObject object{{"token", JsonObject{{"token", token}}}, {"account", std::move(account)}};
+    JsonObject object;
+    object.emplace("token", JsonObject{{"token", token}});
+    object.emplace("account", std::move(account));
     setIfPresent(object, "configurationMaxUpdatedDT", configurationMaxUpdatedDT);
     return object;
 }

@@ -49,6 +49,7 @@ constexpr EnumRow<Cause> causes[] = {
     {Cause::STORE_FAILED, "STORE_FAILED"},
     {Cause::NOT_MADE, "NOT_MADE"},
     {Cause::NOT_CERTAIN, "NOT_CERTAIN"},
+    {Cause::OUT_OF_MEMORY, "OUT_OF_MEMORY"},
 };
 
 }  // namespace

@@ -12,7 +12,8 @@ constexpr auto raw(Enumeration value) {
     return static_cast<std::underlying_type_t<Enumeration>>(value);
 }
 
-// What is secret is put in on its own: from braces it would be copied, and the copy left in memory.
+// What is secret or has members is put in on its own: from braces it would be copied, and the copy left in memory, or
+// taken apart at a cost of memory.
 JsonObject encode(const TDSPaymentCard& card) {
     JsonObject encoded{{"month", card.month}, {"year", card.year}};
     encoded.emplace("number", card.number.text());
@@ -39,13 +40,17 @@ JsonObject encode(const TDSBrowser& browser) {
 }
 
 JsonObject encode(const TDSDetails& details) {
-    return {{"holder", encode(details.holder)}, {"browser", encode(details.browser)}, {"redirect", details.redirect}};
+    JsonObject encoded{{"redirect", details.redirect}};
+    encoded.emplace("holder", encode(details.holder));
+    encoded.emplace("browser", encode(details.browser));
+    return encoded;
 }
 
 }  // namespace
 
 JsonObject encode(const TDSAddCard& body) {
-    JsonObject encoded{{"key", body.key}, {"tdSecure", encode(body.tdSecure)}};
+    JsonObject encoded{{"key", body.key}};
+    encoded.emplace("tdSecure", encode(body.tdSecure));
     encoded.emplace("card", encode(body.card));
     return encoded;
 }

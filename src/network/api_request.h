@@ -4,6 +4,7 @@
 
 #include <kavio/platform/url_session.h>
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -30,6 +31,8 @@ struct APIRequest {
     std::optional<std::string> url = std::nullopt;
     /// Headers in the place of the service's own ones; the signature is added to either.
     std::optional<HeaderFields> headers = std::nullopt;
+    /// See `UrlRequest::willWait`.
+    std::function<void()> willWait = nullptr;
 };
 
 }  // namespace kavio

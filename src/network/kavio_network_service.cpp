@@ -7,6 +7,7 @@
 #include "network/session.h"
 #include "network/url_request.h"
 #include "storage/kavio_user_defaults.h"
+#include "util/contained.h"
 #include "util/shared_instance.h"
 #include "util/trace.h"
 
@@ -99,6 +100,15 @@ APIFailure lostReply(int status, const UrlError& error, const SentToken& token) 
     }
 }
 
+void finishDownload(const ErrorHandlerPointer& handler, std::variant<UrlReply, UrlError> outcome,
+                    const SentToken& token, const RawCompletion& completion) {
+    const auto* error = std::get_if<UrlError>(&outcome);
+    if (error == nullptr) return finish(handler, std::get<UrlReply>(std::move(outcome)), token, completion);
+    if (!error->status) return finish(handler, *error, token, completion);
+    finishUnsuccessful(handler, {*error->status, std::nullopt}, completion,
+                       [&](const UrlReply& reply) { return lostReply(reply.status, *error, token); });
+}
+
 }  // namespace
 
 std::shared_ptr<KavioNetworkService> KavioNetworkService::shared() { return sharedInstance<KavioNetworkService>(); }
@@ -108,7 +118,10 @@ void KavioNetworkService::send(APIRequest request, RawCompletion completion) {
     Platform::current().urlSession->dataTask(
         std::move(prepared), [weak = weak_from_this(), token = std::move(request.token),
                               completion = std::move(completion)](std::variant<UrlReply, UrlError> outcome) {
-            std::visit([&](auto& ended) { finish(errorHandler(weak), std::move(ended), token, completion); }, outcome);
+            contained([&] {
+                std::visit([&](auto& ended) { finish(errorHandler(weak), std::move(ended), token, completion); },
+                           outcome);
+            });
         });
 }
 
@@ -118,17 +131,11 @@ std::shared_ptr<DownloadTask> KavioNetworkService::sendInBackground(APIRequest r
         if (const auto self = weak.lock()) self->backgroundEventsDelivered();
     });
     auto prepared = prepare(request);
-    return session.downloadTask(std::move(prepared), [weak = weak_from_this(), token = std::move(request.token),
-                                                      completion = std::move(completion)](
-                                                         std::variant<UrlReply, UrlError> outcome) {
-        const auto handler = errorHandler(weak);
-        if (const auto* error = std::get_if<UrlError>(&outcome)) {
-            if (!error->status) return finish(handler, *error, token, completion);
-            return finishUnsuccessful(handler, {*error->status, std::nullopt}, completion,
-                                      [&](const UrlReply& reply) { return lostReply(reply.status, *error, token); });
-        }
-        finish(handler, std::get<UrlReply>(std::move(outcome)), token, completion);
-    });
+    return session.downloadTask(
+        std::move(prepared), [weak = weak_from_this(), token = std::move(request.token),
+                              completion = std::move(completion)](std::variant<UrlReply, UrlError> outcome) {
+            contained([&] { finishDownload(errorHandler(weak), std::move(outcome), token, completion); });
+        });
 }
 
 UrlRequest KavioNetworkService::prepare(APIRequest& request) {
@@ -143,6 +150,7 @@ UrlRequest KavioNetworkService::prepare(APIRequest& request) {
                                       std::move(request.params), request.encoding == ParameterEncoding::path);
     urlRequest.method = request.method;
     urlRequest.idempotency = request.idempotency;
+    urlRequest.willWait = std::move(request.willWait);
     urlRequest.headers = request.headers ? *std::move(request.headers) : serviceHeaders(apiKey, request.token);
     urlRequest.headers.emplace_back("X-Zelto-Sign", signRequest(urlRequest.url, bodyOf(urlRequest)));
     trace(traceTag, [&] {

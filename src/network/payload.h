@@ -3,6 +3,7 @@
 #include "models/json/decoding_error.h"
 #include "models/json/document.h"
 #include "network/network_service_protocol.h"
+#include "util/contained.h"
 #include "util/trace.h"
 
 #include <kavio/platform/platform.h>
@@ -54,7 +55,8 @@ RawCompletion decodePayload(Completion<T> completion, Recorder<T> record = nullp
     return [completion = std::move(completion), record = std::move(record)](RawResult raw) {
         auto result = std::make_shared<APIResult<T>>(decoded<T>(std::move(raw)));
         if (record) record(*result);
-        Platform::current().mainQueue->post([completion, result] { completion(std::move(*result)); });
+        Platform::current().mainQueue->post(
+            [completion, result] { contained([&] { completion(std::move(*result)); }); });
     };
 }
 

@@ -81,10 +81,8 @@ std::string libraryInformation(std::string_view key) {
 }
 
 JsonObject depositParameters(const Deposit& deposit) {
-    JsonObject params{{"paymentCardLocator", JsonObject{{"locator", deposit.tokenLocator}}},
-                      {"amount", deposit.amount},
-                      {"currency", deposit.currency},
-                      {"autoTopup", deposit.autoTopup}};
+    JsonObject params{{"amount", deposit.amount}, {"currency", deposit.currency}, {"autoTopup", deposit.autoTopup}};
+    params.emplace("paymentCardLocator", JsonObject{{"locator", deposit.tokenLocator}});
     if (deposit.paypalMetaDataId) {
         params["payPalMetadataId"] = *deposit.paypalMetaDataId;
     } else {

@@ -35,27 +35,36 @@ void withFreshTime(const APIRequest& request, const std::shared_ptr<KavioNetwork
 /// The failure of a request that was given up before it left.
 RawResult givenUp();
 
+/// Called once the time is known, before the request can leave. On a failure the request is not sent, and ends with it.
+using BeforeSending = std::function<std::optional<APIFailure>()>;
+
 /// The way of every request of the services: asks for the server's time first when the sample is missing or stale.
 /// `completion` runs on the main thread; the time request's own outcome never reaches it.
 template <class T>
-void sendWithFreshTime(APIRequest request, Completion<T> completion, Recorder<T> record = nullptr) {
+void sendWithFreshTime(APIRequest request, Completion<T> completion, Recorder<T> record = nullptr,
+                       BeforeSending prepare = nullptr) {
     const auto transport = KavioNetworkService::shared();
     const auto kept = std::make_shared<APIRequest>(std::move(request));
     withFreshTime(*kept, transport,
-                  [transport, kept, completion = decodePayload<T>(std::move(completion), std::move(record))] {
+                  [transport, kept, prepare = std::move(prepare),
+                   completion = decodePayload<T>(std::move(completion), std::move(record))] {
+                      if (auto failure = prepare ? prepare() : std::nullopt)
+                          return completion(RawResult::failed(*std::move(failure)));
                       transport->send(std::move(*kept), completion);
                   });
 }
 
 /// The same in the background: waits for connectivity, and is sent at most once.
 template <class T>
-std::shared_ptr<Sending> sendInBackgroundWithFreshTime(APIRequest request, Completion<T> completion,
-                                                       Recorder<T> record) {
+std::shared_ptr<Sending> sendInBackgroundWithFreshTime(APIRequest request, Completion<T> completion, Recorder<T> record,
+                                                       BeforeSending prepare) {
     const auto transport = KavioNetworkService::shared();
     const auto kept = std::make_shared<APIRequest>(std::move(request));
     auto sending = std::make_shared<Sending>();
     withFreshTime(*kept, transport,
-                  [transport, kept, sending, completion = decodePayload<T>(std::move(completion), std::move(record))] {
+                  [transport, kept, sending, prepare = std::move(prepare),
+                   completion = decodePayload<T>(std::move(completion), std::move(record))] {
+                      if (auto failure = prepare()) return completion(RawResult::failed(*std::move(failure)));
                       const auto send = [&] { return transport->sendInBackground(std::move(*kept), completion); };
                       if (!sending->start(send)) completion(givenUp());
                   });

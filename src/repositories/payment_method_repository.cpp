@@ -1,18 +1,17 @@
 #include "network/send_with_fresh_time.h"
+#include "repositories/payment_attempt.h"
 #include "repositories/repositories.h"
-#include "storage/payment_journal.h"
 
 #include <utility>
 
 namespace kavio {
 
-Recorder<DepositModel> depositRecorder(std::string paymentId) {
-    return [paymentId = std::move(paymentId)](const APIResult<DepositModel>& reply) {
-        const auto journal = PaymentJournal::shared();
-        if (!reply && reply.failure().effect == Effect::NONE) journal->strikeOut(paymentId);
-        if (reply) journal->depositMade(paymentId, reply.payload() ? reply.payload()->id : std::nullopt);
-        journal->answered(paymentId);
-    };
+void sendDeposit(APIRequest request, UnsettledPayment payment, Completion<DepositModel> completion) {
+    const auto attempt = std::make_shared<PaymentAttempt>(std::move(payment));
+    sendWithFreshTime<DepositModel>(
+        std::move(request), std::move(completion),
+        [attempt](const APIResult<DepositModel>& reply) { attempt->ended(reply); },
+        [attempt] { return attempt->begin(); });
 }
 
 void PaymentMethodRepository::addCard(const std::map<std::string, SecretText>& paymentCard, std::string uuidKey,
@@ -25,9 +24,9 @@ void PaymentMethodRepository::removeCard(const std::string& tokenLocator,
     sendWithFreshTime(deleteLocatorRequest(tokenLocator), std::move(completion));
 }
 
-void PaymentMethodRepository::deposit(const Deposit& deposit, std::string paymentId,
+void PaymentMethodRepository::deposit(const Deposit& deposit, UnsettledPayment payment,
                                       Completion<DepositModel> completion) const {
-    sendWithFreshTime(postDepositRequest(deposit), std::move(completion), depositRecorder(std::move(paymentId)));
+    sendDeposit(postDepositRequest(deposit), std::move(payment), std::move(completion));
 }
 
 void PaymentMethodRepository::addCardTDSecure(const TDSAddCard& body,

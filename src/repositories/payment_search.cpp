@@ -1,7 +1,10 @@
 #include "repositories/payment_search.h"
 
+#include "models/ascii_text.h"
 #include "models/date_text.h"
 #include "models/json/json_value.h"
+#include "network/environments.h"
+#include "network/session.h"
 #include "repositories/repositories.h"
 #include "time/reliable_clock.h"
 #include "util/shared_instance.h"
@@ -17,17 +20,42 @@ using namespace std::chrono_literals;
 
 /// How far the service's clock and ours may be apart.
 constexpr auto clockTolerance = 60s;
-/// Past this a request that has left this device no longer arrives: it was given up after 60 seconds, and the system
-/// gives up what a program has left behind within two minutes.
-constexpr auto arrivalLimit = 180s;
+/// For so long the system goes on sending what a program has left behind.
+constexpr auto retransmissionLimit = 120s;
+/// A request leaves this device within 60 seconds, unless it waits for the network.
+constexpr auto arrivalLimit = 60s + retransmissionLimit;
 constexpr std::int64_t pageSize = 100;
 constexpr int mostPages = 20;
 /// A person who bought the same thing more often than this has to look for themselves.
 constexpr std::size_t mostCandidates = 10;
 
+/// After this the payment can no longer arrive. Absent for one that waited in a program which then ended, until it has
+/// been asked for.
+std::optional<Date> lastArrival(const JournalEntry& entry) {
+    if (entry.endedAt) return *entry.endedAt + retransmissionLimit;
+    if (!entry.hasWaited) return entry.payment.startedAt + arrivalLimit;
+    return entry.askedAt ? std::optional(*entry.askedAt + arrivalLimit) : std::nullopt;
+}
+
+std::optional<std::string> unlessEmpty(const std::optional<std::string>& text) {
+    return text && !text->empty() ? text : std::nullopt;
+}
+
+/// The machine of a purchase or the prepaid card of a top-up, as the service's orders name it.
+std::optional<std::int64_t> targetOf(const UnsettledPayment& payment) {
+    return payment.kavioId ? payment.kavioId : decimalInteger(payment.paymentMethodId);
+}
+
 }  // namespace
 
+bool isOfThisSession(const JournalEntry& entry) {
+    return entry.service == name(currentApiType()) && entry.owner == sessionOwner();
+}
+
 void PaymentSearch::start(JournalEntry entry, Completion<PaymentFinding> completion) {
+    if (!lastArrival(entry)) {
+        PaymentJournal::shared()->update(entry.payment.id, [](JournalEntry& asked) { asked.askedAt = serverNow(); });
+    }
     std::make_shared<PaymentSearch>(std::move(entry), std::move(completion))->askForPage(std::nullopt);
 }
 
@@ -35,7 +63,8 @@ PaymentSearch::PaymentSearch(JournalEntry entry, Completion<PaymentFinding> comp
     : mActivities(sharedInstance<ActivitiesRepository>()),
       mPurchases(sharedInstance<PurchaseRepository>()),
       mEntry(std::move(entry)),
-      mCompletion(std::move(completion)) {}
+      mCompletion(std::move(completion)),
+      mBegun(serverNow()) {}
 
 void PaymentSearch::askForPage(std::optional<Date> before) {
     ++mPages;
@@ -46,79 +75,123 @@ void PaymentSearch::askForPage(std::optional<Date> before) {
         [self = shared_from_this()](const APIResult<std::vector<OrderActivityModel>>& page) { self->take(page); });
 }
 
-// A service may give fewer than were asked for. So only a date tells that the list reaches back far enough, or a page
-// that brings nothing new, which is the end of all.
+// A service may give fewer than were asked for, and in any order. So only a date tells that the list reaches back far
+// enough, and that only of a list that goes back in time; or a page that brings nothing new, which is the end of all.
 void PaymentSearch::take(const APIResult<std::vector<OrderActivityModel>>& page) {
     if (!page) return mCompletion(APIResult<PaymentFinding>::failed(page.failure()));
     const auto known = mSeen.size();
     for (const auto& activity : page.payload().value_or(std::vector<OrderActivityModel>{})) {
-        mSeen.emplace(activity.orderId, activity);
+        if (!mSeen.emplace(activity.orderId, activity).second) continue;
         const auto created = DateText::parse(activity.createdDateStr);
-        if (created && (!mOldest || *created < *mOldest)) mOldest = created;
+        if (!created) continue;
+        mIsNewestFirst = mIsNewestFirst && (!mOldest || *created <= *mOldest);
+        mOldest = mOldest ? std::min(*mOldest, *created) : *created;
     }
     const bool isEnd = page.payload() && mSeen.size() == known;
-    mReachesBack = isEnd || (mOldest && *mOldest < mEntry.payment.startedAt - clockTolerance);
+    mReachesBack = isEnd || (mIsNewestFirst && mOldest && *mOldest < mEntry.payment.startedAt - clockTolerance);
     if (mReachesBack || !page.payload() || !mOldest || mPages == mostPages) return judge();
     askForPage(*mOldest + 1ms);  // others of the same instant may be missing yet
 }
 
 void PaymentSearch::judge() {
-    const auto ordersOfOthers = PaymentJournal::shared()->orders();
+    const auto ordersOfOthers = PaymentJournal::shared()->orders(mEntry.service);
     for (const auto& [id, activity] : mSeen) {
-        const auto fit = ordersOfOthers.contains(id) ? Fit::NO : fitOf(activity);
-        if (fit == Fit::PERHAPS) mMoreMayFit = true;
-        if (fit != Fit::YES) continue;
-        (mEntry.payment.kavioId ? mUndecided : mFitting).push_back(activity);
+        const auto fit = ordersOfOthers.contains(id) ? Fit::NO : fitOf(mEntry, activity);
+        if (fit == Fit::NO) continue;
+        if (fit == Fit::PERHAPS || isAwaitedByAnother(activity)) {
+            mMoreMayFit = true;
+        } else {
+            const bool isTargetKnown = mEntry.payment.kind == UnsettledPayment::Kind::DEPOSIT &&
+                                       (mEntry.payment.paymentType != PaymentMethod::PaymentType::PREPAID ||
+                                        unlessEmpty(activity.prepaidCardID));
+            (isTargetKnown ? mFitting : mUndecided).push_back(activity);
+        }
     }
     if (mUndecided.size() > mostCandidates) {
         mMoreMayFit = true;
         mUndecided.clear();
     }
-    askForMachines();
+    askForTargets();
 }
 
-PaymentSearch::Fit PaymentSearch::fitOf(const OrderActivityModel& activity) const {
-    const auto& payment = mEntry.payment;
-    const auto created = DateText::parse(activity.createdDateStr);
-    if (created && *created < payment.startedAt - clockTolerance) return Fit::NO;
+// Whether the order may be that of a payment which this process still waits for.
+bool PaymentSearch::isAwaitedByAnother(const OrderActivityModel& activity) const {
+    const auto journal = PaymentJournal::shared();
+    const auto others = journal->unsettled();
+    return std::any_of(others.begin(), others.end(), [&](const JournalEntry& other) {
+        return other.service == mEntry.service && journal->isUnderWay(other.payment.id) &&
+               fitOf(other, activity) != Fit::NO;
+    });
+}
+
+PaymentSearch::Fit PaymentSearch::fitOf(const JournalEntry& entry, const OrderActivityModel& activity) {
+    const auto& payment = entry.payment;
     // The service takes the amount of a purchase with a prepaid card from what was bought.
     const bool isAmountKnown = !payment.kavioId || payment.paymentType != PaymentMethod::PaymentType::PREPAID;
     if (isAmountKnown && activity.amount != payment.amount) return Fit::NO;
     if (payment.currency && activity.currency && payment.currency != activity.currency) return Fit::NO;
-    const auto way = wayOfPayment(activity);
-    return created ? way : std::min(way, Fit::PERHAPS);
+    const bool isDeposit = payment.kind == UnsettledPayment::Kind::DEPOSIT;
+    return std::min(fitOfTime(entry, activity),
+                    isDeposit ? fitOfDeposit(payment, activity) : fitOfPurchase(payment, activity));
 }
 
-PaymentSearch::Fit PaymentSearch::wayOfPayment(const OrderActivityModel& activity) const {
-    const auto& payment = mEntry.payment;
-    const auto same = [](const std::optional<std::string>& told, const std::string& wanted) {
-        if (!told) return Fit::PERHAPS;
-        return *told == wanted ? Fit::YES : Fit::NO;
+PaymentSearch::Fit PaymentSearch::fitOfTime(const JournalEntry& entry, const OrderActivityModel& activity) {
+    const auto created = DateText::parse(activity.createdDateStr);
+    if (!created) return Fit::PERHAPS;
+    const auto last = lastArrival(entry);
+    if (*created >= entry.payment.startedAt - clockTolerance && (!last || *created <= *last + clockTolerance))
+        return Fit::YES;
+    return entry.isTimeKnown ? Fit::NO : Fit::PERHAPS;
+}
+
+// What the service leaves out of a transaction speaks neither for nor against it.
+PaymentSearch::Fit PaymentSearch::fitOfText(const std::optional<std::string>& told, const std::string& wanted) {
+    if (!unlessEmpty(told)) return Fit::PERHAPS;
+    return told == wanted ? Fit::YES : Fit::NO;
+}
+
+PaymentSearch::Fit PaymentSearch::fitOfCard(const OrderActivityModel& activity, const std::string& wanted) {
+    return activity.tokenLocatorID == wanted ? Fit::YES : fitOfText(activity.locator, wanted);
+}
+
+PaymentSearch::Fit PaymentSearch::fitOfType(const OrderActivityModel& activity, OrderType wanted) {
+    if (activity.orderType == OrderType::UNKNOWN) return Fit::PERHAPS;
+    return activity.orderType == wanted ? Fit::YES : Fit::NO;
+}
+
+// Only what was completed has charged the card.
+PaymentSearch::Fit PaymentSearch::fitOfDeposit(const UnsettledPayment& payment, const OrderActivityModel& activity) {
+    const auto status = publicStatus(activity.orderStatus);
+    if (activity.autoTopup || (isFinal(status) && status != Order::Status::COMPLETED)) return Fit::NO;
+    const auto charge = std::min(fitOfCard(activity, payment.chargedCardId.value_or("")),
+                                 status == Order::Status::COMPLETED ? Fit::YES : Fit::PERHAPS);
+    if (payment.paymentType != PaymentMethod::PaymentType::PREPAID)
+        return std::min(charge, fitOfType(activity, OrderType::BALANCE_DEPOSIT));
+    // Its order may name the prepaid card where the transaction does not.
+    const auto card = fitOfText(activity.prepaidCardID, payment.paymentMethodId);
+    return std::min({charge, fitOfType(activity, OrderType::PREPAID_DEPOSIT), card == Fit::PERHAPS ? Fit::YES : card});
+}
+
+PaymentSearch::Fit PaymentSearch::fitOfPurchase(const UnsettledPayment& payment, const OrderActivityModel& activity) {
+    const auto paidBy = [&](PaymentMethod::PaymentType type, Fit instrument) {
+        if (payment.paymentType != type) return Fit::NO;
+        return std::min(instrument, fitOfType(activity, OrderType::VENDING));
     };
-    const auto& card = activity.locator ? activity.locator : activity.tokenLocatorID;
-    const bool isPrepaid = payment.paymentType == PaymentMethod::PaymentType::PREPAID;
-    if (payment.kind == UnsettledPayment::Kind::DEPOSIT) {
-        const auto wanted = isPrepaid ? OrderType::PREPAID_DEPOSIT : OrderType::BALANCE_DEPOSIT;
-        if (activity.orderType != wanted) return Fit::NO;
-        const auto charged = same(card, payment.chargedCardId.value_or(""));
-        return isPrepaid ? std::min(charged, same(activity.prepaidCardID, payment.paymentMethodId)) : charged;
-    }
-    if (activity.orderType != OrderType::VENDING) return Fit::NO;
     switch (activity.paymentSource) {
         case PaymentProcessorType::balance:
-            return payment.paymentType == PaymentMethod::PaymentType::KAVIO ? Fit::YES : Fit::NO;
+            return paidBy(PaymentMethod::PaymentType::KAVIO, Fit::YES);
         case PaymentProcessorType::creditCard:
-            if (payment.paymentType != PaymentMethod::PaymentType::CREDIT_CARD) return Fit::NO;
-            return same(card, payment.paymentMethodId);
+            return paidBy(PaymentMethod::PaymentType::CREDIT_CARD, fitOfCard(activity, payment.paymentMethodId));
         case PaymentProcessorType::prepaidCard:
-            return isPrepaid ? same(activity.prepaidCardID, payment.paymentMethodId) : Fit::NO;
+            return paidBy(PaymentMethod::PaymentType::PREPAID,
+                          fitOfText(activity.prepaidCardID, payment.paymentMethodId));
         default:
-            return Fit::PERHAPS;
+            return std::min(Fit::PERHAPS, fitOfType(activity, OrderType::VENDING));
     }
 }
 
-// A transaction does not name its machine; its order may.
-void PaymentSearch::askForMachines() {
+// A transaction does not name its machine, nor always its prepaid card; its order may.
+void PaymentSearch::askForTargets() {
     if (mUndecided.empty()) return conclude();
     mPurchases->order(mUndecided.back().orderId, false,
                       [self = shared_from_this()](const APIResult<OrderModel>& reply) { self->takeOrder(reply); });
@@ -126,21 +199,29 @@ void PaymentSearch::askForMachines() {
 
 void PaymentSearch::takeOrder(const APIResult<OrderModel>& reply) {
     if (!reply) return mCompletion(APIResult<PaymentFinding>::failed(reply.failure()));
-    const auto machine = reply.payload() ? reply.payload()->prepaidDepositCardId : std::nullopt;
-    if (!machine) mMoreMayFit = true;
-    if (machine == mEntry.payment.kavioId) mFitting.push_back(std::move(mUndecided.back()));
+    const auto told = reply.payload() ? reply.payload()->prepaidDepositCardId : std::nullopt;
+    if (!told) mMoreMayFit = true;
+    if (told && told == targetOf(mEntry.payment)) {
+        mFitting.push_back(std::move(mUndecided.back()));
+    } else if (told) {
+        mSomeAreElsewhere = true;
+    }
     mUndecided.pop_back();
-    askForMachines();
+    askForTargets();
 }
 
+// Another target counts as such only once the service is known to mean the same by it.
 void PaymentSearch::conclude() {
+    const auto journal = PaymentJournal::shared();
+    if (mSomeAreElsewhere && mFitting.empty() && !journal->areMachinesTold(mEntry.service)) mMoreMayFit = true;
     PaymentFinding finding;
-    const bool hasSettled = serverNow() - mEntry.payment.startedAt >= arrivalLimit;
-    if (mFitting.empty() && !mMoreMayFit && mReachesBack && hasSettled) {
-        finding.verdict = PaymentFinding::Verdict::NOT_MADE;
-    } else if (mFitting.size() == 1 && !mMoreMayFit) {
+    const auto last = lastArrival(mEntry);
+    const bool isOver = mEntry.isTimeKnown && isServerTimeKnown() && last && mBegun >= *last;
+    // Another person's transactions tell nothing.
+    const bool isWhole = mReachesBack && !mMoreMayFit && isOfThisSession(mEntry);
+    if (isWhole && mFitting.empty() && isOver) finding.verdict = PaymentFinding::Verdict::NOT_MADE;
+    if (isWhole && mFitting.size() == 1)
         finding = {PaymentFinding::Verdict::MADE, mFitting.front().orderId, mFitting.front().endingBalance};
-    }
     mCompletion(APIResult<PaymentFinding>::success(std::move(finding)));
 }
 

@@ -26,6 +26,9 @@ struct PaymentFinding {
     std::optional<std::int64_t> endingBalance = std::nullopt;  // as well
 };
 
+/// Whether the transactions of the session can tell of the payment.
+bool isOfThisSession(const JournalEntry& entry);
+
 /// Looks for a payment among the transactions since it was written down. It is the one that fits, if only that one may;
 /// it was not made when none may, the list reaches back far enough, and what was sent can no longer arrive. Anything
 /// else is not certain: what the service leaves out of a transaction never speaks for it.
@@ -42,9 +45,15 @@ private:
     void askForPage(std::optional<Date> before);
     void take(const APIResult<std::vector<OrderActivityModel>>& page);
     void judge();
-    Fit fitOf(const OrderActivityModel& activity) const;
-    Fit wayOfPayment(const OrderActivityModel& activity) const;
-    void askForMachines();
+    static Fit fitOf(const JournalEntry& entry, const OrderActivityModel& activity);
+    static Fit fitOfTime(const JournalEntry& entry, const OrderActivityModel& activity);
+    static Fit fitOfText(const std::optional<std::string>& told, const std::string& wanted);
+    static Fit fitOfCard(const OrderActivityModel& activity, const std::string& wanted);
+    static Fit fitOfType(const OrderActivityModel& activity, OrderType wanted);
+    static Fit fitOfDeposit(const UnsettledPayment& payment, const OrderActivityModel& activity);
+    static Fit fitOfPurchase(const UnsettledPayment& payment, const OrderActivityModel& activity);
+    bool isAwaitedByAnother(const OrderActivityModel& activity) const;
+    void askForTargets();
     void takeOrder(const APIResult<OrderModel>& reply);
     void conclude();
 
@@ -52,12 +61,15 @@ private:
     const std::shared_ptr<PurchaseRepository> mPurchases;
     const JournalEntry mEntry;
     const Completion<PaymentFinding> mCompletion;
+    const Date mBegun;
     std::map<std::string, OrderActivityModel> mSeen;
     std::optional<Date> mOldest;
     int mPages = 0;
+    bool mIsNewestFirst = true;
     bool mReachesBack = false;
-    std::vector<OrderActivityModel> mUndecided;  // may fit; their machine is not known yet
+    std::vector<OrderActivityModel> mUndecided;  // may fit; for which machine or card is not known yet
     std::vector<OrderActivityModel> mFitting;
+    bool mSomeAreElsewhere = false;  // for another machine or card, if the service means the same by it
     bool mMoreMayFit = false;
 };
 

@@ -9,10 +9,9 @@ void PrepaidRepository::prepaidCards(Completion<PrepaidsList> completion) const 
     sendWithFreshTime(prepaidCardsRequest(), std::move(completion));
 }
 
-void PrepaidRepository::deposit(const std::string& prepaidId, const Deposit& deposit, std::string paymentId,
+void PrepaidRepository::deposit(const std::string& prepaidId, const Deposit& deposit, UnsettledPayment payment,
                                 Completion<DepositModel> completion) const {
-    sendWithFreshTime(postPrepaidDepositRequest(prepaidId, deposit), std::move(completion),
-                      depositRecorder(std::move(paymentId)));
+    sendDeposit(postPrepaidDepositRequest(prepaidId, deposit), std::move(payment), std::move(completion));
 }
 
 }  // namespace kavio

@@ -11,9 +11,9 @@
 #include "network/api_result.h"
 #include "network/requests.h"
 #include "network/send_with_fresh_time.h"
-#include "storage/payment_journal.h"
 
 #include <kavio/delegate.h>
+#include <kavio/unsettled_payment.h>
 
 #include <atomic>
 #include <cstdint>
@@ -79,17 +79,13 @@ private:
 };
 using MachineService = MachineRepository;
 
-/// Takes note of what became of a deposit.
-Recorder<DepositModel> depositRecorder(std::string paymentId);
-
-/// What a reply tells of its order.
-KnownOrder knownOrder(const OrderModel& model);
+/// Sends a deposit that is written down as `payment`.
+void sendDeposit(APIRequest request, UnsettledPayment payment, Completion<DepositModel> completion);
 
 class PurchaseRepository {
 public:
-    /// Sent in the background: waits for connectivity, and is sent at most once. What becomes of it is written down
-    /// under `paymentId`.
-    std::shared_ptr<Sending> purchase(JsonObject params, const std::string& machineId, std::string paymentId,
+    /// Sent in the background: waits for connectivity, and is sent at most once. It is written down as `payment`.
+    std::shared_ptr<Sending> purchase(JsonObject params, UnsettledPayment payment,
                                       Completion<OrderModel> completion) const;
     /// A reply about another order is not understood.
     void order(const std::string& orderId, bool statusOnly, Completion<OrderModel> completion) const;
@@ -101,7 +97,7 @@ public:
     void addCard(const std::map<std::string, SecretText>& paymentCard, std::string uuidKey,
                  Completion<AddCreditCardResponse> completion) const;
     void removeCard(const std::string& tokenLocator, Completion<DeleteCreditResponse> completion) const;
-    void deposit(const Deposit& deposit, std::string paymentId, Completion<DepositModel> completion) const;
+    void deposit(const Deposit& deposit, UnsettledPayment payment, Completion<DepositModel> completion) const;
     void addCardTDSecure(const TDSAddCard& body, Completion<TDSAddCardResponseFactory> completion) const;
     void getCardTDSecure(const TDSGetCard& body, Completion<TDSGetCardResponseFactory> completion) const;
     /// The text of the issuer's page at `url`.
@@ -112,7 +108,7 @@ using PaymentMethodService = PaymentMethodRepository;
 class PrepaidRepository {
 public:
     void prepaidCards(Completion<PrepaidsList> completion) const;
-    void deposit(const std::string& prepaidId, const Deposit& deposit, std::string paymentId,
+    void deposit(const std::string& prepaidId, const Deposit& deposit, UnsettledPayment payment,
                  Completion<DepositModel> completion) const;
 };
 using PrepaidService = PrepaidRepository;

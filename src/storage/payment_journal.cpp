@@ -18,42 +18,7 @@ constexpr std::string_view keyPrefix = "payment/";
 
 std::string keyOf(const std::string& id) { return std::string(keyPrefix) + id; }
 
-/// An entry as its value in the store.
-struct StoredPayment {
-    std::string kind;
-    std::string startedAt;
-    std::optional<std::int64_t> kavioId;
-    std::int64_t amount = 0;
-    std::optional<std::string> currency;
-    std::string paymentMethodId;
-    std::int64_t paymentType = 0;
-    std::optional<std::string> chargedCardId;
-    std::optional<std::string> orderId;
-    std::optional<std::int64_t> status;
-    std::string service;
-    std::string owner;
-    bool isSettled = false;
-
-    static StoredPayment decode(const KeyedContainer& in) {
-        return {
-            .kind = in.required("kind"),
-            .startedAt = in.required("startedAt"),
-            .kavioId = in.optional("kavioId"),
-            .amount = in.required("amount"),
-            .currency = in.optional("currency"),
-            .paymentMethodId = in.required("paymentMethodId"),
-            .paymentType = in.required("paymentType"),
-            .chargedCardId = in.optional("chargedCardId"),
-            .orderId = in.optional("orderId"),
-            .status = in.optional("status"),
-            .service = in.required("service"),
-            .owner = in.required("owner"),
-            .isSettled = in.required("isSettled"),
-        };
-    }
-};
-
-std::string encoded(const JournalEntry& entry) {
+std::optional<std::string> encoded(const JournalEntry& entry) {
     const auto& payment = entry.payment;
     JsonObject stored{{"kind", name(payment.kind)},
                       {"startedAt", DateText::format(payment.startedAt)},
@@ -62,37 +27,68 @@ std::string encoded(const JournalEntry& entry) {
                       {"paymentType", static_cast<std::int64_t>(payment.paymentType)},
                       {"service", entry.service},
                       {"owner", entry.owner},
-                      {"isSettled", entry.isSettled}};
+                      {"isSettled", entry.isSettled},
+                      {"isTimeKnown", entry.isTimeKnown},
+                      {"hasWaited", entry.hasWaited},
+                      {"isMachineTold", entry.isMachineTold}};
     setIfPresent(stored, "kavioId", payment.kavioId);
     setIfPresent(stored, "currency", payment.currency);
     setIfPresent(stored, "chargedCardId", payment.chargedCardId);
     setIfPresent(stored, "orderId", payment.orderId);
     if (payment.status) stored.emplace("status", static_cast<std::int64_t>(*payment.status));
-    return serialise(stored).value_or("");
+    if (entry.endedAt) stored.emplace("endedAt", DateText::format(*entry.endedAt));
+    if (entry.askedAt) stored.emplace("askedAt", DateText::format(*entry.askedAt));
+    return serialise(stored);
 }
+
+std::optional<Date> dateIn(const std::optional<std::string>& text) {
+    return text ? DateText::parse(*text) : std::nullopt;
+}
+
+/// An entry as its value in the store, all but its identifier, which is in the key. An unknown kind or an unreadable
+/// date leaves nothing.
+struct StoredEntry {
+    std::optional<JournalEntry> entry;
+
+    static StoredEntry decode(const KeyedContainer& in) {
+        const std::string kindName = in.required("kind");
+        const std::string startedAt = in.required("startedAt");
+        const std::int64_t paymentType = in.required("paymentType");
+        const std::optional<std::int64_t> status = in.optional("status");
+        const auto kind = paymentKind(kindName);
+        const auto start = DateText::parse(startedAt);
+        if (!kind || !start) return {};
+        return {JournalEntry{
+            .payment = {.kind = *kind,
+                        .startedAt = *start,
+                        .kavioId = in.optional("kavioId"),
+                        .amount = in.required("amount"),
+                        .currency = in.optional("currency"),
+                        .paymentMethodId = in.required("paymentMethodId"),
+                        .paymentType =
+                            PaymentMethod::paymentType(paymentType).value_or(PaymentMethod::PaymentType::UNKNOWN),
+                        .chargedCardId = in.optional("chargedCardId"),
+                        .orderId = in.optional("orderId"),
+                        .status = status ? Order::orderStatus(*status) : std::nullopt},
+            .service = in.required("service"),
+            .owner = in.required("owner"),
+            .isSettled = in.required("isSettled"),
+            .isTimeKnown = in.optional("isTimeKnown", true),
+            .hasWaited = in.optional("hasWaited", false),
+            .endedAt = dateIn(in.optional("endedAt")),
+            .askedAt = dateIn(in.optional("askedAt")),
+            .isMachineTold = in.optional("isMachineTold", false),
+        }};
+    }
+};
 
 // What another version of the library has written may not be understood; it stays in the store, unseen.
 std::optional<JournalEntry> decoded(std::string_view key, const std::string& text) {
     try {
-        const auto stored = decodeDocument<StoredPayment>(text);
-        const auto startedAt = stored ? DateText::parse(stored->startedAt) : std::nullopt;
-        const auto kind = stored ? paymentKind(stored->kind) : std::nullopt;
-        if (!startedAt || !kind) return std::nullopt;
-        return JournalEntry{.payment = {.id = std::string(key.substr(keyPrefix.size())),
-                                        .kind = *kind,
-                                        .startedAt = *startedAt,
-                                        .kavioId = stored->kavioId,
-                                        .amount = stored->amount,
-                                        .currency = stored->currency,
-                                        .paymentMethodId = stored->paymentMethodId,
-                                        .paymentType = PaymentMethod::paymentType(stored->paymentType)
-                                                           .value_or(PaymentMethod::PaymentType::UNKNOWN),
-                                        .chargedCardId = stored->chargedCardId,
-                                        .orderId = stored->orderId,
-                                        .status = stored->status ? Order::orderStatus(*stored->status) : std::nullopt},
-                            .service = stored->service,
-                            .owner = stored->owner,
-                            .isSettled = stored->isSettled};
+        auto stored = decodeDocument<StoredEntry>(text);
+        if (!stored || !stored->entry) return std::nullopt;
+        stored->entry->payment.id = key.substr(keyPrefix.size());
+        return stored->entry;
     } catch (const DecodingError&) {
         return std::nullopt;
     }
@@ -128,38 +124,48 @@ std::optional<JournalEntry> PaymentJournal::unsettled(const std::string& id) con
     return found && !found->isSettled ? found : std::nullopt;
 }
 
-std::set<std::string> PaymentJournal::orders() const {
+std::set<std::string> PaymentJournal::orders(const std::string& service) const {
     std::set<std::string> found;
     for (const auto& entry : entries()) {
-        if (entry.payment.orderId) found.insert(*entry.payment.orderId);
+        if (entry.service == service && entry.payment.orderId) found.insert(*entry.payment.orderId);
     }
     return found;
 }
 
-bool PaymentJournal::begin(const JournalEntry& entry) {
-    const std::lock_guard lock(mMutex);
-    if (!makeRoom()) return false;
-    const auto key = keyOf(entry.payment.id);
-    if (!mStore->set(key, encoded(entry)) || !mStore->isKept()) {
-        mStore->remove(key);
-        return false;
-    }
-    mUnderWay.insert(entry.payment.id);
-    return true;
+bool PaymentJournal::areMachinesTold(const std::string& service) const {
+    const auto known = entries();
+    return std::any_of(known.begin(), known.end(),
+                       [&](const JournalEntry& entry) { return entry.isMachineTold && entry.service == service; });
 }
 
-// The oldest settled one goes, else the oldest that is known to be an order. One in doubt never goes by itself.
-bool PaymentJournal::makeRoom() {
+bool PaymentJournal::begin(const JournalEntry& entry) {
+    const std::lock_guard lock(mMutex);
+    auto changes = roomForOne();
+    auto text = encoded(entry);
+    if (!changes || !text) return false;
+    const auto key = keyOf(entry.payment.id);
+    changes->insert_or_assign(key, std::move(*text));
+    mUnderWay.insert(entry.payment.id);
+    if (mStore->write(*changes) && mStore->isKept()) return true;
+    mStore->remove(key);
+    mUnderWay.erase(entry.payment.id);
+    return false;
+}
+
+// The oldest settled ones go, else the oldest that are known to be orders. One in doubt never goes by itself.
+std::optional<StoreChanges> PaymentJournal::roomForOne() const {
     const auto known = entries();
-    if (known.size() < mostEntries) return true;
-    auto gone = std::find_if(known.begin(), known.end(), [](const JournalEntry& entry) { return entry.isSettled; });
-    if (gone == known.end()) {
-        gone = std::find_if(known.begin(), known.end(),
-                            [](const JournalEntry& entry) { return entry.payment.orderId.has_value(); });
-    }
-    if (gone == known.end()) return false;
-    mStore->remove(keyOf(gone->payment.id));
-    return true;
+    StoreChanges changes;
+    const auto remove = [&](auto mayGo) {
+        for (const auto& entry : known) {
+            if (known.size() - changes.size() >= mostEntries && mayGo(entry))
+                changes.insert_or_assign(keyOf(entry.payment.id), std::nullopt);
+        }
+    };
+    remove([](const JournalEntry& entry) { return entry.isSettled; });
+    remove([](const JournalEntry& entry) { return entry.payment.orderId.has_value(); });
+    if (known.size() - changes.size() >= mostEntries) return std::nullopt;
+    return changes;
 }
 
 bool PaymentJournal::isUnderWay(const std::string& id) const {
@@ -172,25 +178,45 @@ void PaymentJournal::answered(const std::string& id) {
     mUnderWay.erase(id);
 }
 
-void PaymentJournal::write(const JournalEntry& entry) { mStore->set(keyOf(entry.payment.id), encoded(entry)); }
+void PaymentJournal::write(const JournalEntry& entry) {
+    if (auto text = encoded(entry)) mStore->set(keyOf(entry.payment.id), std::move(*text));
+}
+
+void PaymentJournal::update(const std::string& id, const std::function<void(JournalEntry&)>& change) {
+    const std::lock_guard lock(mMutex);
+    auto known = unsettled(id);
+    if (!known) return;  // the application has forgotten it
+    change(*known);
+    write(*known);
+}
 
 void PaymentJournal::orderKnown(const std::string& id, const KnownOrder& order) {
     const std::lock_guard lock(mMutex);
     auto known = unsettled(id);
-    if (!known) return;  // the application has forgotten it
+    if (!known) return;
     auto& payment = known->payment;
     known->isSettled = isFinal(order.status);
     if (!known->isSettled && payment.orderId == order.id && payment.status == order.status) return;
     payment.orderId = order.id;
     payment.status = order.status;
     if (order.currency) payment.currency = order.currency;
+    known->isMachineTold |= order.target && order.target == payment.kavioId;
     write(*known);
 }
 
-void PaymentJournal::orderSeen(const KnownOrder& order) {
+void PaymentJournal::orderSeen(const std::string& service, const KnownOrder& order) {
     for (const auto& known : unsettled()) {
-        if (known.payment.orderId == order.id) orderKnown(known.payment.id, order);
+        if (known.service == service && known.payment.orderId == order.id) orderKnown(known.payment.id, order);
     }
+}
+
+bool PaymentJournal::claim(const std::string& id, const std::string& orderId) {
+    const std::lock_guard lock(mMutex);
+    auto known = unsettled(id);
+    if (!known || orders(known->service).contains(orderId)) return false;
+    known->payment.orderId = orderId;
+    write(*known);
+    return true;
 }
 
 void PaymentJournal::depositMade(const std::string& id, const std::optional<std::string>& orderId) {

@@ -4,6 +4,8 @@
 #include <kavio/platform/key_value_store.h>
 #include <kavio/unsettled_payment.h>
 
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -22,6 +24,16 @@ struct JournalEntry {
     /// Nothing about it is in doubt any more. It is kept for a while, so that its order is not taken for that of
     /// another payment.
     bool isSettled = false;
+    /// Whether `startedAt` is really by the service's clock, and not by the device's in its place.
+    bool isTimeKnown = true;
+    /// It had to wait for the network; so it may have left at any later time, for as long as the program ran.
+    bool hasWaited = false;
+    /// When the request ended without a clear answer.
+    std::optional<Date> endedAt = std::nullopt;
+    /// When it was first asked what became of it.
+    std::optional<Date> askedAt = std::nullopt;
+    /// Its order named its machine as the purchase had.
+    bool isMachineTold = false;
 };
 
 /// What the service has told of an order.
@@ -29,6 +41,8 @@ struct KnownOrder {
     std::string id;
     Order::Status status;
     std::optional<std::string> currency;
+    /// The machine of a purchase, the prepaid card of a top-up.
+    std::optional<std::int64_t> target;
 };
 
 /// The payments that this device has made, on disk before they can leave. Safe from any thread.
@@ -42,8 +56,10 @@ public:
     /// Those that are not known to be over, oldest first.
     std::vector<JournalEntry> unsettled() const;
     std::optional<JournalEntry> unsettled(const std::string& id) const;
-    /// The orders of all payments here, settled ones included.
-    std::set<std::string> orders() const;
+    /// The orders of all payments with that service, settled ones included.
+    std::set<std::string> orders(const std::string& service) const;
+    /// Whether that service is known to name the machine of an order as purchases do.
+    bool areMachinesTold(const std::string& service) const;
 
     /// Writes a payment down that is about to be sent; it counts as under way until `answered`. False when it could not
     /// be written durably, or when the journal is full of payments in doubt: then it must not be sent.
@@ -52,11 +68,15 @@ public:
     bool isUnderWay(const std::string& id) const;
     /// The request has ended, however it did.
     void answered(const std::string& id);
+    /// Writes a change of an unsettled payment.
+    void update(const std::string& id, const std::function<void(JournalEntry&)>& change);
 
     /// The purchase is this order; it is settled when the order is final.
     void orderKnown(const std::string& id, const KnownOrder& order);
     /// The service has told of an order: whichever purchase it belongs to is brought up to date.
-    void orderSeen(const KnownOrder& order);
+    void orderSeen(const std::string& service, const KnownOrder& order);
+    /// Makes the order that of the payment, unless it is already that of another one: then false.
+    bool claim(const std::string& id, const std::string& orderId);
     /// The deposit was made, as the order of that identifier where it is known.
     void depositMade(const std::string& id, const std::optional<std::string>& orderId);
     /// The payment was not made, or is to be forgotten. False when nothing unsettled has that identifier.
@@ -65,7 +85,8 @@ public:
 private:
     std::vector<JournalEntry> entries() const;
     void write(const JournalEntry& entry);
-    bool makeRoom();
+    /// The changes that make room for one more; absent when there is none.
+    std::optional<StoreChanges> roomForOne() const;
 
     const std::shared_ptr<KeyValueStore> mStore;
     // Guards a change of an entry between its read and its write, and the set below. Recursive, because the store may

@@ -1,5 +1,7 @@
 #include "storage/retaining_store.h"
 
+#include "util/contained.h"
+
 #include <algorithm>
 #include <cmath>
 #include <set>
@@ -49,16 +51,24 @@ bool RetainingStore::write(const StoreChanges& changes) {
     if (std::any_of(changes.begin(), changes.end(), [](const auto& change) { return isNoDate(change.second); }))
         return false;
     begin(changes);
-    bool isWritten = mSuite->write(unwritten());
-    while (!end(isWritten)) isWritten = mSuite->write(unwritten());
+    bool isWritten = false;
+    do isWritten = writeKept();
+    while (!end(isWritten));
     return isWritten;
 }
 
 void RetainingStore::begin(const StoreChanges& changes) {
     const std::lock_guard lock(mMutex);
+    for (const auto& [key, value] : changes) mUnwritten.insert_or_assign(key, value);
     mHaveOverlapped |= mWriters > 0;
     ++mWriters;
-    for (const auto& [key, value] : changes) mUnwritten.insert_or_assign(key, value);
+}
+
+// Without memory nothing is written, but all is kept.
+bool RetainingStore::writeKept() {
+    bool isWritten = false;
+    contained([&] { isWritten = mSuite->write(unwritten()); });
+    return isWritten;
 }
 
 bool RetainingStore::end(bool isWritten) {

@@ -31,6 +31,7 @@ private:
     /// Whether the writer is done. Of several at once nobody knows whose values the suite has in the end, for each took
     /// along what the others had not written yet: the last one writes once more.
     bool end(bool isWritten);
+    bool writeKept();
     StoreChanges unwritten() const;
 
     const std::shared_ptr<KeyValueStore> mSuite;

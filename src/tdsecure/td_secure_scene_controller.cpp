@@ -1,5 +1,6 @@
 #include "tdsecure/td_secure_scene_controller.h"
 
+#include "util/contained.h"
 #include "util/shared_instance.h"
 #include "util/trace.h"
 
@@ -60,13 +61,22 @@ void TDSecureSceneController::loadContent() {
     }
 }
 
-void TDSecureSceneController::onRedirect(const std::optional<std::string>& url) {
-    if (!url || !url->starts_with(loopbackUrl)) return;
-    mRedirectedUrl = url;
-    tdSecureFinished->invokeAll();
+void TDSecureSceneController::onViewDidLoad() {
+    contained([this] { loadContent(); });
 }
 
-void TDSecureSceneController::onCloseClicked() { endPage(); }
+void TDSecureSceneController::onRedirect(const std::optional<std::string>& url) {
+    if (!url || !url->starts_with(loopbackUrl)) return;
+    contained([&] {
+        mRedirectedUrl.reset();
+        contained([&] { mRedirectedUrl = url; });  // whose page it was hears of its end in any case
+        tdSecureFinished->invokeAll();
+    });
+}
+
+void TDSecureSceneController::onCloseClicked() {
+    contained([this] { endPage(); });
+}
 
 void TDSecureSceneController::endPage() {
     close(true);

@@ -36,7 +36,7 @@ public:
     /// Gives back the use of `owner`, with what it attached to both events. With the last use the scene goes away too.
     void release(const void* owner) override;
 
-    void onViewDidLoad() override { loadContent(); }
+    void onViewDidLoad() override;
     void onRedirect(const std::optional<std::string>& url) override;
     void onCloseClicked() override;
 

@@ -30,6 +30,11 @@ Date serverNow() { return timeSample().serverNow; }
 
 std::string serverTimeStamp() { return DateText::stamp(serverNow()); }
 
+bool isServerTimeKnown() {
+    const auto sample = timeSample();
+    return sample.expiry && sample.serverNow < *sample.expiry;
+}
+
 bool isTimeSampleFresh() {
     const auto sample = timeSample();
     return sample.expiry && sample.serverNow < *sample.expiry - TIME_SAMPLE_MARGIN;

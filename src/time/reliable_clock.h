@@ -18,6 +18,9 @@ Date serverNow();
 /// `serverNow` as yyyyMMddHHmmss in UTC.
 std::string serverTimeStamp();
 
+/// Whether `serverNow` follows a time sample that has not expired, and not the device's clock alone.
+bool isServerTimeKnown();
+
 /// Whether the stored time sample is good for more than `TIME_SAMPLE_MARGIN`.
 bool isTimeSampleFresh();
 

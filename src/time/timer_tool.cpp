@@ -1,5 +1,7 @@
 #include "time/timer_tool.h"
 
+#include "util/contained.h"
+
 #include <kavio/platform/platform.h>
 
 #include <chrono>
@@ -7,7 +9,8 @@
 namespace kavio {
 
 void TimerTool::delay(std::function<void()> action, std::int64_t milliseconds) {
-    Platform::current().mainQueue->postAfter(std::chrono::milliseconds(milliseconds), std::move(action));
+    Platform::current().mainQueue->postAfter(std::chrono::milliseconds(milliseconds),
+                                             [action = std::move(action)] { contained(action); });
 }
 
 }  // namespace kavio

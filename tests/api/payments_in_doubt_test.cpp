@@ -171,6 +171,7 @@ TEST(PaymentsInDoubt, AreNotMadeWhereTheyCannotBeWrittenDown) {
         World world;
         *world.device().stores->refusesWrites = true;
         start(world);
+        world.run();
         EXPECT_THAT(world.outcomes(), ElementsAre("NONE STORE_FAILED"));
         EXPECT_THAT(world.sent(), IsEmpty());
         EXPECT_THAT(world.sentInBackground(), IsEmpty());
@@ -194,6 +195,7 @@ TEST(PaymentsInDoubt, AreAHundredAtMostAndNoneInDoubtGoesByItself) {
     world.answer({UrlError::timedOut});
     EXPECT_EQ(unsettled(world).front().kind, UnsettledPayment::Kind::DEPOSIT) << "the order is no longer in doubt";
     topUp(world);
+    world.run();
     EXPECT_EQ(world.outcomes().back(), "NONE STORE_FAILED");
     EXPECT_EQ(unsettled(world).size(), 100U);
 }
@@ -258,8 +260,8 @@ JsonObject transaction(const JsonObject& changes = {}) {
 
 const JsonObject before{{"orderId", 400}, {"created", "2023-12-31T00:00:00.000"}, {"amount", 1}};
 
-std::string orderAt(std::int64_t machine, const std::string& status) {
-    auto order = JsonValue::parse(replies::order(status, "501"));
+std::string orderAt(std::int64_t machine, const std::string& status, const std::string& id = "501") {
+    auto order = JsonValue::parse(replies::order(status, id));
     order["order"]["externalId"] = machine;
     return order.dump();
 }
@@ -272,6 +274,7 @@ TEST(Settling, FindsThePurchaseThatFitsOrSaysThatNoneWasMade) {
         seconds later;
         std::vector<std::string> outcomes;
         std::size_t left;
+        bool hasBoughtBefore = false;
     };
     const seconds soon{30};
     const seconds late{600};
@@ -289,8 +292,27 @@ TEST(Settling, FindsThePurchaseThatFitsOrSaysThatNoneWasMade) {
               {transaction(), transaction(before)},
               {orderAt(99, "completed")},
               late,
+              {notCertain},
+              1},
+             {"another machine's, of a service that names machines as we do",
+              {transaction(), transaction(before)},
+              {orderAt(99, "completed")},
+              late,
+              {"NONE NOT_MADE"},
+              0,
+              true},
+             {"later than it can have arrived",
+              {transaction({{"created", "2024-01-01T00:05:00.000"}}), transaction(before)},
+              {},
+              late,
               {"NONE NOT_MADE"},
               0},
+             {"a kind that is not known",
+              {transaction({{"orderType", 0}}), transaction(before)},
+              {},
+              late,
+              {notCertain},
+              1},
              {"an unnamed machine's",
               {transaction(), transaction(before)},
               {replies::order("completed", "501")},
@@ -299,8 +321,8 @@ TEST(Settling, FindsThePurchaseThatFitsOrSaysThatNoneWasMade) {
               1},
              {"another amount, card, time, kind",
               {transaction({{"amount", 151}}), transaction({{"orderId", 502}, {"locator", "L2"}}),
-               transaction({{"orderId", 503}, {"created", "2023-12-31T23:58:00.000"}}),
-               transaction({{"orderId", 504}, {"orderType", 3}}), transaction(before)},
+               transaction({{"orderId", 503}, {"orderType", 3}}),
+               transaction({{"orderId", 504}, {"created", "2023-12-31T23:58:00.000"}}), transaction(before)},
               {},
               late,
               {"NONE NOT_MADE"},
@@ -326,6 +348,11 @@ TEST(Settling, FindsThePurchaseThatFitsOrSaysThatNoneWasMade) {
          }) {
         SCOPED_TRACE(c.name);
         World world;
+        if (c.hasBoughtBefore) {
+            buy(world);
+            world.answer({200, orderAt(1234, "completed", "300")});
+            world.restart();
+        }
         buy(world);
         world.restart();
         world.advance(std::chrono::duration_cast<milliseconds>(c.later));
@@ -336,7 +363,7 @@ TEST(Settling, FindsThePurchaseThatFitsOrSaysThatNoneWasMade) {
         EXPECT_EQ(world.outcomes(), c.outcomes);
         EXPECT_THAT(unsettled(world), SizeIs(c.left));
         EXPECT_FALSE(world.isBusy());
-        EXPECT_THAT(world.sentInBackground(), SizeIs(1)) << "settling never pays";
+        EXPECT_THAT(world.sentInBackground(), SizeIs(c.hasBoughtBefore ? 2 : 1)) << "settling never pays";
     }
 }
 
@@ -353,6 +380,57 @@ TEST(Settling, ReadsTheTransactionsBackToThePurchase) {
     EXPECT_EQ(world.paths().back(), "/orders/activities?beforeAuTime=2024-01-01T00:50:00.001&limit=100");
     world.answer({200, "[]"});
     EXPECT_THAT(world.outcomes(), ElementsAre("NONE NOT_MADE"));
+}
+
+// The order of a list, the clock and the wait for a network decide what may be concluded.
+TEST(Settling, SaysThatNoneWasMadeOnlyWhenThatIsCertain) {
+    const auto settleFirst = [](World& world) {
+        world.kavio().settlePayment(unsettled(world).front().id);
+        world.answer({200, JsonValue(JsonValue::array_t{transaction(before)}).dump()});
+        return world.outcomes().back();
+    };
+    {
+        World world;  // the device's clock stands in for the service's, which does not answer
+        world.store().remove(keys::serverExpiredTime);
+        buy(world);
+        world.answer({UrlError::timedOut});
+        world.restart();
+        world.advance(std::chrono::hours(1));
+        world.kavio().settlePayment(unsettled(world).front().id);
+        world.answer({200, replies::time("2024")});
+        world.answer({200, "[]"});
+        EXPECT_EQ(world.outcomes().back(), "UNKNOWN NOT_CERTAIN");
+    }
+    {
+        World world;  // it waited for the network, and may have left just before the program was killed
+        buy(world);
+        world.device().backgroundUrlSession->requests().front().willWait();
+        world.restart();
+        world.advance(std::chrono::hours(1));
+        EXPECT_EQ(settleFirst(world), "UNKNOWN NOT_CERTAIN");
+        world.advance(std::chrono::minutes(3));
+        EXPECT_EQ(settleFirst(world), "NONE NOT_MADE");
+    }
+    {
+        World world;  // it ended late
+        buy(world);
+        world.advance(std::chrono::minutes(4));
+        world.answer({UrlError::timedOut});
+        EXPECT_EQ(settleFirst(world), "UNKNOWN NOT_CERTAIN");
+        world.advance(std::chrono::minutes(2));
+        EXPECT_EQ(settleFirst(world), "NONE NOT_MADE");
+    }
+    {
+        World world;  // oldest first
+        buy(world);
+        world.restart();
+        world.advance(std::chrono::hours(1));
+        world.kavio().settlePayment(unsettled(world).front().id);
+        world.answer({200, JsonValue(JsonValue::array_t{transaction(before), transaction({{"amount", 5}})}).dump()});
+        EXPECT_TRUE(world.isBusy()) << "asks on";
+        world.answer({200, "[]"});
+        EXPECT_EQ(world.outcomes().back(), "NONE NOT_MADE");
+    }
 }
 
 TEST(Settling, FollowsAnOrderThatIsNotOver) {
@@ -395,7 +473,9 @@ TEST(Settling, FindsADeposit) {
     world.restart();
     world.kavio().settlePayment(unsettled(world).front().id);
     const auto made = transaction({{"orderType", 3}, {"amount", 1250}});
-    world.answer({200, JsonValue(JsonValue::array_t{made, transaction(before)}).dump()});
+    const auto refused =
+        transaction({{"orderId", 502}, {"orderType", 3}, {"amount", 1250}, {"orderStatusName", "refused"}});
+    world.answer({200, JsonValue(JsonValue::array_t{refused, made, transaction(before)}).dump()});
     EXPECT_THAT(world.reports(), ElementsAre(Report{"onDeposit", ResultType::SUCCESS, std::nullopt, "7"}));
     EXPECT_THAT(unsettled(world), IsEmpty());
 }

@@ -1,47 +1,15 @@
+#include "secrets.h"
+
+#include "memory.h"
 #include "platform/linux/url_session.h"
 #include "support/world.h"
 
 #include <gmock/gmock.h>
-#include <malloc.h>
 
-#include <atomic>
-#include <cstdlib>
-#include <cstring>
 #include <future>
-#include <new>
-
-/// A test here looks into all memory that is freed, also where a shared library has allocated it.
-extern "C" __attribute__((visibility("default"))) const char*
-__asan_default_options() {  // NOLINT(bugprone-reserved-identifier)
-    return "alloc_dealloc_mismatch=0";
-}
 
 namespace kavio::test {
 namespace {
-
-constexpr std::int64_t secret = 4000001234567899;
-constexpr const char* secretText = "4000001234567899";
-constexpr const char* shortSecretText = "73917391";  // finds room within a string
-
-std::atomic<bool> isWatching = false;
-std::atomic<int> secretsFreed = 0;
-
-/// While this lives, every block of memory that is given back is searched for the secrets.
-struct Watch {
-    Watch() { secretsFreed = 0, isWatching = true; }
-    ~Watch() { isWatching = false; }
-    Watch(const Watch&) = delete;
-    Watch& operator=(const Watch&) = delete;
-    int found() const { return secretsFreed; }
-};
-
-void search(const void* block) {
-    const auto has = [block, size = malloc_usable_size(const_cast<void*>(block))](
-                         const void* bytes, std::size_t count) { return memmem(block, size, bytes, count) != nullptr; };
-    if (has(&secret, sizeof secret) || has(secretText, std::strlen(secretText)) ||
-        has(shortSecretText, std::strlen(shortSecretText)))
-        ++secretsFreed;
-}
 
 TEST(Secrets, AreSoughtByTheWatch) {
     const Watch watch;
@@ -94,14 +62,3 @@ TEST(Secrets, LeaveNothingOfARequestThatFailed) {
 
 }  // namespace
 }  // namespace kavio::test
-
-// Of the whole program. Zeros, so that no block shows what an earlier one has left.
-void* operator new(std::size_t size) {
-    if (void* block = std::calloc(1, size)) return block;
-    throw std::bad_alloc();
-}
-void operator delete(void* block) noexcept {
-    if (block != nullptr && kavio::test::isWatching) kavio::test::search(block);
-    std::free(block);
-}
-void operator delete(void* block, std::size_t) noexcept { operator delete(block); }

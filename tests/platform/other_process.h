@@ -26,8 +26,8 @@ public:
         channel = ends[0];
     }
     ~OtherProcess() {
-        ::close(channel);
         ::kill(process, SIGKILL);
+        ::close(channel);
         ::waitpid(process, nullptr, 0);
     }
     OtherProcess(const OtherProcess&) = delete;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/library_scope.h"
+
 #include <kavio/kavio.h>
 
 #include <functional>
@@ -39,6 +41,7 @@ public:
     void onVerify(Result result) override { record("onVerify", *result); }
     void onLogout(Result result) override { record("onLogout", *result); }
     void onGetPaymentMethods(Result result, std::optional<PaymentMethods> methods) override {
+        const OutsideLibrary called;
         paymentMethods = methods.value_or(PaymentMethods{});
         record("onGetPaymentMethods", *result, count(methods));
     }
@@ -73,8 +76,9 @@ private:
     static std::string count(const std::optional<List>& list) {
         return list ? std::to_string(list->size()) : "none";
     }
-    void record(std::string callback, const KavioResult& result, std::string payload = "none") {
-        reports.push_back({std::move(callback), result.type, result.message, std::move(payload)});
+    void record(const char* callback, const KavioResult& result, const std::string& payload = "none") {
+        const OutsideLibrary called;
+        reports.push_back({callback, result.type, result.message, payload});
         outcomes.push_back(std::string(name(result.effect)) + " " + std::string(name(result.cause)));
         if (!onReport) return;
         const auto report = reports.back();  // the reaction may destroy this

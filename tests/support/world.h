@@ -34,10 +34,7 @@ public:
     /// With a time sample that is fresh for a day, so that no time request comes between.
     World() : mPlatform(mDevice.platform()) {
         forgetSharedInstances();
-        const auto now = mDevice.clock->now();
-        store().set(keys::serverTime, now);
-        store().set(keys::savedCpuTime, now);
-        store().set(keys::serverExpiredTime, now + std::chrono::hours(24));
+        setFreshTime();
         makeFacade();
     }
     ~World() {
@@ -61,6 +58,13 @@ public:
         mDelegate->outcomes.pop_back();
         EXPECT_EQ(kavio().isBusy(), busy);
         return busy;
+    }
+    /// A time sample that is fresh for a day.
+    void setFreshTime() {
+        const auto now = mDevice.clock->now();
+        store().set(keys::serverTime, now);
+        store().set(keys::savedCpuTime, now);
+        store().set(keys::serverExpiredTime, now + std::chrono::hours(24));
     }
     KeyValueStore& store() { return *KavioUserDefaults::shared()->defualt; }
     FakeDevice& device() { return mDevice; }

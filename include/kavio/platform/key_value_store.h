@@ -18,7 +18,20 @@
 namespace kavio {
 
 using Bytes = std::vector<std::uint8_t>;
-using StoredValue = std::variant<std::string, Date, Bytes>;
+/// A text, a date or bytes. When memory runs out while it is copied or assigned nothing changes, which a variant alone
+/// does not promise, nor every standard library survive.
+class StoredValue : public std::variant<std::string, Date, Bytes> {
+public:
+    using Alternatives = std::variant<std::string, Date, Bytes>;
+    using Alternatives::Alternatives;
+    StoredValue(const StoredValue& other)
+        : Alternatives(std::visit([](const auto& value) { return Alternatives(value); },
+                                  static_cast<const Alternatives&>(other))) {}
+    StoredValue(StoredValue&&) noexcept = default;
+    StoredValue& operator=(const StoredValue& other) { return *this = StoredValue(other); }
+    StoredValue& operator=(StoredValue&&) noexcept = default;
+    ~StoredValue() = default;
+};
 /// Keys with their new values; a key without one is removed.
 using StoreChanges = std::map<std::string, std::optional<StoredValue>, std::less<>>;
 

@@ -36,6 +36,8 @@ struct UrlRequest {
     /// Without progress for this long the request fails with `UrlError::timedOut`.
     std::chrono::seconds timeout{60};
     Idempotency idempotency = Idempotency::ONCE;
+    /// A background session calls this, on its thread, each time before it begins to wait for a network.
+    std::function<void()> willWait;
 };
 
 /// A reply of any HTTP status: 404 and 500 are replies too.
@@ -73,6 +75,7 @@ struct UrlError {
 /// HTTP as a device offers it: TLS always verified against the host in the URL, no cache, compressed replies decoded.
 ///
 /// - A completion is called exactly once, on a thread of the session's own, and never inside the call that takes it.
+///   It is let go when it has returned, or when memory ran out before it could be called.
 /// - Every HTTP status is a reply; an error means that no whole reply came.
 /// - A redirect is followed only for a REPEATABLE request and only within the same scheme, host and port; any other
 ///   redirect is the reply.

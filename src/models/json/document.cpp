@@ -53,6 +53,8 @@ void Document::parse(const std::string& json) {
 
 Document::~Document() { idleParser() = std::move(mParser); }
 
+void Document::chooseParser() { static_cast<void>(simdjson::get_active_implementation()->name()); }
+
 DecodedValue Document::root() const { return {fromDom(mParser->root), {}}; }
 
 }  // namespace kavio

@@ -24,6 +24,9 @@ public:
 
     DecodedValue root() const;
 
+    /// Chooses the parser for this processor, which is done once and, if there is no memory for it, ends the process.
+    static void chooseParser();
+
 private:
     struct Parser;
     void parse(const std::string& json);

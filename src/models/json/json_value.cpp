@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iomanip>
 #include <ostream>
 #include <streambuf>
 #include <utility>
@@ -24,6 +25,7 @@ void wipeAll(JsonValue& value) {
     if (auto* number = value.get_ptr<std::int64_t*>()) return wipe(number, sizeof *number);
     if (!value.is_structured()) return;
     for (auto& element : value) wipeAll(element);
+    value.clear();  // a destructor that finds elements asks for memory
 }
 
 /// A value that leaves none of its texts and integers in memory.
@@ -63,14 +65,14 @@ private:
 
 }  // namespace
 
-std::optional<std::string> serialise(JsonObject object) {
+std::optional<std::string> serialise(JsonObject object, int indent) {
     const SecretValue value{std::move(object)};
     if (!isFinite(value.value)) return std::nullopt;
     SecretBuffer text;
     std::ostream stream(&text);
     stream.exceptions(std::ios::badbit);  // or want of memory would cut the text short
     try {
-        stream << value.value;
+        stream << std::setw(indent) << value.value;
         return text.take();
     } catch (const JsonValue::type_error&) {  // ill-formed UTF-8
         return std::nullopt;

@@ -15,8 +15,9 @@ namespace kavio {
 static_assert(std::is_same_v<JsonObject, JsonValue::object_t>);
 
 /// The JSON text of `object`; absent when a number in it is not finite, or a text not well-formed UTF-8. It may hold a
-/// card's number: apart from the text that is returned nothing of an object that is moved in stays in memory.
-std::optional<std::string> serialise(JsonObject object);
+/// card's number: apart from the text that is returned nothing of an object that is moved in stays in memory. On one
+/// line, unless it is indented.
+std::optional<std::string> serialise(JsonObject object, int indent = 0);
 
 /// The member `key`; null when it is missing.
 const JsonValue* find(const JsonObject& object, std::string_view key);

@@ -92,6 +92,7 @@ TaskPointer takeAt(Container& tasks, typename Container::iterator position) {
     return task;
 }
 
+/// The end of every task. Where there is no memory for what is said here, the process ends.
 void complete(TaskPointer task, UrlOutcome outcome) noexcept {
     const auto& departure = task->exchange.departure();
     if (!departure->end()) outcome = urlError(UrlError::cancelled);
@@ -99,6 +100,16 @@ void complete(TaskPointer task, UrlOutcome outcome) noexcept {
     const auto completion = std::move(task->completion);
     task.reset();
     completion(std::move(outcome));
+}
+
+/// Takes a step with the task, which ends here when memory runs out in it.
+template <class Step>
+void endedByLackOfMemory(TaskPointer& task, Step step) {
+    try {
+        step(task);
+    } catch (const std::bad_alloc&) {
+        if (task) complete(std::move(task), urlError(UrlError::cannotConnectToHost));
+    }
 }
 
 }  // namespace
@@ -128,9 +139,11 @@ private:
     TaskPointer takeAny();
 
     void start(TaskPointer task);
+    void attempt(TaskPointer& task);
     void endFinished();
     void end(CURL* easy, CURLcode code);
-    void wait(TaskPointer task);
+    void conclude(TaskPointer& task, CURLcode code);
+    void wait(TaskPointer& task);
     int millisecondsToNextResumption() const;
 
     CurlEasy takeHandle();
@@ -190,6 +203,7 @@ UrlEngine::Loop::Loop(UrlConduct conduct) : mConduct(std::move(conduct)) {
     mTlsSessions.reset(curl_share_init());
     mMulti.reset(curl_multi_init());
     if (!mTlsSessions || !mMulti) throw std::bad_alloc();
+    mIdle.reserve(maximumIdleHandles);
     curl_share_setopt(mTlsSessions.get(), CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);
 }
 
@@ -248,6 +262,10 @@ void UrlEngine::Loop::start(TaskPointer task) {
     if (task->exchange.departure()->isGivenUp()) return complete(std::move(task), urlError(UrlError::cancelled));
     if (!task->easy) task->easy = takeHandle();
     if (!task->easy) return complete(std::move(task), urlError(UrlError::cannotConnectToHost));
+    endedByLackOfMemory(task, [this](TaskPointer& started) { attempt(started); });
+}
+
+void UrlEngine::Loop::attempt(TaskPointer& task) {
     CURL* const easy = task->easy.get();
     const CURLcode code = task->exchange.prepare(easy);
     mRunning.emplace(easy, std::move(task));
@@ -263,18 +281,23 @@ void UrlEngine::Loop::endFinished() {
 }
 
 void UrlEngine::Loop::end(CURL* easy, CURLcode code) {
-    auto task = takeRunning(easy);
+    auto running = takeRunning(easy);
+    endedByLackOfMemory(running, [&](TaskPointer& task) { conclude(task, code); });
+}
+
+void UrlEngine::Loop::conclude(TaskPointer& task, CURLcode code) {
+    CURL* const easy = task->easy.get();
     UrlExchange& exchange = task->exchange;
     if (code == CURLE_OK && exchange.followRedirect(easy)) return start(std::move(task));
     if (exchange.needsNewConnection(code)) return start(std::move(task));
     auto outcome = exchange.finish(easy, code);
-    if (mConduct.background && isNetworkMissing(outcome) && !exchange.departure()->hasLeft())
-        return wait(std::move(task));
+    if (mConduct.background && isNetworkMissing(outcome) && !exchange.departure()->hasLeft()) return wait(task);
     keepHandle(std::move(task->easy));
     complete(std::move(task), std::move(outcome));
 }
 
-void UrlEngine::Loop::wait(TaskPointer task) {
+void UrlEngine::Loop::wait(TaskPointer& task) {
+    task->exchange.willWait();
     task->resumesAt = Steady::now() + task->pause;
     task->pause = std::min(2 * task->pause, longestPause);
     mWaiting.push_back(std::move(task));

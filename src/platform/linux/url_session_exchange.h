@@ -45,6 +45,9 @@ public:
     bool needsNewConnection(CURLcode code);
     UrlOutcome finish(CURL* easy, CURLcode code);
     const std::shared_ptr<Departure>& departure() const { return mDeparture; }
+    void willWait() const {
+        if (mRequest.willWait) mRequest.willWait();
+    }
 
 private:
     struct Callbacks;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "support/fakes/fake_clock.h"
+#include "support/library_scope.h"
 
 #include <kavio/platform/queues.h>
 
@@ -51,6 +52,7 @@ private:
             const auto next = mWork.extract(mWork.begin());
             lock.unlock();
             mClock->advance(std::max(next.key() - mClock->uptime(), std::chrono::nanoseconds(0)));
+            const InLibrary entered;
             next.mapped()();
         }
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/library_scope.h"
+
 #include <kavio/platform/url_session.h>
 
 #include <atomic>
@@ -66,7 +68,11 @@ public:
         mOpen.pop_front();
         lock.unlock();
         if (!task->leave()) outcome = UrlError{UrlError::cancelled, "given up", std::nullopt, false};
-        std::thread(task->completion, std::move(outcome)).join();
+        std::thread([&] {
+            const InLibrary entered;
+            const auto completion = std::move(task->completion);
+            completion(std::move(outcome));
+        }).join();
         return true;
     }
     bool fail(UrlError error) { return complete(std::move(error)); }
@@ -91,7 +97,7 @@ protected:
         bool cancel() override { return decide('c'); }
         bool leave() { return decide('l'); }
 
-        const Completion completion;
+        Completion completion;
 
     private:
         bool decide(char wanted) {

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "support/library_scope.h"
+
 #include <kavio/platform/ui.h>
 
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace kavio::test {
@@ -36,13 +39,18 @@ public:
     }
 
 private:
+    void note(std::string_view what, std::string_view more = "") {
+        const OutsideLibrary called;
+        log.emplace_back(what).append(more);
+    }
+
     class PageView final : public WebView {
     public:
         explicit PageView(FakeWindows& windows) : mWindows(windows) {}
-        void setHidden(bool hidden) override { mWindows.log.emplace_back(hidden ? "hidden" : "shown"); }
-        void loadHtml(const std::string& document) override { mWindows.log.push_back("html " + document); }
+        void setHidden(bool hidden) override { mWindows.note(hidden ? "hidden" : "shown"); }
+        void loadHtml(const std::string& document) override { mWindows.note("html ", document); }
         void loadUrl(const std::string& url, std::chrono::seconds timeout) override {
-            mWindows.log.push_back("load " + url + " " + std::to_string(timeout.count()));
+            mWindows.note("load " + url + " " + std::to_string(timeout.count()));
         }
 
     private:
@@ -61,7 +69,7 @@ private:
         void show(bool animated) {
             if (mWindows->mPresented) return;
             mWindows->mPresented = this;
-            mWindows->log.emplace_back(animated ? "present animated" : "present");
+            mWindows->note(animated ? "present animated" : "present");
             tell(&ViewLifecycle::onViewDidLoad);
             tell(&ViewLifecycle::onViewWillAppear);
             tell(&ViewLifecycle::onViewDidAppear);
@@ -69,7 +77,7 @@ private:
         void dismiss(bool animated) override {
             if (mWindows->mPresented != this) return;
             mWindows->mPresented = nullptr;
-            mWindows->log.emplace_back(animated ? "dismiss animated" : "dismiss");
+            mWindows->note(animated ? "dismiss animated" : "dismiss");
             tell(&ViewLifecycle::onViewWillDisappear);
             tell(&ViewLifecycle::onViewDidDisappear);
         }
