@@ -35,7 +35,7 @@ Kavio::Kavio(std::weak_ptr<KavioDelegate> delegate, std::string apiKey, Environm
     mState->attachToScene();
 }
 
-// A handler may be running right now, further up the stack, and keep the state for a moment longer.
+// A handler may be running right now, further up the stack, and keep the state alive for a moment longer.
 Kavio::~Kavio() {
     mState->giveUpPurchase();
     mState->mDelegate.reset();
@@ -48,7 +48,7 @@ std::optional<std::string> Kavio::getVersion() const { return Auxiliary::version
 std::optional<std::string> Kavio::getBuild() const { return Auxiliary::build(); }
 
 void Kavio::release(const void* caller) {
-    const auto state = mState;  // a window that closes may make the host destroy the facade
+    const auto state = mState;  // closing a window may make the host destroy the facade
     state->release(caller == this ? state.get() : caller);
     state->mTDSecSceneController->release(state.get());
     state->giveUpPurchase();

@@ -23,7 +23,7 @@ JsonValue productEntries(const ProductList& products) {
     return entries;
 }
 
-// How an order is paid. Absent for a payment method that cannot pay one.
+// How an order is paid. Absent for a payment method that cannot pay for orders.
 std::optional<JsonObject> purchaseParameters(PaymentMethod::PaymentType type, const std::string& id,
                                              std::int64_t amount) {
     JsonObject params;
@@ -54,7 +54,7 @@ bool isInProgress(OrderStatus status) {
         case OrderStatus::authorized:
             return true;
         default:
-            return false;  // every other status ends polling, one that is added later too
+            return false;  // any other status ends polling, even one that is added later
     }
 }
 
@@ -95,14 +95,14 @@ void Kavio::placeOrder(std::int64_t kavioId, std::shared_ptr<const PaymentMethod
                          *paymentId};
 }
 
-// What was given up before it left is never sent, by no later facade and no later network.
+// A purchase given up before it left is never sent, whatever facade or network comes later.
 void Kavio::State::giveUpPurchase() {
     const auto purchase = std::exchange(mPurchase, std::nullopt);
     if (purchase && purchase->sending->cancel()) PaymentJournal::shared()->strikeOut(purchase->paymentId);
 }
 
 void Kavio::State::placeOrderResponse(const OrderOperation& operation, APIResult<OrderModel> reply) {
-    // A late reply to an earlier purchase leaves it known how a later one is given up.
+    // A late reply to an earlier purchase must not forget how to give up a later one.
     if (operation.isUnderWay()) mPurchase.reset();
     if (!reply) return operation.fail(reply.failure());
     follow(operation, orderOf(std::move(reply).payload()));
@@ -116,7 +116,7 @@ void Kavio::State::follow(const OrderOperation& operation, std::shared_ptr<const
     operation.report(std::move(order));
 }
 
-// The order of a payment that was in doubt: followed as after its purchase, unless it is over already.
+// The order of a payment that was in doubt is followed as after its purchase, unless it is already over.
 void Kavio::State::orderFound(const OrderOperation& operation, const std::string& paymentId,
                               const PaymentFinding& finding) {
     mPurchaseRepo->order(finding.orderId, false,

@@ -16,7 +16,7 @@ constexpr const char* notCertain = "what became of the payment cannot be told";
 constexpr const char* stillUnderWay = "the payment is still under way";
 constexpr const char* anotherSession = "the payment belongs to another session";
 
-/// Whether the transactions of the session can tell of the payment.
+/// Whether the session's transactions can show the payment.
 bool isOfThisSession(const JournalEntry& entry) {
     return entry.service == name(currentApiType()) && entry.owner == sessionOwner();
 }

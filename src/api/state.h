@@ -21,7 +21,7 @@
 
 namespace kavio {
 
-/// What an operation does to what the service holds.
+/// Whether an operation changes what the service holds.
 enum class Purpose { ASK, CHANGE };
 
 /// A purchase that has not been answered yet.
@@ -45,16 +45,16 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     static constexpr const char* notWrittenDown = "the payment could not be written down, so it was not made";
 
     explicit State(std::weak_ptr<KavioDelegate> delegate) : mDelegate(std::move(delegate)) {}
-    /// Takes part in what happens to the issuer's pages, until `release`.
+    /// Listens to what happens to the issuer's pages, until `release`.
     void attachToScene();
 
-    /// The gate of every operation. Empty while another one is under way: that has been reported as `BUSY` then.
+    /// The gate of every operation. Empty while another one is under way; `BUSY` has then been reported.
     template <class... Payload>
     std::optional<Operation<Payload...>> begin(Callback<Payload...> callback, Purpose purpose = Purpose::ASK);
 
-    /// The purchase that may not have left yet is given up; what has left goes on.
+    /// Gives up a purchase that has not left yet; one that has left goes on.
     void giveUpPurchase();
-    /// Writes the payment down and gives its identifier; absent when that could not be done.
+    /// Writes the payment down and returns its identifier; absent when that failed.
     std::optional<std::string> writeDown(UnsettledPayment payment) const;
     /// Finds out what became of the payment; `found` ends the operation for one that was made.
     template <class Asked>
@@ -63,7 +63,7 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     void orderFound(const OrderOperation& operation, const std::string& paymentId, const PaymentFinding& finding);
     void depositFound(const DepositOperation& operation, const std::string& paymentId, const PaymentFinding& finding);
 
-    // Handlers of replies that change what the facade knows, or that are not the end of their operation.
+    // Handlers for replies that change what the facade knows or do not end their operation.
     void challengeResponse(const Operation<>& operation, APIResult<Challenge> reply);
     void verifyResponse(const Operation<>& operation, APIResult<Token> reply);
     void accountResponse(const PaymentMethodsOperation& operation, APIResult<AccountModel> reply);
@@ -89,12 +89,13 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     std::int64_t mPollingCounter = 0;
     Cause mWhyNotFollowed = Cause::FOLLOWING_TIMED_OUT;
     std::optional<PendingPurchase> mPurchase;  // until it is answered
-    std::int64_t mLastOperation = 0;           // its number
-    bool mIsBusy = false;                      // it is under way
+    std::int64_t mLastOperation = 0;           // the number of the last operation
+    bool mIsBusy = false;                      // the last operation is under way
 };
 
-/// One operation, from the gate to its last report. Whoever waits for a reply or a delay holds it, and through it the
-/// facade weakly: nothing happens once the facade is gone, and an operation that `release` has ended ends no later one.
+/// One operation, from the gate to its last report. Whatever waits for a reply or a delay holds it, and it holds the
+/// facade weakly: nothing happens once the facade is gone, and an operation that `release` has ended does not end a
+/// later one.
 template <class... Payload>
 class Kavio::State::Operation {
 public:
@@ -118,7 +119,7 @@ public:
         end();
         report(std::move(payload)...);
     }
-    /// `effect` says what has become of what was sent before the failure, if anything was.
+    /// `effect` says what became of anything that was sent before the failure.
     void fail(ResultType type, Cause cause, std::optional<std::string> message = std::nullopt,
               Effect effect = Effect::NONE) const {
         end();
@@ -142,7 +143,7 @@ public:
             }
         };
     }
-    /// A completion that ends the operation, on success with the payload that `payloadOf` makes of the reply's.
+    /// A completion that ends the operation, on success with the payload that `payloadOf` makes from the reply's.
     template <class Reply, class PayloadOf>
     Completion<Reply> finish(PayloadOf payloadOf) const {
         return then<Reply>(
@@ -151,7 +152,7 @@ public:
                 operation.succeed(payloadOf(std::move(reply).payload()));
             });
     }
-    /// The same where only success counts.
+    /// The same for a reply whose payload does not matter.
     template <class Reply>
     Completion<Reply> finish() const {
         return then<Reply>([](State&, const Operation& operation, const APIResult<Reply>& reply) {
@@ -160,8 +161,8 @@ public:
     }
 
 private:
-    /// Tells the delegate, if it still exists. Always the last thing that is done: the delegate may start the next
-    /// operation, or destroy the facade.
+    /// Tells the delegate, if it still exists. Always the last thing done: the delegate may start the next operation or
+    /// destroy the facade.
     void tell(KavioResult result, Payload... payload) const {
         const auto state = mState.lock();
         const auto delegate = state ? state->mDelegate.lock() : nullptr;

@@ -9,8 +9,8 @@
 
 namespace kavio {
 
-/// One enrolment of a card with 3-D Secure, from the request that adds the card to its report. Who waits for a reply
-/// keeps it alive.
+/// One enrolment of a card with 3-D Secure, from the request that adds the card to the report. Whatever waits for a
+/// reply keeps it alive.
 class Kavio::State::Enrolment final : public std::enable_shared_from_this<Enrolment> {
 public:
     using CardOperation = Operation<std::shared_ptr<const CreditCard>>;
@@ -22,7 +22,7 @@ public:
           mLastPaymentCard(std::move(card)) {}
 
     void start(TDSCardHolder cardHolder);
-    /// A page has sent the web view to the loopback address: one of this enrolment, or of another facade's.
+    /// A page, of this enrolment or of another facade's, has sent the web view to the loopback address.
     void tdSecureFinished();
     /// The screen of the pages is gone.
     void tdSecureWindowClosed();
@@ -45,7 +45,7 @@ private:
     const TDSPaymentCard mLastPaymentCard;
     TDSFlowType mLastFlow = TDSFlowType::UNKNOWN;
     std::weak_ptr<TDSecureScene> mPage;  // the last one that this enrolment showed something on
-    bool mReceivedTDSRedirect = true;    // no page of its own is waited for
+    bool mReceivedTDSRedirect = true;    // not waiting for a page of its own
 };
 
 }  // namespace kavio

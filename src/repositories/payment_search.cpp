@@ -17,8 +17,8 @@ using namespace std::chrono_literals;
 
 /// How far the service's clock and ours may be apart.
 constexpr auto clockTolerance = 60s;
-/// Past this a request that has left this device no longer arrives: it was given up after 60 seconds, and the system
-/// gives up what a program has left behind within two minutes.
+/// After this long, a request that has left this device no longer arrives: it was given up after 60 seconds, and the
+/// system gives up what a program has left behind within two minutes.
 constexpr auto arrivalLimit = 180s;
 constexpr std::int64_t pageSize = 100;
 constexpr int mostPages = 20;
@@ -46,8 +46,8 @@ void PaymentSearch::askForPage(std::optional<Date> before) {
         [self = shared_from_this()](const APIResult<std::vector<OrderActivityModel>>& page) { self->take(page); });
 }
 
-// A service may give fewer than were asked for. So only a date tells that the list reaches back far enough, or a page
-// that brings nothing new, which is the end of all.
+// A service may return fewer than were asked for. So only a date shows that the list reaches back far enough, or a page
+// with nothing new, which is the end of the list.
 void PaymentSearch::take(const APIResult<std::vector<OrderActivityModel>>& page) {
     if (!page) return mCompletion(APIResult<PaymentFinding>::failed(page.failure()));
     const auto known = mSeen.size();
@@ -59,7 +59,7 @@ void PaymentSearch::take(const APIResult<std::vector<OrderActivityModel>>& page)
     const bool isEnd = page.payload() && mSeen.size() == known;
     mReachesBack = isEnd || (mOldest && *mOldest < mEntry.payment.startedAt - clockTolerance);
     if (mReachesBack || !page.payload() || !mOldest || mPages == mostPages) return judge();
-    askForPage(*mOldest + 1ms);  // others of the same instant may be missing yet
+    askForPage(*mOldest + 1ms);  // others of the same instant may still be missing
 }
 
 void PaymentSearch::judge() {
@@ -81,7 +81,7 @@ PaymentSearch::Fit PaymentSearch::fitOf(const OrderActivityModel& activity) cons
     const auto& payment = mEntry.payment;
     const auto created = DateText::parse(activity.createdDateStr);
     if (created && *created < payment.startedAt - clockTolerance) return Fit::NO;
-    // The service takes the amount of a purchase with a prepaid card from what was bought.
+    // For a purchase with a prepaid card, the service takes the amount from what was bought.
     const bool isAmountKnown = !payment.kavioId || payment.paymentType != PaymentMethod::PaymentType::PREPAID;
     if (isAmountKnown && activity.amount != payment.amount) return Fit::NO;
     if (payment.currency && activity.currency && payment.currency != activity.currency) return Fit::NO;

@@ -24,14 +24,14 @@
 #include <string>
 #include <vector>
 
-/// The facade's ways to the service: one repository per area of the API, one of each in the process
-/// (`sharedInstance`). An operation makes a request and sends it. Operations may be called from any thread; completions
-/// run on the main thread, once. A service of its own under a repository would add nothing, so it is the same class.
+/// The facade's ways to the service: one repository per area of the API, one of each in the process (`sharedInstance`).
+/// An operation makes a request and sends it. Operations may be called from any thread; completions run once, on the
+/// main thread. A separate service under each repository would add nothing, so it is the same class.
 namespace kavio {
 
-/// Straight to the transport: these are the first requests of a fresh install, and their signature stands without the
-/// server's time. Where it does not, because the device's clock is wrong (417), they ask for the time first, until that
-/// has succeeded once.
+/// These go straight to the transport: they are the first requests of a fresh install, and their signature is accepted
+/// without the server's time. If it is not, because the device's clock is wrong (417), they ask for the time first,
+/// until that has succeeded once.
 class LoginRepository {
 public:
     void challenge(std::string countryCode, std::string phoneNumber, std::string challenge, std::string retry,
@@ -44,7 +44,7 @@ private:
     template <class T>
     void send(APIRequest request, Completion<T> completion, Recorder<T> record) const;
 
-    // Shared with replies, which may come when this is gone.
+    // Shared with replies, which may come after this is gone.
     const std::shared_ptr<std::atomic<bool>> mIsClockWrong = std::make_shared<std::atomic<bool>>(false);
 };
 using LoginService = LoginRepository;
@@ -79,15 +79,15 @@ private:
 };
 using MachineService = MachineRepository;
 
-/// Takes note of what became of a deposit.
+/// Records what became of a deposit.
 Recorder<DepositModel> depositRecorder(std::string paymentId);
 
-/// What a reply tells of its order.
+/// What a reply tells about its order.
 KnownOrder knownOrder(const OrderModel& model);
 
 class PurchaseRepository {
 public:
-    /// Sent in the background: waits for connectivity, and is sent at most once. What becomes of it is written down
+    /// Sent in the background: it waits for connectivity and is sent at most once. What becomes of it is written down
     /// under `paymentId`.
     std::shared_ptr<Sending> purchase(JsonObject params, const std::string& machineId, std::string paymentId,
                                       Completion<OrderModel> completion) const;

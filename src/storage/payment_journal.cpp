@@ -71,7 +71,7 @@ std::string encoded(const JournalEntry& entry) {
     return serialise(stored).value_or("");
 }
 
-// What another version of the library has written may not be understood; it stays in the store, unseen.
+// An entry that another version of the library wrote may not be understood; it stays in the store, unseen.
 std::optional<JournalEntry> decoded(std::string_view key, const std::string& text) {
     try {
         const auto stored = decodeDocument<StoredPayment>(text);
@@ -148,7 +148,7 @@ bool PaymentJournal::begin(const JournalEntry& entry) {
     return true;
 }
 
-// The oldest settled one goes, else the oldest that is known to be an order. One in doubt never goes by itself.
+// Removes the oldest settled payment, or else the oldest one known to be an order. One in doubt is never removed here.
 bool PaymentJournal::makeRoom() {
     const auto known = entries();
     if (known.size() < mostEntries) return true;

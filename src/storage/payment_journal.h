@@ -13,25 +13,25 @@
 
 namespace kavio {
 
-/// A payment as it is written down: what the application sees of it, and whose it is.
+/// A payment as it is written down: what the application sees of it, and who made it.
 struct JournalEntry {
     UnsettledPayment payment;
-    /// The service that it was meant for, and who was signed in there; the latter is empty where that is not known.
+    /// The service that it was meant for, and who was signed in there; the latter is empty if not known.
     std::string service;
     std::string owner;
-    /// Nothing about it is in doubt any more. It is kept for a while, so that its order is not taken for that of
-    /// another payment.
+    /// Nothing about it is in doubt any more. It is kept for a while so that its order is not taken for
+    /// another payment's.
     bool isSettled = false;
 };
 
-/// What the service has told of an order.
+/// What the service has said about an order.
 struct KnownOrder {
     std::string id;
     Order::Status status;
     std::optional<std::string> currency;
 };
 
-/// The payments that this device has made, on disk before they can leave. Safe from any thread.
+/// The payments made on this device, each written to disk before it can leave. Safe from any thread.
 class PaymentJournal {
 public:
     static constexpr std::size_t mostEntries = 100;
@@ -45,19 +45,19 @@ public:
     /// The orders of all payments here, settled ones included.
     std::set<std::string> orders() const;
 
-    /// Writes a payment down that is about to be sent; it counts as under way until `answered`. False when it could not
-    /// be written durably, or when the journal is full of payments in doubt: then it must not be sent.
+    /// Writes down a payment that is about to be sent; it counts as under way until `answered`. If false, it could not
+    /// be written durably, or the journal is full of payments in doubt, and it must not be sent.
     bool begin(const JournalEntry& entry);
-    /// Whether this process waits for the answer to the payment.
+    /// Whether this process is waiting for the answer to the payment.
     bool isUnderWay(const std::string& id) const;
-    /// The request has ended, however it did.
+    /// The request has ended, one way or another.
     void answered(const std::string& id);
 
     /// The purchase is this order; it is settled when the order is final.
     void orderKnown(const std::string& id, const KnownOrder& order);
-    /// The service has told of an order: whichever purchase it belongs to is brought up to date.
+    /// The service has reported an order; updates whichever purchase it belongs to.
     void orderSeen(const KnownOrder& order);
-    /// The deposit was made, as the order of that identifier where it is known.
+    /// The deposit was made; `orderId` is its order where known.
     void depositMade(const std::string& id, const std::optional<std::string>& orderId);
     /// The payment was not made, or is to be forgotten. False when nothing unsettled has that identifier.
     bool strikeOut(const std::string& id);
@@ -68,8 +68,8 @@ private:
     bool makeRoom();
 
     const std::shared_ptr<KeyValueStore> mStore;
-    // Guards a change of an entry between its read and its write, and the set below. Recursive, because the store may
-    // report damage to the host in between, and the host may ask for the payments.
+    // Guards the set below, and each change of an entry from its read to its write. Recursive, because the store may
+    // report damage to the host in between, and the host may then ask for the payments.
     mutable std::recursive_mutex mMutex;
     std::set<std::string> mUnderWay;
 };

@@ -25,8 +25,8 @@ bool isOversized(std::size_t capacity, std::size_t needed) { return capacity > k
 
 }  // namespace
 
-// Each thread keeps a parser. It is taken out while a document uses it, since decoding a text inside a reply parses
-// again.
+// Each thread keeps a parser. It is taken out while a document uses it, since decoding a text inside a reply
+// parses again.
 std::unique_ptr<Document::Parser>& Document::idleParser() {
     thread_local std::unique_ptr<Parser> idle;
     return idle;

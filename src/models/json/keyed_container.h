@@ -217,8 +217,8 @@ public:
     std::optional<BorrowingContainer> nestedIfObject(Key key) const&& = delete;
 };
 
-/// Converts to whatever is to be decoded, so that a list's elements are made in their place instead of being moved
-/// there.
+/// Converts to whatever is to be decoded, so that a list's elements are made in their place instead of being
+/// moved there.
 struct Decoding {
     DecodedValue value;
     template <Decodable T>

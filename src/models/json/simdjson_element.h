@@ -20,8 +20,8 @@ static_assert(sizeof(Element) == sizeof(simdjson::dom::element));
 inline simdjson::dom::element domElement(Element element) { return std::bit_cast<simdjson::dom::element>(element); }
 inline Element fromDom(simdjson::dom::element element) { return std::bit_cast<Element>(element); }
 
-/// A double that is integral and in range, but for those from 2^53 on: they may stand for another integer that was
-/// rounded.
+/// A double that is integral and in range, but for those from 2^53 on: they may stand for another integer that
+/// was rounded.
 template <class Integer>
 std::optional<Integer> integerOf(double value) {
     // A double holds both of these bounds exactly; the type's maximum itself it may not.

@@ -21,8 +21,7 @@ void makePrivateFile(const std::filesystem::path& path);
 void removeIfOlder(const std::filesystem::path& path, std::chrono::seconds age);
 
 /// A name for a file that stands for any text: letters, digits, "-", "_" and "." stand for themselves, other bytes and
-/// a
-/// "." in front are escaped as "%2F", and a long text is cut and carries `digest` instead of its end. Two texts never
+/// a "." in front are escaped as "%2F", and a long text is cut and carries `digest` instead of its end. Two texts never
 /// share a name.
 std::string fileNameFor(std::string_view text, const Digest& digest);
 

@@ -42,8 +42,8 @@ public:
     /// The first value of the first row, as text.
     std::string text(const char* query);
 
-    /// The file's change counter as it stands in the file now, without any lock; absent in a file too short to have
-    /// one.
+    /// The file's change counter as it stands in the file now, without any lock; absent in a file too short to
+    /// have one.
     std::optional<std::uint32_t> changeCounter() const;
     /// Makes other processes that have the file open see that it has changed, as far as it can still be written. Needs
     /// the exclusive lock.

@@ -23,8 +23,8 @@ class SqliteSuite final : public KeyValueStore {
 public:
     SqliteSuite(std::filesystem::path path, std::shared_ptr<const Digest> digest, OnStoreDamaged onDamaged);
 
-    /// Whether the file can be read; one that another process holds just now counts as readable. Where not, that is
-    /// reported.
+    /// Whether the file can be read; one that another process holds just now counts as readable. Where not, that
+    /// is reported.
     bool isUsable() const;
     std::optional<StoredValue> value(std::string_view key) const override;
     std::vector<std::optional<StoredValue>> values(std::initializer_list<std::string_view> keys) const override;
@@ -34,8 +34,8 @@ public:
 private:
     using Work = std::function<void(SuiteFile&)>;
 
-    /// Runs `work` on the file, and again when it fails: on its successor if it was set aside. False when that does not
-    /// help.
+    /// Runs `work` on the file, and again when it fails: on its successor if it was set aside. False when that does
+    /// not help.
     bool use(const Work& work) const;
     bool useLocked(const Work& work, std::vector<std::filesystem::path>& reports) const;
     void report(const std::filesystem::path& setAside) const;

@@ -239,8 +239,8 @@ void UrlExchange::setRequest(Options& options) {
 }
 
 void UrlExchange::setHeaders(Options& options) {
-    // What libcurl would add on its own: a form's type, and a wait for a "100 Continue", which may end in sending
-    // twice.
+    // What libcurl would add on its own: a form's type, and a wait for a "100 Continue", which may end in
+    // sending twice.
     for (const char* name : {"Content-Type:", "Expect:"}) options.append(mHeaderLines, name);
     for (const auto& [name, value] : mRequest.headers) {
         const bool blank = value.find_first_not_of(" \t") == std::string::npos;

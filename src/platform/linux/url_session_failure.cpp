@@ -145,8 +145,8 @@ std::string certificateVerdict(CURL* easy) {
     return X509_verify_cert_error_string(verdict);
 }
 
-/// Empty where the sentence for the error says it all. Never libcurl's message of the exchange: it may quote the
-/// request.
+/// Empty where the sentence for the error says it all. Never libcurl's message of the exchange: it may quote
+/// the request.
 std::string reason(CURL* easy, CURLcode code, bool sent) {
     switch (code) {
         case CURLE_OPERATION_TIMEDOUT:
