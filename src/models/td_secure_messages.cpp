@@ -12,7 +12,7 @@ constexpr auto raw(Enumeration value) {
     return static_cast<std::underlying_type_t<Enumeration>>(value);
 }
 
-// What is secret is put in on its own: from braces it would be copied, and the copy left in memory.
+// Secrets are put in separately: braces would copy them and leave the copy in memory.
 JsonObject encode(const TDSPaymentCard& card) {
     JsonObject encoded{{"month", card.month}, {"year", card.year}};
     encoded.emplace("number", card.number.text());

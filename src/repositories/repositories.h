@@ -120,7 +120,7 @@ using PrepaidService = PrepaidRepository;
 class ActivitiesRepository {
 public:
     void activities(JsonObject params, Completion<Orders> completion) const;
-    /// The same as they are in the reply.
+    /// The same, but as the reply has them.
     void activityModels(JsonObject params, Completion<std::vector<OrderActivityModel>> completion) const;
 };
 using ActivitiesService = ActivitiesRepository;

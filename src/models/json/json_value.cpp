@@ -26,13 +26,13 @@ void wipeAll(JsonValue& value) {
     for (auto& element : value) wipeAll(element);
 }
 
-/// A value that leaves none of its texts and integers in memory.
+/// A value whose texts and integers are wiped from memory with it.
 struct SecretValue {
     JsonValue value;
     ~SecretValue() { wipeAll(value); }
 };
 
-/// Collects a text and, unlike a string, leaves nothing of it behind where it grows out of its storage.
+/// Collects a text and, unlike a string, leaves nothing of it behind when it outgrows its storage.
 class SecretBuffer final : public std::streambuf {
 public:
     ~SecretBuffer() override { wipe(mText); }
@@ -68,7 +68,7 @@ std::optional<std::string> serialise(JsonObject object) {
     if (!isFinite(value.value)) return std::nullopt;
     SecretBuffer text;
     std::ostream stream(&text);
-    stream.exceptions(std::ios::badbit);  // or want of memory would cut the text short
+    stream.exceptions(std::ios::badbit);  // or lack of memory would cut the text short
     try {
         stream << value.value;
         return text.take();
