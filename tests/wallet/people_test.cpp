@@ -211,7 +211,7 @@ TEST_F(WalletCommands, ClaimNothingThatTheServiceDoesNotSay) {
     sandbox.fault("/machines/byValue", {.body = Json::array({machine}).dump()});
     const auto refused = run("buy --amount 1 " + coffee);
     EXPECT_EQ(refused.status, 6);
-    EXPECT_THAT(refused.errors, HasSubstr("Nobody's cannot be paid at"));
+    EXPECT_THAT(refused.errors, HasSubstr("You cannot pay at Nobody's"));
 }
 
 // Each stage of a purchase, by the request that waits when the person presses Ctrl-C.
