@@ -10,7 +10,7 @@
 #include <future>
 #include <new>
 
-/// A test here looks into all memory that is freed, also where a shared library has allocated it.
+/// A test here looks into all memory that is freed, even if a shared library allocated it.
 extern "C" __attribute__((visibility("default"))) const char*
 __asan_default_options() {  // NOLINT(bugprone-reserved-identifier)
     return "alloc_dealloc_mismatch=0";
@@ -21,12 +21,12 @@ namespace {
 
 constexpr std::int64_t secret = 4000001234567899;
 constexpr const char* secretText = "4000001234567899";
-constexpr const char* shortSecretText = "73917391";  // finds room within a string
+constexpr const char* shortSecretText = "73917391";  // fits inside the string object
 
 std::atomic<bool> isWatching = false;
 std::atomic<int> secretsFreed = 0;
 
-/// While this lives, every block of memory that is given back is searched for the secrets.
+/// While this lives, every freed block of memory is searched for the secrets.
 struct Watch {
     Watch() { secretsFreed = 0, isWatching = true; }
     ~Watch() { isWatching = false; }
@@ -47,7 +47,7 @@ TEST(Secrets, AreSoughtByTheWatch) {
     const Watch watch;
     delete new std::string(shortSecretText);
     delete new std::string(secretText);
-    std::int64_t* volatile number = new std::int64_t(secret);  // else the compiler leaves both out
+    std::int64_t* volatile number = new std::int64_t(secret);  // otherwise the compiler leaves both out
     delete number;
     EXPECT_EQ(watch.found(), 3);
 }
@@ -88,14 +88,14 @@ TEST(Secrets, LeaveNothingOfARequestThatFailed) {
         isError.set_value(std::holds_alternative<UrlError>(outcome));
     });
     EXPECT_TRUE(isError.get_future().get());
-    session.reset();  // and with it the request
+    session.reset();  // and the request with it
     EXPECT_EQ(watch.found(), 0);
 }
 
 }  // namespace
 }  // namespace kavio::test
 
-// Of the whole program. Zeros, so that no block shows what an earlier one has left.
+// For the whole program. Zeroed, so that no block shows what an earlier one left behind.
 void* operator new(std::size_t size) {
     if (void* block = std::calloc(1, size)) return block;
     throw std::bad_alloc();
