@@ -79,7 +79,7 @@ TEST(PlaceOrder, ReportsEachChangeOfTheStatusOnce) {
              {"to its end",
               {"created", "started", "authorized", "Authorized", "completed"},
               {placed("77 CREATED"), placed("77 AUTHORIZED"), placed("77 COMPLETED")}},
-             {"an end that is no change", {"unknown", "proccessing"}, {placed("77 UNKNOWN")}},
+             {"an end without a change", {"unknown", "proccessing"}, {placed("77 UNKNOWN")}},
              {"progress under other names",
               {"created", "createdPreselection", "startedpreselection", "failed"},
               {placed("77 CREATED"), placed("77 CANCELED")}},

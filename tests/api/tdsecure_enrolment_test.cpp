@@ -339,7 +339,7 @@ TEST(TDSecureEnrolment, HandsOnWhatThePageSentBack) {
 
         enrolment.play("locator");
         enrolment.play("call");
-        EXPECT_NE(enrolment.body()["key"], first["key"]) << "of each attempt its own";
+        EXPECT_NE(enrolment.body()["key"], first["key"]) << "each attempt has its own";
     }
 }
 

@@ -71,7 +71,7 @@ TEST(BackgroundUrlSession, SendsOnceAndGivesTheReplyOrWhatIsKnownOfIt) {
     }
     for (std::size_t i = 0; i < cases.size(); ++i) EXPECT_EQ(outcomes[i].get(), cases[i].expected) << i;
     EXPECT_EQ(server.requests().size(), cases.size()) << "each is sent once";
-    EXPECT_EQ(server.received().size(), cases.size()) << "each has a connection of its own";
+    EXPECT_EQ(server.received().size(), cases.size()) << "each has its own connection";
 }
 
 TEST(BackgroundUrlSession, GivesUpAReplyThatStalls) {
@@ -206,7 +206,7 @@ TEST(BackgroundUrlSession, WaitsForTheNetwork) {
         const auto session = sessionWith(server);
         auto order = begin(*session, post(host, "order"));
         auto lost = begin(*sessionWith(server), post(host, "lost")).outcome;
-        EXPECT_EQ(lost.get(), "-999 with 0 unsent") << "waits until the session goes";
+        EXPECT_EQ(lost.get(), "-999 with 0 unsent") << "waits until the session ends";
         auto givenUp = begin(*session, post(host, "given up"));
         EXPECT_TRUE(givenUp.task->cancel());
         EXPECT_EQ(givenUp.outcome.get(), "-999 with 0 unsent");

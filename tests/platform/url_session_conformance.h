@@ -53,7 +53,7 @@ TEST_P(UrlSessionConformance, SendsTheRequestAsItIs) {
         EXPECT_EQ(text(fetch(*session, request)), "200 ok");
         EXPECT_THAT(server.requests().back(), expected);
     }
-    EXPECT_EQ(server.received().size(), 5u) << "what is sent once takes a new connection, all else a kept one";
+    EXPECT_EQ(server.received().size(), 5u) << "what is sent once takes a new connection, anything else a kept one";
 }
 
 TEST_P(UrlSessionConformance, GivesEveryStatusAsAReply) {

@@ -129,7 +129,7 @@ TEST_F(WalletResults, OfATooLargeReplyAreAFailure) {
     const auto run = drive({operations[7].line, operations[11].line});
     ASSERT_THAT(run.summary(), ElementsAre("main onGetMachines FAILURE", "main onPlaceOrder FAILURE"));
     EXPECT_EQ(run.events()[0].at("result").at("message"), "failed to send request, error: The reply is too large.");
-    EXPECT_EQ(run.events()[1].at("result").at("message"), nullptr) << "of a lost reply only the status counts";
+    EXPECT_EQ(run.events()[1].at("result").at("message"), nullptr) << "for a lost reply only the status counts";
 }
 
 // Whatever happens to the connection, the service sees at most one purchase, the application gets one outcome, and what

@@ -332,7 +332,7 @@ TEST_F(WalletOptions, WorkWithStandardChannelsThatAreClosedOrFull) {
     const auto status = folder.path() / "status";
     command = "(" + command + " buy --amount 1 " + coffee + "; echo $? >" + status.string() + ") 2>/dev/null | true";
     EXPECT_EQ(std::system(command.c_str()), 0);
-    EXPECT_EQ(contents(status), "1\n") << "followed to its end, although nobody reads of that";
+    EXPECT_EQ(contents(status), "1\n") << "followed to its end, although nobody reads about it";
 }
 
 TEST_F(WalletOptions, EndWithStatusTwoAndOneLineWhenTheyAreWrong) {
