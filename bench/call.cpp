@@ -11,7 +11,7 @@ namespace kavio::bench {
 namespace {
 
 void wholeCall(benchmark::State& state) {
-    lookUpMachine();  // so that the connection and caches are as for later calls
+    lookUpMachine();  // so that the connection and caches are as they are for later calls
     for (auto _ : state) benchmark::DoNotOptimize(lookUpMachine());
 }
 

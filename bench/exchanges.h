@@ -19,7 +19,7 @@ namespace kavio::bench {
 
 /// The look-up of one machine, which all benchmarks send.
 APIRequest machineRequest();
-/// As it goes out.
+/// That request as it goes out.
 UrlRequest preparedRequest();
 /// The same for an application: signed, sent, decoded, and reported on the main thread.
 Machines lookUpMachine();

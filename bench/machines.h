@@ -5,8 +5,8 @@
 
 namespace kavio::bench {
 
-/// A reply with this many machines with all their keys, every second one with a campaign. It has spare capacity, like a
-/// body from the network.
+/// A reply with this many machines that have all their keys, and every second one a campaign. It has spare capacity,
+/// like a body from the network.
 std::string machinesReply(std::int64_t count);
 
 }  // namespace kavio::bench

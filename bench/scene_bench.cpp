@@ -1,5 +1,5 @@
 // kavio-scene-bench: the time from the reply to a card until the issuer's page shows, with Kavio::gtk and in a bare
-// WebKitGTK program. It needs a display; docs/gtk.md says how to give it its own.
+// WebKitGTK program. It needs a display; docs/gtk.md says how to give it one of its own.
 
 #include "sandbox/pages.h"
 

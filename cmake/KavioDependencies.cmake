@@ -1,5 +1,5 @@
-# Each dependency as a target. Those of the library itself are needed by an installed static library too:
-# KavioConfig.cmake.in.
+# Each dependency as a target. An installed static library needs those of the library itself too:
+# see KavioConfig.cmake.in.
 find_package(Threads REQUIRED)
 include(${PROJECT_SOURCE_DIR}/src/platform/${KAVIO_PLATFORM}/dependencies.cmake OPTIONAL)
 foreach(package IN LISTS KAVIO_PLATFORM_PACKAGES)

@@ -1,5 +1,5 @@
-# What `cmake --install` gives: a find_package(Kavio) package and pkg-config files. The static libraries and Kavio::gtk are
-# components of their own, for they need more to be installed.
+# What `cmake --install` installs: a find_package(Kavio) package and pkg-config files. The static libraries and
+# Kavio::gtk are separate components, because they need more to be installed.
 include(CMakePackageConfigHelpers)
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/Kavio)
 

@@ -31,7 +31,7 @@ void use(T record) {
         record.dump(-1, ' ', false, JsonValue::error_handler_t::replace);
     } else if constexpr (requires { publicObject(std::move(record)); }) {
         publicObject(std::move(record))->debugDescription();
-    } else if constexpr (requires { record.encode().dump(); }) {  // which keeps the order of its keys
+    } else if constexpr (requires { record.encode().dump(); }) {  // this one keeps the order of its keys
         record.encode().dump();
     } else if constexpr (requires { serialise(record.encode()); }) {
         serialise(record.encode());

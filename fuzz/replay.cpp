@@ -1,4 +1,4 @@
-// Runs a fuzzer over the files of folders, for compilers without a fuzzing engine.
+// Runs a fuzzer over the files in folders, for compilers without a fuzzing engine.
 
 #include <cstddef>
 #include <cstdint>

@@ -12,7 +12,7 @@ CLI::Validator wholeNumber(std::int64_t least, std::int64_t most) {
                 const auto number = numberFrom<std::int64_t>(text);
                 if (!number || *number < least || *number > most)
                     return fmt::format("'{}' is not a whole number from {} to {}", text, least, most);
-                text = fmt::to_string(*number);  // in a form that is read as it is meant
+                text = fmt::to_string(*number);  // in a form that cannot be misread
                 return std::string{};
             },
             ""};
@@ -22,7 +22,7 @@ CLI::Validator listLength() { return wholeNumber(1, 500); }
 
 CLI::Validator coordinate() {
     return {[](const std::string& text) {
-                // As maps write it: "52.5219, +13.4132".
+                // As maps write coordinates: "52.5219, +13.4132".
                 const auto begin = std::min(text.find_first_not_of(' '), text.size());
                 const auto number =
                     numberFrom<double>(text.substr(text.substr(begin).starts_with('+') ? begin + 1 : begin));

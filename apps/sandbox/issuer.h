@@ -9,7 +9,7 @@
 
 namespace kavio::sandbox {
 
-/// What precedes the paths of the card issuer's pages.
+/// The start of the paths of the card issuer's pages.
 inline constexpr std::string_view issuerPath = "/acs/";
 
 /// The "z2" of a page that ended successfully.

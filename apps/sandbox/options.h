@@ -26,7 +26,7 @@ struct Options {
     std::string code = "123456";
     /// How long an order stays in each of its statuses.
     std::chrono::milliseconds orderStep{1000};
-    /// How long a connection may be idle before it is closed, with TLS's own goodbye.
+    /// How long a connection may be idle before it is closed, with a TLS close notification.
     std::chrono::seconds idleLimit{60};
     std::chrono::seconds tokenLifetime{std::chrono::hours{24}};
     /// How long a client may use the time sample in a reply of "/time".

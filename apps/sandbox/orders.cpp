@@ -45,7 +45,7 @@ std::int64_t costOf(const nlohmann::json& wanted, const Machine& machine) {
     return cost;
 }
 
-/// The status in which an order ends: decided by its payment first, then by its machine.
+/// The status in which an order ends, decided first by its payment, then by its machine.
 std::string endingOf(Account& account, const Order& order) {
     if (order.source != Source::creditCard) {
         auto available = account.balanceBehind(order);

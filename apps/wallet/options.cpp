@@ -9,7 +9,7 @@ namespace kavio::wallet {
 
 namespace {
 
-/// Empty for "HOST:PORT", else what is wrong.
+/// Empty for "HOST:PORT", otherwise what is wrong.
 std::string checkAddress(const std::string& address) {
     const auto colon = address.rfind(':');
     const bool hasHost = colon != std::string::npos && colon > 0;

@@ -7,8 +7,8 @@
 
 namespace kavio {
 
-/// A credit card as the user enters it, made by name. Immutable; its number and code leave nothing in memory when it
-/// goes.
+/// A credit card as the user enters it; initialise it by member name. Immutable. Its number and code are wiped from
+/// memory with it.
 struct KAVIO_API Card {
     const SecretText pan;
     const std::string month;  ///< such as "12"

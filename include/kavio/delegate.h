@@ -40,8 +40,8 @@ public:
     virtual void onGetPaymentMethods(Result result, std::optional<PaymentMethods> paymentMethods) = 0;
     virtual void onGetMachines(Result result, std::optional<Machines> machines) = 0;
     virtual void onGetMachineProducts(Result result, std::optional<Products> products) = 0;
-    /// Once when the order is placed and once at each change of its status while it is followed; see
-    /// `Kavio::placeOrder`.
+    /// Once when the order is placed and once at each change of its status while it is followed;
+    /// see `Kavio::placeOrder`.
     virtual void onPlaceOrder(Result result, std::shared_ptr<const Order> order) = 0;
     /// `balance`: the new balance in the currency's smallest unit.
     virtual void onDeposit(Result result, std::optional<std::int64_t> balance) = 0;
@@ -51,7 +51,7 @@ public:
     virtual void onRemoveCard(Result result) = 0;
 };
 
-/// Takes every report and does nothing: a base for an application that wants to hear of a few operations only.
+/// Ignores every report: a base for an application that cares about only a few operations.
 class KAVIO_API QuietDelegate : public KavioDelegate {
 public:
     void onCheckIsUserLogin(Result /*result*/) override {}

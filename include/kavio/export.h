@@ -1,7 +1,7 @@
 #pragma once
 
 /// Marks what a program outside the library may link to. Everything else is hidden where the compiler can hide it;
-/// where it cannot, the build exports all.
+/// where it cannot, the build exports everything.
 #if defined(__GNUC__)
 #define KAVIO_API __attribute__((visibility("default")))
 #else

@@ -10,38 +10,37 @@
 
 namespace kavio {
 
-/// What `Kavio::getMachines` looks for, made by name: `MachineFilter{.latitude = 52.5, .longitude = 13.4}`. Keeps what
-/// it is given and checks nothing. Immutable.
+/// What `Kavio::getMachines` looks for. Initialise it by member name: `MachineFilter{.latitude = 52.5, .longitude =
+/// 13.4}`. Nothing is checked here. Immutable.
 struct KAVIO_API MachineFilter {
     /// A machine's code, or the text of a QR code.
     const std::optional<std::string> value = std::nullopt;
     /// Degrees.
     const std::optional<double> latitude = std::nullopt;
     const std::optional<double> longitude = std::nullopt;
-    /// Of the position, such as "DE".
+    /// The country of the position, such as "DE".
     const std::optional<std::string> country = std::nullopt;
     /// Metres.
     const std::optional<std::int64_t> radius = std::nullopt;
     /// Not sent along with `hwSerial`.
     const std::optional<std::int64_t> operatorId = std::nullopt;
-    /// Of the machine's payment device.
+    /// The serial number of the machine's payment device.
     const std::optional<std::string> hwSerial = std::nullopt;
-    /// At most so many machines; 50 for a `value` when absent.
+    /// The most machines to list; 50 for a `value` when absent.
     const std::optional<std::int64_t> limit = std::nullopt;
 
     std::string debugDescription() const;
 };
 
-/// Which past orders `Kavio::getTransactions` lists, made by name. Keeps what it is given and checks nothing.
-/// Immutable.
+/// Which past orders `Kavio::getTransactions` lists. Initialise it by member name. Nothing is checked here. Immutable.
 struct KAVIO_API TransactionFilter {
     /// A `Machine`'s `id`, not its `kavioId`.
     const std::optional<std::int64_t> machineId = std::nullopt;
     const std::optional<std::string> paymentMethodId = std::nullopt;
     const std::optional<PaymentMethod::PaymentType> paymentType = std::nullopt;
-    /// At most so many orders.
+    /// The most orders to list.
     const std::optional<std::int64_t> limit = std::nullopt;
-    /// Sent in UTC, to the millisecond below.
+    /// Sent in UTC, rounded down to the millisecond.
     const std::optional<Date> transactionsBefore = std::nullopt;
 
     std::string debugDescription() const;

@@ -9,11 +9,11 @@ typedef struct _GtkApplication GtkApplication;  // NOLINT(bugprone-reserved-iden
 namespace kavio {
 
 /// The platform of a Linux device with the windows of a GTK 4 program: the card issuer's page is shown above the window
-/// of `application` that the person uses. Install it on the thread that runs the default GLib main context, once GTK is
-/// initialised, and before anything else of the library is used.
+/// of `application` that the person is using. Install it on the thread that runs the default GLib main context, after
+/// GTK is initialised and before anything else in the library is used.
 ///
-/// The main queue is that main context, unless `options` holds another for the same thread. Certificate authorities of
-/// `options.session` are trusted for the issuer's page too, beside the system's.
+/// The main queue is that main context, unless `options` holds another for the same thread. The certificate authorities
+/// in `options.session` are trusted for the issuer's page too, in addition to the system's.
 KAVIO_API Platform makeGtkPlatform(GtkApplication* application, LinuxPlatformOptions options = {});
 
 }  // namespace kavio

@@ -54,16 +54,16 @@ struct KAVIO_API Machine {
     /// Absent for a code that names no type.
     static std::optional<MachineType> machineType(std::int64_t rawValue);
 
-    /// Names the machine to `Kavio::getMachineProducts`.
+    /// Identifies the machine to `Kavio::getMachineProducts`.
     const std::int64_t id;
-    /// Names the machine to `Kavio::placeOrder`; 0 when it has none.
+    /// Identifies the machine to `Kavio::placeOrder`; 0 when it has none.
     const std::int64_t kavioId;
     const std::optional<std::string> operatorName;
     const bool isWalletAllowed;
     /// Degrees.
     const double latitude;
     const double longitude;
-    /// `OTHER` as well for a type that this version does not know.
+    /// Also `OTHER` for a type that this version does not know.
     const MachineType type;
     const Campaigns campaigns;
     const std::optional<std::string> name;

@@ -42,8 +42,8 @@ struct KAVIO_API Order {
     std::string debugDescription() const;
 };
 
-/// Whether an order of that status is over: nothing about it changes any more. `UNKNOWN`, `CREATED` and `AUTHORIZED`
-/// are not final.
+/// Whether an order with this status is over, so that nothing about it will change. `UNKNOWN`, `CREATED` and
+/// `AUTHORIZED` are not final.
 KAVIO_API bool isFinal(Order::Status status);
 
 /// The enumerator's own name, such as "COMPLETED".

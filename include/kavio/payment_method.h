@@ -64,7 +64,7 @@ public:
     const std::int64_t balance;
     /// ISO code.
     const std::string currency;
-    /// How many decimal digits the currency's smallest unit stands for.
+    /// How many decimal digits the currency has.
     const std::int64_t currencyDecimalDigits;
 
     std::string debugDescription() const override;

@@ -15,8 +15,8 @@ struct KAVIO_API Product {
     const std::int64_t id;
     const std::optional<std::string> name;
     const std::optional<std::string> department;
-    /// This and the other prices in whole units of the machine's currency, 1.5 for EUR 1.50; `preapidPrice` in its
-    /// smallest unit.
+    /// This and the other prices are in whole units of the machine's currency, such as 1.5 for EUR 1.50; `preapidPrice`
+    /// is in its smallest unit.
     const std::optional<double> cashPrice;
     const std::optional<double> cardPrice;
     const std::optional<double> exPrepaidPrice;
@@ -50,7 +50,7 @@ struct KAVIO_API Product {
     std::string debugDescription() const;
 };
 
-/// Made by the application, by name, to ask for a product in an order. Immutable.
+/// Asks for a product in an order; the application initialises it by member name. Immutable.
 struct KAVIO_API RemoteVendProduct {
     /// The product's position in the machine, `Product::codeInMap`.
     const std::int64_t codeInMap;

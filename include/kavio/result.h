@@ -29,8 +29,8 @@ KAVIO_API std::string_view name(ResultType type);
 /// Whether what was asked for has taken effect at the service. An operation that only asks is always `NONE`.
 enum class Effect {
     NONE,     ///< it has not, and will not
-    DONE,     ///< it has; of a purchase: there is an order
-    UNKNOWN,  ///< it may have: the request has left, and no answer that is understood came back
+    DONE,     ///< it has; for a purchase: there is an order
+    UNKNOWN,  ///< it may have: the request has left, but no answer came back that is understood
 };
 
 /// Why an operation did not succeed, for programs.
@@ -40,22 +40,22 @@ enum class Cause {
     BUSY,                 ///< another operation of the same facade is under way
     NO_SESSION,           ///< nobody is logged in, or no one-time code was asked for
     SESSION_REFUSED,      ///< the session has ended: log in again
-    SIGNATURE_REFUSED,    ///< the clock was off; it is set by the next operation: try again
+    SIGNATURE_REFUSED,    ///< the clock was off; the next operation sets it: try again
     UPDATE_REQUIRED,      ///< the service no longer takes this version of the application
-    REFUSED_BY_SERVICE,   ///< the service understood, and said no
+    REFUSED_BY_SERVICE,   ///< the service understood and said no
     SERVICE_FAILED,       ///< the service is in trouble
-    UNREADABLE_REPLY,     ///< the service answered, and its answer is not understood
+    UNREADABLE_REPLY,     ///< the service answered, but its answer is not understood
     NO_NETWORK,           ///< this device has no route to anywhere
     CONNECTION_FAILED,    ///< the service cannot be reached
     CONNECTION_LOST,      ///< the connection ended before the answer was complete
     TIMED_OUT,            ///< no answer within 60 seconds
-    UNTRUSTED_SERVICE,    ///< who answered could not prove to be the service
+    UNTRUSTED_SERVICE,    ///< whoever answered could not prove to be the service
     FOLLOWING_TIMED_OUT,  ///< the order was followed for as long as orders are followed
     PAGE_NOT_SHOWN,       ///< there is no window for the card issuer's page
     CANCELED_BY_PERSON,   ///< the person closed the card issuer's page
     STORE_FAILED,         ///< a payment could not be written down, so it was not made
     NOT_MADE,             ///< `settlePayment`: the payment never reached the service
-    NOT_CERTAIN,          ///< `settlePayment`: what became of the payment cannot be told, or not yet
+    NOT_CERTAIN,          ///< `settlePayment`: the outcome of the payment cannot be told, or not yet
     OUT_OF_MEMORY,        ///< memory ran out on the way
 };
 
@@ -70,8 +70,8 @@ public:
                 Cause cause = Cause::NONE);
 
     const ResultType type;
-    /// For people; absent on success and on `BUSY`, and on any failure of which there is nothing to say. Its wording
-    /// may change; programs look at `cause`.
+    /// For people; absent on success and on `BUSY`, and on any failure about which there is nothing to say. Its wording
+    /// may change; programs should look at `cause`.
     const std::optional<std::string> message;
     const Effect effect;
     const Cause cause;

@@ -9,8 +9,8 @@
 
 namespace kavio {
 
-/// A text that leaves nothing of itself in memory when it goes, such as a card number. It is made of any text and reads
-/// as one; copies that are made of it as `std::string` are the caller's to wipe. It cannot be printed, on purpose.
+/// A text, such as a card number, that is wiped from memory when it is destroyed. It is made from any text and reads as
+/// one; copies made as `std::string` are the caller's to wipe. It deliberately cannot be printed.
 class KAVIO_API SecretText {
 public:
     SecretText() = default;

@@ -8,8 +8,8 @@
 
 namespace kavio {
 
-/// The card of a 3-D Secure enrolment. It has no debug text on purpose, and leaves its number and code nowhere in
-/// memory when it goes.
+/// The card of a 3-D Secure enrolment. It deliberately has no debug text, and its number and code are wiped from memory
+/// with it.
 struct TDSPaymentCard {
     SecretText number;
     std::int64_t month = 0;  ///< 1 to 12
@@ -17,7 +17,7 @@ struct TDSPaymentCard {
     SecretNumber securityCode;
 };
 
-/// Whom the card belongs to; the absent members are not sent.
+/// The person the card belongs to; absent members are not sent.
 struct TDSCardHolder {
     std::string name;
     std::string email;

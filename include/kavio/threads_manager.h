@@ -20,8 +20,8 @@ public:
     static void startSyncTask(std::function<void()> block);
     /// Posts to a background queue that runs blocks side by side, in any order.
     static void startAsyncTask(std::function<void()> block);
-    /// Runs `block` while no other thread runs one under the same `lock`, whose address is what counts. One thread may
-    /// nest.
+    /// Runs `block` while no other thread runs one under the same `lock`, which is told by its address. A thread may
+    /// nest calls.
     static void synchronized(const void* lock, const std::function<void()>& block);
 };
 

@@ -17,7 +17,7 @@ namespace kavio {
 struct UnsettledPayment {
     enum class Kind { ORDER, DEPOSIT };
 
-    /// The library's own, for `settlePayment` and `forgetPayment`. It is not the order's.
+    /// The library's own identifier, for `settlePayment` and `forgetPayment`; not the order's.
     std::string id = {};
     Kind kind = Kind::ORDER;
     /// By the service's clock.
@@ -26,7 +26,7 @@ struct UnsettledPayment {
     std::optional<std::int64_t> kavioId = std::nullopt;
     /// In the currency's smallest unit.
     std::int64_t amount = 0;
-    /// Where it is known: of a deposit, and of an order once the service has named it.
+    /// Where it is known: for a deposit, and for an order once the service has named it.
     std::optional<std::string> currency = std::nullopt;
     /// What pays for a purchase, or what a deposit adds to.
     std::string paymentMethodId = {};
@@ -35,7 +35,7 @@ struct UnsettledPayment {
     std::optional<std::string> chargedCardId = std::nullopt;
     /// Known once the service has answered the purchase.
     std::optional<std::string> orderId = std::nullopt;
-    /// The last one that the service has told.
+    /// The last status that the service reported.
     std::optional<Order::Status> status = std::nullopt;
 };
 

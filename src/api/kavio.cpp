@@ -37,7 +37,7 @@ Kavio::Kavio(std::weak_ptr<KavioDelegate> delegate, std::string apiKey, Environm
     mState->attachToScene();
 }
 
-// A handler may be running right now, further up the stack, and keep the state for a moment longer.
+// A handler may be running right now, further up the stack, and keep the state alive for a moment longer.
 Kavio::~Kavio() {
     mState->giveUpPurchase();
     mState->mDelegate.reset();
@@ -50,7 +50,7 @@ std::optional<std::string> Kavio::getVersion() const noexcept { return Auxiliary
 std::optional<std::string> Kavio::getBuild() const noexcept { return Auxiliary::build(); }
 
 void Kavio::release(const void* caller) {
-    const auto state = mState;  // a window that closes may make the host destroy the facade
+    const auto state = mState;  // closing a window may make the host destroy the facade
     state->release(caller == this ? state.get() : caller);
     contained([&] { state->mTDSecSceneController->release(state.get()); });
     state->giveUpPurchase();

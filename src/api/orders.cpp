@@ -26,7 +26,7 @@ JsonValue productEntries(const ProductList& products) {
     return entries;
 }
 
-// How an order is paid. Absent for a payment method that cannot pay one.
+// How an order is paid. Absent for a payment method that cannot pay for orders.
 std::optional<JsonObject> purchaseParameters(PaymentMethod::PaymentType type, const std::string& id,
                                              std::int64_t amount) {
     JsonObject params;
@@ -57,7 +57,7 @@ bool isInProgress(OrderStatus status) {
         case OrderStatus::authorized:
             return true;
         default:
-            return false;  // every other status ends polling, one that is added later too
+            return false;  // any other status ends polling, even one that is added later
     }
 }
 
@@ -99,7 +99,7 @@ void Kavio::placeOrder(std::int64_t kavioId, std::shared_ptr<const PaymentMethod
     });
 }
 
-// What was given up before it left is never sent, by no later facade and no later network.
+// A purchase given up before it left is never sent, whatever facade or network comes later.
 void Kavio::State::giveUpPurchase() {
     const auto purchase = std::exchange(mPurchase, std::nullopt);
     if (!purchase || !purchase->sending->cancel()) return;
@@ -122,7 +122,7 @@ void Kavio::State::follow(const OrderOperation& operation, std::shared_ptr<const
     operation.report(std::move(placed), std::move(order));
 }
 
-// The order of a payment that was in doubt: followed as after its purchase, unless it is over already.
+// The order of a payment that was in doubt is followed as after its purchase, unless it is already over.
 void Kavio::State::orderFound(const OrderOperation& operation, const std::string& paymentId,
                               const PaymentFinding& finding) {
     mPurchaseRepo->order(finding.orderId, false,

@@ -7,10 +7,10 @@
 namespace kavio {
 namespace {
 
-// In the currency's smallest unit, what is finer cut off; absent when it is no 64-bit number.
+// In the currency's smallest unit, with anything finer cut off; absent when it does not fit into 64 bits.
 std::optional<std::int64_t> smallestUnits(double amount, std::int64_t decimalDigits) {
-    // One multiplication at a time, as the amounts that people see elsewhere are made. Past the range of a double
-    // nothing changes any more, however many digits a card claims to have.
+    // One multiplication at a time, which is how the amounts that people see elsewhere are made. Beyond the range of a
+    // double nothing changes any more, however many digits a card claims to have.
     for (std::int64_t i = 0; i < decimalDigits && std::isfinite(amount) && amount != 0; ++i) amount *= 10.0;
     constexpr double limit = 9223372036854775808.0;  // 2^63, the first that does not fit
     if (!(amount >= -limit && amount < limit)) return std::nullopt;

@@ -10,7 +10,7 @@ constexpr std::int64_t maximumAccountLimit = 500;
 
 bool isGiven(const std::optional<std::string>& text) { return text && !text->empty(); }
 
-// The first shape that the filter has, for a filter without a value to look up; absent when it has none.
+// The first kind of query that the filter allows, if it has no value to look up; absent when it allows none.
 std::optional<MachineQuery> machineQuery(const MachineFilter& filter) {
     if (isGiven(filter.hwSerial)) return MachineQuery{.limit = filter.limit, .hwSerial = filter.hwSerial};
     if (filter.latitude && filter.longitude) {
@@ -37,7 +37,7 @@ JsonObject activitiesParameters(const TransactionFilter& filter) {
     return params;
 }
 
-// A list may be absent: when the reply carried none.
+// A list is absent when the reply carried none.
 constexpr auto asItIs = [](auto list) { return list; };
 
 }  // namespace

@@ -24,7 +24,7 @@
 
 namespace kavio {
 
-/// What an operation does to what the service holds.
+/// Whether an operation changes what the service holds.
 enum class Purpose { ASK, CHANGE };
 
 /// A purchase that has not been answered yet.
@@ -48,7 +48,7 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     static constexpr const char* accountAppVersion = "2.5";
 
     explicit State(std::weak_ptr<KavioDelegate> delegate) : mDelegate(std::move(delegate)) {}
-    /// Takes part in what happens to the issuer's pages, until `release`.
+    /// Listens to what happens to the issuer's pages, until `release`.
     void attachToScene();
 
     /// The gate of every operation: calls `work` with it, unless another one is under way, which is reported as `BUSY`.
@@ -58,7 +58,7 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     template <class... Payload>
     void tell(Callback<Payload...> callback, KavioDelegate::Result result, Payload... payload) const;
 
-    /// The purchase that may not have left yet is given up; what has left goes on.
+    /// Gives up a purchase that has not left yet; one that has left goes on.
     void giveUpPurchase();
     /// Finds out what became of the payment; `found` ends the operation for one that was made.
     template <class Asked>
@@ -67,7 +67,7 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     void orderFound(const OrderOperation& operation, const std::string& paymentId, const PaymentFinding& finding);
     void depositFound(const DepositOperation& operation, const std::string& paymentId, const PaymentFinding& finding);
 
-    // Handlers of replies that change what the facade knows, or that are not the end of their operation.
+    // Handlers for replies that change what the facade knows or do not end their operation.
     void challengeResponse(const Operation<>& operation, APIResult<Challenge> reply);
     void verifyResponse(const Operation<>& operation, APIResult<Token> reply);
     void accountResponse(const PaymentMethodsOperation& operation, APIResult<AccountModel> reply);
@@ -95,18 +95,18 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     std::int64_t mPollingCounter = 0;
     Cause mWhyNotFollowed = Cause::FOLLOWING_TIMED_OUT;
     std::optional<PendingPurchase> mPurchase;  // until it is answered
-    std::int64_t mLastOperation = 0;           // its number
-    bool mIsBusy = false;                      // it is under way
+    std::int64_t mLastOperation = 0;           // the number of the last operation
+    bool mIsBusy = false;                      // the last operation is under way
 };
 
-/// The report that memory has run out. Where there is none for the report either, the process ends here.
+/// The report that memory has run out. If there is none for the report either, the process ends here.
 inline KavioDelegate::Result outOfMemory(Effect effect) noexcept {
     return std::make_shared<const KavioResult>(ResultType::FAILURE, "out of memory", effect, Cause::OUT_OF_MEMORY);
 }
 
-/// One operation, from the gate to its last report. Whoever waits for a reply or a delay holds it, and through it the
-/// facade weakly: nothing happens once the facade is gone, and an operation that `release` has ended ends no later one.
-/// When the last of them lets it go before its end, memory has run out on the way, and that is reported.
+/// One operation, from the gate to its last report. Whatever waits for a reply or a delay holds it, and it holds the
+/// facade weakly: nothing happens once the facade is gone, and an operation that `release` has ended does not end a
+/// later one. If the last holder lets go before the end, memory has run out on the way, and that is reported.
 template <class... Payload>
 class Kavio::State::Operation {
 public:
@@ -133,7 +133,7 @@ public:
         if (mCourse->purpose == Purpose::CHANGE) mCourse->effect = Effect::DONE;
         return std::make_shared<const KavioResult>(ResultType::SUCCESS, std::nullopt, mCourse->effect, Cause::NONE);
     }
-    /// `effect` says what has become of what was sent before the failure, if anything was.
+    /// `effect` says what became of anything that was sent before the failure.
     KavioDelegate::Result failure(ResultType type, Cause cause, std::optional<std::string> message = std::nullopt,
                                   Effect effect = Effect::NONE) const {
         return std::make_shared<const KavioResult>(type, std::move(message), effect, cause);
@@ -175,7 +175,7 @@ public:
             }
         };
     }
-    /// A completion that ends the operation, on success with the payload that `payloadOf` makes of the reply's.
+    /// A completion that ends the operation, on success with the payload that `payloadOf` makes from the reply's.
     template <class Reply, class PayloadOf>
     Completion<Reply> finish(PayloadOf payloadOf) const {
         return then<Reply>(
@@ -184,7 +184,7 @@ public:
                 operation.succeed(payloadOf(std::move(reply).payload()));
             });
     }
-    /// The same where only success counts.
+    /// The same for a reply whose payload does not matter.
     template <class Reply>
     Completion<Reply> finish() const {
         return then<Reply>([](State&, const Operation& operation, const APIResult<Reply>& reply) {

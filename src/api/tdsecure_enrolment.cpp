@@ -19,7 +19,7 @@ struct Overloaded : Handlers... {
 template <class... Handlers>
 Overloaded(Handlers...) -> Overloaded<Handlers...>;
 
-// What the issuer's fingerprint page is told: where to go when it has ended, and for which transaction it runs.
+// Tells the issuer's fingerprint page where to go when it has ended, and which transaction it runs for.
 std::string threeDSMethodData(const std::string& transaction) {
     constexpr int indent = 2;
     const auto data =
@@ -27,7 +27,7 @@ std::string threeDSMethodData(const std::string& transaction) {
     return Platform::current().base64->encode(data.value_or(""));
 }
 
-// "%41" is "A"; what is no escape stays, and so does "+".
+// "%41" is "A"; anything that is not an escape stays, and so does "+".
 std::string percentDecoded(std::string_view text) {
     const auto digit = [](char c) {
         if (c >= '0' && c <= '9') return c - '0';
@@ -43,7 +43,8 @@ std::string percentDecoded(std::string_view text) {
     return Platform::current().characters->wellFormed(decoded);
 }
 
-// Puts what the page sent back into the body: of a repeated item the last counts, one without "=" has no value.
+// Puts what the page sent back into the body. If an item is repeated, the last one counts; one without "=" has
+// no value.
 void readRedirect(const std::string& url, TDSGetCard& body) {
     const auto queryAt = url.find('?');
     if (queryAt == std::string::npos) return;
@@ -63,7 +64,7 @@ void readRedirect(const std::string& url, TDSGetCard& body) {
     }
 }
 
-// The screen that covers all others in the window that the person uses; null when there is none to present on.
+// The screen that covers all others in the window that the person is using; null when there is none to present on.
 std::shared_ptr<ViewController> topMostViewController() {
     const auto windows = Platform::current().windows;
     const auto window = windows ? windows->keyWindow() : nullptr;
@@ -90,7 +91,7 @@ void Kavio::State::Enrolment::start(TDSCardHolder cardHolder) {
         whileUnderWay(&Enrolment::addCreditCardTDSecureResponse));
 }
 
-// A completion that takes the next step, but not once `release` has ended the enrolment: no page may come up then.
+// A completion that takes the next step, unless `release` has ended the enrolment: no page may appear then.
 template <class Reply>
 Completion<Reply> Kavio::State::Enrolment::whileUnderWay(void (Enrolment::*step)(APIResult<Reply>)) {
     return mOperation.then<Reply>([self = shared_from_this(), step](State&, const auto& operation, auto reply) {
@@ -134,8 +135,8 @@ void Kavio::State::Enrolment::pageResponse(APIResult<std::string> reply) {
         mOperation.fail(ResultType::FAILURE, Cause::PAGE_NOT_SHOWN, cannotStart, Effect::UNKNOWN);
 }
 
-// A page has ended: the service is asked what that means. Once a page: it may go to the loopback address twice, and so
-// may the page of another facade, for which nobody waits here.
+// A page has ended, so the service is asked what that means, but only once per page: it may go to the loopback address
+// twice, and so may another facade's page, which nobody waits for here.
 void Kavio::State::Enrolment::tdSecureFinished() {
     const auto& url = mTDSecSceneController->mRedirectedUrl;
     if (mReceivedTDSRedirect) return;
@@ -149,7 +150,7 @@ void Kavio::State::Enrolment::tdSecureFinished() {
             [self = shared_from_this()](State&, const auto&, const auto& reply) { self->getCardResponse(reply); }));
 }
 
-// Once released nobody waits for the next page, but one that is up goes away all the same.
+// After `release` nobody waits for the next page, but one that is showing still goes away.
 void Kavio::State::Enrolment::getCardResponse(const APIResult<TDSGetCardResponseFactory>& reply) {
     const auto payload = reply ? reply.payload() : std::nullopt;
     const auto* challenge = payload ? std::get_if<TDSGetCardChallengeResponse>(&payload->reply) : nullptr;
@@ -162,7 +163,7 @@ void Kavio::State::Enrolment::getCardResponse(const APIResult<TDSGetCardResponse
 
 KavioDelegate::Result Kavio::State::Enrolment::outcomeOf(const APIResult<TDSGetCardResponseFactory>& reply) const {
     if (!reply) {
-        // Only an answer of the service says that the card is not stored: an earlier request has left.
+        // Only an answer from the service can say that the card is not stored: an earlier request has left.
         return mOperation.failure(reply.failure(),
                                   reply.failure().status > 0 ? reply.failure().effect : Effect::UNKNOWN);
     }
@@ -173,7 +174,7 @@ KavioDelegate::Result Kavio::State::Enrolment::outcomeOf(const APIResult<TDSGetC
     return mOperation.failure(ResultType::SERVER_ERROR, Cause::UNREADABLE_REPLY, cannotParse, Effect::UNKNOWN);
 }
 
-// Not one that another facade has brought up since.
+// Leaves alone a page that another facade has shown since.
 void Kavio::State::Enrolment::closePage() {
     const auto page = mPage.lock();
     if (page && page == mTDSecSceneController->scene()) contained([&] { mTDSecSceneController->endPage(); });
@@ -189,10 +190,10 @@ void Kavio::State::Enrolment::showNextChallenge(const std::string& url) {
         mOperation.fail(ResultType::FAILURE, Cause::PAGE_NOT_SHOWN, cannotStartPage, Effect::UNKNOWN);
 }
 
-// The person closed the page. Past its end that changes nothing: the answer of the service is on its way.
+// The person closed the page. After the page has ended that changes nothing: the service's answer is on its way.
 void Kavio::State::Enrolment::tdSecureWindowClosed() {
     if (mReceivedTDSRedirect) return;
-    mReceivedTDSRedirect = true;  // the page is gone: what another facade's page does later is no concern of this one
+    mReceivedTDSRedirect = true;  // the page is gone: what another facade's page does later does not concern this one
     mOperation.fail(ResultType::FAILURE, Cause::CANCELED_BY_PERSON, "canceled by user", Effect::UNKNOWN);
 }
 

@@ -21,7 +21,7 @@ public:
           mLastPaymentCard(std::move(card)) {}
 
     void start(TDSCardHolder cardHolder);
-    /// A page has sent the web view to the loopback address: one of this enrolment, or of another facade's.
+    /// A page, of this enrolment or of another facade's, has sent the web view to the loopback address.
     void tdSecureFinished();
     /// The screen of the pages is gone.
     void tdSecureWindowClosed();
@@ -47,7 +47,7 @@ private:
     const TDSPaymentCard mLastPaymentCard;
     TDSFlowType mLastFlow = TDSFlowType::UNKNOWN;
     std::weak_ptr<TDSecureScene> mPage;  // the last one that this enrolment showed something on
-    bool mReceivedTDSRedirect = true;    // no page of its own is waited for
+    bool mReceivedTDSRedirect = true;    // not waiting for a page of its own
 };
 
 }  // namespace kavio

@@ -26,7 +26,7 @@ LogOutResponse LogOutResponse::decode(const KeyedContainer& in) { return {.okRes
 
 namespace {
 
-// Codes that this version does not know get a default of their own, FAVORITE here and RECENT below.
+// Codes that this version does not know get a default: FAVORITE here, RECENT below.
 OrderMachines orderMachines(std::int64_t code) {
     if (code == 0) return OrderMachines::RECENT;
     return code == 2 ? OrderMachines::NEARBY : OrderMachines::FAVORITE;
@@ -36,7 +36,7 @@ OrderPaymentMethods orderPaymentMethods(std::int64_t code) {
     return code == 1 ? OrderPaymentMethods::FAVORITE : OrderPaymentMethods::RECENT;
 }
 
-/// A text that holds something else never fails the account.
+/// A text that holds anything else must not fail the account.
 std::optional<AppData> readAppData(const std::optional<std::string>& text) {
     if (!text) return std::nullopt;
     try {

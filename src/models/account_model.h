@@ -36,7 +36,7 @@ struct LogOutResponse {
 enum class OrderMachines { RECENT = 0, FAVORITE = 1, NEARBY = 2 };
 enum class OrderPaymentMethods { RECENT = 0, FAVORITE = 1 };
 
-/// Preferences of the application, which the service keeps as a text that it does not look into.
+/// The application's preferences, which the service keeps as a text without looking into it.
 struct AppData {
     OrderMachines machinesOrder;
     OrderPaymentMethods paymentMethodsOrder;
@@ -45,7 +45,7 @@ struct AppData {
     JsonObject encode() const;
 };
 
-/// The signed-in user, the members in the order in which they are read.
+/// The signed-in user. The members are in the order in which they are read.
 struct AccountModel {
     std::optional<std::string> configurationMaxUpdatedDT;
     std::string token;
@@ -83,7 +83,7 @@ struct CurrencyModel {
     std::optional<std::string> currencySign;
 };
 
-/// What the service allows, by currency code. An entry that is no currency is left out.
+/// What the service allows, by currency code. An entry that is not a currency is left out.
 struct Configuration {
     std::map<std::string, CurrencyModel> currencies;
     static Configuration decode(const KeyedContainer& in);

@@ -12,7 +12,7 @@
 
 namespace kavio {
 
-// These have the members of their public objects one for one, so the reply is read straight into them.
+// These public objects have exactly the reply's members, so the reply is read straight into them.
 
 using ImageMetaModel = Image;
 template <>
@@ -26,7 +26,7 @@ struct Decoder<LookAndFeel> {
     static LookAndFeel decode(const KeyedContainer& in);
 };
 
-/// A campaign: an object, or such an object wrapped as "voucher". The texts are the document's own.
+/// A campaign: an object, or such an object wrapped as "voucher". The texts belong to the document.
 struct CampainModel {
     std::int64_t id;
     std::string_view name;

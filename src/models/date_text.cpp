@@ -14,8 +14,8 @@ using std::chrono::minutes;
 using std::chrono::seconds;
 using Milliseconds = std::chrono::sys_time<milliseconds>;
 
-// A date's pattern, and whether its locale and zone are the fixed ones or the device's own. Constants without a
-// destructor: a reply may still be read while the program's statics go.
+// A date's pattern, and whether its locale and zone are fixed or the device's own. Constants without a destructor: a
+// reply may still be read while the program's statics are being destroyed.
 struct Layout {
     const char* pattern;
     const char* locale;
@@ -35,7 +35,7 @@ DateFormat dateFormat(const Layout& layout) {
     return {layout.pattern, optional(layout.locale), optional(layout.timeZone)};
 }
 
-// Years for which the formatter's calendar is the civil one, the Gregorian reform behind it, and has four digits.
+// Years after the Gregorian reform, for which the formatter's calendar is the civil one, and with four digits.
 constexpr int firstOrdinaryYear = 1583;
 constexpr int lastOrdinaryYear = 9999;
 
@@ -49,7 +49,7 @@ bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 bool matches(std::string_view text, std::string_view layout) {
     if (text.size() != layout.size()) return false;
-    bool isMatch = true;  // no early way out: most texts match, and so it takes a few wide instructions
+    bool isMatch = true;  // no early exit: most texts match, and this way it takes a few wide instructions
     for (std::size_t i = 0; i < layout.size(); ++i) {
         isMatch &= layout[i] == '0' ? isDigit(text[i]) : text[i] == layout[i];
     }
@@ -95,7 +95,7 @@ Date toDate(Milliseconds instant) {
 }
 
 std::optional<Date> parseByPlatform(const Layout& layout, std::string_view text) {
-    if (text.empty()) return std::nullopt;  // the service's way to say "never"
+    if (text.empty()) return std::nullopt;  // the service's way of saying "never"
     return Platform::current().dateFormatter->parse(dateFormat(layout), text);
 }
 
@@ -103,13 +103,13 @@ std::string formatByPlatform(const Layout& layout, Date date) {
     return Platform::current().dateFormatter->format(dateFormat(layout), date);
 }
 
-/// A date in whole milliseconds, the start of the one that it lies in; absent outside the ordinary years.
+/// A date rounded down to whole milliseconds; absent outside the ordinary years.
 std::optional<Milliseconds> ordinary(Date date) {
     constexpr auto first = std::chrono::sys_days(std::chrono::year(firstOrdinaryYear) / 1 / 1);
     constexpr auto end = std::chrono::sys_days(std::chrono::year(lastOrdinaryYear + 1) / 1 / 1);
     if (!(date >= first && date < end)) return std::nullopt;
-    // A double cannot hold most milliseconds exactly, so 0.25 may be a little less; to the microsecond it is right.
-    // Seconds apart: microseconds since 1970 are too many for a double.
+    // A double cannot hold most milliseconds exactly, so 0.25 may be a little less, but to the microsecond it is right.
+    // Seconds are kept apart: microseconds since 1970 are too many for a double.
     const auto second = std::chrono::floor<seconds>(date);
     const auto fraction = std::chrono::round<std::chrono::microseconds>(date - second);
     return std::min(second + std::chrono::floor<milliseconds>(fraction), Milliseconds(end) - milliseconds(1));

@@ -1,4 +1,4 @@
-// The debug text of every public object: a line per member, in the order in which integrators know them.
+// The debug text of every public object: one line per member, in the order that integrators know.
 
 #include "models/debug_text.h"
 

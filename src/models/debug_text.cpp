@@ -35,7 +35,7 @@ std::string quoted(std::string_view text) {
 }
 
 std::string debugText(double value) {
-    // Plain digits for the magnitudes that people write so, an exponent beyond.
+    // Plain digits for magnitudes that people write that way, and an exponent beyond them.
     const auto magnitude = std::abs(value);
     const bool isPlain = magnitude == 0 || (magnitude >= 1e-4 && magnitude < 1e16);
     std::array<char, 40> digits{};

@@ -14,7 +14,7 @@
 
 namespace kavio {
 
-// How a value reads in a debug text.
+// A value as a debug text shows it.
 std::string debugText(std::int64_t value);
 /// The shortest decimal text that reads back to the same value: 12.0 is "12".
 std::string debugText(double value);
@@ -22,7 +22,7 @@ std::string debugText(Date value);
 inline std::string debugText(std::same_as<bool> auto value) { return value ? "true" : "false"; }
 inline std::string debugText(const std::string& value) { return value; }
 
-/// In double quotes, with a backslash before what would end the text or its line.
+/// In double quotes, with a backslash before anything that would end the text or its line.
 std::string quoted(std::string_view text);
 
 /// An enumerator's own name.
@@ -52,7 +52,7 @@ std::string debugText(const std::vector<std::shared_ptr<const T>>& list) {
     return text + "]";
 }
 
-/// The debug text of an object: one line a member, each on a line of its own.
+/// The debug text of an object, with each member on its own line.
 class DebugText {
 public:
     explicit DebugText(std::string before = {}) : mText(std::move(before)) {}

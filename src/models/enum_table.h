@@ -7,14 +7,14 @@
 
 namespace kavio {
 
-/// An enumeration and its texts, one row an enumerator.
+/// An enumeration and its texts, one row per enumerator.
 template <class Enum>
 struct EnumRow {
     Enum value;
     std::string_view text;
 };
 
-/// Empty for a value that is none of the enumerators.
+/// Empty for a value that is not one of the enumerators.
 template <class Enum, std::size_t N>
 constexpr std::string_view textOf(const EnumRow<Enum> (&rows)[N], Enum value) {
     for (const auto& row : rows) {

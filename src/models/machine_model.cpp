@@ -8,7 +8,7 @@
 namespace kavio {
 namespace {
 
-// Some machines still send the name that was once misspelled.
+// Some machines still send the misspelled name of earlier days.
 std::optional<std::string_view> readCustomLabel(const BorrowingContainer& in) {
     std::optional<std::string_view> label = in.optional("customLabel");
     if (!label) label = in.optional("customLabe");

@@ -13,8 +13,8 @@
 
 namespace kavio {
 
-/// One machine of the machines reply, its members in the order in which they are read. For making its public object:
-/// the texts are the document's own, and are gone with it.
+/// One machine of the machines reply, with its members in the order in which they are read. Only for making its public
+/// object: the texts belong to the document and do not outlive it.
 struct MachineModel {  // NOLINT(clang-analyzer-optin.performance.Padding)
     std::optional<std::uint64_t> kavioID;
     std::optional<std::string_view> operatorName;

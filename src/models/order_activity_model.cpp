@@ -30,7 +30,7 @@ OrderTypeStrings typeByCode(OrderType type) {
     return OrderTypeStrings::vending;
 }
 
-/// Number of elements of the array that `json` holds; 0 for any other text.
+/// The number of elements in the array that `json` holds; 0 for any other text.
 std::int64_t elementCount(const std::string& json) {
     try {
         const Document document(json);

@@ -34,7 +34,7 @@ struct OrderActivityModel {
     std::optional<std::string> externalCampaignID;
     std::optional<std::string> currency;
     std::optional<std::string> locator;
-    std::optional<std::string> orderItems;  // JSON in itself
+    std::optional<std::string> orderItems;  // JSON within the JSON
     std::int64_t bonus;
     std::optional<std::string> city;
     std::optional<std::string> country;

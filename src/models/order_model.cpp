@@ -9,7 +9,7 @@
 namespace kavio {
 namespace {
 
-/// What could not be read of a country leaves the order without one.
+/// A country that cannot be read leaves the order without one.
 void readCountry(OrderModel& model, const KeyedContainer& order) {
     const auto country = order.nestedIfObject("country");
     if (!country) return;
@@ -17,7 +17,7 @@ void readCountry(OrderModel& model, const KeyedContainer& order) {
     if (model.countryCode) model.country = Platform::current().locale->regionName(*model.countryCode);
 }
 
-/// `text` is JSON in itself; one that is not fails the order.
+/// `text` is JSON within the JSON; if it is not valid, the order fails.
 std::optional<FeedbackType> readFeedback(const std::string& text) {
     constexpr std::int64_t firstAlertType = 5000;
     const auto feedback = decodeDocument<JsonValue>(text);

@@ -37,7 +37,7 @@ enum class OrderStatus {
     unknown,
     proccessing,
 };
-/// Any case of letters; `unknown` for a text that is no status.
+/// In upper or lower case; `unknown` for a text that is not a status.
 OrderStatus orderStatus(std::string text);
 /// The state as the application sees it.
 Order::Status publicStatus(OrderStatus status);
@@ -45,15 +45,15 @@ Order::Status publicStatus(OrderStatus status);
 /// What an order is, as text.
 enum class OrderTypeStrings { vending, prePaidDeposit, balanceDeposit };
 std::string_view wireText(OrderTypeStrings type);
-/// `vending` for a text that is no type.
+/// `vending` for a text that is not a type.
 OrderTypeStrings orderTypeStrings(std::string_view text);
 
 /// What an order is, as a code.
 enum class OrderType { UNKNOWN = -1, VENDING = 1, PREPAID_DEPOSIT = 2, BALANCE_DEPOSIT = 3, CASHBACK = 100 };
-/// `UNKNOWN` for a code that is no type.
+/// `UNKNOWN` for a code that is not a type.
 OrderType orderType(std::int64_t code);
 
-/// What paid, as an order names it: any case of letters; `unknown` for a text that is no payment source.
+/// What paid, as an order names it, in upper or lower case; `unknown` for a text that is not a payment source.
 PaymentProcessorType paymentSource(std::string text);
 
 struct KavioConstants {

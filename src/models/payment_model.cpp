@@ -17,7 +17,7 @@ constexpr EnumRow<PaymentProcessorType> processorTypes[] = {
     {PaymentProcessorType::unknown, "unknown"},     {PaymentProcessorType::cashback, "cashback"},
 };
 
-// A stored card has a vocabulary of its own.
+// A stored card has its own vocabulary.
 constexpr EnumRow<PaymentProcessorType> storedCardProcessorTypes[] = {
     {PaymentProcessorType::paypal, "paypal"},
     {PaymentProcessorType::creditCard, "paymentcard"},
@@ -65,7 +65,7 @@ PaymentCardModel PaymentCardModel::decode(const KeyedContainer& in) {
 JsonObject PaymentCardModel::encode() const {
     JsonObject object{
         {"locator", locator},
-        {"securityCode", 0},  // so that what was stored still decodes
+        {"securityCode", 0},  // so that a stored card still decodes
         {"label", label},
         {"month", decimalInteger(month).value_or(0)},
         {"year", decimalInteger(year).value_or(0)},
@@ -77,7 +77,7 @@ JsonObject PaymentCardModel::encode() const {
 }
 
 AddCreditCardResponse AddCreditCardResponse::decode(const KeyedContainer& in) {
-    // The same card as in a list of stored ones, but read in another order, and sure of other members.
+    // The same card as in a list of stored ones, but read in a different order and with different required members.
     const auto card = in.nested("locator");
     PaymentCardModel model{};
     model.locator = card.required("locator");

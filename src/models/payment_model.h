@@ -59,7 +59,7 @@ enum class CardStatus {
 
 enum class CardType { virtualCard, physicalCard };
 
-/// A prepaid card. Which of the known operators it belongs to is not derived: nothing asks for it.
+/// A prepaid card. Which of the known operators it belongs to is not worked out, as nothing asks for it.
 struct PrepaidCardModel {
     std::string cardId;  // arrives as an integer
     std::string cardNumber;

@@ -6,8 +6,8 @@
 
 namespace kavio {
 
-/// One product of the machine-products reply. It has the members of the public object one for one, so it is read
-/// straight into that.
+/// One product of the machine-products reply. The public object has exactly the same members, so the reply is read
+/// straight into it.
 using MachineProduct = Product;
 template <>
 struct Decoder<Product> {

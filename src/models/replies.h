@@ -10,7 +10,7 @@ namespace kavio {
 
 class KeyedContainer;
 
-/// The reviews of an order's machine in short.
+/// A summary of the reviews of an order's machine.
 struct OrderMachineReviewModel {
     std::uint32_t reviewsCount;
     float reviewsAvg;

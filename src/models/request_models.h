@@ -10,7 +10,7 @@ namespace kavio {
 
 class KeyedContainer;
 
-/// Names a machine, by its identifier or by the text of a QR code.
+/// Identifies a machine, by its identifier or by the text of a QR code.
 struct MachineByValueModel {
     std::optional<std::uint64_t> machineId;
     std::optional<std::string> qrScan;

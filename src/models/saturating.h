@@ -5,7 +5,7 @@
 
 namespace kavio {
 
-/// `value` without its fraction; the nearest that fits when it is out of range.
+/// `value` without its fraction; the nearest integer that fits if it is out of range.
 inline std::int64_t saturatingInteger(double value) {
     constexpr double bound = 0x1p63;
     if (!(value > -bound)) return std::numeric_limits<std::int64_t>::min();

@@ -10,12 +10,12 @@ void wipe(void* bytes, std::size_t size) noexcept {
 }
 
 void wipe(std::string& text) noexcept {
-    text.resize(text.capacity());  // what an earlier, longer text has left as well; allocates nothing
+    text.resize(text.capacity());  // also what an earlier, longer text has left; allocates nothing
     wipe(text.data(), text.size());
     text.clear();
 }
 
-// A short text lies within the string itself, where moving leaves it.
+// A short text lies within the string itself, and moving leaves it there.
 SecretText::SecretText(std::string text) noexcept {
     mText.swap(text);
     wipe(text);

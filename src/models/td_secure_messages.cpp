@@ -12,8 +12,8 @@ constexpr auto raw(Enumeration value) {
     return static_cast<std::underlying_type_t<Enumeration>>(value);
 }
 
-// What is secret or has members is put in on its own: from braces it would be copied, and the copy left in memory, or
-// taken apart at a cost of memory.
+// Secrets, and values with members, are put in separately: braces would copy them, leave the copy of a secret in
+// memory, and need memory to destroy the copy of a structure.
 JsonObject encode(const TDSPaymentCard& card) {
     JsonObject encoded{{"month", card.month}, {"year", card.year}};
     encoded.emplace("number", card.number.text());

@@ -8,9 +8,9 @@
 #include <optional>
 #include <string>
 
-#undef ERROR  // a macro in the system headers of some devices; the enumerators below have that name
+#undef ERROR  // a macro in some devices' system headers; enumerators below have that name
 
-/// What an enrolment sends. The raw values of the enumerations are the service's; absent members are left out.
+/// What an enrolment sends. The enumerations' raw values are the service's; absent members are left out.
 namespace kavio {
 
 /// The step that an enrolment is in.
@@ -19,7 +19,7 @@ enum class TDSFlowType : std::uint8_t { UNKNOWN = 0, FRICTIONLESS, FINGERPRINT, 
 /// Where a page goes when it has ended, and how every such address begins.
 inline constexpr const char* loopbackUrl = "http://127.0.0.1";
 
-/// What the issuer is told of the browser. The same for every device: nothing of the person's own is given away.
+/// What the issuer is told about the browser. The same for every device: nothing about the person is given away.
 struct TDSBrowser {
     enum class DialogDimention : std::uint8_t { SMALL = 0, MEDIUM, LARGE, XLARGE, FULLSCREEN };
     enum class ColorDepth : std::uint8_t {

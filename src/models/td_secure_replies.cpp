@@ -5,7 +5,7 @@
 namespace kavio {
 namespace {
 
-// The raw values go from 0 to that of `last`, without a gap.
+// The raw values go from 0 to that of `last`, without gaps.
 template <class Enumeration>
 Enumeration requiredCase(const KeyedContainer& in, Key key, Enumeration last) {
     const std::int64_t raw = in.required(key);
@@ -21,7 +21,7 @@ TDSGetCardBaseResponse::ResultType resultType(const KeyedContainer& in) {
     return requiredCase(in, "result", TDSGetCardBaseResponse::ResultType::NOT_READY);
 }
 
-// The first alternative that decodes, in their order; the last one, which has no members, when none does.
+// The first alternative, in order, that decodes; the last one, which has no members, if none does.
 template <class Reply, std::size_t I = 0>
 Reply decodeFirst(const DecodedValue& value) {
     if constexpr (I + 1 == std::variant_size_v<Reply>) {

@@ -7,8 +7,8 @@
 #include <string>
 #include <variant>
 
-/// What the service answers in an enrolment. The members that a reply holds tell its kind, not its "type" or "result",
-/// which only has to be there and in range. A reply of no known kind is `std::monostate`.
+/// What the service answers in an enrolment. A reply's kind is told by its members, not by its "type" or "result",
+/// which only has to be present and in range. A reply of an unknown kind is `std::monostate`.
 namespace kavio {
 
 struct TDSAddCardBaseResponse {

@@ -14,7 +14,7 @@ namespace kavio {
 /// How a request's parameters travel: "json" as the JSON body, "path" as the URL's query.
 enum class ParameterEncoding { json, path };
 
-/// One call of the service: all that the transport is told of it.
+/// One call to the service: everything that the transport is told about it.
 struct APIRequest {
     /// Tells requests apart in trace lines, and the time request from all others.
     std::string_view requestName;
@@ -27,9 +27,9 @@ struct APIRequest {
     std::optional<JsonObject> params = std::nullopt;
     /// The session token; absent for calls made before login.
     std::optional<std::string> token = std::nullopt;
-    /// An absolute URL in the place of base URL and endpoint.
+    /// An absolute URL that replaces base URL and endpoint.
     std::optional<std::string> url = std::nullopt;
-    /// Headers in the place of the service's own ones; the signature is added to either.
+    /// Headers that replace the service's usual ones; the signature is added to either.
     std::optional<HeaderFields> headers = std::nullopt;
     /// See `UrlRequest::willWait`.
     std::function<void()> willWait = nullptr;

@@ -15,7 +15,7 @@ enum class APIError {
     requestFailed,            ///< no HTTP response
     jsonConversionFailure,    ///< a 200 body that does not decode, or a download that cannot be read
     invalidData,              ///< status 200 without a body
-    responseUnsuccessful,     ///< any other status than 200
+    responseUnsuccessful,     ///< any status other than 200
     jsonParsingFailure,       ///< not produced
     internetConnectionFaild,  ///< not produced: a lost connection is `requestFailed` with `statusNoConnection`
     serverError,              ///< not produced: a server error is `responseUnsuccessful` with its status
@@ -31,9 +31,9 @@ struct APIFailure {
     std::int64_t status = 0;
     std::optional<std::string> message;
     std::optional<std::string> fallbackMessage;
-    /// What programs are told. Where nothing else is said, an answer came that is not understood.
+    /// What programs are told. By default, an answer came that is not understood.
     Cause cause = Cause::UNREADABLE_REPLY;
-    /// Of a request that changes something.
+    /// For a request that changes something.
     Effect effect = Effect::UNKNOWN;
 };
 
@@ -41,7 +41,7 @@ struct APIFailure {
 template <class P>
 class APIResult {
 public:
-    // The two named ways to make one keep a payload that converts to a failure, or the reverse, from compiling.
+    // Made only by name, so that a payload that converts to a failure, or the reverse, does not compile.
     static APIResult success(std::optional<P> payload) { return APIResult{std::move(payload)}; }
     static APIResult failed(APIFailure failure) { return APIResult{std::move(failure)}; }
 

@@ -13,7 +13,7 @@ struct Service {
     std::string_view url;
 };
 
-// One row a case, in the order of the enumeration.
+// One row per case, in the order of the enumeration.
 constexpr std::array services{
     Service{"ApiProduction", deployment::apiProduction},
     Service{"ApiQA1", deployment::apiQA1},

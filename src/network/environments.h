@@ -26,7 +26,7 @@ std::string_view name(ApiType type);
 /// The case's base URL, without a trailing "/".
 std::string_view urlString(ApiType type);
 
-/// The service of that name, which is what the store keeps; production where that is none.
+/// The service of that name, which is what the store keeps; production if there is no such service.
 ApiType apiTypeNamed(const std::optional<std::string>& name);
 /// The service that the store names.
 ApiType currentApiType();

@@ -42,7 +42,7 @@ std::string_view bodyOf(const UrlRequest& request) {
     return request.body ? std::string_view(*request.body) : std::string_view();
 }
 
-// What a status comes to once a host's error handler has given its message.
+// The failure that a status becomes once a host's error handler has supplied its message.
 APIFailure handledStatus(int status, const std::optional<std::string>& body, std::optional<std::string> message) {
     if (status == 417) return refusedSignature();
     if (status == 488 && body) {

@@ -11,8 +11,8 @@
 
 namespace kavio {
 
-/// The one component that talks HTTP: turns a request into a signed HTTP request against the selected service, sends
-/// it and classifies the outcome. Keeps nothing of an exchange that is over. Safe from any thread.
+/// The one component that talks HTTP: it turns a request into a signed HTTP request to the selected service, sends it
+/// and classifies the outcome. It keeps nothing of an exchange that is over. Safe from any thread.
 class KavioNetworkService final : public NetworkServiceProtocol,
                                   public std::enable_shared_from_this<KavioNetworkService> {
 public:
@@ -28,14 +28,14 @@ public:
     /// `handler` is called once, on the main thread, when every background request has been answered.
     void setSavedBackgroundCompletionHandler(std::function<void()> handler);
 
-    /// The request as it goes out: URL, headers and signature. Its token goes no further than the service that gave it:
-    /// to another one it is empty.
+    /// The request as it goes out: URL, headers and signature. A token goes only to the service that issued it; for any
+    /// other it is left empty.
     static UrlRequest prepare(APIRequest& request);
 
 private:
     using WeakTransport = std::weak_ptr<KavioNetworkService>;
 
-    /// Null without one, and once the transport is gone.
+    /// Null if there is none or the transport is gone.
     static std::shared_ptr<NetworkServiceErrorHandler> errorHandler(const WeakTransport& transport);
     void backgroundEventsDelivered();
 

@@ -19,12 +19,12 @@ class NetworkServiceProtocol {
 public:
     virtual ~NetworkServiceProtocol() = default;
     virtual void send(APIRequest request, RawCompletion completion) = 0;
-    /// As `send`, on a session that waits for connectivity and sends at most once. Null where the request can no longer
+    /// Like `send`, on a session that waits for connectivity and sends at most once. Null if the request can no longer
     /// be given up.
     virtual std::shared_ptr<DownloadTask> sendInBackground(APIRequest request, RawCompletion completion) = 0;
 };
 
-/// Takes over the classification of failures where one is installed. The library installs none.
+/// Takes over the classification of failures if one is installed. The library installs none.
 class NetworkServiceErrorHandler {
 public:
     using Completion = std::function<void(APIError error, std::optional<std::string> message)>;

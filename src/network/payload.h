@@ -16,7 +16,7 @@
 
 namespace kavio {
 
-/// The decoded body; absent for the JSON text `null` and for a body that is no `T`.
+/// The decoded body; absent for the JSON text `null` and for a body that is not a `T`.
 template <class T>
 std::optional<T> decodedOrNone(std::string_view body) {
     try {
@@ -26,7 +26,7 @@ std::optional<T> decodedOrNone(std::string_view body) {
     }
 }
 
-/// The typed outcome of a request. Here ends the decoding error of a reply.
+/// The typed outcome of a request. A reply's decoding error ends here.
 template <class T>
 APIResult<T> decoded(RawResult raw) {
     if (!raw) return APIResult<T>::failed(raw.failure());
@@ -44,8 +44,8 @@ APIResult<T> decoded(RawResult raw) {
     }
 }
 
-/// Takes note of an outcome before anybody hears of it, on the thread that brings the reply: the store syncs its writes
-/// to disk, which the main thread need not wait for.
+/// Records an outcome before anybody hears of it, on the thread that brings the reply: the store syncs its writes to
+/// disk, and the main thread should not wait for that.
 template <class T>
 using Recorder = std::function<void(APIResult<T>&)>;
 

@@ -39,7 +39,7 @@ std::string signRequest(std::string_view url, std::string_view body) {
     const auto& characters = *Platform::current().characters;
     auto wellFormed = characters.wellFormed(body);
     const bool isText = wellFormed == body;
-    wipe(wellFormed);  // it may hold a card's number
+    wipe(wellFormed);  // it may hold a card number
     const auto bodyDigest = sha1(isText ? characters.prefix(body, signedBodyCharacters) : std::string_view());
     const auto stampDigest = sha1(stamp);
 

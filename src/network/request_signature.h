@@ -6,7 +6,7 @@
 namespace kavio {
 
 /// The value of the signature header for a request to `url` with `body`: 33 characters. It binds the request to the
-/// server-corrected time and proves no identity: no secret enters it. Safe from any thread.
+/// server-corrected time but proves no identity, as no secret enters it. Safe from any thread.
 std::string signRequest(std::string_view url, std::string_view body);
 
 /// URL-safe base64 whose padding is replaced by its count.

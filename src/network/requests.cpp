@@ -16,7 +16,7 @@ using enum Idempotency;
 
 enum class Token { none, empty, stored };
 
-/// What is the same for every request of a kind.
+/// What all requests of one kind have in common.
 struct Kind {
     std::string_view name;
     std::string_view method;
@@ -35,7 +35,7 @@ constexpr Kind machineProducts{"products", "GET", path, REPEATABLE};
 constexpr Kind purchase{"purchase", "POST", json, ONCE};
 constexpr Kind getOrder{"order", "GET", path, REPEATABLE};
 constexpr Kind activites{"activities", "GET", path, REPEATABLE};
-// Once, although its key lets the service tell a repetition: a card holder's bank may be asked for each.
+// Once, although its key lets the service recognise a repetition: each attempt may ask the card holder's bank.
 constexpr Kind addCreditCard{"addCard", "POST", json, ONCE};
 constexpr Kind deleteLocator{"removeCard", "DELETE", json, ONCE};
 constexpr Kind postDeposit{"deposit", "POST", json, ONCE};
@@ -69,7 +69,7 @@ APIRequest make(const Kind& kind, std::string endpoint, std::optional<JsonObject
             .token = sessionToken(kind.token)};
 }
 
-// "2.3.1" of a host with build 45 is sent as "2.3145"; a version of another shape as it is.
+// "2.3.1" of a host with build 45 is sent as "2.3145"; a version of any other form is sent as it is.
 std::string sentAppVersion(std::string appVersion) {
     if (std::count(appVersion.begin(), appVersion.end(), '.') != 2) return appVersion;
     appVersion.erase(appVersion.rfind('.'), 1);

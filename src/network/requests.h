@@ -9,15 +9,15 @@
 #include <string>
 #include <string_view>
 
-/// The requests that the library sends. Those of a signed-in user take the session token as it is stored when they are
-/// made; it is empty when there is none.
+/// The requests that the library sends. Those of a signed-in user take the session token that is stored when they are
+/// made, which is empty if there is none.
 namespace kavio {
 
 APIRequest challengeRequest(std::string countryCode, std::string phoneNumber, std::string challenge, std::string retry);
 APIRequest verifyRequest(std::string verifyCode, std::string countryIsoCode, std::string countryPhoneCode,
                          std::string phoneNumber, std::string challenge, std::string retry);
 APIRequest logOutRequest();
-/// With a version it tells the service of the device and of the host application too.
+/// With a version, it also tells the service about the device and the host application.
 APIRequest accountRequest(const std::optional<std::string>& appVersion);
 
 /// The filter values of a machine look-up; the absent ones are not sent.

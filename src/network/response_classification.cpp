@@ -54,7 +54,7 @@ APIFailure unsuccessful(int status, std::optional<std::string> message) {
     return {APIError::responseUnsuccessful, status, std::move(message), std::nullopt};
 }
 
-// What a person sees of an error body: its message, or all of it when it has none.
+// What a person sees of an error body: its message or, without one, all of it.
 std::optional<std::string> shownMessage(const std::optional<std::string>& body) {
     if (!body || body->empty()) return std::nullopt;
     if (auto message = errorMessage(*body)) return message;

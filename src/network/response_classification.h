@@ -13,12 +13,12 @@ namespace kavio {
 /// The failure of a request that got no reply.
 APIFailure connectionFailure(const UrlError& error);
 
-/// The failure that a status other than 200 stands for. Carries out what the status demands of the stored state: 401
-/// and 406 end the session of the token that was sent, 417 clears the time sample's expiry.
+/// The failure that a status other than 200 stands for. Also makes the changes to the stored state that the status
+/// demands: 401 and 406 end the session of the token that was sent, 417 clears the time sample's expiry.
 APIFailure classifyStatus(int status, const std::optional<std::string>& body,
                           const std::optional<std::string>& sentToken);
 
-/// The same failure with what a status other than 200 says of cause and effect.
+/// The same failure, with the cause and effect of a status other than 200.
 APIFailure judged(int status, APIFailure failure);
 
 /// The `message` of a server's error body; absent when the body is not of that shape.

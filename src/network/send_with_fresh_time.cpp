@@ -15,7 +15,7 @@ bool Sending::cancel() {
         if (!mHasStarted) return true;
         task = mTask;
     }
-    return task && task->cancel();  // without a task it is just being handed over, and `start` cancels it
+    return task && task->cancel();  // without a task, it is just being handed over, and `start` cancels it
 }
 
 bool Sending::start(const std::function<std::shared_ptr<DownloadTask>()>& send) {
@@ -42,7 +42,7 @@ void withFreshTime(const APIRequest& request, const std::shared_ptr<KavioNetwork
                    std::function<void()> next) {
     if (request.requestName == timeRequestName || isTimeSampleFresh()) return next();
     transport->send(timeRequest(), [next = std::move(next)](RawResult raw) {
-        // On the network's thread: the store syncs its writes to disk, which the main thread need not wait for.
+        // On the network thread: the store syncs its writes to disk, and the main thread should not wait for that.
         const auto result = decoded<ServerTimeResponse>(std::move(raw));
         storeTimeSample(result ? result.payload() : std::nullopt);
         next();

@@ -10,14 +10,14 @@
 
 namespace kavio {
 
-/// A request on its way in the background, for who made it. Letting go of this object changes nothing for the request.
+/// A request on its way in the background, for whoever made it. Letting go of this object does not affect the request.
 class Sending {
 public:
     /// Gives the request up, unless a byte of it may have left. True: nothing of it has left or ever will, and its
-    /// completion gets a failure. False: it may have left, and goes on.
+    /// completion gets a failure. False: it may have left and goes on.
     bool cancel();
 
-    /// Calls `send`, unless the request has been given up; then false.
+    /// Calls `send`, unless the request has been given up; false in that case.
     bool start(const std::function<std::shared_ptr<DownloadTask>()>& send);
 
 private:
@@ -35,10 +35,11 @@ void withFreshTime(const APIRequest& request, const std::shared_ptr<KavioNetwork
 /// The failure of a request that was given up before it left.
 RawResult givenUp();
 
-/// Called once the time is known, before the request can leave. On a failure the request is not sent, and ends with it.
+/// Called once the time is known, before the request can leave. If it fails, the request is not sent and ends with that
+/// failure.
 using BeforeSending = std::function<std::optional<APIFailure>()>;
 
-/// The way of every request of the services: asks for the server's time first when the sample is missing or stale.
+/// How every request to the service is sent: it asks for the server's time first when the sample is missing or stale.
 /// `completion` runs on the main thread; the time request's own outcome never reaches it.
 template <class T>
 void sendWithFreshTime(APIRequest request, Completion<T> completion, Recorder<T> record = nullptr,

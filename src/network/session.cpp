@@ -48,8 +48,8 @@ std::optional<SessionNote> storedNote() {
     }
 }
 
-/// The note of the token that was asked for last. It is written before its token, and never changes: so it is looked
-/// up once.
+/// The note of the token that was asked for last. It is written before its token and never changes, so it is looked up
+/// only once.
 class KnownNote {
 public:
     SessionNote of(const std::string& token) {
@@ -78,7 +78,7 @@ SessionNote noteOf(const std::string& token) { return sharedInstance<KnownNote>(
 void openSession(const std::string& token, ApiType service, const std::string& phoneNumber) {
     const auto note = serialise(
         {{"token", digestOf(token)}, {"service", std::string(name(service))}, {"owner", digestOf(phoneNumber)}});
-    // First the note: a crash between the two leaves a note without a token, which is harmless.
+    // The note comes first: a crash between the two leaves a note without a token, which is harmless.
     if (note) recordsSuite()->set(noteKey, *note);
     KavioUserDefaults::shared()->defualt->set(keys::sessionToken, token);
 }

@@ -12,17 +12,17 @@ namespace kavio {
 
 inline constexpr std::chrono::seconds REQUEST_TIMEOUT{60};
 
-/// `base` and `component` with exactly one "/" between them. A trailing "/" stays, "/" inside `component` too; what a
-/// path may not hold is percent-escaped.
+/// `base` and `component` with exactly one "/" between them. A trailing "/" stays, as does any "/" inside `component`;
+/// what a path must not contain is percent-escaped.
 std::string appendingPathComponent(std::string_view base, std::string_view component);
 
-/// `url` with `query` in the place of its own query; what a query may not hold is percent-escaped.
+/// `url` with its query replaced by `query`; what a query must not contain is percent-escaped.
 std::string settingQuery(std::string_view url, std::string_view query);
 
 /// The entries of `params` as key=value joined with "&", unescaped; empty for none.
 std::string queryText(const std::optional<JsonObject>& params);
 
-/// Whether `text` can be an absolute URL: a scheme, and no character that a URL may not hold.
+/// Whether `text` can be an absolute URL: it has a scheme, and no character that a URL must not contain.
 bool isUrl(std::string_view text);
 
 /// The request for `url`, with `params` as its query or as its JSON body. Without parameters there is no body, and the

@@ -6,8 +6,8 @@
 
 namespace kavio {
 
-/// Puts `next` in the place of the process's platform, whatever it was, and gives the former one. Null: none was made
-/// yet. For tests, which start over; nothing that ships calls it.
+/// Replaces the process's platform, whatever it is, with `next`, and returns the former one; null if none had been
+/// made. For tests, which start over; no shipped code calls it.
 std::unique_ptr<Platform> exchangePlatform(std::unique_ptr<Platform> next);
 
 }  // namespace kavio

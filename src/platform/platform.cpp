@@ -22,7 +22,7 @@ std::unique_ptr<Platform>& currentPlatform() {
     return *current;
 }
 
-// A mistake of the program's that nothing can make up for: without a device there is no way to report it either.
+// A mistake in the program that nothing can make up for: without a device, there is no way to report it either.
 [[noreturn]] void endForWantOfAPlatform() {
     std::fputs("Kavio: no platform is installed, and this build has no default one: call Platform::install first.\n",
                stderr);

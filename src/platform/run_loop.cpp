@@ -11,14 +11,14 @@ namespace {
 
 using Monotonic = std::chrono::steady_clock;
 
-/// A delay beyond this never comes, and added to the clock it could overflow.
+/// A delay beyond this never elapses, and adding it to the clock could overflow.
 constexpr std::chrono::milliseconds longestDelay = std::chrono::years(100);
 
 struct Queue {
     const std::thread::id mainThread = std::this_thread::get_id();
     std::mutex mutex;
     std::condition_variable changed;
-    /// Plain work is due at once. Entries of the same time keep the order in which they came.
+    /// Plain work is due at once. Entries for the same time keep the order in which they came.
     std::multimap<Monotonic::time_point, std::function<void()>> work;
     bool stopping = false;
 
@@ -26,13 +26,13 @@ struct Queue {
         delay = std::clamp(delay, std::chrono::milliseconds(0), longestDelay);
         {
             const std::lock_guard lock(mutex);
-            // Read under the lock, or of two posts the later one could be due first.
+            // The clock is read under the lock; otherwise the later of two posts could be due first.
             work.emplace(Monotonic::now() + delay, std::move(block));
         }
         changed.notify_one();
     }
 
-    /// Runs the next piece of work that is due; false when `end` came first, or a stop and `stoppable`.
+    /// Runs the next piece of work that is due; false if `end` came first or, when `stoppable`, a stop.
     bool runOne(Monotonic::time_point end, bool stoppable) {
         std::unique_lock lock(mutex);
         while (true) {
@@ -68,7 +68,7 @@ struct Queue {
 }  // namespace
 
 struct RunLoop::State {
-    // Shared with the running loop, so that a block may drop the last reference to its queue.
+    // Shared with the running loop so that a block may drop the last reference to its queue.
     std::shared_ptr<Queue> queue = std::make_shared<Queue>();
 };
 
@@ -77,7 +77,7 @@ RunLoop::RunLoop() : mState(std::make_unique<State>()) {}
 RunLoop::~RunLoop() {
     stop();
     while (mState->queue->dropAll()) {
-        // What a dropped block held may post once more as it goes.
+        // Whatever a dropped block held may post once more as it is destroyed.
     }
 }
 

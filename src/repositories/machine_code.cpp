@@ -23,7 +23,7 @@ constexpr std::array<std::array<std::uint8_t, 10>, 10> dammTable{{
     {2, 5, 8, 1, 4, 3, 6, 7, 9, 0},
 }};
 
-// The digits that follow the first `label` that is followed by any.
+// The digits after the first `label` that has any.
 std::optional<std::string> digitsAfter(std::string_view label, const std::string& text) {
     const auto found = KavioUtils::matches(std::string(label) + R"(\d+)", text);
     if (found.empty()) return std::nullopt;

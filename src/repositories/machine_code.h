@@ -8,7 +8,7 @@
 
 namespace kavio {
 
-/// What a scanned or typed code stands for: the filter values of its look-up. Absent for a text that is no code.
+/// What a scanned or typed code stands for: the filter values of its look-up. Absent for a text that is not a code.
 std::optional<MachineQuery> machineQueryForCode(const std::string& text);
 
 /// Whether `digits` ends in its Damm check digit. Anything but ASCII digits fails.

@@ -20,7 +20,7 @@ using namespace std::chrono_literals;
 
 /// How far the service's clock and ours may be apart.
 constexpr auto clockTolerance = 60s;
-/// For so long the system goes on sending what a program has left behind.
+/// The system gives up sending what a program has left behind within this time.
 constexpr auto retransmissionLimit = 120s;
 /// A request leaves this device within 60 seconds, unless it waits for the network.
 constexpr auto arrivalLimit = 60s + retransmissionLimit;
@@ -75,8 +75,8 @@ void PaymentSearch::askForPage(std::optional<Date> before) {
         [self = shared_from_this()](const APIResult<std::vector<OrderActivityModel>>& page) { self->take(page); });
 }
 
-// A service may give fewer than were asked for, and in any order. So only a date tells that the list reaches back far
-// enough, and that only of a list that goes back in time; or a page that brings nothing new, which is the end of all.
+// A service may return fewer than were asked for, in any order. So the list reaches back far enough only if it goes
+// back in time and a date shows it, or if a page brings nothing new, which is the end of the list.
 void PaymentSearch::take(const APIResult<std::vector<OrderActivityModel>>& page) {
     if (!page) return mCompletion(APIResult<PaymentFinding>::failed(page.failure()));
     const auto known = mSeen.size();
@@ -90,7 +90,7 @@ void PaymentSearch::take(const APIResult<std::vector<OrderActivityModel>>& page)
     const bool isEnd = page.payload() && mSeen.size() == known;
     mReachesBack = isEnd || (mIsNewestFirst && mOldest && *mOldest < mEntry.payment.startedAt - clockTolerance);
     if (mReachesBack || !page.payload() || !mOldest || mPages == mostPages) return judge();
-    askForPage(*mOldest + 1ms);  // others of the same instant may be missing yet
+    askForPage(*mOldest + 1ms);  // others of the same instant may still be missing
 }
 
 void PaymentSearch::judge() {
@@ -126,7 +126,7 @@ bool PaymentSearch::isAwaitedByAnother(const OrderActivityModel& activity) const
 
 PaymentSearch::Fit PaymentSearch::fitOf(const JournalEntry& entry, const OrderActivityModel& activity) {
     const auto& payment = entry.payment;
-    // The service takes the amount of a purchase with a prepaid card from what was bought.
+    // For a purchase with a prepaid card, the service takes the amount from what was bought.
     const bool isAmountKnown = !payment.kavioId || payment.paymentType != PaymentMethod::PaymentType::PREPAID;
     if (isAmountKnown && activity.amount != payment.amount) return Fit::NO;
     if (payment.currency && activity.currency && payment.currency != activity.currency) return Fit::NO;

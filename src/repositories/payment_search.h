@@ -22,16 +22,16 @@ struct PaymentFinding {
     enum class Verdict { MADE, NOT_MADE, NOT_CERTAIN };
 
     Verdict verdict = Verdict::NOT_CERTAIN;
-    std::string orderId = {};                                  // of one that was made
-    std::optional<std::int64_t> endingBalance = std::nullopt;  // as well
+    std::string orderId = {};                                  // if it was made
+    std::optional<std::int64_t> endingBalance = std::nullopt;  // likewise
 };
 
-/// Whether the transactions of the session can tell of the payment.
+/// Whether the session's transactions can show the payment.
 bool isOfThisSession(const JournalEntry& entry);
 
-/// Looks for a payment among the transactions since it was written down. It is the one that fits, if only that one may;
-/// it was not made when none may, the list reaches back far enough, and what was sent can no longer arrive. Anything
-/// else is not certain: what the service leaves out of a transaction never speaks for it.
+/// Looks for a payment among the transactions since it was written down. If only one may fit and it does fit, that is
+/// the payment. If none may fit, the list reaches back far enough and what was sent can no longer arrive, the payment
+/// was not made. Anything else is uncertain: what the service leaves out of a transaction is never taken as a match.
 class PaymentSearch final : public std::enable_shared_from_this<PaymentSearch> {
 public:
     /// `completion` runs on the main thread, once.

@@ -24,14 +24,14 @@
 #include <string>
 #include <vector>
 
-/// The facade's ways to the service: one repository per area of the API, one of each in the process
-/// (`sharedInstance`). An operation makes a request and sends it. Operations may be called from any thread; completions
-/// run on the main thread, once. A service of its own under a repository would add nothing, so it is the same class.
+/// The facade's ways to the service: one repository per area of the API, one of each in the process (`sharedInstance`).
+/// An operation makes a request and sends it. Operations may be called from any thread; completions run once, on the
+/// main thread. A separate service under each repository would add nothing, so it is the same class.
 namespace kavio {
 
-/// Straight to the transport: these are the first requests of a fresh install, and their signature stands without the
-/// server's time. Where it does not, because the device's clock is wrong (417), they ask for the time first, until that
-/// has succeeded once.
+/// These go straight to the transport: they are the first requests of a fresh install, and their signature is accepted
+/// without the server's time. If it is not, because the device's clock is wrong (417), they ask for the time first,
+/// until that has succeeded once.
 class LoginRepository {
 public:
     void challenge(std::string countryCode, std::string phoneNumber, std::string challenge, std::string retry,
@@ -44,7 +44,7 @@ private:
     template <class T>
     void send(APIRequest request, Completion<T> completion, Recorder<T> record) const;
 
-    // Shared with replies, which may come when this is gone.
+    // Shared with replies, which may come after this is gone.
     const std::shared_ptr<std::atomic<bool>> mIsClockWrong = std::make_shared<std::atomic<bool>>(false);
 };
 using LoginService = LoginRepository;
@@ -84,7 +84,7 @@ void sendDeposit(APIRequest request, UnsettledPayment payment, Completion<Deposi
 
 class PurchaseRepository {
 public:
-    /// Sent in the background: waits for connectivity, and is sent at most once. It is written down as `payment`.
+    /// Sent in the background: it waits for connectivity and is sent at most once. It is written down as `payment`.
     std::shared_ptr<Sending> purchase(JsonObject params, UnsettledPayment payment,
                                       Completion<OrderModel> completion) const;
     /// A reply about another order is not understood.
@@ -116,7 +116,7 @@ using PrepaidService = PrepaidRepository;
 class ActivitiesRepository {
 public:
     void activities(JsonObject params, Completion<Orders> completion) const;
-    /// The same as they are in the reply.
+    /// The same, but as the reply has them.
     void activityModels(JsonObject params, Completion<std::vector<OrderActivityModel>> completion) const;
 };
 using ActivitiesService = ActivitiesRepository;

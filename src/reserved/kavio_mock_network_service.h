@@ -14,9 +14,9 @@ struct NetworkConfiguration {
     std::string baseURL{urlString(ApiType::ApiProduction)};
 };
 
-/// A transport without a network, for tests: every request is answered from here, asynchronously. With an
-/// `errorCode` of 0 the answer is the body `null`, a success without a payload; any other is the failure of that HTTP
-/// status, which `errorHandler` may take over.
+/// A transport without a network, for tests: every request is answered from here, asynchronously. If `errorCode` is 0,
+/// the answer is the body `null`, a success without a payload; any other code is the failure of that HTTP status, which
+/// `errorHandler` may take over.
 class KavioMockNetworkService final : public NetworkServiceProtocol {
 public:
     std::shared_ptr<NetworkServiceErrorHandler> errorHandler;
@@ -25,7 +25,7 @@ public:
     NetworkConfiguration networkConfiguration;
 
     void send(APIRequest request, RawCompletion completion) override;
-    /// What is answered at once cannot be given up: null.
+    /// Null: what is answered at once cannot be given up.
     std::shared_ptr<DownloadTask> sendInBackground(APIRequest request, RawCompletion completion) override;
 };
 

@@ -10,7 +10,7 @@ namespace kavio {
 
 class KeyedContainer;
 
-/// The parameters of a purchase, with where it was made.
+/// The parameters of a purchase, and where it was made.
 struct PlaceOrderModel {
     std::optional<std::int64_t> amount;
     std::optional<std::string> tokenLocator;
@@ -26,7 +26,7 @@ struct PlaceOrderModel {
     std::optional<std::string> streetNumber;
     std::optional<bool> isQR;
     static PlaceOrderModel decode(const KeyedContainer& in);
-    /// Its keys stand in the order of the members; absent ones are left out.
+    /// The keys are in the order of the members; absent ones are left out.
     OrderedJsonValue encode() const;
 };
 

@@ -8,8 +8,8 @@
 #include <optional>
 #include <string>
 
-/// Calls of the service that no operation of the library makes. Their inputs are settled; their paths and parameters
-/// are not, so they are records and no requests yet.
+/// Calls to the service that no operation of the library makes. Their inputs are settled but their paths and parameters
+/// are not, so they are records and not requests yet.
 namespace kavio {
 
 struct AddPayPalLocatorRequest {

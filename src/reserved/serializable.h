@@ -19,7 +19,7 @@ public:
     std::optional<std::string> tag;
 
     Archive archive();
-    /// Properties that `archive` lacks are zero afterwards; the tag is none.
+    /// Properties that `archive` lacks are zero afterwards, except the tag, which becomes none.
     void unarchive(const Archive& archive);
 
 protected:

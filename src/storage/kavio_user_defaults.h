@@ -31,7 +31,7 @@ public:
 
     const std::shared_ptr<KeyValueStore> defualt;
 
-    /// With none removes the stored account.
+    /// Without an account, removes the stored one.
     void saveAccount(const std::optional<AccountModel>& account);
 
     /// The server's clock at the last time sample; the device's time without one.

@@ -82,7 +82,7 @@ struct StoredEntry {
     }
 };
 
-// What another version of the library has written may not be understood; it stays in the store, unseen.
+// An entry that another version of the library wrote may not be understood; it stays in the store, unseen.
 std::optional<JournalEntry> decoded(std::string_view key, const std::string& text) {
     try {
         auto stored = decodeDocument<StoredEntry>(text);
@@ -152,7 +152,7 @@ bool PaymentJournal::begin(const JournalEntry& entry) {
     return false;
 }
 
-// The oldest settled ones go, else the oldest that are known to be orders. One in doubt never goes by itself.
+// Removes the oldest settled payments, or else the oldest ones known to be orders. One in doubt is never removed here.
 std::optional<StoreChanges> PaymentJournal::roomForOne() const {
     const auto known = entries();
     StoreChanges changes;

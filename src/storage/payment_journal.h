@@ -15,14 +15,14 @@
 
 namespace kavio {
 
-/// A payment as it is written down: what the application sees of it, and whose it is.
+/// A payment as it is written down: what the application sees of it, and who made it.
 struct JournalEntry {
     UnsettledPayment payment;
-    /// The service that it was meant for, and who was signed in there; the latter is empty where that is not known.
+    /// The service that it was meant for, and who was signed in there; the latter is empty if not known.
     std::string service;
     std::string owner;
-    /// Nothing about it is in doubt any more. It is kept for a while, so that its order is not taken for that of
-    /// another payment.
+    /// Nothing about it is in doubt any more. It is kept for a while so that its order is not taken for
+    /// another payment's.
     bool isSettled = false;
     /// Whether `startedAt` is really by the service's clock, and not by the device's in its place.
     bool isTimeKnown = true;
@@ -36,7 +36,7 @@ struct JournalEntry {
     bool isMachineTold = false;
 };
 
-/// What the service has told of an order.
+/// What the service has said about an order.
 struct KnownOrder {
     std::string id;
     Order::Status status;
@@ -45,7 +45,7 @@ struct KnownOrder {
     std::optional<std::int64_t> target;
 };
 
-/// The payments that this device has made, on disk before they can leave. Safe from any thread.
+/// The payments made on this device, each written to disk before it can leave. Safe from any thread.
 class PaymentJournal {
 public:
     static constexpr std::size_t mostEntries = 100;
@@ -61,23 +61,23 @@ public:
     /// Whether that service is known to name the machine of an order as purchases do.
     bool areMachinesTold(const std::string& service) const;
 
-    /// Writes a payment down that is about to be sent; it counts as under way until `answered`. False when it could not
-    /// be written durably, or when the journal is full of payments in doubt: then it must not be sent.
+    /// Writes down a payment that is about to be sent; it counts as under way until `answered`. If false, it could not
+    /// be written durably, or the journal is full of payments in doubt, and it must not be sent.
     bool begin(const JournalEntry& entry);
-    /// Whether this process waits for the answer to the payment.
+    /// Whether this process is waiting for the answer to the payment.
     bool isUnderWay(const std::string& id) const;
-    /// The request has ended, however it did.
+    /// The request has ended, one way or another.
     void answered(const std::string& id);
     /// Writes a change of an unsettled payment.
     void update(const std::string& id, const std::function<void(JournalEntry&)>& change);
 
     /// The purchase is this order; it is settled when the order is final.
     void orderKnown(const std::string& id, const KnownOrder& order);
-    /// The service has told of an order: whichever purchase it belongs to is brought up to date.
+    /// The service has reported an order; updates whichever purchase it belongs to.
     void orderSeen(const std::string& service, const KnownOrder& order);
     /// Makes the order that of the payment, unless it is already that of another one: then false.
     bool claim(const std::string& id, const std::string& orderId);
-    /// The deposit was made, as the order of that identifier where it is known.
+    /// The deposit was made; `orderId` is its order where known.
     void depositMade(const std::string& id, const std::optional<std::string>& orderId);
     /// The payment was not made, or is to be forgotten. False when nothing unsettled has that identifier.
     bool strikeOut(const std::string& id);
@@ -89,8 +89,8 @@ private:
     std::optional<StoreChanges> roomForOne() const;
 
     const std::shared_ptr<KeyValueStore> mStore;
-    // Guards a change of an entry between its read and its write, and the set below. Recursive, because the store may
-    // report damage to the host in between, and the host may ask for the payments.
+    // Guards the set below, and each change of an entry from its read to its write. Recursive, because the store may
+    // report damage to the host in between, and the host may then ask for the payments.
     mutable std::recursive_mutex mMutex;
     std::set<std::string> mUnderWay;
 };

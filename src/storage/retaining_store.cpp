@@ -20,7 +20,7 @@ bool isNoDate(const std::optional<StoredValue>& value) {
 std::vector<std::optional<StoredValue>> RetainingStore::values(std::initializer_list<std::string_view> keys) const {
     auto kept = unwritten();
     auto found = mSuite->values(keys);
-    for (auto now = unwritten(); now != kept; now = unwritten()) {  // of one moment, not of two
+    for (auto now = unwritten(); now != kept; now = unwritten()) {  // all of the same moment
         kept = std::move(now);
         found = mSuite->values(keys);
     }
@@ -47,7 +47,7 @@ std::vector<std::string> RetainingStore::keys() const {
 }
 
 bool RetainingStore::write(const StoreChanges& changes) {
-    // No suite can be counted on to hold a date that is no number. Kept, it would be in the way of all other changes.
+    // A suite may refuse a date that is not a number. If it were kept, it would block all other changes.
     if (std::any_of(changes.begin(), changes.end(), [](const auto& change) { return isNoDate(change.second); }))
         return false;
     begin(changes);

@@ -8,11 +8,11 @@
 namespace kavio {
 
 /// The suite of that name and the host's "KavioKey": hosts that set the same key share a suite; hosts with different
-/// ones do not. The application's own store where the platform refuses to make a suite.
+/// ones do not. If the platform refuses to make a suite, this is the application's own store.
 std::shared_ptr<KeyValueStore> openSuite(std::string_view name);
 
-/// The suite in which the library keeps its own books, apart from the values that it shares with the application:
-/// payments that are not over, and which service gave the session. Opened on first use.
+/// The suite for the library's own records, apart from the values that it shares with the application: payments that
+/// are not over, and which service issued the session. Opened on first use.
 std::shared_ptr<KeyValueStore> recordsSuite();
 
 }  // namespace kavio

@@ -9,13 +9,13 @@
 
 namespace kavio {
 
-/// Owns a scene of type `Scene` while there is one, and hears what happens to its view.
+/// Owns a scene of type `Scene` while there is one, and is told what happens to its view.
 template <class Scene>
 class AbstractSceneController : public ServiceObject,
                                 public ViewLifecycle,
                                 public std::enable_shared_from_this<AbstractSceneController<Scene>> {
 public:
-    /// The scene, made anew when there is none. Null where it cannot be made.
+    /// The scene, which is made if there is none. Null if it cannot be made.
     std::shared_ptr<Scene> createScene() {
         if (mScene) return mScene;
         const auto windows = Platform::current().windows;
@@ -24,7 +24,7 @@ public:
         return mScene;
     }
 
-    /// Harmless without a scene.
+    /// Does nothing without a scene.
     void close(bool animated) {
         if (const auto closing = std::exchange(mScene, nullptr)) closing->dismiss(animated);
     }

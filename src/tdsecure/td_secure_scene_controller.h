@@ -10,18 +10,18 @@
 
 namespace kavio {
 
-/// Runs the issuer's pages in the secure scene, and tells when one has ended and when the person closed the screen.
-/// One for all facades of the process, for as long as one of them uses it. Main thread only.
+/// Runs the issuer's pages in the secure scene, and reports when one has ended and when the person has closed the
+/// screen. All facades of the process share one, for as long as any of them uses it. Main thread only.
 class TDSecureSceneController final : public AbstractSceneController<TDSecureScene>, public TDSecureSceneDelegate {
 public:
     using SceneEvent = Event<TDSecureSceneController>;
 
-    /// Takes one use of the shared controller, which is made when nobody uses it yet.
+    /// Takes one use of the shared controller, which is made if nobody is using it yet.
     static std::shared_ptr<TDSecureSceneController> takeUse();
 
     /// A page has sent the web view to the loopback address, which is `mRedirectedUrl`.
     std::shared_ptr<SceneEvent> tdSecureFinished;
-    /// The person has closed the screen, or the end of an enrolment has. It is gone already.
+    /// The screen was closed, by the person or by the end of an enrolment. It is already gone.
     std::shared_ptr<SceneEvent> tdSecureWindowClosed;
     /// What the scene loads once its view has loaded: a page's address or, for a fingerprint, an HTML document.
     std::string mUrl;
@@ -30,10 +30,10 @@ public:
     std::optional<std::string> mRedirectedUrl;
 
     void loadContent();
-    /// Closes the screen; whoever still waits for a page hears of that.
+    /// Closes the screen; whoever is still waiting for a page is told.
     void endPage();
 
-    /// Gives back the use of `owner`, with what it attached to both events. With the last use the scene goes away too.
+    /// Gives up `owner`'s use, along with what it attached to both events. The last use takes the scene away too.
     void release(const void* owner) override;
 
     void onViewDidLoad() override;

@@ -18,7 +18,7 @@ TimeSample timeSample() {
     const auto stored =
         KavioUserDefaults::shared()->defualt->values({keys::serverTime, keys::savedCpuTime, keys::serverExpiredTime});
     const auto now = Platform::current().clock->now();
-    // One reading of the device's clock for all three: with no sample the sum is exactly that reading.
+    // One reading of the device's clock for all three, so that without a sample the sum is exactly that reading.
     const auto serverTime = KeyValueStore::typed<Date>(stored[0]).value_or(now);
     const auto savedCpuTime = KeyValueStore::typed<Date>(stored[1]).value_or(now);
     return {serverTime + (now - savedCpuTime), KeyValueStore::typed<Date>(stored[2])};
@@ -46,7 +46,7 @@ void storeTimeSample(const std::optional<ServerTimeResponse>& response) {
     StoreChanges sample{{std::string(keys::serverTime), response ? response->serverTime : now},
                         {std::string(keys::savedCpuTime), now}};
     if (response) sample.emplace(keys::serverExpiredTime, response->expireTime);
-    defaults->defualt->write(sample);  // one write: a sample of which half is lost would set the clock wrong
+    defaults->defualt->write(sample);  // one write: half a sample would set the clock wrong
 }
 
 }  // namespace kavio

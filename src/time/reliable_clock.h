@@ -13,7 +13,7 @@ struct ServerTimeResponse;
 /// A time sample is renewed when no more than this is left of it.
 inline constexpr std::chrono::seconds TIME_SAMPLE_MARGIN{300};
 
-/// The server's clock: the last time sample moved forward by what the device's clock has moved since.
+/// The server's clock: the last time sample plus the time that has passed on the device's clock since.
 Date serverNow();
 /// `serverNow` as yyyyMMddHHmmss in UTC.
 std::string serverTimeStamp();
@@ -24,7 +24,7 @@ bool isServerTimeKnown();
 /// Whether the stored time sample is good for more than `TIME_SAMPLE_MARGIN`.
 bool isTimeSampleFresh();
 
-/// Keeps a new time sample; with none, the device's clock stands in for the server's and the expiry is left as it was.
+/// Keeps a new time sample; without one, the device's clock stands in for the server's and the expiry stays as it was.
 void storeTimeSample(const std::optional<ServerTimeResponse>& response);
 
 }  // namespace kavio

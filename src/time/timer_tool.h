@@ -5,13 +5,13 @@
 
 namespace kavio {
 
-/// Runs work once, on the main thread, after a delay on the monotonic clock. What is scheduled runs: who may be gone by
-/// then captures itself weakly.
+/// Runs work once, on the main thread, after a delay on the monotonic clock. Scheduled work always runs: an object that
+/// may be gone by then should capture itself weakly.
 class TimerTool {
 public:
     TimerTool() = delete;
 
-    /// The record of a delay that could be cancelled; nothing makes one.
+    /// A handle for a delay that could be cancelled; nothing makes one.
     struct TimeHandler {
         std::function<void()> task;
         const std::function<void()> action;

@@ -22,7 +22,7 @@ std::string Auxiliary::durationText(std::uint64_t milliseconds) {
     if (days > 0) text += std::to_string(days) + "d ";
     if (hours > 0) text += std::to_string(hours) + "h ";
     if (minutes > 0) text += std::to_string(minutes) + "m ";
-    const auto fraction = std::to_string(1000 + milliseconds % 1000).substr(1);  // three digits, zeros in front
+    const auto fraction = std::to_string(1000 + milliseconds % 1000).substr(1);  // three digits, with leading zeros
     return text + std::to_string(seconds % 60) + "." + fraction + "s";
 }
 

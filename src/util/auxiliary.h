@@ -6,12 +6,12 @@
 
 namespace kavio {
 
-/// What the library knows of itself.
+/// What the library knows about itself.
 class Auxiliary {
 public:
     Auxiliary() = delete;
 
-    /// Of the library's own bundle, not the host application's; absent where that says nothing.
+    /// From the library's own bundle, not the host application's; absent if the bundle does not say.
     static std::optional<std::string> version();
     static std::optional<std::string> build();
 

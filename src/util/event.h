@@ -13,14 +13,15 @@
 
 namespace kavio {
 
-/// What one object, the sender, tells to whom it may concern. It lives in a `std::shared_ptr`, holds its sender weakly
-/// and its observers strongly. No lock: one thread at a time; `invokeOnMainThread` is the way from a background thread.
+/// Something that one object, the sender, announces to its observers. It lives in a `std::shared_ptr`, holds its sender
+/// weakly and its observers strongly. It has no lock, so use it from one thread at a time; from a background thread,
+/// use `invokeOnMainThread`.
 template <class T>
 class Event : public std::enable_shared_from_this<Event<T>> {
 public:
-    /// One subscription. Two of them are never equal, whatever they hold.
+    /// One subscription. No two are ever equal, whatever they hold.
     struct Observer {
-        /// The subscriber is known by the address that `observerOwner` gives, and is not kept alive.
+        /// The subscriber is identified by the address of `observerOwner`, and is not kept alive.
         Observer(std::weak_ptr<const void> observerOwner, std::function<void(T&)> observerAction)
             : owner(std::move(observerOwner)), action(std::move(observerAction)) {}
 
@@ -48,8 +49,8 @@ public:
     }
     void detachAll() { mObservers.clear(); }
 
-    /// Calls whom it finds attached now: an observer that an action attaches is not called yet, one that an action
-    /// detaches still is. Once the sender is gone nobody is called.
+    /// Calls the observers attached at the start: one that an action attaches is not called yet, and one that an action
+    /// detaches still is. Once the sender is gone, nobody is called.
     void invokeAll() {
         const auto self = this->weak_from_this().lock();  // an action may drop the sender, and with it this event
         const auto snapshot = mObservers;
@@ -61,7 +62,7 @@ public:
         }
     }
 
-    /// On the main thread calls the observers before returning; elsewhere posts that.
+    /// On the main thread, calls the observers before returning; elsewhere, posts that to the main queue.
     void invokeOnMainThread() {
         auto& mainQueue = *Platform::current().mainQueue;
         if (mainQueue.isMainThread()) return invokeAll();

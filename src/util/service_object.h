@@ -2,7 +2,7 @@
 
 namespace kavio {
 
-/// Base of the objects that their user releases explicitly.
+/// Base of objects that are released explicitly by their user.
 class ServiceObject {
 public:
     ServiceObject() = default;
@@ -10,7 +10,7 @@ public:
     ServiceObject& operator=(const ServiceObject&) = delete;
     virtual ~ServiceObject() = default;
 
-    /// Marks the object released when `caller` is this very object; any other caller changes nothing.
+    /// Marks the object as released if `caller` is this very object; any other caller changes nothing.
     virtual void release(const void* caller) {
         if (caller == dynamic_cast<const void*>(this)) mIsReleased = true;
     }

@@ -11,7 +11,7 @@ struct Registry {
     std::map<std::type_index, std::shared_ptr<void>> instances;
 };
 
-// Never destroyed: a reply may still arrive while the program's statics go.
+// Never destroyed: a reply may still arrive while the program's statics are being destroyed.
 Registry& registry() {
     static auto* instance = new Registry;
     return *instance;
@@ -25,8 +25,8 @@ std::shared_ptr<void> detail::sharedInstance(std::type_index type, const std::fu
         const std::lock_guard lock(mutex);
         if (const auto found = instances.find(type); found != instances.end()) return found->second;
     }
-    // Without the lock: what is made may need other instances, wait for a disk or call the host. Where two threads make
-    // the same, the first one's stays.
+    // Without the lock: making it may need other instances, wait for a disk or call the host. If two threads make the
+    // same, the first one's stays.
     auto made = make();
     const std::lock_guard lock(mutex);
     return instances.try_emplace(type, std::move(made)).first->second;
@@ -34,7 +34,7 @@ std::shared_ptr<void> detail::sharedInstance(std::type_index type, const std::fu
 
 void forgetSharedInstances() {
     auto& [mutex, instances] = registry();
-    decltype(Registry::instances) gone;  // goes without the lock: what ends may use other instances
+    decltype(Registry::instances) gone;  // destroyed without the lock: a destructor may use other instances
     const std::lock_guard lock(mutex);
     gone.swap(instances);
 }

@@ -9,14 +9,14 @@ namespace detail {
 std::shared_ptr<void> sharedInstance(std::type_index type, const std::function<std::shared_ptr<void>()>& make);
 }
 
-/// The process's one `T`, made on first use and kept for good. Safe from any thread; a `T` may need other instances
-/// while it is made.
+/// The process's only `T`, made on first use and kept for good. Safe from any thread; making a `T` may use
+/// other instances.
 template <class T>
 std::shared_ptr<T> sharedInstance() {
     return std::static_pointer_cast<T>(detail::sharedInstance(typeid(T), [] { return std::make_shared<T>(); }));
 }
 
-/// Starts over, for tests: the next use makes a new instance of everything. Nothing that ships calls it.
+/// Starts over, for tests: the next use makes a new instance of everything. No shipped code calls it.
 void forgetSharedInstances();
 
 }  // namespace kavio

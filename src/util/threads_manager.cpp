@@ -8,8 +8,8 @@
 namespace kavio {
 namespace {
 
-/// The monitors under which blocks run or wait now. One that nobody uses any more is forgotten, for an address says
-/// nothing about a later object at the same place.
+/// The monitors under which blocks are running or waiting. One that nobody uses any more is forgotten, since a later
+/// object may have the same address.
 class Monitors {
 public:
     std::recursive_mutex& enter(const void* lock) {

@@ -24,8 +24,8 @@ std::string readableName(const std::type_info& type) {
 
 std::string typeName(const std::type_info& type) {
     const auto name = readableName(type);
-    // Some compilers put "class" or "struct" before the namespaces. What is in angle brackets has qualifiers of its
-    // own.
+    // Some compilers put "class" or "struct" before the namespaces. Whatever is in angle brackets has its
+    // own qualifiers.
     const auto qualifier = name.find_last_of(": ", name.find('<'));
     return qualifier == std::string::npos ? name : name.substr(qualifier + 1);
 }

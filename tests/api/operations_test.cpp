@@ -41,7 +41,7 @@ const std::vector<Operation> operations{
     {"onGetTransactions", [](World& world) { world.kavio().getTransactions(nullptr); }},
 };
 
-// Every operation now passes its own checks: a challenge is kept and a session is stored.
+// Lets every operation pass its own checks: a challenge is kept and a session is stored.
 void prepare(World& world) {
     world.kavio().login("49", "501");
     world.answer({200, replies::challenge});
@@ -49,7 +49,7 @@ void prepare(World& world) {
     world.delegate().reports.clear();
 }
 
-// A refusal is reported before the call returns, so the facade may go away under the operation that is refused.
+// A refusal is reported before the call returns, so the facade may be destroyed during the refused operation.
 TEST(EveryOperation, IsSilentOnceFacadeOrDelegateIsGoneAlsoInsideItsRefusal) {
     for (const auto lose : losses) {
         for (const auto& operation : operations) {

@@ -22,7 +22,7 @@ const Report timedOut{"onPlaceOrder", ResultType::TIMEOUT, "polling status timed
 
 void startOrder(World& world) { world.kavio().placeOrder(1234, paying(PaymentType::KAVIO), 150, {}); }
 
-// Buys, and has the purchase answered with an order of that status.
+// Buys, and answers the purchase with an order of that status.
 void buy(World& world, const std::string& status = "created") {
     startOrder(world);
     world.answer({200, replies::order(status)});
@@ -79,7 +79,7 @@ TEST(PlaceOrder, ReportsEachChangeOfTheStatusOnce) {
              {"to its end",
               {"created", "started", "authorized", "Authorized", "completed"},
               {placed("77 CREATED"), placed("77 AUTHORIZED"), placed("77 COMPLETED")}},
-             {"an end that is no change", {"unknown", "proccessing"}, {placed("77 UNKNOWN")}},
+             {"an end without a change", {"unknown", "proccessing"}, {placed("77 UNKNOWN")}},
              {"progress under other names",
               {"created", "createdPreselection", "startedpreselection", "failed"},
               {placed("77 CREATED"), placed("77 CANCELED")}},
@@ -104,12 +104,12 @@ TEST(PlaceOrder, GivesUpAfterSixtyPollsASecondApart) {
     buy(world);
     for (std::size_t i = 1; i <= 60; ++i) {
         world.advance(milliseconds(999));
-        world.device().clock->setWallClock(Date());  // is not what the time is taken from
+        world.device().clock->setWallClock(Date());  // the time is not taken from this clock
         EXPECT_EQ(world.sent().size(), i - 1);
         world.advance(milliseconds(1));
         ASSERT_EQ(world.sent().size(), i);
         ASSERT_THAT(world.reports(), ElementsAre(placed("77 CREATED")));
-        world.answer(answers[i % answers.size()]);  // a failed poll counts, and is no reason to stop
+        world.answer(answers[i % answers.size()]);  // a failed poll counts but does not stop the polling
     }
     EXPECT_THAT(world.reports(), ElementsAre(placed("77 CREATED"), timedOut));
     EXPECT_FALSE(world.isBusy());

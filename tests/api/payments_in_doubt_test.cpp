@@ -87,7 +87,7 @@ TEST(Results, TellOfEveryAnswerWhatHappenedAndWhy) {
             operation.start(world);
             world.answer(c.answer);
             EXPECT_THAT(world.outcomes(), ElementsAre(expected(c.outcome)));
-            // A payment is in doubt exactly as long as its effect is.
+            // A payment is in doubt for exactly as long as its effect is.
             const bool isPayment = operation.start == buy || operation.start == topUp;
             const bool isInDoubt = isPayment && expected(c.outcome).starts_with("UNKNOWN");
             EXPECT_THAT(unsettled(world), SizeIs(isInDoubt ? 1 : 0));
@@ -161,7 +161,7 @@ TEST(PaymentsInDoubt, KnowTheirOrderOnceItIsToldAndEndWithIt) {
     EXPECT_EQ(unsettled(world).front().orderId, "77");
     EXPECT_EQ(unsettled(world).front().status, Order::Status::CREATED);
 
-    world.kavio().getOrder("77");  // whoever asks
+    world.kavio().getOrder("77");  // no matter which operation asks
     world.answer({200, replies::order("completed")});
     EXPECT_THAT(unsettled(world), IsEmpty());
 }
@@ -270,7 +270,7 @@ TEST(Settling, FindsThePurchaseThatFitsOrSaysThatNoneWasMade) {
     struct Case {
         const char* name;
         std::vector<JsonObject> transactions;
-        std::vector<std::string> orders;  // replies to the questions for a candidate's machine and state
+        std::vector<std::string> orders;  // replies to requests for a candidate's machine and state
         seconds later;
         std::vector<std::string> outcomes;
         std::size_t left;
@@ -373,7 +373,7 @@ TEST(Settling, ReadsTheTransactionsBackToThePurchase) {
     world.restart();
     world.advance(std::chrono::hours(1));
     world.kavio().settlePayment(unsettled(world).front().id);
-    // A service that gives fewer than were asked for has not said that there are no others.
+    // A service that returns fewer than were asked for has not said that there are no others.
     world.answer({200, JsonValue(JsonValue::array_t{transaction(
                                      {{"orderId", 600}, {"created", "2024-01-01T00:50:00.000"}, {"amount", 5}})})
                            .dump()});

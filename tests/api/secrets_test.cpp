@@ -15,7 +15,7 @@ TEST(Secrets, AreSoughtByTheWatch) {
     const Watch watch;
     delete new std::string(shortSecretText);
     delete new std::string(secretText);
-    std::int64_t* volatile number = new std::int64_t(secret);  // else the compiler leaves both out
+    std::int64_t* volatile number = new std::int64_t(secret);  // otherwise the compiler leaves both out
     delete number;
     EXPECT_EQ(watch.found(), 3);
 }
@@ -56,7 +56,7 @@ TEST(Secrets, LeaveNothingOfARequestThatFailed) {
         isError.set_value(std::holds_alternative<UrlError>(outcome));
     });
     EXPECT_TRUE(isError.get_future().get());
-    session.reset();  // and with it the request
+    session.reset();  // and the request with it
     EXPECT_EQ(watch.found(), 0);
 }
 

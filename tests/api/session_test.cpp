@@ -95,7 +95,7 @@ TEST(Session, EndsWithTheLogout) {
 TEST(Facade, ChoosesTheServiceForTheWholeProcess) {
     using Text = std::optional<std::string>;
     for (const auto& [stored, environment, kept] : std::vector<std::tuple<Text, EnvironmentType, Text>>{
-             {std::nullopt, EnvironmentType::PROD, std::nullopt},  // what nothing stands for anyway
+             {std::nullopt, EnvironmentType::PROD, std::nullopt},  // nothing stored means production anyway
              {"nonsense", EnvironmentType::PROD, "nonsense"},
              {"ApiProduction", EnvironmentType::TESTS, "ApiQA2Stable"},
              {"ApiQA2", EnvironmentType::PROD, "ApiProduction"},

@@ -19,8 +19,8 @@ using ::testing::Pair;
 
 const TDSPaymentCard card{.number = "4111", .month = 7, .year = 2039, .securityCode = 12};
 
-// What the service and the issuer can answer. None of it is right everywhere. By its members a reply is known, not by
-// its number, which only must be one of those that there are.
+// What the service and the issuer can answer. No answer is right everywhere. A reply is known by its members, not by
+// its number, which only has to be a valid one.
 const std::map<std::string, Answer> replies{
     {"frictionless", {200, R"({"type":1,"locator":"L"})"}},
     {"fingerprint", {200, R"({"type":4,"page":"https://acs.example/f","id":"I","url":"U","message":"M"})"}},
@@ -38,12 +38,12 @@ const std::map<std::string, Answer> replies{
     {"refusal", {401, ""}},
 };
 
-/// The library with a scripted service, issuer and person; what it does is a list of short texts.
+/// The library with a scripted service, issuer and person. What it does is recorded as a list of short texts.
 class Enrolment : public World {
 public:
     Enrolment() { Platform::current().windows = windows; }
 
-    /// Plays `event`, and gives all that followed from it.
+    /// Plays `event` and returns everything that followed from it.
     std::vector<std::string> play(const std::string& event) {
         windows->log.clear();
         const auto sentBefore = sent().size();
@@ -100,7 +100,7 @@ const std::string cannotParse = "SERVER_ERROR failed to parse server reponse";
 const std::string cannotStart = "FAILURE failed to start 3DS authentication";
 const std::string expired = "ACCESS_DENIED Your session token is expaired";
 
-// Of a state that waits for a JSON reply; `before` happens ahead of each report.
+// For a state that waits for a JSON reply; `before` happens ahead of each report.
 std::map<std::string, std::string> waiting(std::map<std::string, std::string> own, const std::string& before = "") {
     own.insert({{"call", "BUSY -"},
                 {"page", before + "BAD_INPUT -"},
@@ -339,7 +339,7 @@ TEST(TDSecureEnrolment, HandsOnWhatThePageSentBack) {
 
         enrolment.play("locator");
         enrolment.play("call");
-        EXPECT_NE(enrolment.body()["key"], first["key"]) << "of each attempt its own";
+        EXPECT_NE(enrolment.body()["key"], first["key"]) << "each attempt has its own";
     }
 }
 

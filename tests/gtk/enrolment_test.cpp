@@ -176,7 +176,7 @@ std::size_t openFiles() {
     return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}));
 }
 
-// Pages of memory that are the process's own.
+// The process's private memory, in pages.
 std::size_t memory() {
     std::size_t total = 0;
     std::size_t resident = 0;
@@ -193,13 +193,13 @@ std::vector<std::string> filesOfTheUser() {
 }
 
 TEST_F(EnrolmentTest, LeavesNothingBehind) {
-    const auto before = filesOfTheUser();  // the toolkit's own
+    const auto before = filesOfTheUser();  // made by the toolkit
     std::size_t files = 0;
     std::size_t pages = 0;
     for (std::size_t i = 1; i <= 40; ++i) {
         enrol(i % 4 == 0 ? "4000000000001059" : "4000000000001026");
         expect(success);
-        if (i != 8) continue;  // caches are full
+        if (i != 8) continue;  // by then the caches are full
         files = openFiles();
         pages = memory();
     }
@@ -209,10 +209,10 @@ TEST_F(EnrolmentTest, LeavesNothingBehind) {
     EXPECT_EQ(filesOfTheUser(), before);
 }
 
-/// Pictures of the scene for people to look at, in the folder that KAVIO_SCREENSHOTS names: scripts/screenshots.
+/// Pictures of the scene for people to look at, in the folder that KAVIO_SCREENSHOTS names; see scripts/screenshots.
 class Looks : public EnrolmentTest {
 protected:
-    /// Of the scene once it shows `what`, on the course of a test card.
+    /// Takes one once the scene shows `what`, on the course of a test card.
     void picture(const std::string& card, const std::string& what, const std::string& name) {
         sandbox.fault("/acs/fingerprint/*", {.status = 200, .body = "<p>goes on for ever"});
         enrol(card);

@@ -59,7 +59,7 @@ protected:
     }
     ~GtkHost() override { gtk_window_destroy(host); }
 
-    /// Runs the main loop until `condition` holds; false when that takes too long.
+    /// Runs the main loop until `condition` holds; false if that takes too long.
     static bool until(const std::function<bool()>& condition,
                       std::chrono::milliseconds limit = std::chrono::seconds(20)) {
         return eventually(
@@ -76,7 +76,7 @@ protected:
         auto* stack = find("stack");
         return stack && gtk_widget_get_mapped(stack) ? gtk_stack_get_visible_child_name(GTK_STACK(stack)) : "nothing";
     }
-    /// The text of one of the scene's labels or buttons; empty when it is not in sight.
+    /// The text of one of the scene's labels or buttons; empty if it is not visible.
     static std::string text(const char* id) {
         auto* widget = find(id);
         if (!widget || !gtk_widget_get_mapped(widget)) return "";
@@ -84,7 +84,7 @@ protected:
     }
     static GtkWindow* window() { return GTK_WINDOW(find("TDSecureScene")); }
     static std::size_t windowCount() { return g_list_model_get_n_items(gtk_window_get_toplevels()); }
-    /// As WebKit reports a load that it lost.
+    /// Emits what WebKit emits when it loses a load.
     static void loseLoad(const std::string& url) {
         GError* const error = g_error_new_literal(G_IO_ERROR, G_IO_ERROR_CANCELLED, "Operation was cancelled");
         gboolean isHandled = FALSE;
@@ -92,7 +92,7 @@ protected:
         g_error_free(error);
     }
     static void endWebProcess() { webkit_web_view_terminate_web_process(WEBKIT_WEB_VIEW(find("webView"))); }
-    /// Runs `script` in the page that is shown, once it is there as a whole.
+    /// Runs `script` in the page that is shown, once that has loaded completely.
     static void runInPage(const std::string& script) {
         EXPECT_TRUE(
             until([] { return shown() == "page" && !webkit_web_view_is_loading(WEBKIT_WEB_VIEW(find("webView"))); }));
@@ -124,7 +124,7 @@ private:
         GListModel* toplevels = gtk_window_get_toplevels();
         for (guint i = 0; i < g_list_model_get_n_items(toplevels); ++i) {
             auto* window = static_cast<GtkWidget*>(g_list_model_get_item(toplevels, i));
-            g_object_unref(window);  // the list goes on holding it
+            g_object_unref(window);  // the list still holds it
             if (auto* found = findIn(window, id)) return found;
         }
         return nullptr;

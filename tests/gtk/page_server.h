@@ -11,7 +11,7 @@
 
 namespace kavio::test {
 
-/// A web server on this machine that serves what a test gives it, from a thread of its own, at any free port.
+/// A web server on this machine that serves what a test gives it, from its own thread, on any free port.
 class PageServer {
 public:
     using Handler = httplib::Server::Handler;
@@ -23,7 +23,7 @@ public:
         mServer.Post(".*", answer);
         mPort = std::to_string(mServer.bind_to_any_port("127.0.0.1"));
         mThread = std::thread([this] { mServer.listen_after_bind(); });
-        while (!mServer.is_running()) std::this_thread::yield();  // one that is stopped before never stops
+        while (!mServer.is_running()) std::this_thread::yield();  // a server stopped before it runs never stops
     }
     ~PageServer() {
         mStopping.set_value();
@@ -44,7 +44,7 @@ public:
     void serveRedirect(const std::string& path, const std::string& location) {
         serve(path, [location](const auto&, auto& response) { response.set_redirect(location); });
     }
-    /// Answers only once the server goes.
+    /// Answers only once the server ends.
     void serveNothing(const std::string& path) {
         serve(path, [stopped = mStopped](const auto&, auto&) { stopped.wait(); });
     }

@@ -34,7 +34,7 @@ struct SceneLog final : ViewLifecycle, TDSecureSceneDelegate {
     }
     std::vector<std::string> events;
     std::vector<std::string> urls;
-    std::vector<std::string> loopbacks;  // those of them that are addresses of this device
+    std::vector<std::string> loopbacks;  // those that are addresses of this device
     int closes = 0;
     std::function<void(const std::string&)> onLoad;
     std::function<void()> onClose;
@@ -66,7 +66,7 @@ protected:
         scene->webView()->loadHtml(html);
         present();
     }
-    /// Goes on with a new scene.
+    /// Continues with a new scene.
     void renew() {
         if (scene) scene->dismiss(false);
         log = std::make_shared<SceneLog>();
@@ -75,7 +75,7 @@ protected:
         scene->delegate = log;
     }
 
-    /// Everything that the page before it has begun was offered by then.
+    /// By then, everything that the page before it began has been offered.
     void openAnotherPage() {
         server.servePage("/another", "another");
         scene->webView()->loadUrl(server.url("/another"), std::chrono::seconds(60));
@@ -103,7 +103,7 @@ TEST_F(SceneTest, OffersEachWayToTheEndOfAPageOnce) {
     struct Case {
         const char* name;
         std::string html;
-        bool isShown = false;  // a few stand for all: a shown page costs a new web process
+        bool isShown = false;  // only for a few: a shown page costs a new web process
     };
     for (const auto& [name, html, isShown] : std::initializer_list<Case>{
              {"a script", "<script>location='" + end + "'</script>"},
@@ -138,11 +138,11 @@ TEST_F(SceneTest, OpensANewWindowOfThePersonsInItself) {
           "<button onclick=\"window.open('http://127.0.0.1/?z2=0')\" style='position:fixed;inset:0'>x</button>"}) {
         SCOPED_TRACE(way);
         int tries = 10;
-        renew();  // of the clicks below one may come late, and would end the page after this
+        renew();  // one of the clicks below may come late and would end the next page
         showPage(way);
         ASSERT_TRUE(until([&] { return shown() == "page"; }));
         const auto isOver = [&] { return !log->loopbacks.empty(); };
-        do click("webView");  // one that comes before the page is drawn misses
+        do click("webView");  // a click before the page is drawn misses
         while (!until(isOver, std::chrono::seconds(2)) && --tries > 0);
         EXPECT_THAT(log->loopbacks, AllOf(Not(IsEmpty()), Each("http://127.0.0.1/?z2=0")));
         EXPECT_EQ(windowCount(), 2U);

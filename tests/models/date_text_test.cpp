@@ -39,7 +39,7 @@ TEST_F(DateTexts, MeanWhatThePlatformSaysTheyMean) {
         2024-03-05T14:07:09.250+1400 2024-03-05T14:07:09.250+9999 2024-03-05T14:07:09.250+0060
         2024-03-05T14:07:09.250+01:00 2024-03-05T14:07:09.250GMT ٢٠٢٤-03-05T14:07:09.250)");
     texts.insert(texts.end(), std::istream_iterator<std::string>(words), {});
-    // And ordinary ones with a character or two changed.
+    // Ordinary ones with a character or two changed.
     std::mt19937 random(7);
     const auto below = [&](std::size_t limit) { return random() % limit; };
     for (int i = 0; i < 20000; ++i) {

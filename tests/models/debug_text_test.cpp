@@ -38,7 +38,7 @@ void expectTextOf(const std::string& sample, const std::string& expected) {
     }
 }
 
-// The public object of a whole record: its text shows where each member came from.
+// The public object made from a whole record: its text shows where each member came from.
 
 const std::string imageText = "|{file: logo.png,|width: 120,|height: 80,|was uploaded: true,|dpi: 72,|iOS: false}";
 const std::string lookAndFeelText =
@@ -111,7 +111,7 @@ TEST(DebugTexts, OfOrders) {
                              "|date: 2024-01-01 00:00:00 +0000,|currency: nil,|items count: 0,|ending balance: -1}");
 }
 
-// Those of the kinds of payment method that an account has are compared where the account is read.
+// The kinds of payment method that an account has are compared where the account is read.
 TEST(DebugTexts, OfPaymentMethods) {
     expectText(PaymentMethod("1", "n", PaymentType::PAYPAL), "|{ID: 1,|number: n,|type: PAYPAL");
     expectText(Card{"4111", "1", "2030", "123", "e@x"}, "|{PAN: 4111,|month: 1,|year: 2030,|CVV: 123,|email: e@x}");

@@ -53,7 +53,7 @@ TEST(Numbers, AreIntegersWhenTheirValueIs) {
 TEST(Numbers, BeyondTheIntegersAreStillNumbers) {
     EXPECT_EQ(valueOf<double>("18446744073709551616"), 0x1p64);
     EXPECT_EQ(valueOf<double>("-123456789012345678901234567890"), -123456789012345678901234567890.0);
-    // Next to one, what else looks like a number, and integers that fit, keep their values.
+    // Next to one, anything else that looks like a number, and integers that fit, keep their values.
     EXPECT_EQ(
         valueOf<JsonValue>(R"({"a":99999999999999999999,"b":9007199254740993,"c":"99999999999999999999\"9",)"
                            R"("d":-1e0000000000000000000001,"e":"\\"})"),
@@ -71,7 +71,7 @@ TEST(Members, AreFoundInObjectsOfAnySize) {
     for (const int size : {101, 126, 127, 128, 129, 20000}) {
         SCOPED_TRACE(size);
         std::string json = R"({"first":1)";
-        // Alike at both ends and of one length, as somebody would make them who wants them to collide.
+        // Alike at both ends and of equal length, as somebody would make them who wants them to collide.
         for (int i = 1; i < size; ++i)
             json += i == 100 ? R"(,"message":"found")" : R"(,"member-)" + std::to_string(i) + R"(-with-a-long-name":1)";
         const auto error = decodeDocument<ErrorModel>(json + "}");
@@ -80,7 +80,7 @@ TEST(Members, AreFoundInObjectsOfAnySize) {
     }
 }
 
-// What a record cannot do by mistake: it does not compile.
+// Something that a record cannot do by mistake, because it does not compile.
 struct Borrowing {
     std::string_view text;
     static Borrowing decode(const BorrowingContainer& in) { return {.text = in.required("text")}; }

@@ -2,7 +2,7 @@
 
 #include <string>
 
-/// One whole record of each kind, with every key that is read and a value of its own for each.
+/// One whole record of each kind, with every key that is read, each with a different value.
 namespace kavio::test::samples {
 
 inline const std::string image = R"({"file":"logo.png","w":120,"h":80,"wasUploaded":true,"dpi":72,"ios":false})";

@@ -1,5 +1,5 @@
-// Every key of every record of this folder, with every wrong kind of value. What a row says of a key is all that the
-// records have to agree with; the engine works out the outcome, down to the text of the error.
+// Every key of every record in this folder, with every wrong kind of value. A row says how a key is read, and the
+// engine works out the expected outcome from that, down to the text of the error.
 
 #include "models/account_model.h"
 #include "models/json/decoding_error.h"
@@ -39,8 +39,8 @@ std::string outcome(const JsonValue& body) {
 
 struct Record {
     std::string (*outcome)(const JsonValue&);
-    /// Behind a "kind:" the keys of that kind; "kind?:" for optional ones, "kind*:" for those that may be absent but
-    /// not null. Behind an "outer/" those nested there.
+    /// After "kind:" come the keys of that kind; "kind?:" is for optional ones, "kind*:" for those that may be absent
+    /// but not null. After "outer/" come those nested there.
     const char* keys;
 };
 
@@ -117,7 +117,7 @@ const std::vector<Record> records{
 };
 
 const auto nothing = JsonValue::object();
-// The text is one that lets an order's issuer be read: it is the source of its payment.
+// With this text as the source of its payment, an order's issuer is read.
 const std::vector<JsonValue> probes{"Ecommerce", 1, 1.5, -1, 4294967296, 1e300, true, JsonValue::array(), nothing};
 const std::vector<std::string> found{"text",     "a number",  "a number", "a number", "a number",
                                      "a number", "a boolean", "an array", "an object"};

@@ -97,7 +97,7 @@ TEST(Transport, WritesTheAppVersionWithTheHostsBuild) {
     for (const auto* other : {"1.2", "", "1.2.3.4"}) EXPECT_EQ(sent(other), other);
 }
 
-// The signatures were made by an implementation of its own in another language.
+// The signatures were made by an independent implementation in another language.
 TEST(Signature, CoversUrlBodyAndTime) {
     World world;
     world.device().clock->advance(std::chrono::seconds(754));

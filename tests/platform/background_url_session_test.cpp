@@ -19,7 +19,7 @@ std::shared_ptr<BackgroundUrlSession> sessionWith(const RawServer& server) {
     return makeBackgroundUrlSession(service().reaching(server.address()));
 }
 
-/// "STATUS BODY", or "-1005 with STATUS", and "unsent" where nothing can have left.
+/// "STATUS BODY" or "-1005 with STATUS", and "unsent" if nothing can have left.
 std::string download(const Download& outcome) {
     std::ostringstream text;
     if (const auto* error = std::get_if<UrlError>(&outcome)) {
@@ -65,13 +65,13 @@ TEST(BackgroundUrlSession, SendsOnceAndGivesTheReplyOrWhatIsKnownOfIt) {
     const auto session = sessionWith(server);
     std::vector<std::future<std::string>> outcomes;
     for (std::size_t i = 0; i < cases.size(); ++i) {
-        // Which of the two is all the same to this session.
+        // Which of the two makes no difference to this session.
         const auto idempotency = i % 2 == 0 ? Idempotency::ONCE : Idempotency::REPEATABLE;
         outcomes.push_back(begin(*session, post(host + "/" + std::to_string(i), "order", idempotency)).outcome);
     }
     for (std::size_t i = 0; i < cases.size(); ++i) EXPECT_EQ(outcomes[i].get(), cases[i].expected) << i;
     EXPECT_EQ(server.requests().size(), cases.size()) << "each is sent once";
-    EXPECT_EQ(server.received().size(), cases.size()) << "each has a connection of its own";
+    EXPECT_EQ(server.received().size(), cases.size()) << "each has its own connection";
 }
 
 TEST(BackgroundUrlSession, GivesUpAReplyThatStalls) {
@@ -81,7 +81,7 @@ TEST(BackgroundUrlSession, GivesUpAReplyThatStalls) {
     }));
     const auto session = sessionWith(server);
     auto request = post(host, "order");
-    std::string outcome = "-1001 with 0";  // on a busy machine the time may be over before there is a connection
+    std::string outcome = "-1001 with 0";  // on a busy machine, the time may run out before there is a connection
     for (request.timeout = std::chrono::seconds(1); outcome == "-1001 with 0" && request.timeout < patience;
          request.timeout *= 2)
         outcome = begin(*session, request).outcome.get();
@@ -128,8 +128,8 @@ TEST(BackgroundUrlSession, GivesUpOnlyWhatHasNotLeft) {
     EXPECT_EQ(server.requests().size(), 1U);
 }
 
-/// Whoever comes first, the network thread or the one who gives up: a request that was given up never arrives, and
-/// every other one does.
+/// Whichever comes first, the network thread or giving up: a request that was given up never arrives, and every other
+/// one does.
 TEST(BackgroundUrlSession, AgreesWithTheServiceOnWhatWasGivenUp) {
     const HostServer server(answering(httpReply(200, "placed")));
     auto session = sessionWith(server);
@@ -178,7 +178,7 @@ TEST(BackgroundUrlSession, NeedsNoDiskForAReply) {
     ::setrlimit(RLIMIT_FSIZE, &before);
 }
 
-/// Runs `test` where there is no network but what it makes itself. False where that is not permitted.
+/// Runs `test` with no network but what it makes itself. False if that is not permitted.
 bool inFreshNetwork(const std::function<void()>& test) {
     bool permitted = false;
     std::thread([&] {
@@ -206,7 +206,7 @@ TEST(BackgroundUrlSession, WaitsForTheNetwork) {
         const auto session = sessionWith(server);
         auto order = begin(*session, post(host, "order"));
         auto lost = begin(*sessionWith(server), post(host, "lost")).outcome;
-        EXPECT_EQ(lost.get(), "-999 with 0 unsent") << "waits until the session goes";
+        EXPECT_EQ(lost.get(), "-999 with 0 unsent") << "waits until the session ends";
         auto givenUp = begin(*session, post(host, "given up"));
         EXPECT_TRUE(givenUp.task->cancel());
         EXPECT_EQ(givenUp.outcome.get(), "-999 with 0 unsent");

@@ -34,7 +34,7 @@ struct Subject {
 
 std::ostream& operator<<(std::ostream& out, const Subject& subject) { return out << subject.name; }
 
-/// The implementations that are to keep the promises of include/kavio/platform: a port adds itself.
+/// The implementations that must keep the promises of include/kavio/platform; a port adds itself.
 std::vector<Subject> subjects() {
     return {
         {"Linux",
@@ -233,7 +233,7 @@ TEST_P(Queues, DestroyingAWorkQueueWaitsForWorkUnderWayAndDropsTheRest) {
         ran.emplace_back("under way");
     });
     queue->async([&] { ran.emplace_back("dropped"); });
-    // The next block goes the moment that the queue is being destroyed: then the first may end.
+    // The next block is dropped as soon as the queue is being destroyed, and the first may then end.
     queue->async([end = std::shared_ptr<void>(nullptr, [&](void*) { mayEnd.count_down(); })] {});
     started.wait();
     queue.reset();

@@ -29,7 +29,7 @@ TEST(LinuxDevice, SpeaksTheUsersLanguage) {
         EXPECT_EQ(makeIcuLocale()->languageCode(), language);
         EXPECT_EQ(makeIcuLocale()->regionName("DE"), germany);
     }
-    icu::Locale::setDefault({"th", "TH"}, status);  // whose calendar is not the Gregorian
+    icu::Locale::setDefault({"th", "TH"}, status);  // where the calendar is not the Gregorian one
     EXPECT_EQ(makeIcuDateFormatter()->parse({"yyyy", std::nullopt, "UTC"}, "1970"), Date());
     icu::Locale::setDefault(former, status);
 }
@@ -82,7 +82,7 @@ TEST(RunLoop, StopsWhenItIsToldAndGoesOnLater) {
 TEST(RunLoop, IsFreeToGoInsideItsOwnWork) {
     auto loop = std::make_unique<RunLoop>();
     bool isDropped = false;
-    // What the dropped block holds posts once more as it goes.
+    // What the dropped block holds posts once more as it is destroyed.
     std::shared_ptr<void> postsAtItsEnd(nullptr, [&, raw = loop.get()](void*) { raw->post([] {}), isDropped = true; });
     loop->post([&] { loop.reset(); });
     loop->post([held = std::move(postsAtItsEnd)] {});

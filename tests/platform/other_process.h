@@ -10,11 +10,11 @@
 
 namespace kavio::test {
 
-/// A number over a channel between two processes; false when the other one is gone.
+/// Sends a number over a channel between two processes; false if the other one is gone.
 inline bool tell(int channel, int number) { return ::write(channel, &number, sizeof number) == sizeof number; }
 inline bool hear(int channel, int& number) { return ::read(channel, &number, sizeof number) == sizeof number; }
 
-/// A copy of this process that does `work` at the other end of the channel and says by its status how that went.
+/// A copy of this process that does `work` at the other end of the channel and reports by its status how that went.
 class OtherProcess {
 public:
     explicit OtherProcess(const std::function<bool(int channel)>& work) {
@@ -33,7 +33,7 @@ public:
     OtherProcess(const OtherProcess&) = delete;
     OtherProcess& operator=(const OtherProcess&) = delete;
 
-    /// Waits for its end.
+    /// Waits until it ends.
     int status() const {
         int status = -1;
         ::waitpid(process, &status, 0);

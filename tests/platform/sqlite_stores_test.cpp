@@ -37,9 +37,9 @@ struct StoreFolder {
     const std::filesystem::path path = folder.path() / "deep/store";
     const std::filesystem::path file = path / "suite.suite.sqlite";
     const std::filesystem::path damagedFile = path / "suite.suite.sqlite.damaged";
-    std::vector<std::filesystem::path> setAside;  // an empty one: the file cannot be used
+    std::vector<std::filesystem::path> setAside;  // an empty path if the file cannot be used
 
-    /// Opens the file anew as soon as nobody holds the suite any more.
+    /// Opens the file again if nobody holds the suite any more.
     std::shared_ptr<KeyValueStore> suite() {
         const auto note = [this](const auto& damaged, const auto& moved) {
             if (damaged == file) setAside.push_back(moved);
@@ -122,7 +122,7 @@ TEST(SqliteStores, KeepEveryAcknowledgedWriteOfAWriterThatIsKilled) {
 
         const auto suite = store.suite();
         ASSERT_TRUE(suite);
-        // The write after the last acknowledged one may be there too.
+        // The write after the last acknowledged one may also be there.
         const int newest = suite->string(key(last + 1)) == value(last + 1) ? last + 1 : last;
         for (int n = std::max(0, newest - keys + 1); n <= newest; ++n) EXPECT_EQ(suite->string(key(n)), value(n));
         first = newest + 1;
@@ -220,7 +220,7 @@ TEST(SqliteStores, NeverGiveAWrongValueWhicheverByteIsFlipped) {
     FilledFolder store;
     const auto sound = contents(store.file);
     std::size_t damages = 0;
-    std::vector<std::size_t> left;  // as it may be a newer version's
+    std::vector<std::size_t> left;  // because it may be a newer version's
     for (std::size_t at = 0; at < sound.size(); at += at < 128 ? 1 : 17) {
         SCOPED_TRACE("byte " + std::to_string(at));
         store.setAside.clear();
@@ -273,17 +273,17 @@ TEST(SqliteStores, FollowAnotherProcessThatSetsTheFileAside) {
 }
 
 enum class Fault {
-    REFUSED_ONCE,  // one operation fails, and did nothing
-    DONE_ONCE,     // one operation reports a failure though it was carried out
+    REFUSED_ONCE,  // one operation fails and does nothing
+    DONE_ONCE,     // one operation reports a failure but was carried out
     GARBLED_ONCE,  // one read gives zeros
-    FOR_EVER,      // from one operation on all fail
+    FOR_EVER,      // from one operation on, all fail
 };
 
 /// When the next fault comes.
 class FaultPlan {
 public:
     void failAt(int turn, Fault fault) { mTurnsLeft = turn, mFault = fault; }
-    /// All goes well again. Whether the fault had come.
+    /// Ends the fault, and returns whether it had come.
     bool repair() { return mTurnsLeft = 0, std::exchange(mHasCome, false); }
     std::optional<Fault> next() {
         const bool isTurn = mTurnsLeft > 0 && --mTurnsLeft == 0;
@@ -292,12 +292,12 @@ public:
     }
 
 private:
-    int mTurnsLeft = 0;  // 0: none is planned
+    int mTurnsLeft = 0;  // 0 if none is planned
     bool mHasCome = false;
     Fault mFault = Fault::REFUSED_ONCE;
 };
 
-/// While this lives SQLite works on a disk, and with memory, that fail as planned.
+/// While this lives, SQLite's disk and memory fail as planned.
 class FailingDevice {
 public:
     static inline FaultPlan disk;
@@ -394,8 +394,7 @@ private:
     static inline sqlite3_vfs vfs{};
 };
 
-/// A healthy store on a device that fails in one operation; afterwards its file must be as whole as if nothing had
-/// been.
+/// A healthy store on a device that fails in one operation; afterwards its file must be as good as before.
 struct Trial {
     StoreFolder store;
     std::shared_ptr<KeyValueStore> suite = store.suite();
@@ -422,7 +421,7 @@ void openIt(Trial& trial, Fault fault, const Repair& plan, const Repair& repair)
     plan();
     trial.suite = trial.store.suite();
     repair();
-    trial.isReported = !trial.suite;  // where it failed for ever
+    trial.isReported = !trial.suite;  // if it failed for ever
     if (fault != Fault::FOR_EVER) {
         ASSERT_TRUE(trial.suite);
         EXPECT_EQ(trial.suite->string("a"), "old");

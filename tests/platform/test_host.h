@@ -25,7 +25,7 @@ using Connection = RawServer::Connection;
 
 inline const std::string host = "https://service.test";
 
-/// One authority and a server's identity for `host`, made once, and what makes a session trust and reach that.
+/// An authority and a server's identity for `host`, made once, with the settings that let a session trust and reach it.
 struct TestHost {
     TestHost() { std::ofstream(folder.path() / "authority.pem") << authority.pem(); }
     UrlSessionConfiguration reaching(const std::string& address) const {
@@ -37,19 +37,19 @@ struct TestHost {
     sandbox::Identity identity = authority.issue({"service.test"});
 };
 
-/// The one of this program.
+/// This program's only one.
 inline const TestHost& service() {
     static const TestHost made;
     return made;
 }
 
-/// A server that can prove to be `host`.
+/// A server that can prove that it is `host`.
 struct HostServer : RawServer {
     explicit HostServer(Script script, std::string protocol = "http/1.1")
         : RawServer(service().identity, std::move(script), std::move(protocol)) {}
 };
 
-/// An address of this machine where nobody listens: the port is bound, so that nobody else is given it.
+/// An address on this machine where nobody listens. The port is bound, so that nobody else is given it.
 inline std::string abandonedAddress() {
     static const LoopbackSocket held;
     return held.address();

@@ -1,6 +1,6 @@
 #pragma once
 
-// What every implementation of UrlSession must do. A port instantiates the suite with a factory of its own:
+// What every implementation of UrlSession must do. A port instantiates the suite with its own factory:
 //   INSTANTIATE_TEST_SUITE_P(Linux, UrlSessionConformance, testing::Values(&makeUrlSession));
 
 #include "platform/test_host.h"
@@ -15,7 +15,7 @@ namespace kavio::test {
 
 using UrlSessionFactory = std::shared_ptr<UrlSession> (*)(const UrlSessionConfiguration&);
 
-/// As the encoding "deflate" of HTTP has it.
+/// In HTTP's "deflate" encoding.
 inline std::string packed(const std::string& plain) {
     uLongf size = compressBound(plain.size());
     std::string bytes(size, '\0');
@@ -53,7 +53,7 @@ TEST_P(UrlSessionConformance, SendsTheRequestAsItIs) {
         EXPECT_EQ(text(fetch(*session, request)), "200 ok");
         EXPECT_THAT(server.requests().back(), expected);
     }
-    EXPECT_EQ(server.received().size(), 5u) << "what is sent once takes a new connection, all else a kept one";
+    EXPECT_EQ(server.received().size(), 5u) << "what is sent once takes a new connection, anything else a kept one";
 }
 
 TEST_P(UrlSessionConformance, GivesEveryStatusAsAReply) {
@@ -128,7 +128,7 @@ inline std::string repeated(const std::string& text, int times) {
     return all;
 }
 
-/// Sends the start and then what never ends, until the client leaves.
+/// Sends the start and then an endless flood, until the client leaves.
 inline Ending flooding(std::string start, std::string flood, std::chrono::milliseconds pause = {}) {
     return [start = std::move(start), flood = std::move(flood), pause](Connection& connection) {
         connection.send(start);
@@ -183,7 +183,7 @@ TEST_P(UrlSessionConformance, GivesUpWhatTakesTooLong) {
         const auto session = this->session(server);
         auto request = post(host, "body");
         std::size_t times = 0;
-        // On a busy machine the time may be over before the service has the request.
+        // On a busy machine, the time may run out before the service has the request.
         for (request.timeout = std::chrono::seconds(1); server.requests().empty() && request.timeout < patience;
              request.timeout *= 2) {
             EXPECT_EQ(text(fetch(*session, request)), "-1001 The request timed out.");
@@ -205,7 +205,7 @@ TEST_P(UrlSessionConformance, NamesWhyNothingCouldBeSent) {
     for (const auto& [address, request, code] : std::vector<Case>{
              {abandonedAddress(), get(host), -1004},
              {silent.address(), impatient, -1001},
-             {"", get("https://" + std::string(64, 'x') + ".test/"), -1003},  // too long a name to ask anybody for
+             {"", get("https://" + std::string(64, 'x') + ".test/"), -1003},  // too long a name to look up
              {"", get("http://127.0.0.1/"), -1000},
              {"", get(""), -1000},
              {"", get("https://service test/"), -1000},
@@ -219,8 +219,8 @@ TEST_P(UrlSessionConformance, NamesWhyNothingCouldBeSent) {
     }
 }
 
-/// A service that answers one request on a connection and then gives that up: what is in the way of the next request
-/// there is lost. Connections from the `serving`th on it serves.
+/// The service answers one request on its first connection and then abandons that, so that the next request there is
+/// lost. It answers again from connection number `serving` on.
 TEST_P(UrlSessionConformance, SendsAQueryOnceMoreWhenAKeptConnectionDies) {
     constexpr std::size_t whole = 0;
     for (const auto& request : {get(host + "/list?"), post(host + "/a/?b=%20", "body", Idempotency::REPEATABLE)}) {
@@ -248,8 +248,7 @@ TEST_P(UrlSessionConformance, SendsAQueryOnceMoreWhenAKeptConnectionDies) {
     }
 }
 
-/// What a server says on a connection that nobody has asked anything: before the answer to the first request is read,
-/// or after that.
+/// What a server says unasked on a connection, before or after the answer to the first request is read.
 TEST_P(UrlSessionConformance, TakesNoConnectionOnWhichMoreThanTheReplyHasArrived) {
     struct Case {
         const char* name;

@@ -28,7 +28,7 @@ TEST(UrlSessionHttp2, CarriesRequestsSideBySide) {
     std::ofstream(identity) << service().identity.pem();
     std::ofstream(folder.path() / "file") << "from a file";
     const std::string address = abandonedAddress();
-    const OtherProcess server([&](int) {  // knows HTTP/2 only, and sends back what is posted to it
+    const OtherProcess server([&](int) {  // speaks only HTTP/2, and sends back what is posted to it
         const std::string command = "exec nghttpd --echo-upload -a127.0.0.1 -d" + folder.path().string() + " " +
                                     address.substr(address.find(':') + 1) + " " + identity + " " + identity;
         return ::execl("/bin/sh", "sh", "-c", command.c_str(), nullptr) == 0;
@@ -36,7 +36,7 @@ TEST(UrlSessionHttp2, CarriesRequestsSideBySide) {
     const auto session = makeUrlSession(service().reaching(address));
     ASSERT_TRUE(eventually([&] { return text(fetch(*session, get(host + "/none"))).starts_with("404 "); }))
         << "is nghttpd of the package nghttp2-server missing?";
-    // More would not fit the window that HTTP/2 opens for a stream, and libcurl 7.88 may stall on several such at once.
+    // More would not fit into HTTP/2's window for a stream, and libcurl 7.88 may stall on several of those at once.
     const std::string body(30'000, 'x');
     std::vector<std::future<Outcome>> outcomes;
     for (int i = 0; i < 20; ++i) {
@@ -48,7 +48,7 @@ TEST(UrlSessionHttp2, CarriesRequestsSideBySide) {
     }
 }
 
-/// HTTP/2 lets a server say that it has not looked at a request, and libcurl would then send that again on its own.
+/// In HTTP/2 a server can say that it has not looked at a request, which libcurl would then send again by itself.
 TEST(UrlSessionHttp2, SendsARefusedRequestAgainOnlyIfThatIsRepeatable) {
     using namespace std::string_literals;
     const auto settings = "\0\0\0\4\0\0\0\0\0"s;

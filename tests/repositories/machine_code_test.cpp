@@ -10,7 +10,7 @@
 namespace kavio::test {
 namespace {
 
-// What a code is looked up as, in short.
+// What a code is looked up as, in short form.
 std::string lookedUpAs(const std::string& text) {
     const auto query = machineQueryForCode(text);
     if (!query) return "nothing";

@@ -13,7 +13,7 @@ namespace {
 using namespace std::chrono_literals;
 using nlohmann::json;
 
-/// A sandbox on a clock that stands still, and a plain HTTPS client that signs as the library does.
+/// A sandbox whose clock stands still, and a plain HTTPS client that signs as the library does.
 class Client {
 public:
     explicit Client(sandbox::Options options = {}) : service(clocked(std::move(options))) {}
@@ -24,7 +24,7 @@ public:
         json parsed() const { return json::parse(body, nullptr, false); }
         std::string message() const { return parsed().value("message", ""); }
     };
-    /// Sends a request with every header in order; `headers` replace them, an empty one takes its header out.
+    /// Sends a request with all headers correct; `headers` replace them, and an empty one removes its header.
     Answer send(const std::string& method, const std::string& path, const json& body = nullptr,
                 const httplib::Headers& headers = {}) {
         httplib::Request request;
@@ -49,7 +49,7 @@ public:
         const auto reply = client.send(request);
         return reply ? Answer{reply->status, reply->body} : Answer{};
     }
-    /// As `send`, and gives the reply's JSON; a reply that is not 200 fails the test.
+    /// Like `send`, but returns the reply's JSON; a reply other than 200 fails the test.
     json ok(const std::string& method, const std::string& path, const json& body = nullptr) {
         const auto answer = send(method, path, body);
         EXPECT_EQ(answer.status, 200) << method << " " << path << ": " << answer.body;

@@ -67,7 +67,7 @@ void RawServer::acceptAll() {
 void RawServer::serve(int socket, std::size_t number) {
     sigset_t signals{};
     sigemptyset(&signals);
-    sigaddset(&signals, SIGPIPE);  // of a client that left
+    sigaddset(&signals, SIGPIPE);  // from a client that left
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     const int on = 1;
     ::setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);

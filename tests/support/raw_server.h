@@ -18,8 +18,8 @@
 
 namespace kavio::test {
 
-/// A socket bound to a loopback port of the system's choice, which nobody else is given as long as it lives. Whoever
-/// asks for that port by its number may listen there.
+/// A socket bound to a loopback port of the system's choice, which nobody else is given while this lives. Anybody who
+/// asks for that port by number may listen there.
 class LoopbackSocket {
 public:
     LoopbackSocket();
@@ -35,8 +35,8 @@ private:
     const int mDescriptor = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
 };
 
-/// A TLS server on a loopback port of the system's choice that does with each connection what a script says, byte for
-/// byte, and notes what it was sent.
+/// A TLS server on a loopback port of the system's choice. It treats each connection as a script says, byte for byte,
+/// and records what it receives.
 class RawServer {
 public:
     /// What a script can do. Once the peer has left, reading gives nothing more and sending fails.
@@ -48,9 +48,9 @@ public:
         }
         /// Counts from 0.
         std::size_t number() const { return mNumber; }
-        /// False when the client refuses.
+        /// False if the client refuses.
         bool handshake() { return SSL_accept(mTls.get()) == 1; }
-        /// `count` bytes; fewer only when the peer leaves before that.
+        /// Returns `count` bytes; fewer only if the peer leaves before that.
         std::string read(std::size_t count) {
             std::string bytes(count, '\0');
             std::size_t end = 0;
@@ -61,7 +61,7 @@ public:
             }
             return bytes.substr(0, end);
         }
-        /// Head, and as much body as its "Content-Length" says. Empty when the peer leaves before the end.
+        /// Returns the head, and as much body as its "Content-Length" says; nothing if the peer leaves before the end.
         std::string readRequest() {
             std::string request;
             while (!request.ends_with("\r\n\r\n")) {
@@ -80,16 +80,16 @@ public:
             std::size_t count = 0;
             return SSL_write_ex(mTls.get(), bytes.data(), bytes.size(), &count) == 1;
         }
-        /// Ends TLS as it should be ended, and the connection with it or not.
+        /// Ends TLS properly and, if `hangUp`, the connection too.
         void sayGoodbye(bool hangUp) {
             SSL_shutdown(mTls.get());
             if (hangUp) this->hangUp();
         }
         /// Ends our half of the connection.
         void hangUp() { ::shutdown(SSL_get_fd(mTls.get()), SHUT_WR); }
-        /// Whether the handshake took up an earlier session of TLS.
+        /// Whether the handshake resumed an earlier TLS session.
         bool isResumed() { return SSL_session_reused(mTls.get()) == 1; }
-        /// Waits for the peer to leave, or to send more, for no longer than `limit`. False when it does neither.
+        /// Waits up to `limit` for the peer to leave or to send more. False if it does neither.
         bool hearsWithin(std::chrono::milliseconds limit) {
             pollfd socket{SSL_get_fd(mTls.get()), POLLIN, 0};
             return ::poll(&socket, 1, static_cast<int>(limit.count())) > 0;
@@ -107,19 +107,20 @@ public:
         std::unique_ptr<SSL, decltype(&SSL_free)> mTls;
     };
 
-    /// Called for each connection, on a thread of its own. The connection is closed when it returns.
+    /// Called for each connection, on a separate thread. The connection is closed when it returns.
     using Script = std::function<void(Connection&)>;
 
     /// `protocol` is the one that the server takes by ALPN, whatever the client offers.
     RawServer(const sandbox::Identity& identity, Script script, std::string protocol = "http/1.1");
-    /// Cuts what is open.
+    /// Cuts open connections.
     ~RawServer();
     RawServer(const RawServer&) = delete;
     RawServer& operator=(const RawServer&) = delete;
 
     /// "127.0.0.1:PORT"
     std::string address() const { return mListener.address(); }
-    /// The bytes inside TLS that scripts have read, a text a connection, in the order in which those came.
+    /// The bytes inside TLS that scripts have read: one text per connection, in the order in which the
+    /// connections came.
     std::vector<std::string> received() const {
         const std::lock_guard lock(mMutex);
         return mReceived;
@@ -146,13 +147,13 @@ private:
     std::thread mAcceptor;
 };
 
-/// A whole reply of HTTP/1.1. Each of `headers` ends with "\r\n".
+/// A whole HTTP/1.1 reply. Each of `headers` ends with "\r\n".
 inline std::string httpReply(int status, std::string_view body, std::string_view headers = "") {
     return "HTTP/1.1 " + std::to_string(status) + " Status\r\n" + std::string(headers) +
            "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + std::string(body);
 }
 
-/// After the handshake meets each request of a connection by `meet`, as long as that gives true.
+/// After the handshake, passes each request of a connection to `meet`, for as long as that returns true.
 inline RawServer::Script meeting(std::function<bool(RawServer::Connection&, const std::string& request)> meet) {
     return [meet = std::move(meet)](RawServer::Connection& connection) {
         if (!connection.handshake()) return;
@@ -162,7 +163,7 @@ inline RawServer::Script meeting(std::function<bool(RawServer::Connection&, cons
     };
 }
 
-/// Answers all requests of a connection, each by what `answer` makes of its text.
+/// Answers all requests of a connection, each with what `answer` makes of its text.
 inline RawServer::Script answering(std::function<std::string(const std::string& request)> answer) {
     return meeting([answer = std::move(answer)](RawServer::Connection& connection, const std::string& request) {
         return connection.send(answer(request));

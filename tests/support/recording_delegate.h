@@ -13,7 +13,7 @@
 
 namespace kavio::test {
 
-/// One call of a delegate: which callback, the result, and the payload as a short text ("none" when it is absent).
+/// One call of a delegate: which callback, the result, and the payload as a short text ("none" if absent).
 struct Report {
     std::string callback;
     ResultType type;

@@ -2,7 +2,7 @@
 
 #include <string>
 
-/// Replies of the service, as short as they may be.
+/// The service's replies, as short as possible.
 namespace kavio::test::replies {
 
 inline const std::string challenge = R"({"challenge":{"challenge":"c1","phone":"5","retryTimeoutSeconds":30}})";
@@ -22,7 +22,7 @@ inline std::string order(const std::string& status, const std::string& id = "77"
     return R"({"order":{"id":")" + id + R"(","orderType":"vending","orderStatus":")" + status + R"("}})";
 }
 
-/// A time reply that is good until the end of `year`, from a server whose clock shows its first of June.
+/// A time reply that is good until the end of `year`, from a server whose clock shows 1 June of that year.
 inline std::string time(const std::string& year) {
     return R"({"serverTime":")" + year + R"(-06-01T00:00:00.000+0000","expireTime":")" + year +
            R"(-12-31T00:00:00.000+0000"})";

@@ -15,7 +15,7 @@ inline std::string contents(const std::filesystem::path& file) {
     return {std::istreambuf_iterator<char>(in), {}};
 }
 
-/// A fresh folder, in memory where the system offers that, which goes with everything in it.
+/// A fresh folder, in memory if the system offers that, which is removed afterwards with everything in it.
 class TemporaryFolder {
 public:
     TemporaryFolder() {

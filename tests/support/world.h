@@ -27,11 +27,11 @@ struct Answer {
     Answer(UrlError::Code code) : error(code) {}
 };
 
-/// The whole library on a scripted device: the network, the clock and the main thread are driven by hand, the store
-/// lives in memory; the library itself is real. Every instance starts over.
+/// The whole library on a scripted device: the network, the clock and the main thread are driven by hand, and the store
+/// lives in memory, but the library itself is real. Every instance starts afresh.
 class World {
 public:
-    /// With a time sample that is fresh for a day, so that no time request comes between.
+    /// With a time sample that is fresh for a day, so that no time request gets in between.
     World() : mPlatform(mDevice.platform()) {
         forgetSharedInstances();
         setFreshTime();
@@ -39,8 +39,8 @@ public:
     }
     ~World() {
         mKavio.reset();
-        // What is still open ends here: a time request's end sends the request that waits for it, on whatever platform
-        // is current by then.
+        // Ends everything still open: the end of a time request sends the request that waits for it, on whatever
+        // platform is current by then.
         while (mDevice.backgroundUrlSession->fail(UrlError::cancelled) || mDevice.urlSession->fail(UrlError::cancelled))
             run();
         forgetSharedInstances();
@@ -50,9 +50,9 @@ public:
     RecordingDelegate& delegate() { return *mDelegate; }
     const std::vector<Report>& reports() const { return mDelegate ? mDelegate->reports : mReports; }
     const std::vector<std::string>& outcomes() const { return mDelegate->outcomes; }
-    /// Whether the facade refuses operations, and says so. Not counted among the reports.
+    /// Whether the facade refuses operations and says so. This is not counted among the reports.
     bool isBusy() {
-        kavio().getOrder("no number");  // for which nothing is sent
+        kavio().getOrder("no number");  // nothing is sent for this
         const bool busy = mDelegate->reports.back().type == ResultType::BUSY;
         mDelegate->reports.pop_back();
         mDelegate->outcomes.pop_back();
@@ -70,7 +70,7 @@ public:
     FakeDevice& device() { return mDevice; }
 
     void destroyFacade() { mKavio.reset(); }
-    /// The program ends in the middle of whatever it does, and starts again on the same store.
+    /// Ends the program in the middle of whatever it is doing, and starts it again on the same store.
     void restart(Kavio::EnvironmentType environment = Kavio::EnvironmentType::TEST) {
         mAbandoned.push_back(std::move(mKavio));  // a program that is killed destroys nothing
         mDevice.mainQueue->forget();
@@ -80,7 +80,7 @@ public:
         forgetSharedInstances();
         makeFacade(environment);
     }
-    /// The application's reference; the reports stay for the test to see.
+    /// Drops the application's reference; the test can still see the reports.
     void destroyDelegate() {
         mReports = mDelegate->reports;
         mDelegate.reset();
@@ -89,8 +89,8 @@ public:
         mKavio = std::make_unique<Kavio>(mDelegate, "key", environment);
     }
 
-    /// Answers the oldest open request, of the background session when it has one, and lets the main thread do what
-    /// follows. Fails the test when nothing is open.
+    /// Answers the oldest open request, first those of the background session, and lets the main thread do what
+    /// follows. Fails the test if nothing is open.
     void answer(const Answer& answer) {
         const auto answered = [&](auto& session) {
             return answer.error ? session.fail(*answer.error) : session.answer(answer.status, answer.body);
@@ -103,7 +103,7 @@ public:
 
     std::vector<UrlRequest> sent() const { return mDevice.urlSession->requests(); }
     std::vector<UrlRequest> sentInBackground() const { return mDevice.backgroundUrlSession->requests(); }
-    /// Paths with queries of all that was sent on the ordinary session, below "/v1".
+    /// Paths, below "/v1" and with queries, of everything sent on the ordinary session.
     std::vector<std::string> paths() const {
         std::vector<std::string> paths;
         for (const auto& request : sent())
@@ -115,18 +115,18 @@ private:
     FakeDevice mDevice;
     InstalledPlatform mPlatform;
     std::shared_ptr<RecordingDelegate> mDelegate = std::make_shared<RecordingDelegate>();
-    std::vector<Report> mReports;  // of a delegate that is gone
+    std::vector<Report> mReports;  // from a delegate that is gone
     std::unique_ptr<Kavio> mKavio;
     std::vector<std::unique_ptr<Kavio>> mAbandoned;
 };
 
-/// The ways in which an application lets go of the library.
+/// The ways in which an application can let go of the library.
 using Loss = void (*)(World&);
 inline const std::vector<Loss> losses{[](World& world) { world.destroyFacade(); },
                                       [](World& world) { world.destroyDelegate(); },
                                       [](World& world) { world.kavio().release(&world.kavio()); }};
 
-/// The header's value; "none" when the request has none.
+/// The header's value; "none" if the request does not have it.
 inline std::string header(const UrlRequest& request, std::string_view name) {
     for (const auto& [key, value] : request.headers) {
         if (key == name) return value;

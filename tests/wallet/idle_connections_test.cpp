@@ -1,5 +1,5 @@
-// Wallets whose connections are closed while they are idle: in the suite by the service itself, with a few operations.
-// With more of them, also by nghttpx in front of it (Debian's nghttp2-proxy), about ten minutes long:
+// Wallets whose connections are closed while idle: in the test suite by the service itself, with only a few operations.
+// For more operations, and nghttpx in front of the service too (Debian's nghttp2-proxy), run for about ten minutes:
 //   KAVIO_OPERATIONS=2000 KAVIO_IDLE_MS=2000 build/dev/bin/wallet_tests --gtest_filter='IdleConnections*'
 
 #include "sandbox/authority.h"
@@ -20,7 +20,7 @@ namespace {
 
 constexpr const char* direct = "direct";
 
-/// `port` is 0 for any; what it gives is 0 when it cannot be had.
+/// `port` is 0 for any port. Returns 0 if the port is not available.
 int takePort(int port, bool (*use)(int socket, const sockaddr*, socklen_t)) {
     const int socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_in address{};
@@ -45,7 +45,7 @@ bool isListening(int port) {
            }) != 0;
 }
 
-/// nghttpx in front of a sandbox, under a certificate of its own.
+/// nghttpx in front of a sandbox, with its own certificate.
 class Proxy {
 public:
     Proxy(const sandbox::Sandbox& behind, const std::string& protocol, int idleMilliseconds) {
@@ -78,7 +78,7 @@ public:
           mRandom(static_cast<unsigned>(number)),
           mPause(0, 2 * idleMilliseconds) {}
 
-    /// All kinds of operations in turn, each time in another order, until there have been `count`.
+    /// All kinds of operations in turn, in a different order each time, until there have been `count`.
     void run(int count) {
         while (mDone < count) {
             logIn();
@@ -98,7 +98,7 @@ public:
         }
     }
 
-    /// "login SUCCESS" and how often.
+    /// "login SUCCESS" and so on, and how often.
     const std::map<std::string, int>& results() const { return mResults; }
 
 private:
@@ -148,7 +148,7 @@ private:
             if (left == 1) ++mResults[op + " SUCCESS"];
         }
         ++mDone;
-        ::poll(nullptr, 0, mPause(mRandom));  // the connections' time to become idle is what this is about
+        ::poll(nullptr, 0, mPause(mRandom));  // the test is about how long connections are idle
         return event;
     }
     const TemporaryFolder mFolder;
@@ -163,7 +163,7 @@ private:
 void expectAll(const std::string& protocol, std::map<std::string, int> results, const sandbox::Sandbox& sandbox) {
     for (const auto& [result, count] : results) {
         fmt::print("{} {:5} {}\n", protocol, count, result);
-        // nghttpx drops the "?" of an empty query, which is signed: such a request arrives, but is refused.
+        // nghttpx drops the "?" of an empty query, but the "?" is signed: such a request arrives and is refused.
         const bool isOfProxy = protocol != direct && result.find("SIGNATURE_REFUSED") != std::string::npos;
         EXPECT_TRUE(isOfProxy || result.ends_with(" SUCCESS")) << result;
     }

@@ -12,7 +12,7 @@ using WalletLines = WalletTest;
 
 namespace {
 
-/// Operations with all of their arguments as they should be; those with "?" may be left out.
+/// Operations with all of their arguments, all valid; those with "?" may be left out.
 const std::vector<std::string> operations{
     R"({"op":"create","apiKey":"k","environment":"TEST"})",
     R"({"op":"sleep","milliseconds":0})",
@@ -49,7 +49,7 @@ void collect(const Json& value, const std::string& pointer, Words& places) {
 
 std::string withoutMarks(const std::string& text) { return std::regex_replace(text, std::regex{R"(\?)"}, ""); }
 
-/// How errors write the place that a JSON pointer names: "products[0].quantity".
+/// How errors write the place that a JSON pointer names, such as "products[0].quantity".
 std::string written(const std::string& pointer) {
     const auto path = std::regex_replace(withoutMarks(pointer.substr(1)), std::regex{"/0"}, "[0]");
     return '"' + std::regex_replace(path, std::regex{"/"}, ".") + '"';

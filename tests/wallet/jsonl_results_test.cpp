@@ -37,11 +37,11 @@ const std::vector<Operation> operations{
     {"onLogout", R"({"op":"logout"})", "/account/logout"},
 };
 
-// What a service, a broken one or a hostile one answers, and the one report that follows.
+// What a service answers, be it healthy, broken or hostile, and the one report that follows.
 struct Answer {
     sandbox::Fault fault;
     std::string type;
-    std::string message;  // of a lost connection, how it begins
+    std::string message;  // for a lost connection, how it begins
 };
 
 std::vector<Answer> answers() {
@@ -86,7 +86,7 @@ TEST_F(WalletResults, AreOneForEachAnswerToEachRequest) {
             lines.push_back(R"({"op":"storeSet","key":"session_token","value":)" + token + "}");
             if (operation.callback == std::string("onVerify")) lines.emplace_back(operations.front().line);
             lines.emplace_back(operation.line);
-            // Without an order to follow this facade is busy until its first poll; another one is not.
+            // Without an order to follow, this facade is busy until its first poll, but another one is not.
             if (answer.fault.body == "null")
                 lines.insert(lines.end(), {"destroy", "create apiKey=demo-key environment=TEST"});
         }
@@ -107,7 +107,7 @@ TEST_F(WalletResults, AreOneForEachAnswerToEachRequest) {
     }
 }
 
-// The service computes each signature anew and refuses another one with 417.
+// The service computes each signature itself and refuses a different one with 417.
 TEST_F(WalletResults, AreSuccessForRequestsInAnyScript) {
     logIn();
     const auto run = drive({
@@ -120,7 +120,7 @@ TEST_F(WalletResults, AreSuccessForRequestsInAnyScript) {
                                            "main onCheckIsUserLogin SUCCESS", "main onLogout SUCCESS"));
 }
 
-// Of either path, ordinary and background.
+// On both the ordinary and the background session.
 TEST_F(WalletResults, OfATooLargeReplyAreAFailure) {
     logIn();
     for (const auto* path : {"/machines/byValue", "/machines/*/orders"}) {
@@ -129,11 +129,11 @@ TEST_F(WalletResults, OfATooLargeReplyAreAFailure) {
     const auto run = drive({operations[7].line, operations[11].line});
     ASSERT_THAT(run.summary(), ElementsAre("main onGetMachines FAILURE", "main onPlaceOrder FAILURE"));
     EXPECT_EQ(run.events()[0].at("result").at("message"), "failed to send request, error: The reply is too large.");
-    EXPECT_EQ(run.events()[1].at("result").at("message"), nullptr) << "of a lost reply only the status counts";
+    EXPECT_EQ(run.events()[1].at("result").at("message"), nullptr) << "for a lost reply only the status counts";
 }
 
-// Whatever becomes of the connection: the service sees one purchase or none, the application hears one outcome, and
-// what it hears later, from another run of the program, is what the service has.
+// Whatever happens to the connection, the service sees at most one purchase, the application gets one outcome, and what
+// it learns later, in another run of the program, agrees with the service.
 TEST_F(WalletResults, OfAPurchaseWhoseReplyIsLostAreOneAndItIsSettledLater) {
     logIn();
     const auto unsettled = [&] { return drive({"unsettledPayments"}).events().at(0).at("value"); };
@@ -168,7 +168,7 @@ TEST_F(WalletResults, OfAPurchaseWhoseReplyIsLostAreOneAndItIsSettledLater) {
         }
         const auto order = sandbox.state().at("purchases").back().at("order").dump();
         EXPECT_EQ(settled.at("order").at("id"), order);
-        while (!unsettled().empty()) run("order " + order);  // to its end
+        while (!unsettled().empty()) run("order " + order);  // until it ends
     }
 }
 

@@ -25,7 +25,7 @@ protected:
     Json json(const std::string& command, const std::string& input = {}) const {
         return run(command + " --json", input).events().at(0);
     }
-    /// Stores one, and gives its ID, as `methods` shows it.
+    /// Stores a card and returns its ID, as `methods` shows it.
     std::string storedCard() const { return json("add-card", cardLines).at("card").at("id"); }
 };
 
@@ -38,7 +38,7 @@ TEST_F(WalletCommands, LogInWithTheCodeThatIsAskedFor) {
     const auto second = run(login, "000000\n123456\n");
     EXPECT_EQ(second.output, "A code was sent to +49 151234567.\nYou are logged in.\n");
     EXPECT_THAT(second.errors, StartsWith("kavio-wallet: The code was not accepted: "));
-    sandbox.setClockOffset(std::chrono::hours{365 * 24});  // no matter: what follows is signed with the service's time
+    sandbox.setClockOffset(std::chrono::hours{365 * 24});  // harmless: what follows is signed by the service's time
     EXPECT_EQ(run("methods").status, 0);
     EXPECT_EQ(run("logout").output, "You are logged out.\n");
     EXPECT_EQ(run("status").status, 3);
@@ -147,7 +147,7 @@ TEST_F(WalletCommands, RefuseAPurchaseBeforeAnyMoneyMoves) {
              {"buy --amount 1 --pay card:x " + coffee, 6},
              {"buy --amount 1.505 " + coffee, 6},
              {"buy --amount 1.5 42101570", 6},  // in yen
-             {"buy --amount 1 42102343", 6},    // takes no wallet
+             {"buy --amount 1 42102343", 6},    // does not take the wallet
              {yenWithDecimals, 6},
              {prepaidWithAmount, 2},
          }) {
@@ -193,7 +193,7 @@ TEST_F(WalletCommands, TellHowAnOrderThatFailedEnded) {
     EXPECT_THAT(late.errors, HasSubstr("is out of service"));
 }
 
-// What the service leaves out or spells badly.
+// The service leaves things out or spells them badly.
 TEST_F(WalletCommands, ClaimNothingThatTheServiceDoesNotSay) {
     logIn();
     const Json order{{"id", "7"},       {"orderType", "vending"},    {"orderStatus", "completed"},
@@ -211,10 +211,10 @@ TEST_F(WalletCommands, ClaimNothingThatTheServiceDoesNotSay) {
     sandbox.fault("/machines/byValue", {.body = Json::array({machine}).dump()});
     const auto refused = run("buy --amount 1 " + coffee);
     EXPECT_EQ(refused.status, 6);
-    EXPECT_THAT(refused.errors, HasSubstr("Nobody's cannot be paid at"));
+    EXPECT_THAT(refused.errors, HasSubstr("You cannot pay at Nobody's"));
 }
 
-// Each stage of a purchase, by the request that waits when the person presses Ctrl-C.
+// Each stage of a purchase, named by the request that is waiting when the person presses Ctrl-C.
 TEST_F(WalletCommands, SayWhatIsTrueOfAPurchaseThatIsInterrupted) {
     sandbox::Sandbox impatient{{.orderStep = std::chrono::hours{1}, .sampleLifetime = std::chrono::seconds{0}}};
     const auto elsewhere = " --connect-to " + impatient.address() + " --ca-file " + impatient.authorityFile().string();
@@ -293,7 +293,7 @@ TEST_F(WalletCommands, DoNotShowCardNumbersOnATerminal) {
         wallet.write(answer);
     }
     shown += wallet.read();
-    const auto identifier = shown.find("was stored as card:");  // which is random, and may hold any digits
+    const auto identifier = shown.find("was stored as card:");  // this is random and may contain any digits
     ASSERT_NE(identifier, std::string::npos) << shown;
     EXPECT_THAT(shown.substr(0, identifier),
                 AllOf(HasSubstr("robin@kavio.example"), Not(HasSubstr("41111")), Not(HasSubstr("987"))));
@@ -332,7 +332,7 @@ TEST_F(WalletOptions, WorkWithStandardChannelsThatAreClosedOrFull) {
     const auto status = folder.path() / "status";
     command = "(" + command + " buy --amount 1 " + coffee + "; echo $? >" + status.string() + ") 2>/dev/null | true";
     EXPECT_EQ(std::system(command.c_str()), 0);
-    EXPECT_EQ(contents(status), "1\n") << "followed to its end, although nobody reads of that";
+    EXPECT_EQ(contents(status), "1\n") << "followed to its end, although nobody reads about it";
 }
 
 TEST_F(WalletOptions, EndWithStatusTwoAndOneLineWhenTheyAreWrong) {

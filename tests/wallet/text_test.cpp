@@ -18,7 +18,7 @@ TEST(WalletMoney, IsWrittenInTheDecimalsOfItsCurrency) {
     EXPECT_EQ(moneyText(5, {"EUR", 2}), "0.05 EUR");
     EXPECT_EQ(moneyText(-5, {"EUR", 2}), "-0.05 EUR");
     EXPECT_EQ(moneyText(1250, {"JPY", 0}), "1250 JPY");
-    EXPECT_EQ(moneyText(24050, currencyNamed("RSD")), "240.50 RSD");  // ICU knows no decimals of it
+    EXPECT_EQ(moneyText(24050, currencyNamed("RSD")), "240.50 RSD");  // ICU knows no decimals for it
     EXPECT_EQ(moneyText(240, currencyOfCountry("JP").value_or(Currency{})), "240 JPY");
     EXPECT_FALSE(currencyOfCountry("") || currencyOfCountry("Japan") || currencyOfCountry("UK"));
     EXPECT_EQ(moneyText(Limits::min(), {"X", 18}), "-9.223372036854775808 X");

@@ -23,12 +23,12 @@ namespace kavio::test {
 using Json = nlohmann::json;
 using Words = std::vector<std::string>;
 
-/// The words of a command line, none of which holds a blank.
+/// The words of a command line, none of which contains a blank.
 inline Words words(const std::string& text) {
     std::istringstream stream{text};
     return {std::istream_iterator<std::string>{stream}, {}};
 }
-/// A line of the driver from "isLoggedIn facade=b await=2", where a value that is not JSON becomes a text. JSON stays
+/// A line for the driver from "isLoggedIn facade=b await=2", where a value that is not JSON becomes a text. JSON stays
 /// as it is.
 inline std::string line(const std::string& text) {
     if (text.starts_with('{')) return text;
@@ -55,7 +55,7 @@ inline std::string summaryOf(const Json& event) {
 
 /// What a run of kavio-wallet left behind.
 struct Outcome {
-    int status = -1;  // a signal's number below zero
+    int status = -1;  // below zero: the number of a signal
     std::string output;
     std::string errors;
 
@@ -97,7 +97,7 @@ inline bool execute(Words words) {
     return ::execv(pointers.front(), pointers.data()) == 0;
 }
 
-/// A kavio-wallet on a terminal of its own.
+/// A kavio-wallet on its own terminal.
 class LiveWallet {
 public:
     explicit LiveWallet(Words arguments) {
@@ -115,7 +115,7 @@ public:
     void write(const std::string& text) const {
         EXPECT_EQ(::write(mFile, text.data(), text.size()), static_cast<ssize_t>(text.size()));
     }
-    /// Waits until what comes ends with `end`; without one, or when it never does, for all the rest.
+    /// Waits until the output ends with `end`; without one, or if it never does, reads all the rest.
     std::string read(const std::string& end = {}) const {
         std::string text;
         for (char next = 0; (end.empty() || !text.ends_with(end)) && ::read(mFile, &next, 1) == 1;) text += next;
@@ -136,7 +136,7 @@ private:
     int mFile = -1;
 };
 
-/// kavio-wallet on a sandbox, with a store of its own.
+/// kavio-wallet on a sandbox, with its own store.
 class WalletTest : public ::testing::Test {
 protected:
     Words options(const std::string& more) const {

@@ -13,7 +13,7 @@ LinuxPlatformOptions deviceOptions(const Options& options, std::shared_ptr<MainQ
     device.session.connectTo = options.connectTo;
     device.session.certificateAuthorities = options.certificateAuthorities;
     device.storeDirectory = options.storeDirectory;
-    device.information.emplace("CFBundleIdentifier", std::string("kavio-wallet"));  // whatever name it is started by
+    device.information.emplace("CFBundleIdentifier", std::string("kavio-wallet"));  // whatever name it is started under
     if (options.kavioKey) device.information.emplace("KavioKey", *options.kavioKey);
     if (options.bundleVersion) device.information.emplace("CFBundleVersion", *options.bundleVersion);
     device.mainQueue = std::move(mainQueue);

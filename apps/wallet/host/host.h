@@ -17,7 +17,7 @@ public:
     virtual bool runUntil(const std::function<bool()>& done, std::chrono::milliseconds limit) = 0;
 };
 
-/// Without windows. Must be made on the main thread, before anything else of the library is used.
+/// Without windows. Must be made on the main thread, before anything else in the library is used.
 std::unique_ptr<Host> makeTerminalHost(const Options& options);
 
 /// With a window for 3-D Secure pages. Null if none can be opened; `reason` then says why.

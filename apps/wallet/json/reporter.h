@@ -13,7 +13,7 @@ namespace kavio::wallet {
 using OrderReport = std::shared_ptr<const Order>;
 using CardReport = std::shared_ptr<const CreditCard>;
 
-/// What a callback delivers beside its result; `std::monostate` if nothing.
+/// What a callback delivers besides its result; `std::monostate` if nothing.
 using Payload =
     std::variant<std::monostate, std::optional<PaymentMethods>, std::optional<Machines>, std::optional<Products>,
                  OrderReport, std::optional<std::int64_t>, std::optional<Orders>, CardReport>;

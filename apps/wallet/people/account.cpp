@@ -16,7 +16,7 @@ namespace {
 
 constexpr int codesToTry = 3;
 
-/// The region of the user's locale; empty if it has none, like "C" or "POSIX", which ICU takes for American.
+/// The region of the user's locale; empty if it has none, like "C" or "POSIX", which ICU treats as American.
 std::string ownCountry() {
     const auto locale = icu::Locale::getDefault();
     return std::string_view{locale.getVariant()} == "POSIX" ? "" : locale.getCountry();

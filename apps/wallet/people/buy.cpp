@@ -108,7 +108,7 @@ std::vector<std::shared_ptr<const RemoteVendProduct>> productsOf(const Purchase&
 void check(const Session& session, const Machine& machine, const PaymentMethod& method) {
     if (machine.kavioId == 0)
         throw Failure(ExitStatus::REFUSED,
-                      fmt::format("{} cannot be paid at: the service gives no number for it.", titleOf(machine)));
+                      fmt::format("You cannot pay at {}: the service gives no number for it.", titleOf(machine)));
     if (!machine.isWalletAllowed && method.type == PaymentMethod::PaymentType::KAVIO)
         throw Failure(ExitStatus::REFUSED,
                       fmt::format("{} does not take the wallet: choose a card with --pay.", titleOf(machine)));

@@ -28,7 +28,7 @@ Failure explain(const KavioResult& result) {
             return {ExitStatus::FAILED, "Another operation is still under way."};
         case Cause::SIGNATURE_REFUSED:
             return {ExitStatus::FAILED,
-                    "The clock was wrong, so nothing was done. It will be set again: please try again."};
+                    "The clock was wrong, so nothing was done. It will be corrected: please try again."};
         case Cause::UPDATE_REQUIRED:
             return {ExitStatus::FAILED, "This kavio-wallet is too old for the service: update it."};
         case Cause::SERVICE_FAILED:
@@ -38,7 +38,7 @@ Failure explain(const KavioResult& result) {
         case Cause::CONNECTION_FAILED:
             return failure(ExitStatus::NO_NETWORK, "The service cannot be reached");
         case Cause::UNTRUSTED_SERVICE:
-            return failure(ExitStatus::NO_NETWORK, "What answered could not prove to be the service");
+            return failure(ExitStatus::NO_NETWORK, "Whoever answered could not prove to be the service");
         case Cause::UNREADABLE_REPLY:
         case Cause::CONNECTION_LOST:
         case Cause::TIMED_OUT:

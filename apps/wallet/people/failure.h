@@ -19,7 +19,7 @@ enum class ExitStatus : int {
     TIMED_OUT = 5,
     REFUSED = 6,
     SERVICE_FAILED = 7,
-    INTERRUPTED = 130,  ///< as a shell calls it when Ctrl-C ends a program
+    INTERRUPTED = 130,  ///< what a shell reports when Ctrl-C ends a program
 };
 
 /// Why a command could not do its work, as a sentence for people.

@@ -8,7 +8,7 @@ namespace {
 
 /// Set by the signal handler, on whichever thread that runs.
 std::atomic<bool> isNoted = false;
-static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler may not wait for a lock");
+static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler must not wait for a lock");
 
 void note(int /*signal*/) { isNoted = true; }
 

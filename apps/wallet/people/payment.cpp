@@ -49,7 +49,7 @@ Failure Payment::leave() {
     mSession.release();
     const auto after = writtenDown();
     const auto& latest = after ? after : before;
-    // By the release, that is: a top-up cannot be given up, so it was answered at that moment.
+    // Given up by the release, that is. A top-up cannot be given up, so it was answered at that moment.
     const bool isGivenUp = before && !after && before->kind == UnsettledPayment::Kind::ORDER;
     const auto orderId = printable(latest && latest->orderId ? *latest->orderId : mOrderId);
     const auto sentence = [&]() -> std::string {

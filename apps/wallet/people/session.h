@@ -17,7 +17,7 @@
 namespace kavio::wallet {
 
 /// Whether an operation that the service refused because of the clock is started once more: the library then asks for
-/// the time first. For operations that only ask, and for those that do no harm when they are done twice.
+/// the time first. For operations that only ask, and for those that do no harm when done twice.
 enum class WhenClockIsWrong { FAIL, TRY_AGAIN };
 
 /// The wallet for a command: one facade, one operation at a time, and what is shown of it.
@@ -61,7 +61,7 @@ public:
     void show(const Table& table, std::string_view whenEmpty) const;
     /// For programs only: the answer to a question that no callback answers.
     void answer(std::string_view question, const Json& value) const;
-    /// For problems beside the command's own outcome.
+    /// For problems other than the command's own outcome.
     void warn(std::string_view sentence) const;
 
 private:

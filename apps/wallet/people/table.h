@@ -10,7 +10,7 @@ struct Column {
     enum class Kind {
         PROSE,   ///< may be cut on a narrow terminal
         EXACT,   ///< useful only as a whole, such as a code that a command takes
-        NUMBER,  ///< as EXACT, aligned to the right
+        NUMBER,  ///< like EXACT, aligned to the right
     };
     std::string heading;
     Kind kind = Kind::PROSE;

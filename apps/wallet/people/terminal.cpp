@@ -26,7 +26,7 @@ void putBackAndEnd(int signal) {
     std::raise(signal);
 }
 
-/// Turns off the terminal's echo, and on again, even if the program is ended meanwhile.
+/// Turns off the terminal's echo, and on again afterwards, even if the program is ended in between.
 class Silence {
 public:
     Silence() {

@@ -51,14 +51,14 @@ Failure unknownPayment(const std::string& id) {
                                              printable(id))};
 }
 
-/// Says what the reports told of the payment. What is still uncertain is a `Failure`.
+/// Says what the reports told about the payment. Anything still uncertain is a `Failure`.
 void conclude(const Session& session, const UnsettledPayment& payment, const Report& last, const OrderReport& order) {
     const auto title = titleOf(payment);
     if (last.result->cause == Cause::NOT_MADE)
         return session.say(fmt::format("The {} never reached the service: nothing was paid.", title));
     if (last.result->cause == Cause::NOT_CERTAIN)
         throw Failure(ExitStatus::FAILED,
-                      fmt::format("What became of the {} cannot be told, or not yet: try again a few minutes after it "
+                      fmt::format("It is not certain what became of the {}: try again a few minutes after it "
                                   "was started, or compare `kavio-wallet transactions`.",
                                   title));
     if (last.result->type != ResultType::SUCCESS) throw failureOf(*last.result);
@@ -91,7 +91,7 @@ void settleOne(Session& session, const std::string& id) {
     settle(session, *payment);
 }
 
-/// One that stays in doubt keeps none of the others waiting.
+/// One that stays in doubt must not hold up the others.
 void settleAll(Session& session) {
     const auto payments = session.unsettled();
     std::optional<Failure> failure;

@@ -44,8 +44,8 @@ std::string nameOfCard(const std::string& nameOrId);
 Currency currencyOf(const DepositCard& card);
 /// Its balance, such as "12.50 EUR".
 std::string balanceText(const DepositCard& card);
-/// Shows the balance of the method with that name, if it has one. If the balance cannot be found out, what changed it
-/// has succeeded all the same.
+/// Shows the balance of the method with that name, if it has one. If the balance cannot be found out, the operation
+/// that changed it has still succeeded.
 void showBalance(Session& session, const std::string& method);
 
 /// The amount that the user wrote, in the smallest unit of `currency`; throws `Failure` if it is not an amount.

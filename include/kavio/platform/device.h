@@ -38,13 +38,13 @@ public:
     virtual ~Locale() = default;
     /// ISO 639 code; absent when the locale has none.
     virtual std::optional<std::string> languageCode() const = 0;
-    /// Name of an ISO 3166 region in the user's language; absent when `code` is no region.
+    /// Name of an ISO 3166 region in the user's language; absent when `code` is not a region.
     virtual std::optional<std::string> regionName(std::string_view code) const = 0;
 };
 
 /// A Unicode date pattern, always of the Gregorian calendar; locale and time zone are the device's own when absent.
 ///
-/// The library asks for no others than these; a formatter may refuse the rest:
+/// The library asks only for these; a formatter may refuse any other:
 ///
 /// | pattern | locale | time zone | for |
 /// | --- | --- | --- | --- |
@@ -55,22 +55,23 @@ public:
 /// | yyyyMMddHHmmss | en_US_POSIX | UTC | formatting |
 /// | yyyy-MM-dd HH:mm:ss xx | en_US_POSIX | UTC | formatting |
 ///
-/// The library itself reads and writes dates of the years 1583 to 9999 in these forms; the formatter gets the others.
+/// The library itself reads and writes dates in the years 1583 to 9999 in these forms; the formatter gets only
+/// the others.
 struct DateFormat {
     std::string pattern;
     std::optional<std::string> locale;
     std::optional<std::string> timeZone;
 };
 
-/// Dates as text. Parsing is strict and must use the whole text. A fraction of a second may have up to nine digits, of
-/// which what is finer than a millisecond is cut off; with more digits the text does not parse. Texts come from the
-/// network: whatever they hold, parsing ends soon and by returning. A pattern that the formatter refuses parses nothing
-/// and formats as an empty text. Safe from any thread.
+/// Dates as text. Parsing is strict and must use the whole text. A fraction of a second may have up to nine digits, and
+/// is cut off after the millisecond; with more digits the text does not parse. Texts come from the network: whatever
+/// they contain, parsing returns, and soon. A pattern that the formatter refuses parses nothing and formats as an empty
+/// text. Safe from any thread.
 class KAVIO_API DateFormatter {
 public:
     virtual ~DateFormatter() = default;
     virtual std::optional<Date> parse(const DateFormat& format, std::string_view text) const = 0;
-    /// Empty for a date that the calendar cannot hold.
+    /// Empty for a date that the calendar cannot represent.
     virtual std::string format(const DateFormat& format, Date date) const = 0;
 };
 
@@ -87,8 +88,8 @@ public:
     };
 
     virtual ~RegularExpression() = default;
-    /// All non-overlapping matches anywhere in `text`, in order of position. A search that the engine gives up, because
-    /// it takes too long, has no match.
+    /// All non-overlapping matches anywhere in `text`, in order of position. A search that the engine gives up because
+    /// it takes too long has no matches.
     virtual std::variant<std::vector<Match>, Invalid> matches(std::string_view pattern,
                                                               std::string_view text) const = 0;
 };

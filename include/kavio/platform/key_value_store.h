@@ -38,16 +38,16 @@ using StoreChanges = std::map<std::string, std::optional<StoredValue>, std::less
 /// A named suite of values that outlasts the process.
 ///
 /// - A write that has returned true is kept, whatever happens to the process afterwards; one that returned false
-///   changed nothing. All changes of one write come together. A date that is no number may be refused.
-/// - A read sees the last completed write of any process that shares the suite; while the suite cannot be read, the
-///   values last seen in it.
+///   changed nothing. The changes of one write take effect together. A date that is not a number may be refused.
+/// - A read sees the last completed write of any process that shares the suite; while the suite cannot be read, it
+///   gives the values last seen in it.
 /// - Safe from any thread. No call throws.
 class KAVIO_API KeyValueStore {
 public:
     virtual ~KeyValueStore() = default;
     virtual std::optional<StoredValue> value(std::string_view key) const = 0;
-    /// The values of several keys, in their order. A store that has to look for the writes of other processes looks
-    /// once, and so gives what one moment held.
+    /// The values of several keys, in their order. A store that has to look for other processes' writes looks only
+    /// once, so all the values are of the same moment.
     virtual std::vector<std::optional<StoredValue>> values(std::initializer_list<std::string_view> keys) const {
         std::vector<std::optional<StoredValue>> found;
         for (const auto key : keys) found.push_back(value(key));
@@ -56,8 +56,7 @@ public:
     /// The keys that have a value, in no particular order.
     virtual std::vector<std::string> keys() const = 0;
     virtual bool write(const StoreChanges& changes) = 0;
-    /// Whether all that was written outlasts the process; not so where values live in memory for want of a better
-    /// place.
+    /// Whether what was written outlasts the process. False where values live in memory for want of a better place.
     virtual bool isKept() const { return true; }
 
     bool set(std::string_view key, StoredValue value) { return write({{std::string(key), std::move(value)}}); }
@@ -80,8 +79,8 @@ public:
     virtual ~KeyValueStores() = default;
     /// Null when the platform refuses to create a suite of that name.
     virtual std::shared_ptr<KeyValueStore> suite(std::string_view name) = 0;
-    /// The store that stands in for a suite that is refused; never null. No other application shares it. It may live in
-    /// memory.
+    /// The store that stands in for a suite that is refused; never null. No other application shares it. It may live
+    /// in memory.
     virtual std::shared_ptr<KeyValueStore> standard() = 0;
 };
 

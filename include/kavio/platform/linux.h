@@ -24,22 +24,23 @@ struct UrlSessionConfiguration {
 struct LinuxPlatformOptions {
     UrlSessionConfiguration session;
     /// Folder of the key/value suites, which hold the session. Empty for one of the application's own, so that the
-    /// wallets of two vendors share nothing: `$XDG_DATA_HOME/kavio/IDENTIFIER` (`~/.local/share/kavio/IDENTIFIER`),
-    /// where IDENTIFIER is the information value "CFBundleIdentifier" or, without one, the name that the program was
-    /// started by. A program that may be started by several names, or whose name others have too, as a script's
-    /// interpreter, should set one. Programs that are to share a session set the same folder and "KavioKey".
+    /// wallets of two vendors share nothing: `$XDG_DATA_HOME/kavio/IDENTIFIER`
+    /// (`~/.local/share/kavio/IDENTIFIER`), where IDENTIFIER is the information value "CFBundleIdentifier" or,
+    /// without one, the name under which the program was started. A program that may be started under several
+    /// names, or that shares its name with others, as a script's interpreter does, should set one. Programs that
+    /// are to share a session set the same folder and "KavioKey".
     std::filesystem::path storeDirectory;
     /// The host application's information values, such as "KavioKey", "CFBundleIdentifier" and "CFBundleVersion".
     std::map<std::string, Bundle::Value, std::less<>> information;
     /// The host application's translations of the library's texts.
     std::map<std::string, std::string, std::less<>> localizedStrings;
-    /// The queue of the host's main thread; null for a `RunLoop` that the thread which makes the platform runs.
+    /// The queue of the host's main thread; null for a `RunLoop`, which the thread that makes the platform must run.
     std::shared_ptr<MainQueue> mainQueue;
-    /// Told, on the thread that met it, which suite file was damaged and where it was set aside. An empty path says
-    /// that the file stays where it is and cannot be used, because it cannot be read, written or moved, or because a
-    /// newer version of the library made it: the values then live in memory, and end with the process. A file that was
-    /// set aside still holds secrets such as a session token; it is removed when the suite is opened a week later, and
-    /// takes the place of an earlier one. May use the library.
+    /// Told, on the thread that noticed, which suite file was damaged and where it was set aside. `setAside` is empty
+    /// if the file stays where it is but cannot be used, because it cannot be read, written or moved, or because a
+    /// newer version of the library made it; the values then live in memory and end with the process. A file that was
+    /// set aside still holds secrets such as a session token. It replaces an earlier one, and is removed when the suite
+    /// is opened a week later or more. The function may use the library.
     std::function<void(const std::filesystem::path& damaged, const std::filesystem::path& setAside)> onStoreDamaged;
 };
 

@@ -11,7 +11,7 @@
 
 namespace kavio {
 
-/// All that the library needs of a device. No member but `windows` may be null.
+/// Everything the library needs from a device. Only `windows` may be null.
 struct KAVIO_API Platform {
     std::shared_ptr<UrlSession> urlSession;
     std::shared_ptr<BackgroundUrlSession> backgroundUrlSession;
@@ -32,12 +32,12 @@ struct KAVIO_API Platform {
     /// Null on a device without windows: what needs one reports that it could not start.
     std::shared_ptr<Windows> windows;
 
-    /// The process's platform. When none was installed, the one that the library was built for is made on first use. A
-    /// library built for none (KAVIO_PLATFORM=none) ends the program there, with a message on standard error. Safe from
+    /// The process's platform. If none was installed, the one that the library was built for is made on first use. A
+    /// library built for none (KAVIO_PLATFORM=none) then ends the program, with a message on standard error. Safe from
     /// any thread.
     static Platform& current();
-    /// Replaces the platform that `current` gives. A host calls it before it uses anything else of the library; false
-    /// when that is too late.
+    /// Replaces the platform that `current` gives. A host calls it before it uses anything else in the library; false
+    /// when it is too late for that.
     static bool install(Platform platform);
 };
 

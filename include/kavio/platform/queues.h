@@ -14,7 +14,7 @@ class KAVIO_API MainQueue {
 public:
     virtual ~MainQueue() = default;
     virtual void post(std::function<void()> work) = 0;
-    /// Not before `delay` has passed on the monotonic clock.
+    /// Runs `work` once `delay` has passed on the monotonic clock, never sooner.
     virtual void postAfter(std::chrono::milliseconds delay, std::function<void()> work) = 0;
     virtual bool isMainThread() const = 0;
 };

@@ -22,8 +22,8 @@ public:
     /// Runs work until `stop` is called, from any thread.
     void run();
     void stop();
-    /// Runs work until `done` gives true, which is asked after each piece of work, or until `limit` has passed.
-    /// Gives the last answer of `done`.
+    /// Runs work until `done`, which is asked after each piece of work, returns true, or until `limit` has passed.
+    /// Returns the last answer of `done`.
     bool runUntil(const std::function<bool()>& done, std::chrono::milliseconds limit);
 
 private:

@@ -7,33 +7,33 @@
 #include <optional>
 #include <string>
 
-// What the library needs of a device's user interface. Everything here is called, and calls back, on the main thread.
+// What the library needs from a device's user interface. Everything here is called, and calls back, on the main thread.
 
 namespace kavio {
 
 /// A view that runs web pages: the card issuer's, and whatever those lead to. None of them is trusted.
 ///
 /// - A page may run scripts, submit forms, navigate and load frames. Each navigation is offered to the scene's observer
-///   before it starts; one that a frame of a secure page makes to "http://127.0.0.1" too, which ends the page.
+///   before it starts, even one that a frame of a secure page makes to "http://127.0.0.1", which ends the page.
 /// - Only http, https, about, data and blob addresses are followed: no file is read, no other program is started.
 /// - Nothing outlives the scene: no cookie, cache entry or other data is kept, and nothing is downloaded.
-/// - A certificate that is not in order fails the page, and nobody is asked whether to go on.
-/// - No window but the scene's: what the person opens in a new one opens in the view itself, and what a script opens is
-///   offered to the observer and goes no further.
-/// - No dialog, whether of a script, for a file or for a password; none holds the page up. No permission is granted, to
-///   camera, microphone or position for example, and no page becomes full screen by itself.
+/// - An invalid certificate fails the page, and nobody is asked whether to go on.
+/// - There is no window but the scene's: what the person opens in a new one opens in the view itself, and what a script
+///   opens is offered to the observer and goes no further.
+/// - There are no dialogs, whether for a script, a file or a password, and none holds the page up. No permission is
+///   granted, for example for the camera, microphone or position, and no page goes full screen by itself.
 /// - The bar names the page that is there, never one that is still on its way: its host in ASCII, and whether the
 ///   connection is secure.
 /// - A page that crashes takes nothing with it: the scene stays, and offers to try again.
 class KAVIO_API WebView {
 public:
     virtual ~WebView() = default;
-    /// A hidden view runs its page all the same; the person sees that something is under way.
+    /// A hidden view still runs its page; the person sees that something is under way.
     virtual void setHidden(bool hidden) = 0;
     /// Shows an HTML document that has no address: relative links lead nowhere, and it shares no data with any site.
     virtual void loadHtml(const std::string& document) = 0;
-    /// Shows the page at an absolute URL, with the device's usual caching. A page of which nothing has come within
-    /// `timeout` has failed. What fails is told to the person and to nobody else.
+    /// Shows the page at an absolute URL, with the device's usual caching. A page fails if nothing of it has arrived
+    /// within `timeout`. A failure is shown to the person and reported to nobody else.
     virtual void loadUrl(const std::string& url, std::chrono::seconds timeout) = 0;
 };
 
@@ -49,14 +49,15 @@ public:
     virtual void onDidReceiveMemoryWarning() = 0;
 };
 
-/// Told what the page of a secure scene and the person before it do.
+/// Told what the page of a secure scene and the person in front of it do.
 class KAVIO_API TDSecureSceneDelegate {
 public:
     virtual ~TDSecureSceneDelegate() = default;
-    /// A navigation is about to start: of the page, of a frame in it or into a new window, the first load and each
-    /// redirect too. Told once each, before its request goes out. The URL is absent where the platform knows none.
+    /// A navigation is about to start: of the page, of a frame in it or into a new window, including the first load and
+    /// each redirect. Called once for each, before its request goes out. The URL is absent where the platform does not
+    /// know it.
     virtual void onRedirect(const std::optional<std::string>& url) = 0;
-    /// The person wants to leave: by the scene's close button or whatever else the device has for that. The scene stays
+    /// The person wants to leave, by the scene's close button or whatever else the device has for that. The scene stays
     /// until it is dismissed.
     virtual void onCloseClicked() = 0;
 };
@@ -67,15 +68,17 @@ public:
     virtual ~ViewController() = default;
     /// Null when this screen is the top-most.
     virtual std::shared_ptr<ViewController> presentedViewController() const = 0;
-    /// Shows `scene`, of the same platform, full screen and modally above this screen. On the first time it has told
-    /// that its view is loaded when it returns. Does nothing when the scene is already shown.
+    /// Shows `scene`, of the same platform, full screen and modally above this screen. The first time, the scene has
+    /// told its `lifecycleDelegate` that its view is loaded by the time this returns. Does nothing when the scene is
+    /// already shown.
     virtual void present(const std::shared_ptr<ViewController>& scene, bool animated) = 0;
-    /// Takes the screen away, where it is shown; it is never shown again. That it disappears has been told when it
-    /// returns, and nothing but the end of that is told afterwards. A screen that nobody holds any more is dismissed.
+    /// Takes the screen away if it is shown; it is never shown again. `onViewWillDisappear` has been called by the
+    /// time this returns, and nothing but `onViewDidDisappear` is called afterwards. A screen that nobody holds any
+    /// more is dismissed.
     virtual void dismiss(bool animated) = 0;
 };
 
-/// One screen of the library. Whom it tells may load another page and dismiss it inside any of these calls.
+/// One screen of the library. Its delegate may load another page or dismiss it inside any of these calls.
 class KAVIO_API AbstractScene : public ViewController {
 public:
     std::weak_ptr<ViewLifecycle> lifecycleDelegate;
@@ -94,7 +97,7 @@ public:
 
     /// Null once the scene is dismissed.
     virtual std::shared_ptr<WebView> webView() const = 0;
-    /// Hidden: `content` is an HTML document. Visible: it is a page's address; what is not a URL loads nothing.
+    /// If `hidden`, `content` is an HTML document. Otherwise it is a page's address; what is not a URL loads nothing.
     void load(const std::string& content, bool hidden) const;
 };
 
@@ -109,7 +112,7 @@ public:
 class KAVIO_API Windows {
 public:
     virtual ~Windows() = default;
-    /// The window that the person uses; null without one.
+    /// The window that the person is using; null if there is none.
     virtual std::shared_ptr<Window> keyWindow() const = 0;
     /// A new scene for the card issuer's pages; null when it cannot be made.
     virtual std::shared_ptr<TDSecureScene> makeScene() = 0;

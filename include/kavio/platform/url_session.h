@@ -16,11 +16,10 @@ namespace kavio {
 
 /// Whether a request may reach the service more than once without harm.
 enum class Idempotency {
-    /// Where a kept connection turns out to be dead before a reply, the request is sent once more on another one, byte
-    /// for
+    /// If a kept connection turns out to be dead before a reply, the request is sent once more on another one, byte for
     /// byte as it was. A redirect may be followed.
     REPEATABLE,
-    /// Once a byte of it may have reached the service the request is never sent again, and no redirect is followed.
+    /// Once a byte of the request may have reached the service, it is never sent again, and no redirect is followed.
     ONCE,
 };
 
@@ -28,12 +27,12 @@ using HeaderFields = std::vector<std::pair<std::string, std::string>>;
 
 struct UrlRequest {
     std::string method = "GET";
-    /// Absolute URL, already percent-escaped. Another scheme than https is refused with `UrlError::badUrl`.
+    /// Absolute URL, already percent-escaped. Any scheme other than https is refused with `UrlError::badUrl`.
     std::string url;
     HeaderFields headers;
-    /// May hold a card's number: a session wipes it when it is done with it.
+    /// May hold a card number, so the session wipes it when it is done with it.
     std::optional<std::string> body;
-    /// Without progress for this long the request fails with `UrlError::timedOut`.
+    /// After this long without progress, the request fails with `UrlError::timedOut`.
     std::chrono::seconds timeout{60};
     Idempotency idempotency = Idempotency::ONCE;
     /// A background session calls this, on its thread, each time before it begins to wait for a network.
@@ -65,25 +64,25 @@ struct UrlError {
     int code = cancelled;
     /// A sentence for people that names the reason and no request data.
     std::string description;
-    /// Download tasks only: the status, when the reply was lost after its head had arrived.
+    /// Download tasks only: the status, if the reply was lost after its head had arrived.
     std::optional<int> status;
-    /// False only where it is certain that no byte of the request has left the device: there was no route, the host was
+    /// False only if it is certain that no byte of the request has left the device: there was no route, the host was
     /// not found or refused the connection, TLS failed, or the request was cancelled before all that had succeeded.
     bool mayHaveBeenSent = true;
 };
 
 /// HTTP as a device offers it: TLS always verified against the host in the URL, no cache, compressed replies decoded.
 ///
-/// - A completion is called exactly once, on a thread of the session's own, and never inside the call that takes it.
-///   It is let go when it has returned, or when memory ran out before it could be called.
+/// - A completion is called exactly once, on a thread of the session, and never inside the call that takes it.
+///   It is released when it has returned, or when memory ran out before it could be called.
 /// - Every HTTP status is a reply; an error means that no whole reply came.
 /// - A redirect is followed only for a REPEATABLE request and only within the same scheme, host and port; any other
 ///   redirect is the reply.
 /// - A reply over `maximumReplyBytes`, decoded, fails with `UrlError::dataLengthExceedsMaximum`.
-/// - A connection is used again only if nothing waits on it to be read, not even its end: what a server says unasked is
-///   never taken for the answer to a later request. An ONCE request always gets a new connection, or one that has just
-///   been shown to be alive, so that a server which ends idle connections makes none fail.
-/// - `UrlError::notConnectedToInternet` says that the device has no route to the world. With a route, a host that
+/// - A connection is reused only if nothing is waiting to be read from it, not even its end: what a server says unasked
+///   is never taken for the answer to a later request. An ONCE request always gets a new connection, or one that has
+///   just been shown to be alive, so that none fails because a server closes idle connections.
+/// - `UrlError::notConnectedToInternet` means that the device has no route to the network. With a route, a host that
 ///   cannot be reached is `UrlError::cannotConnectToHost` or `UrlError::cannotFindHost`.
 /// - Destroying the session completes what is still open with `UrlError::cancelled`, and returns when that is done.
 class KAVIO_API UrlSession {
@@ -95,18 +94,18 @@ public:
     virtual void dataTask(UrlRequest request, Completion completion) = 0;
 };
 
-/// A request that a background session carries out. Letting go of this object changes nothing for the request.
+/// A request that a background session carries out. Letting go of this object does not affect the request.
 class KAVIO_API DownloadTask {
 public:
     virtual ~DownloadTask() = default;
     /// Gives the request up, unless it may have left. True: no byte of it has left or ever will, and its completion
-    /// gets `UrlError::cancelled`, which never comes inside this call. False: it may have left, and goes on to an
-    /// outcome of its own, or has already had one. May be called more than once, after the session's end too.
+    /// gets `UrlError::cancelled`, but never inside this call. False: it may have left, and goes on to its own outcome
+    /// or has already had one. May be called more than once, even after the session's end.
     virtual bool cancel() = 0;
 };
 
-/// HTTP that outlasts a lost network: a task without a route to the world waits and tries again instead of failing.
-/// All else is as `UrlSession` promises, and as for an ONCE request: nothing is sent again once a byte may have left.
+/// HTTP that outlasts a lost network: a task without a route to the network waits and tries again instead of failing.
+/// Everything else is as `UrlSession` promises for an ONCE request: nothing is sent again once a byte may have left.
 /// Replies are kept in memory: an order that was placed must not look like a failure because a disk is full.
 class KAVIO_API BackgroundUrlSession {
 public:

@@ -24,20 +24,20 @@ struct Path {
     std::string text() const;
 };
 
-/// Where the JSON library keeps a value. Its header is large and stays out of ours.
+/// Where the JSON library keeps a value. Its header is large, so ours do not include it.
 struct Element {
     const void* document = nullptr;
     std::size_t index = 0;
 };
 
-/// What is read without the help of its type.
+/// Types that are read without any help of their own.
 template <class T>
 concept SimpleValue = std::same_as<T, bool> || std::same_as<T, std::string> || std::same_as<T, std::string_view> ||
     std::same_as<T, double> || std::same_as<T, float> || std::same_as<T, std::int32_t> ||
     std::same_as<T, std::int64_t> || std::same_as<T, std::uint32_t> || std::same_as<T, std::uint64_t> ||
     std::same_as<T, Date> || std::same_as<T, JsonObject> || std::same_as<T, JsonValue>;
 
-/// One value of a parsed document, valid as long as that. Everything about strictness is decided here.
+/// One value of a parsed document, valid for as long as the document. Everything about strictness is decided here.
 class DecodedValue {
 public:
     enum class Kind { null, boolean, number, text, object, array };
@@ -49,7 +49,8 @@ public:
     const Path& path() const { return mPath; }
 
     /// The value as a `T`, or `DecodingError`.
-    /// - bool, std::string, float, double: a JSON value of that kind. `true` is no number, a number is no text.
+    /// - bool, std::string, float, double: a JSON value of that kind. `true` is not a number, and a number is not
+    ///   a text.
     /// - std::int32_t, std::int64_t, std::uint32_t, std::uint64_t: a number with an integral value in range, however
     ///   it is spelled: 1, 1.0, 1e2.
     /// - Date: a number of seconds since 2001-01-01 00:00:00 UTC.
@@ -58,11 +59,11 @@ public:
     /// - a record, see `Decoder`. A record without members takes any value.
     template <class T>
     T as() const;
-    /// As well as these, what keeps texts in the document: a std::string_view, and a record that has some.
+    /// In addition, types that keep texts in the document: a std::string_view, and a record that has some.
     template <class T>
     T borrowed() const;
 
-    /// Throws `DecodingError`: expected this, found what there is.
+    /// Throws a `DecodingError` that says what was expected and what was found.
     [[noreturn]] void refuse(std::string_view expected) const;
 
 private:
@@ -73,8 +74,9 @@ private:
     Path mPath;
 };
 
-/// Walks the elements of an array; `DecodingError` for another value, and for an array of more than a million: no list
-/// of the service is that long, and the elements of a hostile one are many times as large as their texts.
+/// Walks the elements of an array. `DecodingError` for any other value, and for an array of more than a million
+/// elements: no list from the service is that long, and a hostile one's elements take many times the memory of
+/// their text.
 class ArrayReader {
 public:
     explicit ArrayReader(const DecodedValue& array);

@@ -17,16 +17,16 @@ struct Document::Parser {
 
 namespace {
 
-// A parser keeps its buffers, several times the size of what it parsed. Those for more than this much text go when the
-// thread next parses a text that needs less than half of them.
+// A parser keeps its buffers, which are several times the size of what it parsed. Buffers for more than this much text
+// are freed when the thread next parses a text that needs less than half of them.
 constexpr std::size_t keptCapacity = std::size_t{2} * 1024 * 1024;
 
 bool isOversized(std::size_t capacity, std::size_t needed) { return capacity > keptCapacity && capacity / 2 > needed; }
 
 }  // namespace
 
-// Each thread keeps a parser. It is taken out while a document uses it, since decoding a text inside a reply parses
-// again.
+// Each thread keeps a parser. A document takes it out while using it, since decoding a text inside a reply
+// parses again.
 std::unique_ptr<Document::Parser>& Document::idleParser() {
     thread_local std::unique_ptr<Parser> idle;
     return idle;

@@ -12,11 +12,11 @@
 namespace kavio {
 
 /// A parsed JSON text. `DecodingError` for a text that is not JSON, is not UTF-8, or nests deeper than 1024 levels.
-/// What is merely odd is taken, so that no member that nobody reads costs the whole reply: a byte order mark, numbers
-/// of any size, and half of a surrogate pair, which reads as U+FFFD.
+/// What is merely odd is accepted, so that a member that nobody reads never costs the whole reply: a byte order mark,
+/// numbers of any size, and half of a surrogate pair, which reads as U+FFFD.
 class Document {
 public:
-    /// Spare capacity of `json` saves a copy of it.
+    /// If `json` has spare capacity, it is not copied.
     explicit Document(const std::string& json);
     ~Document();
     Document(const Document&) = delete;
@@ -36,7 +36,7 @@ private:
 };
 
 /// The payload of a reply; absent for a JSON null. `DecodingError` when the body is not what a `T` decodes from, and
-/// when it unfolds to more than there is memory.
+/// when it unfolds to more than memory can hold.
 template <class T>
 std::optional<T> decodeDocument(const std::string& body) {
     try {

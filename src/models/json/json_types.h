@@ -10,7 +10,7 @@ namespace kavio {
 
 /// A loosely typed value; json_value.h has its definition.
 using JsonValue = nlohmann::json;
-/// The same, where the keys of an object keep their order.
+/// The same, but the keys of an object keep their order.
 using OrderedJsonValue = nlohmann::ordered_json;
 /// A loosely typed object, and the body of a request.
 using JsonObject = std::map<std::string, JsonValue, std::less<>>;

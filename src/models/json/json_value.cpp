@@ -28,13 +28,13 @@ void wipeAll(JsonValue& value) {
     value.clear();  // a destructor that finds elements asks for memory
 }
 
-/// A value that leaves none of its texts and integers in memory.
+/// A value whose texts and integers are wiped from memory with it.
 struct SecretValue {
     JsonValue value;
     ~SecretValue() { wipeAll(value); }
 };
 
-/// Collects a text and, unlike a string, leaves nothing of it behind where it grows out of its storage.
+/// Collects a text and, unlike a string, leaves nothing of it behind when it outgrows its storage.
 class SecretBuffer final : public std::streambuf {
 public:
     ~SecretBuffer() override { wipe(mText); }
@@ -70,7 +70,7 @@ std::optional<std::string> serialise(JsonObject object, int indent) {
     if (!isFinite(value.value)) return std::nullopt;
     SecretBuffer text;
     std::ostream stream(&text);
-    stream.exceptions(std::ios::badbit);  // or want of memory would cut the text short
+    stream.exceptions(std::ios::badbit);  // or lack of memory would cut the text short
     try {
         stream << std::setw(indent) << value.value;
         return text.take();

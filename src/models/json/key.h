@@ -38,7 +38,7 @@ struct NameEnds {
     bool operator==(const NameEnds&) const = default;
 };
 
-/// Good in its upper bits. Names can be made to collide; whoever uses it bounds what that costs.
+/// Its upper bits are the good ones. Names can be made to collide; its users must limit what that costs.
 constexpr std::uint32_t nameHash(std::string_view name) {
     const NameEnds ends(name);
     const auto mixed = ends.first * 0x9E3779B97F4A7C15U + std::rotl(ends.last, 29) + name.size();
@@ -49,7 +49,7 @@ inline bool isSameName(std::string_view a, std::string_view b) {
     return a.size() == b.size() && NameEnds(a) == NameEnds(b) && (a.size() <= 16 || a == b);
 }
 
-/// A member's name as a record writes it, hashed while compiling. Small enough to travel in registers.
+/// A member's name as a record writes it, hashed at compile time. Small enough to be passed in registers.
 class Key {
 public:
     template <std::size_t N>

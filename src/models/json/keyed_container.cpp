@@ -19,7 +19,7 @@ KeyedContainer::KeyedContainer(const DecodedValue& value) : mDocument(value.elem
     };
 
     const std::size_t size = object.size();
-    const auto slots = std::bit_ceil(std::max<std::size_t>(4 * size, 4));  // a collision costs more than room
+    const auto slots = std::bit_ceil(std::max<std::size_t>(4 * size, 4));  // a collision costs more than space
     if (slots > mSlots.size()) {
         mSorted = std::make_unique<std::vector<Member>>();
         for (auto position = object.begin(); position != object.end(); ++position)
@@ -119,7 +119,7 @@ const KeyedContainer::Member* KeyedContainer::findSorted(Key key) const {
     return after != mSorted->begin() && (after - 1)->name() == key.name() ? &*(after - 1) : nullptr;
 }
 
-/// The slot of the member of that name, or the free one where it belongs.
+/// The slot of the member of that name, or the free slot where it belongs.
 inline std::size_t KeyedContainer::slotOf(std::string_view name, std::uint32_t hash) const {
     const auto mask = (std::size_t{1} << (32 - mHashShift)) - 1;
     auto slot = static_cast<std::size_t>(hash >> mHashShift);

@@ -20,9 +20,9 @@ namespace kavio {
 
 class BorrowingContainer;
 
-/// How a type is read that is not a simple value: by its own `decode`, or, when it should not know of JSON, by that of
-/// a specialisation. From a `KeyedContainer`; from a `BorrowingContainer` when texts of the value are the document's
-/// own; from a `DecodedValue` when it takes other values than objects.
+/// How a type that is not a simple value is read: by its own `decode` or, if it should not know about JSON, by that of
+/// a specialisation. `decode` takes a `KeyedContainer`, a `BorrowingContainer` if the value keeps texts in the
+/// document, or a `DecodedValue` if it accepts other values than objects.
 template <class T>
 struct Decoder {
     static T decode(const auto& in) requires requires { T::decode(in); }
@@ -45,12 +45,12 @@ inline constexpr bool isShared<std::shared_ptr<const T>> = true;
 template <class T>
 inline constexpr bool isWithoutMembers = std::conjunction_v<std::is_empty<T>, std::is_aggregate<T>>;
 
-/// What `DecodedValue` reads.
+/// Types that `DecodedValue` reads.
 template <class T>
 concept Decodable = SimpleValue<T> || isList<T> || isShared<T> || isWithoutMembers<T> || DecodesFrom<T, DecodedValue> ||
     DecodesFrom<T, BorrowingContainer>;
 
-/// Whether the value is gone with the document.
+/// Whether the value depends on the document's lifetime.
 template <class T>
 inline constexpr bool borrowsTexts = DecodesFrom<T, BorrowingContainer> && !DecodesFrom<T, KeyedContainer>;
 template <>
@@ -60,18 +60,19 @@ inline constexpr bool borrowsTexts<std::vector<T>> = borrowsTexts<T>;
 template <class T>
 inline constexpr bool borrowsTexts<std::shared_ptr<const T>> = borrowsTexts<T>;
 
-/// The members of one JSON object, read by name. Absent and null are alike for an optional member; every other mismatch
-/// is a `DecodingError`. Of a repeated member the last counts; members that nobody asks for are ignored.
+/// The members of one JSON object, read by name. For an optional member, absent and null are the same; every
+/// other mismatch is a `DecodingError`. If a member is repeated, the last one counts; members that nobody asks
+/// for are ignored.
 ///
-/// The members are indexed once, so that a record costs what its size is, and not keys times members. Lives on the
-/// stack, in the frame that decodes a record.
+/// The members are indexed once, so that a record's cost grows with its size and not with keys times members. Lives on
+/// the stack, in the frame that decodes a record.
 class KeyedContainer {
 public:
     explicit KeyedContainer(const DecodedValue& object);
     KeyedContainer(const KeyedContainer&) = delete;
     KeyedContainer& operator=(const KeyedContainer&) = delete;
 
-    // A member is read as the type of what it initialises, so that the two cannot differ.
+    // A member is read as the type that it initialises, so that the two cannot differ.
 
     template <bool mayBorrow>
     struct Required {
@@ -106,7 +107,7 @@ public:
         Key key;
         Fallback fallback;
         template <Decodable T>
-        requires(mayBorrow || !borrowsTexts<T>) && requires(Fallback f) { T{f}; }  // which does not narrow
+        requires(mayBorrow || !borrowsTexts<T>) && requires(Fallback f) { T{f}; }  // without narrowing
         operator T() const {  // NOLINT(google-explicit-constructor)
             auto found = in.read<T>(key);
             return found ? *std::move(found) : T{fallback};
@@ -125,7 +126,7 @@ public:
 
     /// `DecodingError` when it is missing.
     Required<false> required(Key key) const { return {*this, key}; }
-    /// For a `std::optional`.
+    /// For a `std::optional`; empty when the member is missing.
     Optional<false> optional(Key key) const { return {*this, key}; }
     /// `fallback` when it is missing.
     template <class Fallback>
@@ -135,19 +136,20 @@ public:
     /// The empty value of its type when it is missing.
     OrEmpty<false> orEmpty(Key key) const { return {*this, key}; }
 
-    // The container that they give holds on to this one for the path in its errors, hence not from a temporary.
+    // The containers that these return refer to this one for the path in their errors, so they cannot come from
+    // a temporary.
     KeyedContainer nested(Key key) const& { return KeyedContainer(value(key)); }
     KeyedContainer nested(Key key) const&& = delete;
     std::optional<KeyedContainer> nestedIfPresent(Key key) const&;
     std::optional<KeyedContainer> nestedIfPresent(Key key) const&& = delete;
-    /// Absent as well when the member is no object.
+    /// Also absent when the member is not an object.
     std::optional<KeyedContainer> nestedIfObject(Key key) const&;
     std::optional<KeyedContainer> nestedIfObject(Key key) const&& = delete;
-    /// Absent as well when the member is no text.
+    /// Also absent when the member is not a text.
     std::optional<std::string> textIfText(Key key) const;
-    /// Absent as well when the member is not an integer.
+    /// Also absent when the member is not an integer.
     std::optional<std::int64_t> integerIfInteger(Key key) const;
-    /// Of an object of numbers each member is one, those as well that nobody asks for; null is none.
+    /// Checks that every member is a number, even those that nobody asks for; null is not a number.
     void requireNumbers() const;
 
 protected:
@@ -160,10 +162,10 @@ private:
         std::uint32_t index;
         std::string_view name() const { return {text, size}; }
     };
-    // Objects of up to this many members have their index on the stack. Larger ones, which no record of ours has, are
-    // sorted instead, so that names made to collide cannot make them quadratic.
+    // Objects of up to this many members have their index on the stack. Larger ones, which none of our records has, are
+    // sorted instead, so that names made to collide cannot make the cost quadratic.
     static constexpr std::size_t maximumTableMembers = 128;
-    // A slot is 0 when it is free, else one more than the position of its member.
+    // A free slot is 0; any other is one more than the position of its member.
     using Slot = std::uint8_t;
 
     template <Decodable T>
@@ -197,7 +199,7 @@ private:
 };
 
 /// The members of an object whose record keeps texts in the document. Such a record says so by taking this in its
-/// `decode`: a `KeyedContainer` gives no such text.
+/// `decode`: a `KeyedContainer` does not give out such texts.
 class BorrowingContainer : public KeyedContainer {
 public:
     using KeyedContainer::KeyedContainer;
@@ -217,8 +219,7 @@ public:
     std::optional<BorrowingContainer> nestedIfObject(Key key) const&& = delete;
 };
 
-/// Converts to whatever is to be decoded, so that a list's elements are made in their place instead of being moved
-/// there.
+/// Converts to whatever is to be decoded, so that a list's elements are made in place instead of being moved.
 struct Decoding {
     DecodedValue value;
     template <Decodable T>
@@ -257,7 +258,7 @@ T DecodedValue::borrowed() const {
 
 }  // namespace kavio
 
-// Else the JSON library would make a `JsonValue` from the member's text.
+// Otherwise the JSON library would make a `JsonValue` from the member's text.
 template <bool mayBorrow>
 struct nlohmann::adl_serializer<kavio::KeyedContainer::Required<mayBorrow>> {};
 template <bool mayBorrow, class Fallback>

@@ -29,7 +29,7 @@ JsonValue::array_t looseArray(simdjson::dom::array array) {
 JsonObject looseObject(Element value) {
     JsonObject members;
     for (const auto& [key, element] : simdjson::dom::object(domElement(value).get_object().value_unsafe())) {
-        // The last of a repeated member counts, and when that is null the member is missing.
+        // If a member is repeated, the last one counts; if that is null, the member is missing.
         if (auto member = looseValue(fromDom(element))) {
             members.insert_or_assign(std::string(key), *std::move(member));
         } else if (const auto former = members.find(key); former != members.end()) {

@@ -16,7 +16,7 @@
 
 namespace kavio {
 
-/// How each simple value is read: `expectation` names what is taken, `read` gives nothing for anything else.
+/// How each simple value is read: `expectation` names what is accepted; `read` returns nothing for anything else.
 template <SimpleValue T>
 struct Reading;
 

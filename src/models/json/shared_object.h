@@ -5,7 +5,7 @@
 
 namespace kavio {
 
-/// The object that `make` returns, made in its place: what has const members cannot be moved there.
+/// The object that `make` returns, made in place: an object with const members cannot be moved.
 template <class Make>
 auto sharedObject(Make make) {
     struct Place {

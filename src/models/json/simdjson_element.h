@@ -13,18 +13,18 @@
 
 namespace kavio {
 
-// What the files of this folder share that look into a parsed document.
+// Shared by the files of this folder that look into a parsed document.
 
 static_assert(sizeof(Element) == sizeof(simdjson::dom::element));
 
 inline simdjson::dom::element domElement(Element element) { return std::bit_cast<simdjson::dom::element>(element); }
 inline Element fromDom(simdjson::dom::element element) { return std::bit_cast<Element>(element); }
 
-/// A double that is integral and in range, but for those from 2^53 on: they may stand for another integer that was
-/// rounded.
+/// A double that is integral and in range, except from 2^53 on, where it may stand for another integer that
+/// was rounded.
 template <class Integer>
 std::optional<Integer> integerOf(double value) {
-    // A double holds both of these bounds exactly; the type's maximum itself it may not.
+    // A double holds both of these bounds exactly, but perhaps not the type's maximum itself.
     const auto lowest = static_cast<double>(std::numeric_limits<Integer>::min());
     const auto beyond = std::ldexp(1.0, std::numeric_limits<Integer>::digits);
     const bool isExact = std::abs(value) < 0x1p53 && value == std::trunc(value);
@@ -37,7 +37,7 @@ std::optional<Integer> inRange(auto value) {
     return std::in_range<Integer>(value) ? std::optional(static_cast<Integer>(value)) : std::nullopt;
 }
 
-/// Apart, so that the ordinary way is short enough to be inlined.
+/// Separate, so that the ordinary path is short enough to be inlined.
 template <class Integer>
 std::optional<Integer> unusualInteger(simdjson::dom::element element) {
     if (std::uint64_t value = 0; element.get_uint64().get(value) == simdjson::SUCCESS) return inRange<Integer>(value);

@@ -22,7 +22,7 @@ std::string_view takeDigits(std::string_view& rest) {
     return taken;
 }
 
-/// Whether the literal is a JSON number whose value is beyond the doubles.
+/// Whether the literal is a JSON number whose value is too large for a double.
 bool isTooLarge(std::string_view literal) {
     auto rest = literal;
     if (rest.starts_with('-')) rest.remove_prefix(1);
@@ -34,7 +34,7 @@ bool isTooLarge(std::string_view literal) {
         fraction = takeDigits(rest);
         if (fraction.empty()) return false;
     }
-    // The decimal exponent of the first digit that counts.
+    // The decimal exponent of the first significant digit.
     auto magnitude = static_cast<std::int64_t>(whole.size());
     if (whole == "0")
         magnitude = -static_cast<std::int64_t>(std::min(fraction.find_first_not_of('0'), fraction.size()));
@@ -74,7 +74,7 @@ std::size_t escapeLength(std::string_view text) {
     return isHigh(unit) && isLow(escapedUnit(text.substr(6))) ? 12 : 6;
 }
 
-/// Copies the text that begins at the start of `rest`, quotes included.
+/// Copies the text that `rest` begins with, including its quotes.
 void copyText(std::string_view& rest, std::string& result) {
     const auto copy = [&](std::size_t size) {
         result += rest.substr(0, size);

@@ -9,7 +9,7 @@
 
 namespace kavio {
 
-/// Runs `work` for a C caller: an exception ends here, as a critical message, and gives the default value.
+/// Runs `work` for a C caller: an exception stops here, becomes a critical message, and the default value is returned.
 template <class Work>
 auto guarded(Work&& work) noexcept -> decltype(work()) {
     try {

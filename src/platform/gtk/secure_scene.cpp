@@ -9,7 +9,7 @@
 #include <string_view>
 #include <utility>
 
-void kavio_gtk_register_resource();  // of the storyboard's generated source
+void kavio_gtk_register_resource();  // in the storyboard's generated source
 
 namespace kavio {
 namespace {
@@ -25,7 +25,7 @@ ObjectPointer<GtkBuilder> loadScene() {
     // A resource that registers itself would be dropped where the library is linked statically.
     static const bool registered = (kavio_gtk_register_resource(), GtkWebView::registerTypes(), true);
     static_cast<void>(registered);
-    // The session is no part of the scene's tree, and a window of another name would stay around unseen.
+    // The session is not part of the scene's tree, and a window of another name would stay around unseen.
     std::array<const char*, 3> objects{"session", identifier, nullptr};
     ObjectPointer<GtkBuilder> builder(gtk_builder_new());
     GError* error = nullptr;
@@ -45,7 +45,7 @@ ObjectPointer<GdkMonitor> monitorOf(GtkWindow* window) {
 }
 
 void coverMonitor(GtkWindow* window, GdkMonitor* monitor) {
-    // Where there is no window manager, nobody makes a window full screen, and its own size has to do.
+    // Without a window manager nobody makes a window full screen, so its own size has to do.
     GdkRectangle area{};
     if (monitor) gdk_monitor_get_geometry(monitor, &area);
     if (area.width > 0) gtk_window_set_default_size(window, area.width, area.height);
@@ -79,7 +79,7 @@ void GtkScene::translate() {
 }
 
 void GtkScene::connect(const std::filesystem::path& authorities) {
-    // Escape is taken ahead of the page, which could keep it for itself.
+    // Takes Escape before the page does, which could keep it for itself.
     GtkEventController* keys = gtk_event_controller_key_new();
     gtk_event_controller_set_propagation_phase(keys, GTK_PHASE_CAPTURE);
     mConnections.connect<&GtkScene::onKeyPressed>(keys, "key-pressed", this);
@@ -112,7 +112,7 @@ void GtkScene::showAbove(GtkWindow* parent) {
 
     tell(&ViewLifecycle::onViewDidLoad);
     if (mWindow) tell(&ViewLifecycle::onViewWillAppear);
-    if (!mWindow) return;  // dismissed by whom it was told
+    if (!mWindow) return;  // dismissed by whoever was told
     gtk_window_present(mWindow);
     tell(&ViewLifecycle::onViewDidAppear);
 }
@@ -124,7 +124,7 @@ void GtkScene::dismiss(bool) {
     if (mIsShown) tell(&ViewLifecycle::onViewWillDisappear);
     gtk_window_destroy(window);
     if (mIsShown) tell(&ViewLifecycle::onViewDidDisappear);
-    // With the last references the web process goes, although somebody may hold the scene for a while.
+    // The web process ends with the last references, although somebody may hold the scene for a while.
     mWebView.reset();
     mBuilder.reset();
 }
@@ -164,7 +164,7 @@ void GtkScene::setText(const char* label, const char* text) const {
 }
 
 void GtkScene::askToClose() {
-    const auto self = weak_from_this().lock();  // whom it asks may let go of it
+    const auto self = weak_from_this().lock();  // whoever is asked may let go of it
     if (const auto asked = delegate.lock()) asked->onCloseClicked();
 }
 

@@ -6,7 +6,7 @@
 
 namespace kavio {
 
-/// A scene of the storyboard, in a window of its own.
+/// A scene of the storyboard, in its own window.
 class GtkScene final : public TDSecureScene, public PageObserver, public std::enable_shared_from_this<GtkScene> {
 public:
     /// Null when the storyboard cannot be loaded.
@@ -35,7 +35,7 @@ private:
     void onCloseClicked() { askToClose(); }
     gboolean onCloseRequest();
     gboolean onKeyPressed(guint key, guint code, int modifiers);
-    /// The host application has destroyed the window, with all its windows perhaps: for the library the person left.
+    /// The host application has destroyed the window, perhaps with all its windows: to the library, the person left.
     void onUnrealized() { askToClose(); }
     void askToClose();
     void onBackClicked() { mWebView->goBack(); }

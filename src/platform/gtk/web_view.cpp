@@ -31,10 +31,11 @@ bool hasScheme(const char* url, std::initializer_list<std::string_view> schemes)
 
 bool isPageAddress(const char* url) { return hasScheme(url, {"http", "https"}); }
 
-// What a page may navigate to. Files are not its business, and another program is not started behind a person's back.
+// What a page may navigate to. Files are none of its business, and no other program may be started behind a
+// person's back.
 bool isWithinReach(const char* url) { return hasScheme(url, {"http", "https", "about", "data", "blob"}); }
 
-// A page ends by going to this very device, where nothing needs to answer.
+// A page ends by going to this very device, where nothing has to answer.
 bool isLoopback(const char* url) {
     const auto host = hostOf(url);
     const ObjectPointer<GInetAddress> address(host.empty() ? nullptr : g_inet_address_new_from_string(host.c_str()));
@@ -61,7 +62,7 @@ void limitSettings(WebKitSettings* settings) {
     webkit_settings_set_enable_webrtc(settings, FALSE);
     // A fingerprint runs in a hidden view, where chains of timers would take a second for each link.
     setFeature(settings, "HiddenPageDOMTimerThrottling", false);
-    // Without these two a page that ends in a sub-frame of a secure page never ends: docs/gtk.md weighs them.
+    // Without these two, a page that ends in a sub-frame of a secure page never ends; docs/gtk.md weighs the risk.
     setFeature(settings, "AllowDisplayOfInsecureContent", true);
     setFeature(settings, "UpgradeMixedContent", false);
 }
@@ -194,7 +195,7 @@ void GtkWebView::announce() {
 }
 
 gboolean GtkWebView::onDecidePolicy(WebKitPolicyDecision* decision, int type) {
-    // The observer may dismiss the scene, and then the view and its decisions are gone but for these.
+    // The observer may dismiss the scene; then these references alone keep the view and the decision alive.
     const auto keptDecision = retained(decision);
     const auto keptView = retained(mView.get());
     if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE) return onResponse(decision);
@@ -202,7 +203,7 @@ gboolean GtkWebView::onDecidePolicy(WebKitPolicyDecision* decision, int type) {
     auto* action = webkit_navigation_policy_decision_get_navigation_action(WEBKIT_NAVIGATION_POLICY_DECISION(decision));
     auto* request = webkit_navigation_action_get_request(action);
     if (type == WEBKIT_POLICY_DECISION_TYPE_NEW_WINDOW_ACTION) {
-        // There is one view: what a person opens in a new window opens here, as a navigation like any other.
+        // There is only one view: what a person opens in a new window opens here, as a navigation like any other.
         webkit_policy_decision_ignore(decision);
         if (webkit_navigation_action_is_user_gesture(action)) webkit_web_view_load_request(mView.get(), request);
         return TRUE;
@@ -225,7 +226,7 @@ gboolean GtkWebView::onResponse(WebKitPolicyDecision* decision) {
 
 void GtkWebView::refuse(WebKitPolicyDecision* decision) {
     webkit_policy_decision_ignore(decision);
-    if (!mPage.hasArrived && !mPage.isHidden) fail();  // else the page that tried stays
+    if (!mPage.hasArrived && !mPage.isHidden) fail();  // otherwise the page that tried stays
 }
 
 GtkWidget* GtkWebView::onCreate(gpointer action) {
@@ -243,10 +244,10 @@ bool GtkWebView::offer(const char* url) {
 void GtkWebView::onLoadChanged(int event) {
     if (event == WEBKIT_LOAD_COMMITTED) {
         endTimeout();
-        // Not before: the address of a page that is still on its way would stand over the content of another.
+        // Not before: the address of a page still on its way would be shown above the content of another.
         const char* url = webkit_web_view_get_uri(mView.get());
         if (isLoopback(url)) return change(Page::Phase::WORKING);
-        // What WebKit puts in the place of a page at a port that it never connects to, without calling that a failure.
+        // WebKit shows this instead of a page at a port that it never connects to, without calling it a failure.
         if (!mPage.isHidden && !mPage.hasArrived && url == std::string_view("about:blank")) return fail();
         mPage.hasArrived = !mPage.isHidden;
         mPage.host = hostOf(url);
@@ -259,7 +260,7 @@ void GtkWebView::onLoadChanged(int event) {
 }
 
 gboolean GtkWebView::onLoadFailed(int, const char* url, GError* error) {
-    // Another load took its place, or it was refused, which is dealt with there.
+    // Another load took its place, or it was refused, which is handled elsewhere.
     const bool isOver =
         g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED) ||
         g_error_matches(error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE);
@@ -268,14 +269,14 @@ gboolean GtkWebView::onLoadFailed(int, const char* url, GError* error) {
         change(Page::Phase::WORKING);
     } else if (g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED) && !mPage.hasArrived &&
                std::exchange(mMayLoadAgain, false)) {
-        // Not by us: WebKit may lose a load to the end of the one before.
+        // Not by us: WebKit may lose a load when the previous one ends.
         endTimeout();
-        const auto load = mLoad;  // which may be another one before this has returned
+        const auto load = mLoad;  // another load may begin before this returns
         load();
     } else {
         fail();
     }
-    return TRUE;  // else an error page would take the place of the content
+    return TRUE;  // otherwise an error page would replace the content
 }
 
 gboolean GtkWebView::onTlsFailed(const char* url, GTlsCertificate* certificate, int) {
@@ -290,7 +291,7 @@ gboolean GtkWebView::onTlsFailed(const char* url, GTlsCertificate* certificate, 
     return TRUE;
 }
 
-// By the host application's own authorities, of which WebKit cannot be told.
+// By the host application's own authorities, which WebKit cannot be told about.
 bool GtkWebView::isVouchedFor(const std::string& host, GTlsCertificate* certificate) const {
     if (mAuthorities.empty()) return false;
     const ObjectPointer<GTlsDatabase> database(G_TLS_DATABASE(g_tls_file_database_new(mAuthorities.c_str(), nullptr)));

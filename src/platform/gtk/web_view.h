@@ -15,16 +15,16 @@ typedef struct _WebKitPolicyDecision WebKitPolicyDecision;  // NOLINT(bugprone-r
 
 namespace kavio {
 
-/// What stands in a web view at a moment.
+/// What a web view shows at a given moment.
 struct Page {
     enum class Phase { WORKING, SHOWN, FAILED };
     Phase phase = Phase::WORKING;
     bool isHidden = false;
-    /// A page has arrived since the last load was asked for, and is still there behind a failed one.
+    /// A page has arrived since the last load was asked for; it is still there behind one that failed later.
     bool hasArrived = false;
-    /// Part of the load under way, 0 to 1; 0 when nothing loads.
+    /// How much of the load under way is done, 0 to 1; 0 when nothing loads.
     double progress = 0;
-    /// Of the page that has arrived, as it was connected to; empty for a document without address.
+    /// The host of the page that has arrived, as it was connected to; empty for a document without an address.
     std::string host;
     bool isSecure = false;
 };
@@ -36,14 +36,14 @@ public:
     virtual void onPageChanged(const Page& page) = 0;
 };
 
-/// The card issuer's web view. Its page may navigate and talk to the person, and that is all: no windows, downloads,
-/// files, dialogs, permissions, nor anything of it left on the disk.
+/// The card issuer's web view. Its page may navigate and interact with the person, and that is all: no windows,
+/// downloads, files, dialogs or permissions, and nothing of it is left on the disk.
 class GtkWebView final : public WebView, public std::enable_shared_from_this<GtkWebView> {
 public:
-    /// Makes the types that a storyboard names known to GTK.
+    /// Tells GTK about the types that a storyboard names.
     static void registerTypes();
 
-    /// `authorities`: PEM file of certificate authorities to trust beside the system's; empty for none.
+    /// `authorities`: PEM file of certificate authorities to trust in addition to the system's; empty for none.
     static std::shared_ptr<GtkWebView> make(GtkWidget* view, std::filesystem::path authorities);
     ~GtkWebView() override;
 
@@ -52,14 +52,14 @@ public:
     void setHidden(bool hidden) override;
     void loadHtml(const std::string& document) override;
     void loadUrl(const std::string& url, std::chrono::seconds timeout) override;
-    /// Leaves a failed page: for the one that it hides, else by trying again.
+    /// Leaves a failed page, for the one behind it or, without one, by trying again.
     void goBack();
 
 private:
     GtkWebView(GtkWidget* view, std::filesystem::path authorities);
 
     void begin(std::function<void()> load);
-    /// Ends the load under way by our own will.
+    /// Ends the load under way because we want to.
     void stop();
     void fail();
     void change(Page::Phase phase);

@@ -9,7 +9,7 @@
 namespace kavio {
 namespace {
 
-/// Whether each byte is a character of its own, but for the last one, which a combining character may follow.
+/// Whether each byte is a character by itself; only the last one may have a combining character after it.
 bool isPlain(std::string_view text) {
     return std::ranges::all_of(text, [](char byte) { return static_cast<unsigned char>(byte) < 0x80 && byte != '\r'; });
 }

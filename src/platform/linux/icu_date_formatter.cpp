@@ -13,11 +13,11 @@
 namespace kavio {
 namespace {
 
-// No pattern of ours takes a longer text, and ICU needs seconds for a number of a million digits.
+// None of our patterns takes a longer text, and ICU needs seconds for a number of a million digits.
 constexpr std::size_t longestText = 256;
 
 // ICU reads a fraction of a second as a 32-bit integer and divides it by a 32-bit power of ten: ten digits give a wrong
-// time, and 35 a division by zero.
+// time, and 35 give a division by zero.
 constexpr int mostFractionDigits = 9;
 
 bool hasFraction(std::string_view pattern) { return pattern.find('S') != std::string_view::npos; }
@@ -90,7 +90,7 @@ private:
 
     using Key = std::tuple<std::string, std::optional<std::string>, std::optional<std::string>>;
 
-    mutable std::mutex mMutex;  // ICU's formats are not safe to share, not even to parse with
+    mutable std::mutex mMutex;  // ICU's formats are not safe to share, even for parsing
     mutable std::map<Key, std::unique_ptr<icu::SimpleDateFormat>, std::less<>> mFormats;
 };
 

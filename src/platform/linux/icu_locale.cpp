@@ -6,7 +6,7 @@
 namespace kavio {
 namespace {
 
-/// ICU takes its default from `setlocale`, when the host has called that, else from LC_ALL, LC_MESSAGES and LANG; "C"
+/// ICU takes its default from `setlocale` if the host has called that, otherwise from LC_ALL, LC_MESSAGES and LANG; "C"
 /// is English.
 class IcuLocale final : public Locale {
 public:
@@ -19,8 +19,7 @@ public:
     std::optional<std::string> regionName(std::string_view code) const override {
         if (code.size() != 2) return std::nullopt;
         const icu::Locale region("", std::string(code).c_str());
-        // For a code that it does not know ICU gives the code itself as the name; only regions have a three-letter
-        // code.
+        // For an unknown code, ICU returns the code itself as the name; only regions have a three-letter code.
         if (std::string_view(region.getISO3Country()).empty()) return std::nullopt;
         icu::UnicodeString name;
         return fromIcu(region.getDisplayCountry(icu::Locale::getDefault(), name));

@@ -6,7 +6,7 @@
 namespace kavio {
 namespace {
 
-// Texts come from QR codes: one that is made to send the engine back and forth must not hold up the wallet.
+// Texts come from QR codes: one designed to make the engine backtrack must not hold up the wallet.
 constexpr std::int32_t timeLimit = 500;  // in ICU's steps, which take about a millisecond each
 constexpr std::int32_t stackLimit = 4 * 1024 * 1024;
 

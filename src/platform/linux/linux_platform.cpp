@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::size_t concurrentThreads = 64;  // made when needed
 
-// The service is told what it is asked from.
+// The service is told which system it is called from.
 std::string kernelRelease() {
     utsname system{};
     return uname(&system) == 0 ? system.release : "";

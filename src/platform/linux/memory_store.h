@@ -9,7 +9,7 @@
 
 namespace kavio {
 
-/// A suite that ends with the process, for where nothing can be written.
+/// A suite that ends with the process, for use when nothing can be written.
 class MemoryStore final : public KeyValueStore {
 public:
     std::optional<StoredValue> value(std::string_view key) const override {

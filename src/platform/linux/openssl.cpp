@@ -11,7 +11,7 @@
 namespace kavio {
 namespace {
 
-/// Entropy or an algorithm is missing: like being out of memory, this leaves nothing sensible to go on with.
+/// Entropy or an algorithm is missing: as when out of memory, there is no sensible way to go on.
 [[noreturn]] void fail(const char* what) { throw std::runtime_error(what); }
 
 const unsigned char* unsignedBytes(std::string_view bytes) {
@@ -37,7 +37,7 @@ private:
 class OpensslBase64 final : public Base64 {
 public:
     std::string encode(std::string_view bytes) const override {
-        // One more than the text: OpenSSL ends it with a NUL.
+        // One byte more than the text, as OpenSSL adds a NUL.
         std::string text((bytes.size() + 2) / 3 * 4 + 1, '\0');
         EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()), unsignedBytes(bytes),
                         static_cast<int>(bytes.size()));

@@ -15,7 +15,7 @@ namespace {
 
 constexpr mode_t ownFolder = 0700;
 constexpr mode_t ownFile = 0600;
-constexpr std::size_t longestFileName = 128;  // of 255, so that what is appended to it finds room
+constexpr std::size_t longestFileName = 128;  // of 255, to leave room for what is appended
 
 void check(bool succeeded, const std::filesystem::path& path) {
     if (!succeeded) throw std::system_error(errno, std::generic_category(), path);
@@ -59,7 +59,7 @@ void makePrivateFile(const std::filesystem::path& path) {
 void removeIfOlder(const std::filesystem::path& path, std::chrono::seconds age) {
     std::error_code failure;
     const auto changed = std::filesystem::last_write_time(path, failure);
-    if (failure) return;  // there is none
+    if (failure) return;  // no such file
     if (std::chrono::abs(decltype(changed)::clock::now() - changed) > age) std::filesystem::remove(path, failure);
 }
 
@@ -77,7 +77,7 @@ std::string fileNameFor(std::string_view text, const Digest& digest) {
     if (name.size() <= longestFileName) return name;
 
     name.resize(longestFileName);
-    name += "%~";  // no escape, so that no other text has this name
+    name += "%~";  // not an escape, so no other text has this name
     for (const auto byte : digest.sha1(text)) appendHexadecimal(name, byte);
     return name;
 }

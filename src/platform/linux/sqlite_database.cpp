@@ -28,7 +28,7 @@ bool SqliteError::isBusy() const { return (mCode & 0xFF) == SQLITE_BUSY; }
 SqliteDatabase::SqliteDatabase(const char* name, int flags) {
     sqlite3* handle = nullptr;
     const int code = sqlite3_open_v2(name, &handle, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
-    mHandle.reset(handle);  // there is one after a failure too
+    mHandle.reset(handle);  // exists even after a failure
     check(code);
     execute("PRAGMA cell_size_check=ON");
 }
@@ -54,7 +54,7 @@ void SqliteDatabase::execute(const char* statements) {
     check(sqlite3_exec(mHandle.get(), statements, nullptr, nullptr, nullptr));
 }
 
-// Some failures have done it already.
+// Some failures have already done it.
 void SqliteDatabase::rollBack() {
     if (sqlite3_get_autocommit(mHandle.get()) == 0) execute("ROLLBACK");
 }
@@ -64,7 +64,7 @@ std::string SqliteDatabase::text(const char* query) {
     return statement.step() ? statement.text(0) : std::string();
 }
 
-// Through SQLite's own handle: a descriptor of ours would drop all locks of the process on the file when it is closed.
+// Through SQLite's own handle: closing a descriptor of ours would drop all the process's locks on the file.
 std::optional<std::uint32_t> SqliteDatabase::changeCounter() const {
     std::array<std::uint8_t, 4> bytes{};
     if (mFile->pMethods->xRead(mFile, bytes.data(), 4, changeCounterOffset) != SQLITE_OK) return std::nullopt;
@@ -103,7 +103,7 @@ void SqliteDatabase::lock() {
         code = mFile->pMethods->xLock(mFile, SQLITE_LOCK_SHARED);
         if (code == SQLITE_OK) code = mFile->pMethods->xLock(mFile, SQLITE_LOCK_EXCLUSIVE);
         if (code != SQLITE_BUSY) break;
-        unlock();  // or two that wait would hold each other up
+        unlock();  // or two that wait would block each other
         sqlite3_sleep(pauseMilliseconds);
     }
     if (code != SQLITE_OK) unlock();
@@ -113,7 +113,7 @@ void SqliteDatabase::lock() {
 void SqliteDatabase::unlock() { mFile->pMethods->xUnlock(mFile, SQLITE_LOCK_NONE); }
 
 SqliteTransaction::SqliteTransaction(SqliteDatabase& database, const char* begin) : mDatabase(database) {
-    mDatabase.rollBack();  // what an earlier one could not
+    mDatabase.rollBack();  // what an earlier one could not roll back
     mDatabase.execute(begin);
 }
 

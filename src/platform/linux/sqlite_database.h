@@ -17,9 +17,10 @@ namespace kavio {
 class SqliteError : public std::runtime_error {
 public:
     explicit SqliteError(int code) : std::runtime_error(sqlite3_errstr(code)), mCode(code) {}
-    /// Whether the file may be to blame. It may also be a disk that could not be read, or want of memory.
+    /// Whether the file may be to blame. The cause may also be a disk that could not be read, or lack of memory.
     bool mayBeDamage() const;
-    /// Whether a table or column that a statement names is missing. Our statements are fixed and right otherwise.
+    /// Whether a table or column that a statement names is missing. Nothing else can be wrong with our statements,
+    /// which are fixed.
     bool isUnknownSchema() const;
     /// Whether another process held the file for too long.
     bool isBusy() const;
@@ -31,29 +32,28 @@ private:
 /// One connection, for one thread at a time. Every failure is thrown as `SqliteError`.
 class SqliteDatabase {
 public:
-    /// Opens an existing file without reading it, read-only where nothing else is allowed.
+    /// Opens an existing file without reading it; read-only if nothing else is allowed.
     explicit SqliteDatabase(const std::filesystem::path& file);
     /// Opens a copy of a file in memory, read-only.
     static SqliteDatabase copyOf(std::string_view contents);
 
     void execute(const char* statements);
-    /// Ends a transaction that is open; for want of memory even that may fail.
+    /// Ends an open transaction; without memory, even that may fail.
     void rollBack();
     /// The first value of the first row, as text.
     std::string text(const char* query);
 
-    /// The file's change counter as it stands in the file now, without any lock; absent in a file too short to have
-    /// one.
+    /// The change counter that is in the file now, read without a lock; absent if the file is too short to have one.
     std::optional<std::uint32_t> changeCounter() const;
-    /// Makes other processes that have the file open see that it has changed, as far as it can still be written. Needs
-    /// the exclusive lock.
+    /// Lets other processes that have the file open see that it has changed, if it can still be written. Needs the
+    /// exclusive lock.
     void disturbChangeCounter();
-    /// The bytes of the file, without SQLite's judgement. Needs the exclusive lock.
+    /// The bytes of the file, unchecked by SQLite. Needs the exclusive lock.
     std::string contents() const;
     bool isReadOnly() const { return sqlite3_db_readonly(mHandle.get(), "main") == 1; }
     /// Whether the file is no longer the one at its path.
     bool hasMoved() const;
-    /// SQLite's exclusive lock on the file, outside of any transaction: none can be had on a damaged file.
+    /// SQLite's exclusive lock on the file, outside any transaction: a damaged file allows no transactions.
     void lock();
     void unlock();
 
@@ -81,7 +81,7 @@ private:
     SqliteDatabase& mDatabase;
 };
 
-/// A transaction that is rolled back unless it was committed.
+/// A transaction that is rolled back unless it is committed.
 class SqliteTransaction {
 public:
     SqliteTransaction(SqliteDatabase& database, const char* begin);
@@ -99,13 +99,13 @@ class SqliteStatement {
 public:
     SqliteStatement(SqliteDatabase& database, std::string_view sql);
 
-    /// Texts and bytes are to outlive the statement's steps.
+    /// Texts and bytes must outlive the statement's steps.
     void bind(int index, std::string_view text);
     void bind(int index, const StoredValue& value);
     /// Whether there is a row.
     bool step();
     std::string text(int column);
-    /// Absent for a number without fraction and for NULL, which no stored value is.
+    /// Absent for an integer and for NULL, which are never stored.
     std::optional<StoredValue> value(int column);
 
 private:

@@ -16,7 +16,7 @@
 namespace kavio {
 namespace {
 
-/// Empty where the user has no home.
+/// Empty if the user has no home.
 std::filesystem::path userDataFolder() {
     if (const char* data = std::getenv("XDG_DATA_HOME"); data != nullptr && *data == '/') return data;
     if (const char* home = std::getenv("HOME"); home != nullptr && *home == '/') {
@@ -26,7 +26,7 @@ std::filesystem::path userDataFolder() {
     return user == nullptr ? std::filesystem::path() : std::filesystem::path(user->pw_dir) / ".local/share";
 }
 
-/// The one open suite of a file.
+/// The only open suite of a file.
 std::shared_ptr<SqliteSuite> openSuite(const std::filesystem::path& file, const std::shared_ptr<const Digest>& digest,
                                        const OnStoreDamaged& onDamaged) {
     // Never destroyed: background threads may outlive the statics of the program.
@@ -48,7 +48,7 @@ public:
         const auto fileName = fileNameFor(name, *mDigest) + ".suite.sqlite";
         try {
             const auto suite = openSuite(makePrivateFolder(mDirectory) / fileName, mDigest, mOnDamaged);
-            return suite->isUsable() ? suite : nullptr;  // which reports itself where not
+            return suite->isUsable() ? suite : nullptr;  // if not, it has reported itself
         } catch (const std::exception&) {
             reportUnusable(mDirectory / fileName);
             return nullptr;

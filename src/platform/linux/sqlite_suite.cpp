@@ -5,7 +5,7 @@
 namespace kavio {
 namespace {
 
-/// Failures that pass are rarely more than one, and two fresh files that prove damaged too are enough.
+/// Passing failures rarely come twice, and two fresh files that also prove damaged are enough.
 constexpr int mostAttempts = 3;
 
 }  // namespace
@@ -67,7 +67,7 @@ bool SqliteSuite::useLocked(const Work& work, std::vector<std::filesystem::path>
             if (!mIsUnusable.exchange(true)) reports.emplace_back();
             return false;
         } catch (const SqliteError& error) {
-            if (error.isBusy()) return false;  // for as long as we are ready to wait
+            if (error.isBusy()) return false;  // for longer than we are ready to wait
         } catch (const std::exception&) {      // NOLINT(bugprone-empty-catch): the next attempt may do better
         }
     }

@@ -18,13 +18,12 @@
 
 namespace kavio {
 
-/// A suite as an SQLite file. A file that is damaged is set aside, and the suite goes on with a fresh one.
+/// A suite as an SQLite file. A damaged file is set aside, and the suite goes on with a fresh one.
 class SqliteSuite final : public KeyValueStore {
 public:
     SqliteSuite(std::filesystem::path path, std::shared_ptr<const Digest> digest, OnStoreDamaged onDamaged);
 
-    /// Whether the file can be read; one that another process holds just now counts as readable. Where not, that is
-    /// reported.
+    /// Whether the file can be read; one that another process is holding counts as readable. Reports it if not.
     bool isUsable() const;
     std::optional<StoredValue> value(std::string_view key) const override;
     std::vector<std::optional<StoredValue>> values(std::initializer_list<std::string_view> keys) const override;
@@ -34,8 +33,8 @@ public:
 private:
     using Work = std::function<void(SuiteFile&)>;
 
-    /// Runs `work` on the file, and again when it fails: on its successor if it was set aside. False when that does not
-    /// help.
+    /// Runs `work` on the file and, if it fails, again: on its successor if it was set aside. False if that does
+    /// not help.
     bool use(const Work& work) const;
     bool useLocked(const Work& work, std::vector<std::filesystem::path>& reports) const;
     void report(const std::filesystem::path& setAside) const;
@@ -44,8 +43,8 @@ private:
     const std::shared_ptr<const Digest> mDigest;
     const OnStoreDamaged mOnDamaged;
     mutable std::mutex mMutex;
-    mutable std::unique_ptr<SuiteFile> mFile;       // opened on the next use where it is null
-    mutable std::atomic<bool> mIsUnusable = false;  // which was reported
+    mutable std::unique_ptr<SuiteFile> mFile;       // if null, opened on the next use
+    mutable std::atomic<bool> mIsUnusable = false;  // and that was reported
 };
 
 }  // namespace kavio

@@ -11,7 +11,7 @@
 namespace kavio {
 namespace {
 
-constexpr std::uint64_t layout = 1;  // of the table; files of the time before layouts had numbers say 0
+constexpr std::uint64_t layout = 1;  // of the table; files from before layouts were numbered say 0
 constexpr std::chrono::days lifeOfDamagedFile{7};
 
 std::filesystem::path damagedPath(const std::filesystem::path& path) { return path.string() + ".damaged"; }
@@ -29,14 +29,14 @@ std::uint64_t knownLayout(SqliteDatabase& database) {
     return found;
 }
 
-/// The rows of a file that is ours to read.
+/// The rows of a file that we may read.
 SqliteStatement rowsOf(SqliteDatabase& database) {
     const auto found = knownLayout(database);
     try {
         return {database, "SELECT key, value, checksum FROM entry"};
     } catch (const SqliteError& error) {
         if (!error.isUnknownSchema()) throw;
-        if (found == layout) throw SqliteError(SQLITE_CORRUPT);  // the number is ours, the table is lost
+        if (found == layout) throw SqliteError(SQLITE_CORRUPT);  // the number is ours, but the table is lost
         throw SuiteFile::Unusable();
     }
 }
@@ -47,9 +47,9 @@ SuiteFile::SuiteFile(const std::filesystem::path& path, std::shared_ptr<const Di
     : mPath(path), mDigest(std::move(digest)), mDatabase(openable(path)) {}
 
 // The counter is read without a lock. That is enough, because a commit changes it before it completes: as long as it is
-// the remembered one no later write has completed. Any other value only leads to a read transaction, which waits for a
-// commit under way and rolls back one that a crash has cut off. The counter that is remembered is the one read inside
-// such a transaction, never one that could still be undone.
+// the remembered one, no later write has completed. Any other value merely leads to a read transaction, which waits for
+// a commit under way and rolls back one that a crash cut off. The counter remembered is the one read inside such a
+// transaction, never one that could still be undone.
 void SuiteFile::refresh() {
     if (mIsPrepared && mCounter && mDatabase.changeCounter() == mCounter) return;
     judging([this] {
@@ -86,7 +86,7 @@ bool SuiteFile::write(const StoreChanges& changes) {
     if (holds(changes)) return true;
     try {
         judging([&] { store(changes); });
-        for (const auto& [key, value] : changes) {  // for the time when the file cannot be read
+        for (const auto& [key, value] : changes) {  // for when the file cannot be read
             if (value) {
                 mValues->insert_or_assign(key, *value);
             } else {
@@ -95,7 +95,7 @@ bool SuiteFile::write(const StoreChanges& changes) {
         }
         return true;
     } catch (const SqliteError&) {
-        // A commit that failed at its very end, in making the removal of its journal durable, may stand nevertheless.
+        // A commit that failed at its very end, while making the removal of its journal durable, may still stand.
         refresh();
         return holds(changes);
     }
@@ -106,16 +106,16 @@ bool SuiteFile::holds(const StoreChanges& changes) const {
                        [this](const auto& change) { return known(change.first) == change.second; });
 }
 
-// EXTRA, because a journal whose removal a power cut undoes would undo the write too.
+// EXTRA, because if a power cut undoes the removal of the journal, that journal would undo the write too.
 void SuiteFile::prepare() {
-    const bool isDiskReadOnly = mDatabase.isReadOnly();  // nothing of the file has been read yet
+    const bool isDiskReadOnly = mDatabase.isReadOnly();  // nothing in the file has been read yet
     const bool isEmpty = mDatabase.text("PRAGMA page_count") == "0";
-    if (!isEmpty) rowsOf(mDatabase);  // before anything changes a file that is not ours
+    if (!isEmpty) rowsOf(mDatabase);  // before anything changes a file that may not be ours
     mDatabase.execute("PRAGMA synchronous=EXTRA; PRAGMA secure_delete=ON");
-    // Another mode would not change the counter with each commit.
+    // Any other mode would not change the counter with each commit.
     if (mDatabase.text("PRAGMA journal_mode=DELETE") != "delete") throw SqliteError(SQLITE_BUSY);
     if (isEmpty) makeTable();
-    // A header that names a newer format makes SQLite read but never write.
+    // If the header names a newer format, SQLite reads but never writes.
     if (mDatabase.isReadOnly() && !isDiskReadOnly) throw Unusable();
     mIsPrepared = true;
 }
@@ -145,7 +145,7 @@ SuiteFile::Values SuiteFile::read(SqliteDatabase& database) const {
     while (rows.step()) {
         auto key = rows.text(0);
         auto value = rows.value(1);
-        // SQLite checks the structure of its pages, not what they hold.
+        // SQLite checks the structure of its pages, not their contents.
         if (!value || rows.value(2) != checksum(key, *value)) throw SqliteError(SQLITE_CORRUPT);
         values.emplace(std::move(key), std::move(*value));
     }
@@ -155,9 +155,9 @@ SuiteFile::Values SuiteFile::read(SqliteDatabase& database) const {
 void SuiteFile::store(const StoreChanges& changes) {
     SqliteTransaction transaction(mDatabase, "BEGIN IMMEDIATE");
     expectUnmoved();
-    knownLayout(mDatabase);  // a newer version may have come since
+    knownLayout(mDatabase);  // a newer version may have taken over since
     for (const auto& [key, wanted] : changes) store(key, wanted);
-    mCounter.reset();  // whether this succeeds or not: the next look into the file tells
+    mCounter.reset();  // the next look into the file tells whether this has succeeded
     transaction.commit();
 }
 
@@ -191,7 +191,7 @@ StoredValue SuiteFile::checksum(std::string_view key, const StoredValue& value) 
     return Bytes(digest.begin(), digest.end());
 }
 
-// Asked with SQLite's lock held, so that the answer stays true: who sets a file aside holds the exclusive lock.
+// Asked with SQLite's lock held, so that the answer stays true: setting a file aside takes the exclusive lock.
 void SuiteFile::expectUnmoved() const {
     if (mDatabase.hasMoved()) throw Moved();
 }
@@ -203,7 +203,7 @@ void SuiteFile::judging(const Work& work) {
     } catch (const SqliteError& error) {
         if (!error.mayBeDamage()) throw;
         setAsideIfDamaged();
-        // What looked like damage has passed, but may still be in the connection's cache.
+        // What looked like damage is gone, but may still be in the connection's cache.
         mIsPrepared = false;
         mDatabase = SqliteDatabase(openable(mPath));
         throw SqliteError(SQLITE_IOERR);
@@ -222,10 +222,10 @@ void SuiteFile::setAsideIfDamaged() {
     throw Moved{std::move(target)};
 }
 
-// A disk that cannot be read for a moment and want of memory look like damage as well. So it is judged by a copy in
-// memory, which no disk can garble, made while no other process can write.
+// A disk that cannot be read for a moment, and lack of memory, look like damage too. So a copy in memory is judged,
+// which no disk can garble, and which is made while no other process can write.
 bool SuiteFile::isDamaged() const {
-    // What a crash has left unfinished is undone by the next look into the file.
+    // The next look into the file undoes what a crash has left unfinished.
     std::error_code none;
     if (std::filesystem::file_size(mPath.string() + "-journal", none) > 0 && !none) throw SqliteError(SQLITE_IOERR);
     const auto contents = mDatabase.contents();

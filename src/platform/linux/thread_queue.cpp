@@ -11,7 +11,7 @@
 namespace kavio {
 namespace {
 
-/// What the queue and its threads share. It outlives the queue where a block destroys the queue that runs it.
+/// What the queue and its threads share. It outlives the queue if a block destroys the queue that runs it.
 struct Shared {
     std::mutex mutex;
     std::condition_variable changed;
@@ -20,7 +20,7 @@ struct Shared {
     bool stopping = false;
 };
 
-/// A block is the application's own code. What it throws has nobody to go to, and must not end the program.
+/// A block is the application's own code. Nobody could catch what it throws, which must not end the program.
 void runGuarded(const std::function<void()>& block) {
     try {
         block();
@@ -40,7 +40,7 @@ void serve(const std::shared_ptr<Shared>& shared) {
         shared->pending.pop_front();
         lock.unlock();
         runGuarded(block);
-        block = nullptr;  // what it holds goes before the lock is taken again
+        block = nullptr;  // what it holds is destroyed before the lock is taken again
         lock.lock();
     }
 }
@@ -69,8 +69,8 @@ public:
 
     void async(std::function<void()> work) override {
         const std::lock_guard lock(mShared->mutex);
-        if (mShared->stopping) return;  // posted by what a dropped block held
-        // Before the work is taken: a thread that cannot be started throws, and then the work must not run.
+        if (mShared->stopping) return;  // posted by something that a dropped block held
+        // Before the work is accepted: starting a thread may throw, and then the work must not run.
         if (mShared->pending.size() >= mShared->idle && mThreads.size() < mLimit) {
             auto& thread = mThreads.emplace_back(serve, mShared);
             ::pthread_setname_np(thread.native_handle(), mName.c_str());

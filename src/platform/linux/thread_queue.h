@@ -8,8 +8,8 @@
 
 namespace kavio {
 
-/// A work queue on up to `threads` threads of that name, each made when work finds no idle one. One thread makes it
-/// serial.
+/// A work queue on up to `threads` threads of that name, each started when no other is idle. With one thread, it
+/// is serial.
 std::shared_ptr<WorkQueue> makeThreadQueue(std::string name, std::size_t threads);
 
 }  // namespace kavio

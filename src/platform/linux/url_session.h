@@ -7,8 +7,8 @@
 
 namespace kavio {
 
-// Sessions on libcurl, each with a network thread of its own. A session may be destroyed anywhere, inside one of its
-// completions too. A completion that lets an exception out ends the program: nobody is left who could handle it.
+// Sessions on libcurl, each with its own network thread. A session may be destroyed anywhere, even inside one of its
+// completions. A completion that lets an exception out ends the program, as nobody is left to handle it.
 
 std::shared_ptr<UrlSession> makeUrlSession(const UrlSessionConfiguration& configuration);
 std::shared_ptr<BackgroundUrlSession> makeBackgroundUrlSession(const UrlSessionConfiguration& configuration);

@@ -12,21 +12,21 @@
 namespace kavio {
 namespace {
 
-/// Of the connection that `easy` has in hand.
+/// The TLS object of the connection that `easy` is using.
 SSL* tlsOf(CURL* easy) {
     curl_tlssessioninfo* session = nullptr;
     curl_easy_getinfo(easy, CURLINFO_TLS_SSL_PTR, &session);
     return session == nullptr ? nullptr : static_cast<SSL*>(session->internals);
 }
 
-/// Under which a TLS object carries its socket: libcurl does not tell that of a connection which it has taken up again.
+/// The index under which a TLS object carries its socket: libcurl does not tell the socket of a reused connection.
 int socketIndex() {
     static const int index = SSL_get_ex_new_index(0, nullptr, nullptr, nullptr, nullptr);
     return index;
 }
 
 void* tagged(curl_socket_t socket) {
-    return reinterpret_cast<void*>(static_cast<std::intptr_t>(socket) + 1);  // null is no socket
+    return reinterpret_cast<void*>(static_cast<std::intptr_t>(socket) + 1);  // null means no socket
 }
 
 curl_socket_t untagged(const void* tag) { return static_cast<curl_socket_t>(reinterpret_cast<std::intptr_t>(tag) - 1); }
@@ -64,7 +64,7 @@ bool isSilent(CURL* easy) {
     const SSL* tls = tlsOf(easy);
     if (tls == nullptr) return false;
     if (isHttp2(tls)) return true;
-    // What has been read from the socket, whole records or parts, and what has not.
+    // Both what OpenSSL has read from the socket, in whole or part records, and what it has not.
     return SSL_has_pending(tls) == 0 && nothingToReceive(untagged(SSL_get_ex_data(tls, socketIndex())));
 }
 

@@ -22,7 +22,7 @@ public:
     bool append(const char* line) {
         curl_slist* grown = curl_slist_append(mHead.get(), line);
         if (grown == nullptr) return false;
-        static_cast<void>(mHead.release());  // the grown list owns it
+        static_cast<void>(mHead.release());  // the longer list owns it
         mHead.reset(grown);
         return true;
     }

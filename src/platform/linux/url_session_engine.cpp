@@ -41,8 +41,8 @@ struct Task {
 using TaskPointer = std::unique_ptr<Task>;
 
 void initializeLibraries() {
-    // A session may live until the process ends. OpenSSL's exit handler would then take its tables from under the
-    // network thread. Where another library has used OpenSSL before, it is too late to ask for none.
+    // A session may live until the process ends, and OpenSSL's exit handler would then pull its tables from under the
+    // network thread. If another library has already used OpenSSL, it is too late to ask for no handler.
     static const bool done =
         OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr) == 1 && curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
     if (!done) throw std::bad_alloc();
@@ -50,7 +50,7 @@ void initializeLibraries() {
 
 void blockSigpipe() {
     // CURLOPT_NOSIGNAL keeps libcurl's SIGALRM out of our threads, but then a closed peer can raise SIGPIPE. It is
-    // blocked in the network thread alone: signal handlers of the process belong to the host application.
+    // blocked only in the network thread: the process's signal handlers belong to the host application.
     sigset_t signals{};
     sigemptyset(&signals);
     sigaddset(&signals, SIGPIPE);
@@ -62,7 +62,7 @@ bool isNetworkMissing(const UrlOutcome& outcome) {
     return error != nullptr && error->code == UrlError::notConnectedToInternet;
 }
 
-/// Ends the network thread's wait. libcurl's own way goes through a pair of sockets and back, at every hand-over.
+/// Ends the network thread's wait. libcurl's own way takes a trip through a pair of sockets at every hand-over.
 class Wakeup {
 public:
     Wakeup() {
@@ -73,7 +73,7 @@ public:
     Wakeup& operator=(const Wakeup&) = delete;
 
     void signal() const { eventfd_write(mDescriptor, 1); }
-    /// Waits for a signal, for what the open exchanges wait for, or for so long.
+    /// Waits for a signal, for what the open exchanges wait for, or until the time is up.
     void wait(CURLM* multi, int milliseconds) const {
         curl_waitfd signalled{mDescriptor, CURL_WAIT_POLLIN, 0};
         curl_multi_wait(multi, &signalled, 1, milliseconds, nullptr);
@@ -114,8 +114,8 @@ void endedByLackOfMemory(TaskPointer& task, Step step) {
 
 }  // namespace
 
-/// What the network thread does. Outlives the engine where a completion destroys that. A completion may do anything to
-/// the loop, so none is called while a task is between two places.
+/// What the network thread does. It outlives the engine if a completion destroys the engine. A completion may do
+/// anything to the loop, so none is called while a task is between two places.
 class UrlEngine::Loop : public std::enable_shared_from_this<Loop> {
 public:
     explicit Loop(UrlConduct conduct);
@@ -163,7 +163,7 @@ private:
     std::vector<CurlEasy> mIdle;
 };
 
-/// A request in the engine, for who made it.
+/// A request in the engine, for whoever made it.
 class UrlEngine::Submitted : public DownloadTask {
 public:
     Submitted(std::weak_ptr<Loop> loop, std::shared_ptr<Departure> departure)
@@ -194,7 +194,7 @@ UrlEngine::~UrlEngine() {
 }
 
 std::shared_ptr<DownloadTask> UrlEngine::submit(UrlRequest request, Completion completion) {
-    const auto loop = mLoop;  // the completion may come at once, and destroy the engine
+    const auto loop = mLoop;  // the completion may come at once and destroy the engine
     return loop->submit(std::move(request), std::move(completion));
 }
 
@@ -247,13 +247,13 @@ void UrlEngine::Loop::run() {
     close();
 }
 
-/// Leaves the thread nothing to do in libcurl and OpenSSL. Where a completion destroys the engine, the process may end
-/// at any time after that: it does not wait for a thread that cannot be joined, and OpenSSL's exit handler may run.
-/// What `run` still asks of libcurl on its way out is refused, for want of a handle.
+/// Leaves the thread nothing to do in libcurl and OpenSSL. After a completion has destroyed the engine, the process may
+/// end at any time: it does not wait for a thread that cannot be joined, and OpenSSL's exit handler may run. What `run`
+/// still asks of libcurl on its way out is refused, as there is no handle.
 void UrlEngine::Loop::close() {
     cancelAll();
     mIdle.clear();
-    mMulti.reset();  // here, where SIGPIPE is blocked: it says good-bye on open connections
+    mMulti.reset();  // here, where SIGPIPE is blocked: it says goodbye on open connections
     mTlsSessions.reset();
     OPENSSL_thread_stop();
 }
@@ -324,7 +324,7 @@ TaskPointer UrlEngine::Loop::takeDue() {
     return due == mWaiting.end() ? nullptr : takeAt(mWaiting, due);
 }
 
-/// What is still in `mSubmitted` is not started any more.
+/// Anything still in `mSubmitted` is not started.
 TaskPointer UrlEngine::Loop::takeGivenUp() {
     const auto isGivenUp = [](const TaskPointer& task) { return task->exchange.departure()->isGivenUp(); };
     const auto waiting = std::find_if(mWaiting.begin(), mWaiting.end(), isGivenUp);

@@ -10,8 +10,9 @@
 
 namespace kavio {
 
-/// Carries out requests on a network thread of its own; the completions run there. Destroying the engine completes what
-/// is open with `UrlError::cancelled` and ends the thread; inside a completion, the thread ends once that has returned.
+/// Carries out requests on its own network thread; the completions run there. Destroying the engine completes
+/// what is open with `UrlError::cancelled` and ends the thread; if a completion does so, the thread ends once
+/// that has returned.
 class UrlEngine {
 public:
     using Completion = std::function<void(UrlOutcome)>;

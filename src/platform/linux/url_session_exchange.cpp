@@ -21,15 +21,15 @@ namespace {
 
 constexpr std::size_t maximumHeaderBytes = 300'000;
 constexpr int maximumRedirects = 10;
-// A mobile network forgets idle connections without a word; what is sent on such a one is lost.
+// A mobile network forgets idle connections without notice, and what is sent on one is lost.
 constexpr long maximumIdleSeconds = 30;
 constexpr long longestTimeoutSeconds = 24L * 60 * 60;
-// Bodies are small, and a buffer of libcurl's own choice so large that the heap returns and takes it again each time.
+// Bodies are small, and libcurl's default buffer is so large that the heap returns it and takes it again each time.
 constexpr long uploadBufferBytes = 16L * 1024;
-// A reply that always drips just enough to count as progress must end too.
+// A reply that keeps dripping just enough to count as progress must end too.
 constexpr long wholeExchangeTimeouts = 10;
 
-/// Whether libcurl would send the request as it stands: none of its texts may end early or begin another line.
+/// Whether libcurl would send the request as it stands: none of its texts must end early or begin a new line.
 bool isWellFormed(const UrlRequest& request) {
     const auto isLine = [](std::string_view text) {
         return std::none_of(text.begin(), text.end(), [](char c) { return c == '\r' || c == '\n' || c == '\0'; });
@@ -39,7 +39,7 @@ bool isWellFormed(const UrlRequest& request) {
                        [&](const auto& field) { return isLine(field.first) && isLine(field.second); });
 }
 
-/// Scheme, host and port of `url`, comparable.
+/// Scheme, host and port of `url`, in comparable form.
 std::optional<std::string> origin(const char* url) {
     const CurlUrl parsed(curl_url());
     if (!parsed || curl_url_set(parsed.get(), CURLUPART_URL, url, 0) != CURLUE_OK) return std::nullopt;
@@ -94,9 +94,8 @@ private:
 
 /// What libcurl calls while the exchange is under way.
 struct UrlExchange::Callbacks {
-    // On its own libcurl sends again when a connection that it had used before dies without a reply, and when a server
-    // refuses a stream; the URL may then be another one than was signed. These two are where that ends, on a new
-    // connection and on a kept one.
+    // By itself, libcurl sends again when a reused connection dies without a reply, and when a server refuses a stream;
+    // the URL may then differ from the one that was signed. These two stop that, on a new connection and on a kept one.
 
     static curl_socket_t openSocket(void* user, curlsocktype, curl_sockaddr* address) {
         auto& attempt = static_cast<UrlExchange*>(user)->mAttempt;
@@ -118,7 +117,7 @@ struct UrlExchange::Callbacks {
         return static_cast<UrlExchange*>(user)->maySend(localPort) ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
     }
 
-    /// Of every head, an interim one's too, and of trailers: a line at a time.
+    /// Called for each line of every head, including interim ones, and of trailers.
     static std::size_t onHeader(char* data, std::size_t size, std::size_t count, void* user) {
         auto& self = *static_cast<UrlExchange*>(user);
         const std::string_view line(data, size * count);
@@ -135,7 +134,7 @@ struct UrlExchange::Callbacks {
         if (self.mTooLarge) return 0;
         try {
             self.mBody.append(data, size * count);
-        } catch (const std::exception&) {  // no memory: ends the exchange, and may not pass through libcurl
+        } catch (const std::exception&) {  // no memory: ends the exchange; must not pass through libcurl
             self.mTooLarge = true;
             return 0;
         }
@@ -145,8 +144,9 @@ struct UrlExchange::Callbacks {
 
 UrlConduct::UrlConduct(const UrlSessionConfiguration& configuration, bool isBackground)
     : authorityFile(configuration.certificateAuthorities), background(isBackground) {
-    // Reading all of the system's authorities takes longer than all else in an exchange. From a folder OpenSSL reads
-    // the one that it needs; of a file libcurl at least keeps what it has read, if it has no folder to look into.
+    // Reading all of the system's authorities takes longer than everything else in an exchange. From a folder, OpenSSL
+    // reads only the one that it needs; from a file, libcurl at least keeps what it has read, if it has no folder to
+    // look into.
     if (authorityFile.empty()) {
         const auto* system = curl_version_info(CURLVERSION_NOW);
         if (isLookUpFolder(system->capath)) {
@@ -193,7 +193,7 @@ CURLcode UrlExchange::prepare(CURL* easy) {
 
 void UrlExchange::setConnection(Options& options) const {
     options.set(CURLOPT_NOSIGNAL, 1L);
-    options.set(CURLOPT_QUICK_EXIT, 1L);  // not held up by a name look-up that nobody waits for any more
+    options.set(CURLOPT_QUICK_EXIT, 1L);  // do not wait for a name look-up that nobody needs any more
     options.set(CURLOPT_PROTOCOLS_STR, "https");
     options.set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
     options.set(CURLOPT_SSL_VERIFYPEER, 1L);
@@ -206,8 +206,9 @@ void UrlExchange::setConnection(Options& options) const {
         options.set(CURLOPT_PROXY, "");
     }
     options.set(CURLOPT_MAXAGE_CONN, maximumIdleSeconds);
-    // What is sent once takes no kept connection. However alive such a one looks, its end may be on its way already,
-    // and then nobody could tell whether the request has arrived. A TLS session taken up again keeps new ones cheap.
+    // A request that is sent once never takes a kept connection. However alive that looks, its end may already be
+    // on its way, and then nobody could tell whether the request has arrived. Resumed TLS sessions keep new
+    // connections cheap.
     options.set(CURLOPT_FRESH_CONNECT, mayTakeKeptConnection() ? 0L : 1L);
     options.set(CURLOPT_FORBID_REUSE, mConduct.background ? 1L : 0L);
     options.set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
@@ -239,13 +240,12 @@ void UrlExchange::setRequest(Options& options) {
 }
 
 void UrlExchange::setHeaders(Options& options) {
-    // What libcurl would add on its own: a form's type, and a wait for a "100 Continue", which may end in sending
-    // twice.
+    // What libcurl would add by itself: a form's type, and a wait for "100 Continue", which may end in sending twice.
     for (const char* name : {"Content-Type:", "Expect:"}) options.append(mHeaderLines, name);
     for (const auto& [name, value] : mRequest.headers) {
         const bool blank = value.find_first_not_of(" \t") == std::string::npos;
         std::string line = name;
-        line.append(blank ? ";" : ": ").append(value);  // "NAME:" alone would take the header away
+        line.append(blank ? ";" : ": ").append(value);  // "NAME:" alone would remove the header
         options.append(mHeaderLines, line);
     }
     options.set(CURLOPT_HTTPHEADER, mHeaderLines.get());
@@ -299,9 +299,9 @@ bool UrlExchange::followRedirect(CURL* easy) {
 
 UrlOutcome UrlExchange::finish(CURL* easy, CURLcode code) {
     const int status = responseStatus(easy);
-    const bool hasHead = mHeadIsWhole && status >= 200;  // a 1xx only says that the reply is still to come
+    const bool hasHead = mHeadIsWhole && status >= 200;  // a 1xx only means that the reply is still to come
     if (code == CURLE_OK && hasHead) return takeReply(status);
-    if (code == CURLE_OK) code = CURLE_PARTIAL_FILE;  // libcurl is content with a head that breaks off
+    if (code == CURLE_OK) code = CURLE_PARTIAL_FILE;  // libcurl accepts a head that breaks off
     UrlError error =
         mTooLarge ? urlError(UrlError::dataLengthExceedsMaximum) : describeFailure(easy, code, mDeparture->hasLeft());
     if (mConduct.background && hasHead) error.status = status;

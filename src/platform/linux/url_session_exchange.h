@@ -16,15 +16,15 @@ namespace kavio {
 
 using UrlOutcome = std::variant<UrlReply, UrlError>;
 
-/// How all the requests of a session travel.
+/// How all requests of a session are sent.
 struct UrlConduct {
     UrlConduct(const UrlSessionConfiguration& configuration, bool isBackground);
 
-    /// The authorities to trust: in one PEM file, or in a folder that OpenSSL looks them up in. The other one is empty.
+    /// The authorities to trust: in one PEM file, or in a folder where OpenSSL looks them up. The other one is empty.
     std::string authorityFile;
     std::string authorityFolder;
     CurlList connectTo;
-    /// As a background session promises: each request on a connection of its own, and at most once.
+    /// As a background session promises: each request on its own connection, and at most once.
     bool background;
 };
 
@@ -36,12 +36,12 @@ public:
     UrlExchange(const UrlExchange&) = delete;
     UrlExchange& operator=(const UrlExchange&) = delete;
 
-    /// Sets all that `easy` needs to carry the request out. The exchange must stay where it is until that is done.
+    /// Sets everything that `easy` needs to carry out the request. The exchange must not move until that is done.
     CURLcode prepare(CURL* easy);
     /// Whether the reply is a redirect to follow; the request is then the one to `prepare` next.
     bool followRedirect(CURL* easy);
-    /// Whether a kept connection was of no use to the request, which then is to be prepared again, for a new one. That
-    /// is done at most once after a byte may have left, and only to what is repeatable.
+    /// Whether a kept connection was no use to the request, which must then be prepared again for a new one. After a
+    /// byte may have left, this happens at most once, and only to a repeatable request.
     bool needsNewConnection(CURLcode code);
     UrlOutcome finish(CURL* easy, CURLcode code);
     const std::shared_ptr<Departure>& departure() const { return mDeparture; }
@@ -76,7 +76,7 @@ private:
     bool mKeptConnectionsAreUseless = false;
     bool mRepeated = false;
 
-    /// What is known of the request's way out, since it was last prepared.
+    /// What is known about the sending of the request since it was last prepared.
     struct {
         std::vector<curl_socket_t> sockets;
         bool onKeptConnection = false;

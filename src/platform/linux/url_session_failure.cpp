@@ -59,7 +59,7 @@ UrlError urlError(UrlError::Code code) {
 namespace {
 
 bool hasRouteTo(int family, const void* address, socklen_t length) {
-    // Connecting a datagram socket looks the route up and sends nothing.
+    // Connecting a datagram socket looks up the route and sends nothing.
     const int socket = ::socket(family, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     if (socket < 0) return false;
     const bool found = ::connect(socket, static_cast<const sockaddr*>(address), length) == 0;
@@ -67,7 +67,7 @@ bool hasRouteTo(int family, const void* address, socklen_t length) {
     return found;
 }
 
-/// Whether packets for the world outside would go anywhere. The addresses are those set apart for documentation.
+/// Whether packets to the outside world would go anywhere. The addresses are those reserved for documentation.
 bool hasRoute() {
     sockaddr_in v4{};
     v4.sin_family = AF_INET;
@@ -88,8 +88,8 @@ int connectErrno(CURL* easy) {
 
 UrlError::Code classifyConnect(int number) {
     switch (number) {
-        // Also of a host that is down, and of the last address tried where another one has refused us: only a device
-        // without any route has no network.
+        // Also happens when a host is down, and for the last address tried when another one has refused us: only a
+        // device without any route has no network.
         case EHOSTUNREACH:
         case ENETUNREACH:
         case ENETDOWN:
@@ -113,7 +113,7 @@ UrlError::Code classify(CURL* easy, CURLcode code, bool sent) {
         default:
             break;
     }
-    // A second connection that failed says less than the first one, which was lost with the request.
+    // A second connection that failed says less than the first, which was lost with the request.
     if (sent) return UrlError::networkConnectionLost;
     switch (code) {
         case CURLE_URL_MALFORMAT:
@@ -140,13 +140,12 @@ UrlError::Code classify(CURL* easy, CURLcode code, bool sent) {
 std::string certificateVerdict(CURL* easy) {
     long verdict = X509_V_OK;
     curl_easy_getinfo(easy, CURLINFO_SSL_VERIFYRESULT, &verdict);
-    // In a chain that is in order libcurl looks at the name, and leaves no verdict of its own.
+    // If the chain is valid, libcurl checks the name, and leaves no verdict of its own.
     if (verdict == X509_V_OK || verdict == X509_V_ERR_UNSPECIFIED) return "it was issued for another host";
     return X509_verify_cert_error_string(verdict);
 }
 
-/// Empty where the sentence for the error says it all. Never libcurl's message of the exchange: it may quote the
-/// request.
+/// Empty if the sentence for the error says it all. Never libcurl's own message, which may quote the request.
 std::string reason(CURL* easy, CURLcode code, bool sent) {
     switch (code) {
         case CURLE_OPERATION_TIMEDOUT:

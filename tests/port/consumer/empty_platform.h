@@ -12,9 +12,9 @@
 #include <utility>
 #include <vector>
 
-// A device that has nothing but a clock, a memory and a main thread.
+// A device that has nothing but a clock, memory and a main thread.
 
-/// There is no network. Each task's end is told on a thread of its own.
+/// There is no network. The end of each task is reported on a separate thread.
 template <class Session>
 class NoNetwork : public Session {
 public:
@@ -39,7 +39,7 @@ public:
     void dataTask(kavio::UrlRequest, Completion completion) override { refuse(std::move(completion)); }
 };
 
-/// What is refused at once cannot be given up any more.
+/// A task that was refused at once can no longer be given up.
 struct RefusedTask final : kavio::DownloadTask {
     bool cancel() override { return false; }
 };

@@ -15,7 +15,7 @@ struct Listener : kavio::QuietDelegate {
     bool isDone = false;
 };
 
-// Any argument: without a platform.
+// With any argument, runs without a platform.
 int main(int count, char**) {
     const auto loop = std::make_shared<kavio::RunLoop>();
     if (count == 1) kavio::Platform::install(emptyPlatform(loop));

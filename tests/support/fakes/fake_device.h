@@ -32,7 +32,7 @@ struct FakeBundle final : Bundle {
     DictionaryBundle::Strings strings;
 };
 
-/// A user who speaks a language of the test's choice; regions are named as ICU names them.
+/// A user whose language the test chooses; regions have ICU's names.
 struct FakeLocale final : Locale {
     std::optional<std::string> languageCode() const override { return language; }
     std::optional<std::string> regionName(std::string_view code) const override {
@@ -77,7 +77,7 @@ struct FakeDevice {
     }
 };
 
-/// Makes `platform` the process's platform for as long as this lives, then puts the former one back.
+/// Makes `platform` the process's platform for as long as this lives, then restores the former one.
 class InstalledPlatform {
 public:
     explicit InstalledPlatform(Platform platform)

@@ -28,19 +28,19 @@ public:
 
     /// Runs what is due, and what that posts, until nothing is due.
     void runAll() { runUntil(mClock->uptime()); }
-    /// Lets `time` pass, and runs each piece of work when its time has come.
+    /// Lets `time` pass, and runs each piece of work when it is due.
     void advance(std::chrono::milliseconds time) {
         const auto end = mClock->uptime() + time;
         runUntil(end);
         mClock->advance(end - mClock->uptime());
     }
-    /// What waits never runs.
+    /// Drops all work that is waiting.
     void forget() {
-        decltype(mWork) forgotten;  // goes without the lock
+        decltype(mWork) forgotten;  // destroyed without the lock
         const std::lock_guard lock(mMutex);
         mWork.swap(forgotten);
     }
-    /// How many pieces of work wait, due or not.
+    /// How many pieces of work are waiting, due or not.
     std::size_t pending() const {
         const std::lock_guard lock(mMutex);
         return mWork.size();

@@ -36,10 +36,10 @@ inline bool mayHaveBeenSent(UrlError::Code code) {
     return true;
 }
 
-/// What the scripted sessions share: requests are recorded, and stay open until the test answers them, oldest first.
-/// As with a real session a completion runs on another thread than the caller's; it has returned when `complete` does.
-/// A request leaves when the test says so or answers it; one that was given up before gets `UrlError::cancelled` in the
-/// place of whatever the test answers.
+/// What the scripted sessions share: requests are recorded, and stay open until the test answers them, oldest first. As
+/// with a real session, a completion runs on a different thread from the caller's; it has returned when `complete`
+/// does. A request leaves when the test says so or answers it; one that was given up before then gets
+/// `UrlError::cancelled` instead of the test's answer.
 template <class Session>
 class ScriptedSession : public Session {
 public:
@@ -60,7 +60,7 @@ public:
         return mOpen.size();
     }
 
-    /// Completes the oldest open task; false when there is none.
+    /// Completes the oldest open task; false if there is none.
     bool complete(std::variant<UrlReply, UrlError> outcome) {
         std::unique_lock lock(mMutex);
         if (mOpen.empty()) return false;
@@ -79,12 +79,12 @@ public:
     bool fail(UrlError::Code code) {
         return fail(UrlError{code, "scripted failure", std::nullopt, mayHaveBeenSent(code)});
     }
-    /// Nobody hears any more of what is open.
+    /// Drops what is open, without telling anybody.
     void forget() {
         const std::lock_guard lock(mMutex);
         mOpen.clear();
     }
-    /// The oldest open request goes out, and can no longer be given up. False when there is none, or it was given up.
+    /// Lets the oldest open request leave; it can no longer be given up. False if there is none, or it was given up.
     bool leave() {
         const std::lock_guard lock(mMutex);
         return !mOpen.empty() && mOpen.front()->leave();

@@ -12,8 +12,8 @@
 
 namespace kavio::test {
 
-/// A scripted user interface: one window, and what the library does there as a list of short texts. Pages do what the
-/// test says.
+/// A scripted user interface with one window, which records what the library does there as a list of short texts. Pages
+/// do what the test says.
 class FakeWindows final : public Windows, public std::enable_shared_from_this<FakeWindows> {
 public:
     std::shared_ptr<Window> keyWindow() const override {
@@ -22,13 +22,13 @@ public:
     std::shared_ptr<TDSecureScene> makeScene() override { return std::make_shared<Scene>(shared_from_this()); }
 
     bool hasKeyWindow = true;
-    /// "present", "hidden", "shown", "html DOCUMENT", "load URL SECONDS", "dismiss", each with "animated" where it is
+    /// "present", "hidden", "shown", "html DOCUMENT", "load URL SECONDS", "dismiss", each with "animated" if that was
     /// asked for.
     std::vector<std::string> log;
 
     /// Whether a scene is on the screen.
     bool hasScene() const { return mPresented != nullptr; }
-    /// The page that the scene shows goes there; false when nobody hears of it.
+    /// Makes the page that the scene shows navigate there; false if nobody is told.
     bool navigate(const std::optional<std::string>& url) const {
         const auto told = delegate();
         if (told) told->onRedirect(url);
@@ -98,7 +98,7 @@ private:
 
         const std::shared_ptr<Screen> presented;
     };
-    /// With a dialog of the application's above its own screen.
+    /// Shows a dialog of the application above the application's own screen.
     struct OneWindow final : Window {
         std::shared_ptr<ViewController> rootViewController() const override { return root; }
         const std::shared_ptr<Screen> root = std::make_shared<Screen>(std::make_shared<Screen>());

@@ -14,7 +14,7 @@
 
 namespace kavio::test {
 
-/// Suites in memory that can be told to refuse.
+/// Suites in memory, which can be told to refuse.
 class MemoryStores final : public KeyValueStores {
 public:
     std::shared_ptr<KeyValueStore> suite(std::string_view name) override {
@@ -23,10 +23,10 @@ public:
     std::shared_ptr<KeyValueStore> standard() override { return open("standard"); }
 
     std::atomic<bool> refusesSuites = false;  // new or known ones
-    /// Of every suite, as on a full disk.
+    /// For every suite, as on a full disk.
     const std::shared_ptr<std::atomic<bool>> refusesWrites = std::make_shared<std::atomic<bool>>(false);
 
-    /// What was opened so far: "suite NAME" and "standard", sorted.
+    /// What has been opened so far: "suite NAME" and "standard", sorted.
     std::vector<std::string> names() const {
         const std::lock_guard lock(mMutex);
         std::vector<std::string> names;
