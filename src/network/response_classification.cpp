@@ -38,6 +38,8 @@ Cause causeOf(const UrlError& error) {
 
 Cause causeOf(int status) {
     switch (status) {
+        case 200:  // its body was lost
+            return Cause::CONNECTION_LOST;
         case 401:
         case 406:
             return Cause::SESSION_REFUSED;

@@ -78,9 +78,11 @@ SessionNote noteOf(const std::string& token) { return sharedInstance<KnownNote>(
 void openSession(const std::string& token, ApiType service, const std::string& phoneNumber) {
     const auto note = serialise(
         {{"token", digestOf(token)}, {"service", std::string(name(service))}, {"owner", digestOf(phoneNumber)}});
-    // The note comes first: a crash between the two leaves a note without a token, which is harmless.
+    // A crash in between leaves a note without a token, which is harmless, and never a token without its note.
+    const auto defaults = KavioUserDefaults::shared();
+    if (!defaults->sessionToken().empty()) defaults->defualt->set(keys::sessionToken, std::string());
     if (note) recordsSuite()->set(noteKey, *note);
-    KavioUserDefaults::shared()->defualt->set(keys::sessionToken, token);
+    defaults->defualt->set(keys::sessionToken, token);
 }
 
 void endSession(const std::optional<std::string>& refusedToken) {
@@ -97,7 +99,9 @@ std::string tokenFor(const std::string& token, ApiType service) {
 
 std::string sessionOwner() {
     const auto token = KavioUserDefaults::shared()->sessionToken();
-    return token.empty() ? std::string() : noteOf(token).owner;
+    if (token.empty()) return {};
+    const auto owner = noteOf(token).owner;
+    return owner.empty() ? digestOf(token) : owner;
 }
 
 }  // namespace kavio

@@ -5,6 +5,18 @@
 #include <utility>
 
 namespace kavio {
+namespace {
+
+// A person's number is the same with and without "+", blanks and leading zeros.
+std::string digitsOf(const std::string& text) {
+    std::string digits;
+    for (const char c : text) {
+        if (c >= '0' && c <= '9' && (c != '0' || !digits.empty())) digits += c;
+    }
+    return digits;
+}
+
+}  // namespace
 
 template <class T>
 void LoginRepository::send(APIRequest request, Completion<T> completion, Recorder<T> record) const {
@@ -30,8 +42,8 @@ void LoginRepository::challenge(std::string countryCode, std::string phoneNumber
 void LoginRepository::verify(std::string verifyCode, std::string countryIsoCode, std::string countryPhoneCode,
                              std::string phoneNumber, std::string challenge, std::string retry,
                              Completion<Token> completion) const {
-    const auto open = [service = currentApiType(),
-                       phone = countryPhoneCode + " " + phoneNumber](const APIResult<Token>& reply) {
+    const auto open = [service = currentApiType(), phone = digitsOf(countryPhoneCode) + " " +
+                                                           digitsOf(phoneNumber)](const APIResult<Token>& reply) {
         if (reply && reply.payload()) openSession(reply.payload()->token, service, phone);
     };
     send<Token>(verifyRequest(std::move(verifyCode), std::move(countryIsoCode), std::move(countryPhoneCode),

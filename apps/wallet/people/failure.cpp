@@ -52,11 +52,12 @@ Failure explain(const KavioResult& result) {
         case Cause::STORE_FAILED:
             return {ExitStatus::FAILED,
                     "Nothing was paid, because the payment could not be written down first. Is its folder "
-                    "(--store-dir) writable?"};
+                    "(--store-dir) writable, and does `kavio-wallet unsettled` list fewer than 100 payments?"};
         case Cause::NONE:
         case Cause::CANCELED_BY_PERSON:
         case Cause::NOT_MADE:
         case Cause::NOT_CERTAIN:
+        case Cause::OUT_OF_MEMORY:
             break;
     }
     return failure(ExitStatus::FAILED, "That did not work");

@@ -12,9 +12,7 @@ namespace kavio::wallet {
 
 namespace {
 
-using Payments = std::vector<UnsettledPayment>;
-
-bool holds(const Payments& payments, const std::string& id) {
+bool holds(const std::vector<UnsettledPayment>& payments, const std::string& id) {
     return std::ranges::find(payments, id, &UnsettledPayment::id) != payments.end();
 }
 
@@ -25,12 +23,9 @@ Payment::Payment(Session& session, std::string doubt) : mSession(session), mDoub
 void Payment::make(std::string what, const Session::Operation& start,
                    const std::function<void(const Report&)>& onReport) {
     const auto startAndNote = [&](Kavio& kavio) {
-        const auto known = kavio.unsettledPayments();
-        start(kavio);
+        mOthers = kavio.unsettledPayments();
         mIsStarted = true;
-        for (const auto& payment : kavio.unsettledPayments()) {
-            if (!holds(known, payment.id)) mId = payment.id;
-        }
+        start(kavio);
     };
     mSession.follow(std::move(what), startAndNote, [&](const Report& report) {
         const auto* const order = std::get_if<OrderReport>(&report.payload);
@@ -40,7 +35,8 @@ void Payment::make(std::string what, const Session::Operation& start,
 }
 
 std::string Payment::warning() const {
-    const auto command = writtenDown() ? "settle " + mId : "transactions";
+    const auto payment = writtenDown();
+    const auto command = payment ? "settle " + payment->id : "transactions";
     return fmt::format("{}: find out with `kavio-wallet {}` before you pay again.", mDoubt, printable(command));
 }
 
@@ -64,8 +60,8 @@ Failure Payment::leave() {
 
 std::optional<UnsettledPayment> Payment::writtenDown() const {
     const auto payments = mSession.unsettled();
-    const auto found = std::ranges::find(payments, mId, &UnsettledPayment::id);
-    return found == payments.end() ? std::nullopt : std::optional{*found};
+    const auto found = std::ranges::find_if(payments, [&](const auto& payment) { return !holds(mOthers, payment.id); });
+    return mIsStarted && found != payments.end() ? std::optional{*found} : std::nullopt;
 }
 
 void pay(Session& session, std::string doubt, const std::function<void(Payment&)>& work) {

@@ -7,6 +7,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace kavio::wallet {
 
@@ -30,8 +31,8 @@ private:
     Session& mSession;
     const std::string mDoubt;
     bool mIsStarted = false;
-    /// Empty before it has been written down.
-    std::string mId;
+    /// Those that were there before.
+    std::vector<UnsettledPayment> mOthers;
     /// Empty before the service has named the order.
     std::string mOrderId;
 };

@@ -57,10 +57,11 @@ void conclude(const Session& session, const UnsettledPayment& payment, const Rep
     if (last.result->cause == Cause::NOT_MADE)
         return session.say(fmt::format("The {} never reached the service: nothing was paid.", title));
     if (last.result->cause == Cause::NOT_CERTAIN)
-        throw Failure(ExitStatus::FAILED,
-                      fmt::format("It is not certain what became of the {}: try again a few minutes after it "
-                                  "was started, or compare `kavio-wallet transactions`.",
-                                  title));
+        throw Failure(
+            ExitStatus::FAILED,
+            fmt::format("{} Try again a few minutes after it was started, logged in as then, or compare "
+                        "`kavio-wallet transactions`.",
+                        sentence(fmt::format("It is not certain what became of the {}", title), last.result->message)));
     if (last.result->type != ResultType::SUCCESS) throw failureOf(*last.result);
     if (payment.kind == UnsettledPayment::Kind::DEPOSIT) return session.say(fmt::format("The {} was made.", title));
     if (!order) throw Failure(ExitStatus::FAILED, "The service did not send the order.");
