@@ -5,12 +5,8 @@
 namespace kavio {
 namespace {
 
-constexpr EnumRow<Order::Status> statuses[] = {
-    {Order::Status::UNKNOWN, "UNKNOWN"},   {Order::Status::COMPLETED, "COMPLETED"},
-    {Order::Status::CREATED, "CREATED"},   {Order::Status::AUTHORIZED, "AUTHORIZED"},
-    {Order::Status::CANCELED, "CANCELED"}, {Order::Status::FREE_TRANSACTION, "FREE_TRANSACTION"},
-    {Order::Status::TIMEOUT, "TIMEOUT"},   {Order::Status::INCOMPLETE, "INCOMPLETE"},
-};
+constexpr auto statuses = KAVIO_ENUMERATORS(Order::Status, UNKNOWN, COMPLETED, CREATED, AUTHORIZED, CANCELED,
+                                            FREE_TRANSACTION, TIMEOUT, INCOMPLETE);
 
 }  // namespace
 

@@ -8,7 +8,7 @@
 namespace kavio {
 namespace {
 
-constexpr EnumRow<OrderStatus> orderStatuses[] = {
+constexpr auto orderStatuses = std::to_array<EnumRow<OrderStatus>>({
     {OrderStatus::failed, "failed"},
     {OrderStatus::timedOut, "timedout"},
     {OrderStatus::failedRefund, "failedrefund"},
@@ -32,28 +32,15 @@ constexpr EnumRow<OrderStatus> orderStatuses[] = {
     {OrderStatus::cardNotAllowed, "cardnotallowed"},
     {OrderStatus::unknown, "unknown"},
     {OrderStatus::proccessing, "proccessing"},
-};
+});
 
-constexpr EnumRow<OrderTypeStrings> orderTypeTexts[] = {
-    {OrderTypeStrings::vending, "vending"},
-    {OrderTypeStrings::prePaidDeposit, "prePaidDeposit"},
-    {OrderTypeStrings::balanceDeposit, "balanceDeposit"},
-};
+constexpr auto orderTypeTexts = KAVIO_ENUMERATORS(OrderTypeStrings, vending, prePaidDeposit, balanceDeposit);
 
-constexpr EnumRow<OrderType> orderTypes[] = {
-    {OrderType::UNKNOWN, "UNKNOWN"},
-    {OrderType::VENDING, "VENDING"},
-    {OrderType::PREPAID_DEPOSIT, "PREPAID_DEPOSIT"},
-    {OrderType::BALANCE_DEPOSIT, "BALANCE_DEPOSIT"},
-    {OrderType::CASHBACK, "CASHBACK"},
-};
+constexpr auto orderTypes = KAVIO_ENUMERATORS(OrderType, UNKNOWN, VENDING, PREPAID_DEPOSIT, BALANCE_DEPOSIT, CASHBACK);
 
-constexpr EnumRow<FeedbackType> feedbackTypes[] = {
-    {FeedbackType::machineProblem, "machineProblem"}, {FeedbackType::missingProduct, "missingProduct"},
-    {FeedbackType::swallowedMoney, "swallowedMoney"}, {FeedbackType::other, "other"},
-    {FeedbackType::notReceived, "notReceived"},       {FeedbackType::expiredProduct, "expiredProduct"},
-    {FeedbackType::wrongCurrency, "wrongCurrency"},   {FeedbackType::noFeedback, "noFeedback"},
-};
+constexpr auto feedbackTypes =
+    KAVIO_ENUMERATORS(KavioConstants::FeedbackType, machineProblem, missingProduct, swallowedMoney, other, notReceived,
+                      expiredProduct, wrongCurrency, noFeedback);
 
 }  // namespace
 
