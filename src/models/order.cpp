@@ -13,19 +13,9 @@ constexpr auto statuses = KAVIO_ENUMERATORS(Order::Status, UNKNOWN, COMPLETED, C
 std::string_view name(Order::Status status) { return textOf(statuses, status); }
 
 bool isFinal(Order::Status status) {
-    switch (status) {
-        case Order::Status::COMPLETED:
-        case Order::Status::CANCELED:
-        case Order::Status::FREE_TRANSACTION:
-        case Order::Status::TIMEOUT:
-        case Order::Status::INCOMPLETE:
-            return true;
-        case Order::Status::UNKNOWN:
-        case Order::Status::CREATED:
-        case Order::Status::AUTHORIZED:
-            return false;
-    }
-    return false;
+    using enum Order::Status;
+    return status == COMPLETED || status == CANCELED || status == FREE_TRANSACTION || status == TIMEOUT ||
+           status == INCOMPLETE;
 }
 
 std::optional<Order::Status> Order::orderStatus(std::int64_t rawValue) { return withCode(statuses, rawValue); }
