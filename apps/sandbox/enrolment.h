@@ -3,7 +3,6 @@
 #include "cards.h"
 
 #include <string>
-#include <string_view>
 
 namespace kavio::sandbox {
 
@@ -25,9 +24,6 @@ enum class Course {
     locatorFails,
     locatorUnknown,
 };
-
-/// The course of a test card; any other card is stored immediately.
-Course courseOf(std::string_view cardNumber);
 
 /// A 3-D Secure reply's kind, as clients send it back.
 enum class Flow { fingerprint = 2, challenge = 3 };
