@@ -1,5 +1,6 @@
 // kavio-bench ADDRESS FOLDER: measures the costs that matter, each against its baseline, with the sandbox service at
-// ADDRESS, whose authority is in FOLDER/authority.pem. scripts/bench runs everything.
+// ADDRESS, whose authority is in FOLDER/authority.pem, and among the system's in FOLDER/authorities. scripts/bench runs
+// everything.
 
 #include "child.h"
 #include "report.h"
