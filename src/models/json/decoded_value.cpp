@@ -60,18 +60,8 @@ T DecodedValue::simple() const {
     return *std::move(value);
 }
 
-template bool DecodedValue::simple() const;
-template std::string DecodedValue::simple() const;
-template std::string_view DecodedValue::simple() const;
-template double DecodedValue::simple() const;
-template float DecodedValue::simple() const;
-template std::int32_t DecodedValue::simple() const;
-template std::int64_t DecodedValue::simple() const;
-template std::uint32_t DecodedValue::simple() const;
-template std::uint64_t DecodedValue::simple() const;
-template Date DecodedValue::simple() const;
-template JsonObject DecodedValue::simple() const;
-template JsonValue DecodedValue::simple() const;
+#define KAVIO_INSTANTIATE(T) template T DecodedValue::simple() const;
+KAVIO_FOR_SIMPLE_VALUES(KAVIO_INSTANTIATE)
 
 ArrayReader::ArrayReader(const DecodedValue& value) : mDocument(value.element().document), mPath(value.path()) {
     simdjson::dom::array array;

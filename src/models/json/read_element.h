@@ -16,6 +16,11 @@
 
 namespace kavio {
 
+/// Does it for each `SimpleValue`.
+#define KAVIO_FOR_SIMPLE_VALUES(DO)                                                                                \
+    NLOHMANN_JSON_EXPAND(NLOHMANN_JSON_PASTE(DO, bool, std::string, std::string_view, double, float, std::int32_t, \
+                                             std::int64_t, std::uint32_t, std::uint64_t, Date, JsonObject, JsonValue))
+
 /// How each simple value is read: `expectation` names what is taken, `read` gives nothing for anything else.
 template <SimpleValue T>
 struct Reading;
