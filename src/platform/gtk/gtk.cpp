@@ -1,4 +1,3 @@
-#include "platform/gtk/screens.h"
 #include "platform/gtk/secure_scene.h"
 
 #include <kavio/gtk.h>
