@@ -40,8 +40,8 @@ constexpr std::string_view campaignText = R"({
     "punchCardText":"Collect and win","images":[
         {"file":"logo.png","w":120,"h":80,"wasUploaded":true,"dpi":72,"ios":true}]}})";
 
-/// A reply with this many machines with all their keys, every second one with a campaign. It has spare capacity, like a
-/// body from the network.
+/// A reply with this many machines that have all their keys, and every second one a campaign. It has spare capacity,
+/// like a body from the network.
 std::string machinesReply(std::int64_t count) {
     std::string reply = "[";
     for (std::int64_t number = 0; number < count; ++number) {

@@ -15,7 +15,7 @@
 
 namespace kavio::sandbox {
 
-/// What happens to a card on its way through 3-D Secure.
+/// What happens to a card in 3-D Secure.
 enum class Course {
     frictionless,
     fingerprint,

@@ -19,9 +19,9 @@ struct NetworkConfiguration {
     std::string baseURL{urlString(ApiType::ApiProduction)};
 };
 
-/// A transport without a network, for tests: every request is answered from here, asynchronously. With an
-/// `errorCode` of 0 the answer is the body `null`, a success without a payload; any other is the failure of that HTTP
-/// status, which `errorHandler` may take over.
+/// A transport without a network, for tests: every request is answered from here, asynchronously. If `errorCode` is 0,
+/// the answer is the body `null`, a success without a payload; any other code is the failure of that HTTP status, which
+/// `errorHandler` may take over.
 class KavioMockNetworkService final : public NetworkServiceProtocol {
 public:
     std::shared_ptr<NetworkServiceErrorHandler> errorHandler;
@@ -30,7 +30,7 @@ public:
     NetworkConfiguration networkConfiguration;
 
     void send(APIRequest request, RawCompletion completion) override;
-    /// What is answered at once cannot be given up: null.
+    /// Null: what is answered at once cannot be given up.
     std::shared_ptr<DownloadTask> sendInBackground(APIRequest request, RawCompletion completion) override;
 };
 
@@ -44,7 +44,7 @@ public:
     std::optional<std::string> tag;
 
     Archive archive();
-    /// Properties that `archive` lacks are zero afterwards; the tag is none.
+    /// Properties that `archive` lacks are zero afterwards, except the tag, which becomes none.
     void unarchive(const Archive& archive);
 
 protected:

@@ -13,7 +13,7 @@ namespace kavio {
 
 class KeyedContainer;
 
-/// The parameters of a purchase, with where it was made.
+/// The parameters of a purchase, and where it was made.
 struct PlaceOrderModel {
     std::optional<std::int64_t> amount;
     std::optional<std::string> tokenLocator;
@@ -29,7 +29,7 @@ struct PlaceOrderModel {
     std::optional<std::string> streetNumber;
     std::optional<bool> isQR;
     static PlaceOrderModel decode(const KeyedContainer& in);
-    /// Its keys stand in the order of the members; absent ones are left out.
+    /// The keys are in the order of the members; absent ones are left out.
     OrderedJsonValue encode() const;
 };
 
@@ -72,8 +72,8 @@ struct BasicResponse {
     static BasicResponse decode(const KeyedContainer& in);
 };
 
-// Calls of the service that no operation of the library makes. Their inputs are settled; their paths and parameters
-// are not, so they are records and no requests yet.
+// Calls to the service that no operation of the library makes. Their inputs are settled but their paths and parameters
+// are not, so they are records and not requests yet.
 
 struct AddPayPalLocatorRequest {
     std::string requestName;

@@ -20,12 +20,12 @@ namespace kavio {
     NLOHMANN_JSON_EXPAND(NLOHMANN_JSON_PASTE(DO, bool, std::string, std::string_view, double, float, std::int32_t, \
                                              std::int64_t, std::uint32_t, std::uint64_t, Date, JsonObject, JsonValue))
 
-/// The members of an object, loosely typed. Null members are left out. Integers that are spelled as such, or as a
-/// number with an integral value, are integers; other numbers are doubles.
+/// The members of an object, loosely typed. Null members are left out. A number with an integral value is an integer,
+/// however it is spelled; other numbers are doubles.
 JsonObject looseObject(Element object);
 
-/// A value as it would be read as a member of an object; absent for null.
-/// Elements of an array are read by another rule: every number is a double, and null ends the reading of the array.
+/// A value as it would be read as a member of an object; absent for null. The elements of an array follow another rule:
+/// every number is a double, and null ends the array.
 std::optional<JsonValue> looseValue(Element value);
 
 /// How each simple value is read: `expectation` names what is taken, `read` gives nothing for anything else.

@@ -14,7 +14,7 @@ namespace {
 using Work = std::function<void()>;
 
 void attach(GSource* source, Work work) {
-    // An idle source's own priority comes after drawing: under an animated page the work would never run.
+    // An idle source's own priority comes after drawing, so with an animated page the work would never run.
     g_source_set_priority(source, G_PRIORITY_DEFAULT);
     g_source_set_callback(
         source,

@@ -50,7 +50,7 @@ private:
 /// The visible window that is transient for `window`, as a screen; null when there is none.
 std::shared_ptr<ViewController> screenAbove(GtkWindow* window);
 
-/// A window of the host application: the library presents on it, and never takes it away.
+/// A window of the host application. The library presents on it but never takes it away.
 class HostScreen final : public ViewController {
 public:
     explicit HostScreen(GtkWindow* window) : mWindow(retained(window)) {}

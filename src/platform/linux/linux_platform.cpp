@@ -51,7 +51,7 @@ std::chrono::nanoseconds read(clockid_t clock) {
 class SystemClock final : public Clock {
 public:
     Date now() const override { return Date(read(CLOCK_REALTIME)); }
-    std::chrono::nanoseconds uptime() const override { return read(CLOCK_BOOTTIME); }  // counts on while suspended
+    std::chrono::nanoseconds uptime() const override { return read(CLOCK_BOOTTIME); }  // keeps counting while suspended
 };
 
 }  // namespace

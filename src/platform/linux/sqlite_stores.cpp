@@ -29,17 +29,16 @@ std::filesystem::path userDataFolder() {
     return user == nullptr ? std::filesystem::path() : std::filesystem::path(user->pw_dir) / ".local/share";
 }
 
-/// Failures that pass are rarely more than one, and two fresh files that prove damaged too are enough.
+/// Passing failures rarely come twice, and two fresh files that also prove damaged are enough.
 constexpr int mostAttempts = 3;
 
-/// A suite as an SQLite file. A file that is damaged is set aside, and the suite goes on with a fresh one.
+/// A suite as an SQLite file. A damaged file is set aside, and the suite goes on with a fresh one.
 class SqliteSuite final : public KeyValueStore {
 public:
     SqliteSuite(std::filesystem::path path, std::shared_ptr<const Digest> digest, OnStoreDamaged onDamaged)
         : mPath(std::move(path)), mDigest(std::move(digest)), mOnDamaged(std::move(onDamaged)) {}
 
-    /// Whether the file can be read; one that another process holds just now counts as readable. Where not, that is
-    /// reported.
+    /// Whether the file can be read; one that another process is holding counts as readable. Reports it if not.
     bool isUsable() const {
         const bool isReadable = use([](SuiteFile& file) {
             try {
@@ -75,8 +74,8 @@ public:
 private:
     using Work = std::function<void(SuiteFile&)>;
 
-    /// Runs `work` on the file, and again when it fails: on its successor if it was set aside. False when that does not
-    /// help.
+    /// Runs `work` on the file and, if it fails, again: on its successor if it was set aside. False if that does
+    /// not help.
     bool use(const Work& work) const {
         std::vector<std::filesystem::path> reports;
         const bool succeeded = useLocked(work, reports);
@@ -99,7 +98,7 @@ private:
                 if (!mIsUnusable.exchange(true)) reports.emplace_back();
                 return false;
             } catch (const SqliteError& error) {
-                if (error.isBusy()) return false;  // for as long as we are ready to wait
+                if (error.isBusy()) return false;  // for longer than we are ready to wait
             } catch (const std::exception&) {      // NOLINT(bugprone-empty-catch): the next attempt may do better
             }
         }
@@ -117,8 +116,8 @@ private:
     const std::shared_ptr<const Digest> mDigest;
     const OnStoreDamaged mOnDamaged;
     mutable std::mutex mMutex;
-    mutable std::unique_ptr<SuiteFile> mFile;       // opened on the next use where it is null
-    mutable std::atomic<bool> mIsUnusable = false;  // which was reported
+    mutable std::unique_ptr<SuiteFile> mFile;       // if null, opened on the next use
+    mutable std::atomic<bool> mIsUnusable = false;  // and that was reported
 };
 
 /// The one open suite of a file.

@@ -28,14 +28,14 @@ struct UrlConduct {
     bool background;
 };
 
-/// Whether a request leaves the device or is given up: decided once, by whoever comes first. For any thread.
+/// Whether a request leaves the device or is given up: decided once, by whoever comes first. Safe from any thread.
 class Departure {
 public:
     /// Asked before the first byte goes out. False when the request was given up.
     bool leave() { return decide(State::LEFT); }
     /// False when a byte may have left, or the request has had its outcome.
     bool giveUp() { return decide(State::GIVEN_UP); }
-    /// The request has an outcome. False when it was given up before.
+    /// The request has an outcome. False when it had been given up.
     bool end() {
         decide(State::ENDED_HERE);
         return !isGivenUp();
