@@ -50,7 +50,7 @@ void firstCall(benchmark::State& state, Make make, Run run) {
 
 /// What the session adds to the bare exchange is mostly its own thread.
 void sessionCall(benchmark::State& state, const Setup& setup) {
-    LibraryExchange exchange(setup, systemAuthoritiesAndOurs(setup));
+    LibraryExchange exchange(setup);
     const auto request = preparedRequest();
     if (exchange.run(request) != 200) state.SkipWithError("The service refused the request.");
     for (auto _ : state) exchange.run(request);
@@ -68,7 +68,6 @@ void add(const char* name, int iterations, Benchmark work) {
 }  // namespace
 
 void registerCalls(const Setup& setup) {
-    const auto authorities = systemAuthoritiesAndOurs(setup);
     add("wholeCall", 10, wholeCall);
     add("sessionCall", 10, [setup](auto& state) { sessionCall(state, setup); });
     add("bareCall", 10, [setup](auto& state) { bareCall<BareExchange>(state, setup); });
@@ -76,7 +75,7 @@ void registerCalls(const Setup& setup) {
     add("threadedBareCall", 10, [setup](auto& state) { bareCall<ThreadedBareExchange>(state, setup); });
     add("firstCallOfSession", 1, [=](auto& state) {
         firstCall(
-            state, [=](const UrlRequest&) { return std::make_unique<LibraryExchange>(setup, authorities); },
+            state, [=](const UrlRequest&) { return std::make_unique<LibraryExchange>(setup); },
             [](LibraryExchange& exchange, const UrlRequest& request) { return exchange.run(request); });
     });
     add("bareFirstCallOfSession", 1, [=](auto& state) {

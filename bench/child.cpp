@@ -77,7 +77,7 @@ double start(const Setup& setup) {
 
 double figureOf(const std::string& measurement, const Setup& setup) {
     if (measurement == "library-call") {
-        LibraryExchange exchange(setup, systemAuthoritiesAndOurs(setup));
+        LibraryExchange exchange(setup);
         return costOf([&] { return exchange.run(timeRequest()); });
     }
     if (measurement == "bare-call") {

@@ -1,7 +1,6 @@
 // The cost of decoding a reply to public objects, compared with a bare parse of its bytes and with the plain way.
 
 #include "allocations.h"
-#include "machines.h"
 #include "models/json/document.h"
 #include "models/machine_model.h"
 #include "plain_decoder.h"
@@ -10,11 +9,58 @@
 #include <simdjson.h>
 
 #include <algorithm>
+#include <string_view>
 #include <thread>
 #include <vector>
 
 namespace kavio::bench {
 namespace {
+
+// All keys of a machine, with "@" for its number and "$" for its campaigns.
+constexpr std::string_view machineText = R"({
+    "kavioID":43001@,"operatorName":"Operator of the North","name":10@,"machineName":"Machine @ in the main hall",
+    "machineId":10@,"machineConnectivityStatus":"online","machineStatusId":1,"country":"DE","city":"Berlin",
+    "zipCode":"10115","longitude":13.40495,"latitude":52.520008,"currency":"EUR","machineType":16,"machineModel":12,
+    "isRevalueOnly":false,"isFavorite":true,"customLabel":"Hall","customLabe":"Hall","decimalPlace":2,
+    "fullTreeOperatorsField":[1,20,300],"distance":12.75,"campaigns":[$],"isWalletAllowed":true,
+    "location":"Friedrichstrasse 100, ground floor","lastOrderDT":"2024-03-05T14:07:09.250","reviewsCount":15,
+    "reviewsAvg":4.5,"reviewsCount1":1,"reviewsCount2":2,"reviewsCount3":3,"reviewsCount4":4,"reviewsCount5":5,
+    "isPulse":false,"uniQR":990001,"smartStickerIdUrl":"https://nfc.kavio.example/s/@","evNozzle":false,
+    "evNozzleLeft":false,"evNozzleRight":true,"supportRevalue":true,"supportKavioAutoPP":false,"actorID":5001,
+    "distributorID":6001,"supportDcsImage":true,"supportRemoteVend":true,"multiVendCount":3,
+    "machineSerial":"0434334921@","supportDcsImageUpdatedDt":"2024-01-01T00:00:00.000","defaultCredit":"",
+    "extraCharge":0.5,"extraChargeType":1,"coordinate":{"latitude":52.520008,"longitude":13.404954}})";
+
+constexpr std::string_view campaignText = R"({
+    "campaignId":77,"campaignName":"Coffee club","campaignTitle":"Ten and one","campaignDescription":"Buy ten coffees and
+ get the eleventh for free","punched":3,"totalPunches":10,"created":"2023-11-20T08:15:30.125",
+    "expiration":"2025-01-01T00:00:00.000","imagesUrl":"https://img.kavio.example/c77","fullTreeOperators":[1,20,300],
+    "punchCardId":9,"updated":"2024-02-01T10:00:00.500","lookAndFeel":{"images_url":"https://img.kavio.example/lf",
+    "backgroundColor":"#FFAA00","textColor":"#000000","receiptText":"Thank you for your visit",
+    "punchCardText":"Collect and win","images":[
+        {"file":"logo.png","w":120,"h":80,"wasUploaded":true,"dpi":72,"ios":true}]}})";
+
+/// A reply with this many machines that have all their keys, and every second one a campaign. It has spare capacity,
+/// like a body from the network.
+std::string machinesReply(std::int64_t count) {
+    std::string reply = "[";
+    for (std::int64_t number = 0; number < count; ++number) {
+        if (number > 0) reply += ',';
+        for (const char c : machineText) {
+            if (c == '@') {
+                reply += std::to_string(1000 + number);
+            } else if (c == '$') {
+                if (number % 2 == 0) reply += campaignText;
+            } else {
+                reply += c;
+            }
+        }
+    }
+    reply += ']';
+    std::erase(reply, '\n');
+    reply.reserve(reply.size() + 100);
+    return reply;
+}
 
 Machines decodeMachines(const std::string& reply) { return *decodeDocument<Machines>(reply); }
 

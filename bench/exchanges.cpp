@@ -7,6 +7,8 @@
 
 #include <kavio/platform/linux.h>
 
+#include <future>
+#include <optional>
 #include <stdexcept>
 #include <utility>
 
@@ -35,10 +37,10 @@ std::size_t append(char* data, std::size_t size, std::size_t count, void* text) 
     return size * count;
 }
 
-UrlConduct conduct(const Setup& setup, const std::filesystem::path& authorities) {
+UrlConduct conduct(const Setup& setup) {
     UrlConduct made({{}, setup.address}, false);
     made.authorityFile.clear();
-    made.authorityFolder = authorities;
+    made.authorityFolder = setup.authorities();
     return made;
 }
 
@@ -109,40 +111,13 @@ long BareExchange::run() {
     return status;
 }
 
-ThreadedBareExchange::ThreadedBareExchange(const Setup& setup, const UrlRequest& request) : mExchange(setup, request) {}
-
-ThreadedBareExchange::~ThreadedBareExchange() {
-    {
-        const std::lock_guard lock(mMutex);
-        mEnds = true;
-    }
-    mChanged.notify_one();
-    mThread.join();
-}
-
 long ThreadedBareExchange::run() {
-    std::future<long> status;
-    {
-        const std::lock_guard lock(mMutex);
-        status = mAsked.emplace().get_future();
-    }
-    mChanged.notify_one();
-    return status.get();
+    std::promise<long> status;
+    mThread->async([&] { status.set_value(mExchange.run()); });
+    return status.get_future().get();
 }
 
-void ThreadedBareExchange::serve() {
-    while (true) {
-        std::unique_lock lock(mMutex);
-        mChanged.wait(lock, [this] { return mAsked || mEnds; });
-        if (!mAsked) return;
-        auto asked = *std::exchange(mAsked, std::nullopt);
-        lock.unlock();
-        asked.set_value(mExchange.run());
-    }
-}
-
-LibraryExchange::LibraryExchange(const Setup& setup, const std::filesystem::path& authorities)
-    : mEngine(conduct(setup, authorities)) {}
+LibraryExchange::LibraryExchange(const Setup& setup) : mEngine(conduct(setup)) {}
 
 long LibraryExchange::run(const UrlRequest& request) {
     std::promise<long> status;

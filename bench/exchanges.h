@@ -1,6 +1,7 @@
 #pragma once
 
 #include "network/api_request.h"
+#include "platform/linux/thread_queue.h"
 #include "platform/linux/url_session_curl.h"
 #include "platform/linux/url_session_engine.h"
 #include "setup.h"
@@ -8,12 +9,8 @@
 #include <kavio/delegate.h>
 #include <kavio/platform/url_session.h>
 
-#include <condition_variable>
-#include <future>
-#include <mutex>
-#include <optional>
+#include <memory>
 #include <string>
-#include <thread>
 
 namespace kavio::bench {
 
@@ -45,26 +42,19 @@ private:
 /// The same for a caller who must not be blocked: on a network thread, with as little as possible beyond that.
 class ThreadedBareExchange {
 public:
-    ThreadedBareExchange(const Setup& setup, const UrlRequest& request);
-    ~ThreadedBareExchange();
+    ThreadedBareExchange(const Setup& setup, const UrlRequest& request) : mExchange(setup, request) {}
 
     long run();
 
 private:
-    void serve();
-
     BareExchange mExchange;
-    std::mutex mMutex;
-    std::condition_variable mChanged;
-    std::optional<std::promise<long>> mAsked;
-    bool mEnds = false;
-    std::thread mThread{[this] { serve(); }};
+    const std::shared_ptr<WorkQueue> mThread = makeThreadQueue("bare", 1);
 };
 
-/// The library's session, trusting `authorities` instead of the system's.
+/// The library's session, trusting our authority as well as the system's.
 class LibraryExchange {
 public:
-    LibraryExchange(const Setup& setup, const std::filesystem::path& authorities);
+    explicit LibraryExchange(const Setup& setup);
 
     /// Returns the status of the reply.
     long run(const UrlRequest& request);

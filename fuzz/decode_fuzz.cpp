@@ -11,8 +11,7 @@
 #include "models/product_model.h"
 #include "models/request_models.h"
 #include "models/td_secure_replies.h"
-#include "reserved/place_order_model.h"
-#include "reserved/replies.h"
+#include "reserved/records.h"
 #include "support/fakes/fake_device.h"
 
 #include <kavio/delegate.h>

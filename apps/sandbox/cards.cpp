@@ -5,7 +5,6 @@
 
 #include <fmt/chrono.h>
 
-#include <algorithm>
 #include <regex>
 
 namespace kavio::sandbox {

@@ -1,10 +1,9 @@
 #include "sandbox.h"
 
 #include "authority.h"
-#include "control.h"
-#include "faults.h"
 #include "issuer.h"
 #include "listener.h"
+#include "parameters.h"
 #include "service.h"
 
 #include <fmt/format.h>
@@ -84,6 +83,80 @@ void cut(httplib::Response& response, std::string body, std::size_t after, const
                                       if (offset == 0 && !body.empty()) return sink.write(body.data(), body.size());
                                       return false;
                                   });
+}
+
+/// The start of the paths that control the sandbox itself. They need no headers and no signature.
+constexpr std::string_view controlPath = "/_sandbox";
+
+const nlohmann::json done{{"ok", true}};
+
+nlohmann::json state(Sandbox& sandbox, const nlohmann::json&) { return sandbox.state(); }
+
+nlohmann::json requests(Sandbox& sandbox, const nlohmann::json&) {
+    auto reply = nlohmann::json::array();
+    for (const auto& request : sandbox.requests())
+        reply.push_back({{"method", request.method},
+                         {"host", request.host},
+                         {"target", request.target},
+                         {"headers", request.headers},
+                         {"body", request.body}});
+    return reply;
+}
+
+nlohmann::json addFault(Sandbox& sandbox, const nlohmann::json& in) {
+    auto fault = faultFrom(in);
+    sandbox.fault(in["path"], std::move(fault));
+    return done;
+}
+
+nlohmann::json setClock(Sandbox& sandbox, const nlohmann::json& in) {
+    checkParameters(in, {{Kind::integer, {"offsetSeconds"}}});
+    const std::chrono::seconds offset{in["offsetSeconds"].get<std::int64_t>()};
+    constexpr std::chrono::years most{100};
+    if (offset < -most || offset > most) throw Refusal(400, "offsetSeconds must be within a hundred years");
+    sandbox.setClockOffset(offset);
+    return done;
+}
+
+nlohmann::json setCode(Sandbox& sandbox, const nlohmann::json& in) {
+    checkParameters(in, {{Kind::text, {"number", "code"}}});
+    sandbox.setCode(in["number"], in["code"]);
+    return done;
+}
+
+template <void (Sandbox::*action)()>
+nlohmann::json plain(Sandbox& sandbox, const nlohmann::json&) {
+    (sandbox.*action)();
+    return done;
+}
+
+struct Action {
+    const char* method;
+    const char* path;
+    nlohmann::json (*run)(Sandbox& sandbox, const nlohmann::json& in);
+};
+
+constexpr Action actions[]{
+    {"GET", "/state", state},
+    {"GET", "/requests", requests},
+    {"DELETE", "/requests", plain<&Sandbox::clearRequests>},
+    {"POST", "/faults", addFault},
+    {"DELETE", "/faults", plain<&Sandbox::clearFaults>},
+    {"PUT", "/clock", setClock},
+    {"PUT", "/code", setCode},
+    {"DELETE", "/tokens", plain<&Sandbox::expireTokens>},
+};
+
+Reply control(Sandbox& sandbox, const httplib::Request& request) {
+    const auto path = request.path.substr(controlPath.size());
+    try {
+        for (const auto& action : actions)
+            if (action.method == request.method && action.path == path)
+                return jsonReply(action.run(sandbox, nlohmann::json::parse(request.body, nullptr, false)));
+    } catch (const Refusal& refusal) {
+        return jsonReply({{"message", refusal.what()}}, refusal.status);
+    }
+    return jsonReply({{"message", "there is no such control: " + request.method + " " + path}}, 404);
 }
 
 }  // namespace

@@ -1,26 +1,41 @@
 #pragma once
 
+#include "faults.h"
 #include "options.h"
-#include "steering.h"
 
+#include <nlohmann/json_fwd.hpp>
+
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace kavio::sandbox {
 
+/// A request as it arrived. Header names are in lower case. A header with an empty value is not listed, because the
+/// underlying HTTP server skips it.
+struct Request {
+    std::string method;
+    std::string host;
+    std::string target;  // path and query as sent
+    std::map<std::string, std::string> headers;
+    std::string body;
+};
+
 /// A local stand-in for the payment service, over HTTPS on 127.0.0.1, with its own state and sample data.
-/// Every function may be called on any thread.
-class Sandbox final : public Steering {
+/// Every function may be called on any thread. Tests in its process control it by these, clients through the control
+/// endpoints.
+class Sandbox {
 public:
     using Options = sandbox::Options;
 
     /// Is listening once it has returned; throws std::runtime_error if it cannot.
     explicit Sandbox(Options options = {});
     /// Closes every connection, including those that a fault is delaying.
-    ~Sandbox() override;
+    ~Sandbox();
     Sandbox(const Sandbox&) = delete;
     Sandbox& operator=(const Sandbox&) = delete;
 
@@ -31,14 +46,23 @@ public:
     std::uint16_t issuerPort() const;
     const std::filesystem::path& authorityFile() const;
 
-    void fault(const std::string& path, Fault fault) override;
-    void clearFaults() override;
-    void setClockOffset(std::chrono::seconds offset) override;
-    void setCode(const std::string& number, const std::string& code) override;
-    void expireTokens() override;
-    std::vector<Request> requests() const override;
-    void clearRequests() override;
-    nlohmann::json state() const override;
+    /// Adds a fault for a path below "/v1", such as "/orders/123"; '*' stands for any text. Faults in force are tried
+    /// in the order in which they were added.
+    void fault(const std::string& path, Fault fault);
+    void clearFaults();
+
+    /// Shifts the service's clock from `Options::clock`. Orders and tokens are not affected.
+    void setClockOffset(std::chrono::seconds offset);
+    /// Sets the code for the next logins with a number: country code and number, digits only.
+    void setCode(const std::string& number, const std::string& code);
+    /// Refuses every session token issued so far.
+    void expireTokens();
+
+    /// Clients' requests in order of arrival, except those to the control endpoints.
+    std::vector<Request> requests() const;
+    void clearRequests();
+    /// Accounts with their cards and orders, and "purchases": one entry for each purchase request that took effect.
+    nlohmann::json state() const;
 
 private:
     struct Parts;

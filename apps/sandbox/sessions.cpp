@@ -4,8 +4,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-
 namespace kavio::sandbox {
 namespace {
 

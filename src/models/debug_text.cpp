@@ -11,25 +11,12 @@ namespace kavio {
 std::string debugText(std::int64_t value) { return std::to_string(value); }
 
 std::string quoted(std::string_view text) {
+    constexpr std::string_view escaped = "\n\t\r\"\\", letters = "ntr\"\\";
     std::string quoted = "\"";
     for (const char c : text) {
-        switch (c) {
-            case '\n':
-                quoted += "\\n";
-                break;
-            case '\t':
-                quoted += "\\t";
-                break;
-            case '\r':
-                quoted += "\\r";
-                break;
-            case '"':
-            case '\\':
-                quoted += '\\';
-                [[fallthrough]];
-            default:
-                quoted += c;
-        }
+        const auto position = escaped.find(c);
+        if (position != escaped.npos) quoted += '\\';
+        quoted += position == escaped.npos ? c : letters[position];
     }
     return quoted + '"';
 }

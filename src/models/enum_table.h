@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -14,25 +16,43 @@ struct EnumRow {
     std::string_view text;
 };
 
-/// Empty for a value that is not one of the enumerators.
+/// `names` as "A, B".
 template <class Enum, std::size_t N>
-constexpr std::string_view textOf(const EnumRow<Enum> (&rows)[N], Enum value) {
+constexpr std::array<EnumRow<Enum>, N> namedRows(const Enum (&values)[N], std::string_view names) {
+    std::array<EnumRow<Enum>, N> rows{};
+    for (std::size_t i = 0; i < N; ++i) {
+        rows[i] = {values[i], names.substr(0, names.find(','))};
+        names.remove_prefix(std::min(rows[i].text.size() + 2, names.size()));
+    }
+    return rows;
+}
+
+/// The rows of enumerators of `Enum` whose texts are their names.
+#define KAVIO_ENUMERATORS(Enum, ...)                   \
+    [] {                                               \
+        using enum Enum;                               \
+        return namedRows({__VA_ARGS__}, #__VA_ARGS__); \
+    }()
+
+/// Empty for a value that is not one of the enumerators.
+template <class Row, std::size_t N>
+constexpr std::string_view textOf(const std::array<Row, N>& rows, decltype(Row::value) value) {
     for (const auto& row : rows) {
         if (row.value == value) return row.text;
     }
     return {};
 }
 
-template <class Enum, std::size_t N>
-constexpr std::optional<Enum> withText(const EnumRow<Enum> (&rows)[N], std::string_view text) {
+template <class Row, std::size_t N>
+constexpr std::optional<decltype(Row::value)> withText(const std::array<Row, N>& rows, std::string_view text) {
     for (const auto& row : rows) {
         if (row.text == text) return row.value;
     }
     return std::nullopt;
 }
 
-template <class Enum, std::size_t N>
-constexpr std::optional<Enum> withCode(const EnumRow<Enum> (&rows)[N], std::int64_t code) {
+template <class Row, std::size_t N>
+constexpr std::optional<decltype(Row::value)> withCode(const std::array<Row, N>& rows, std::int64_t code) {
     for (const auto& row : rows) {
         if (static_cast<std::int64_t>(row.value) == code) return row.value;
     }

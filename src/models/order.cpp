@@ -5,31 +5,17 @@
 namespace kavio {
 namespace {
 
-constexpr EnumRow<Order::Status> statuses[] = {
-    {Order::Status::UNKNOWN, "UNKNOWN"},   {Order::Status::COMPLETED, "COMPLETED"},
-    {Order::Status::CREATED, "CREATED"},   {Order::Status::AUTHORIZED, "AUTHORIZED"},
-    {Order::Status::CANCELED, "CANCELED"}, {Order::Status::FREE_TRANSACTION, "FREE_TRANSACTION"},
-    {Order::Status::TIMEOUT, "TIMEOUT"},   {Order::Status::INCOMPLETE, "INCOMPLETE"},
-};
+constexpr auto statuses = KAVIO_ENUMERATORS(Order::Status, UNKNOWN, COMPLETED, CREATED, AUTHORIZED, CANCELED,
+                                            FREE_TRANSACTION, TIMEOUT, INCOMPLETE);
 
 }  // namespace
 
 std::string_view name(Order::Status status) { return textOf(statuses, status); }
 
 bool isFinal(Order::Status status) {
-    switch (status) {
-        case Order::Status::COMPLETED:
-        case Order::Status::CANCELED:
-        case Order::Status::FREE_TRANSACTION:
-        case Order::Status::TIMEOUT:
-        case Order::Status::INCOMPLETE:
-            return true;
-        case Order::Status::UNKNOWN:
-        case Order::Status::CREATED:
-        case Order::Status::AUTHORIZED:
-            return false;
-    }
-    return false;
+    using enum Order::Status;
+    return status == COMPLETED || status == CANCELED || status == FREE_TRANSACTION || status == TIMEOUT ||
+           status == INCOMPLETE;
 }
 
 std::optional<Order::Status> Order::orderStatus(std::int64_t rawValue) { return withCode(statuses, rawValue); }

@@ -17,17 +17,8 @@ std::optional<OrderTypeStrings> typeNamed(const std::optional<std::string>& text
 }
 
 OrderTypeStrings typeByCode(OrderType type) {
-    switch (type) {
-        case OrderType::PREPAID_DEPOSIT:
-            return OrderTypeStrings::prePaidDeposit;
-        case OrderType::BALANCE_DEPOSIT:
-            return OrderTypeStrings::balanceDeposit;
-        case OrderType::UNKNOWN:
-        case OrderType::VENDING:
-        case OrderType::CASHBACK:
-            return OrderTypeStrings::vending;
-    }
-    return OrderTypeStrings::vending;
+    if (type == OrderType::PREPAID_DEPOSIT) return OrderTypeStrings::prePaidDeposit;
+    return type == OrderType::BALANCE_DEPOSIT ? OrderTypeStrings::balanceDeposit : OrderTypeStrings::vending;
 }
 
 /// The number of elements in the array that `json` holds; 0 for any other text.

@@ -8,52 +8,45 @@
 namespace kavio {
 namespace {
 
-constexpr EnumRow<OrderStatus> orderStatuses[] = {
-    {OrderStatus::failed, "failed"},
-    {OrderStatus::timedOut, "timedout"},
-    {OrderStatus::failedRefund, "failedrefund"},
-    {OrderStatus::duplicated, "duplicated"},
-    {OrderStatus::limitCheckFailed, "limitcheckfailed"},
-    {OrderStatus::cooldownTokenLocator, "cooldowntokenlocator"},
-    {OrderStatus::limitExceeded, "limitexceeded"},
-    {OrderStatus::currencyMismatch, "currencymismatch"},
-    {OrderStatus::invalidTokenLocator, "invalidtokenlocator"},
-    {OrderStatus::refused, "refused"},
-    {OrderStatus::created, "created"},
-    {OrderStatus::createdPreselection, "createdpreselection"},
-    {OrderStatus::started, "started"},
-    {OrderStatus::startedPreselection, "startedpreselection"},
-    {OrderStatus::deleted, "deleted"},
-    {OrderStatus::cancelled, "cancelled"},
-    {OrderStatus::expired, "expired"},
-    {OrderStatus::authorized, "authorized"},
-    {OrderStatus::completed, "completed"},
-    {OrderStatus::freeTransaction, "freetransaction"},
-    {OrderStatus::cardNotAllowed, "cardnotallowed"},
-    {OrderStatus::unknown, "unknown"},
-    {OrderStatus::proccessing, "proccessing"},
+struct OrderStatusRow {
+    OrderStatus value;
+    std::string_view text;
+    Order::Status publicStatus;
 };
 
-constexpr EnumRow<OrderTypeStrings> orderTypeTexts[] = {
-    {OrderTypeStrings::vending, "vending"},
-    {OrderTypeStrings::prePaidDeposit, "prePaidDeposit"},
-    {OrderTypeStrings::balanceDeposit, "balanceDeposit"},
-};
+constexpr auto orderStatuses = std::to_array<OrderStatusRow>({
+    {OrderStatus::failed, "failed", Order::Status::CANCELED},
+    {OrderStatus::timedOut, "timedout", Order::Status::TIMEOUT},
+    {OrderStatus::failedRefund, "failedrefund", Order::Status::INCOMPLETE},
+    {OrderStatus::duplicated, "duplicated", Order::Status::CANCELED},
+    {OrderStatus::limitCheckFailed, "limitcheckfailed", Order::Status::CANCELED},
+    {OrderStatus::cooldownTokenLocator, "cooldowntokenlocator", Order::Status::CANCELED},
+    {OrderStatus::limitExceeded, "limitexceeded", Order::Status::CANCELED},
+    {OrderStatus::currencyMismatch, "currencymismatch", Order::Status::CANCELED},
+    {OrderStatus::invalidTokenLocator, "invalidtokenlocator", Order::Status::CANCELED},
+    {OrderStatus::refused, "refused", Order::Status::CANCELED},
+    {OrderStatus::created, "created", Order::Status::CREATED},
+    {OrderStatus::createdPreselection, "createdpreselection", Order::Status::CREATED},
+    {OrderStatus::started, "started", Order::Status::CREATED},
+    {OrderStatus::startedPreselection, "startedpreselection", Order::Status::CREATED},
+    {OrderStatus::deleted, "deleted", Order::Status::INCOMPLETE},
+    {OrderStatus::cancelled, "cancelled", Order::Status::CANCELED},
+    {OrderStatus::expired, "expired", Order::Status::INCOMPLETE},
+    {OrderStatus::authorized, "authorized", Order::Status::AUTHORIZED},
+    {OrderStatus::completed, "completed", Order::Status::COMPLETED},
+    {OrderStatus::freeTransaction, "freetransaction", Order::Status::FREE_TRANSACTION},
+    {OrderStatus::cardNotAllowed, "cardnotallowed", Order::Status::CANCELED},
+    {OrderStatus::unknown, "unknown", Order::Status::UNKNOWN},
+    {OrderStatus::proccessing, "proccessing", Order::Status::UNKNOWN},
+});
 
-constexpr EnumRow<OrderType> orderTypes[] = {
-    {OrderType::UNKNOWN, "UNKNOWN"},
-    {OrderType::VENDING, "VENDING"},
-    {OrderType::PREPAID_DEPOSIT, "PREPAID_DEPOSIT"},
-    {OrderType::BALANCE_DEPOSIT, "BALANCE_DEPOSIT"},
-    {OrderType::CASHBACK, "CASHBACK"},
-};
+constexpr auto orderTypeTexts = KAVIO_ENUMERATORS(OrderTypeStrings, vending, prePaidDeposit, balanceDeposit);
 
-constexpr EnumRow<FeedbackType> feedbackTypes[] = {
-    {FeedbackType::machineProblem, "machineProblem"}, {FeedbackType::missingProduct, "missingProduct"},
-    {FeedbackType::swallowedMoney, "swallowedMoney"}, {FeedbackType::other, "other"},
-    {FeedbackType::notReceived, "notReceived"},       {FeedbackType::expiredProduct, "expiredProduct"},
-    {FeedbackType::wrongCurrency, "wrongCurrency"},   {FeedbackType::noFeedback, "noFeedback"},
-};
+constexpr auto orderTypes = KAVIO_ENUMERATORS(OrderType, UNKNOWN, VENDING, PREPAID_DEPOSIT, BALANCE_DEPOSIT, CASHBACK);
+
+constexpr auto feedbackTypes =
+    KAVIO_ENUMERATORS(KavioConstants::FeedbackType, machineProblem, missingProduct, swallowedMoney, other, notReceived,
+                      expiredProduct, wrongCurrency, noFeedback);
 
 }  // namespace
 
@@ -62,38 +55,8 @@ OrderStatus orderStatus(std::string text) {
 }
 
 Order::Status publicStatus(OrderStatus status) {
-    switch (status) {
-        case OrderStatus::failed:
-        case OrderStatus::duplicated:
-        case OrderStatus::limitCheckFailed:
-        case OrderStatus::cooldownTokenLocator:
-        case OrderStatus::limitExceeded:
-        case OrderStatus::currencyMismatch:
-        case OrderStatus::invalidTokenLocator:
-        case OrderStatus::refused:
-        case OrderStatus::cancelled:
-        case OrderStatus::cardNotAllowed:
-            return Order::Status::CANCELED;
-        case OrderStatus::timedOut:
-            return Order::Status::TIMEOUT;
-        case OrderStatus::failedRefund:
-        case OrderStatus::deleted:
-        case OrderStatus::expired:
-            return Order::Status::INCOMPLETE;
-        case OrderStatus::created:
-        case OrderStatus::createdPreselection:
-        case OrderStatus::started:
-        case OrderStatus::startedPreselection:
-            return Order::Status::CREATED;
-        case OrderStatus::authorized:
-            return Order::Status::AUTHORIZED;
-        case OrderStatus::completed:
-            return Order::Status::COMPLETED;
-        case OrderStatus::freeTransaction:
-            return Order::Status::FREE_TRANSACTION;
-        case OrderStatus::unknown:
-        case OrderStatus::proccessing:
-            return Order::Status::UNKNOWN;
+    for (const auto& row : orderStatuses) {
+        if (row.value == status) return row.publicStatus;
     }
     return Order::Status::UNKNOWN;
 }

@@ -7,11 +7,8 @@
 namespace kavio {
 namespace {
 
-constexpr EnumRow<PaymentMethod::PaymentType> paymentTypes[] = {
-    {PaymentMethod::PaymentType::UNKNOWN, "UNKNOWN"},         {PaymentMethod::PaymentType::KAVIO, "KAVIO"},
-    {PaymentMethod::PaymentType::CREDIT_CARD, "CREDIT_CARD"}, {PaymentMethod::PaymentType::PAYPAL, "PAYPAL"},
-    {PaymentMethod::PaymentType::PREPAID, "PREPAID"},
-};
+constexpr auto paymentTypes =
+    KAVIO_ENUMERATORS(PaymentMethod::PaymentType, UNKNOWN, KAVIO, CREDIT_CARD, PAYPAL, PREPAID);
 
 }  // namespace
 

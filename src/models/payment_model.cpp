@@ -10,27 +10,25 @@
 namespace kavio {
 namespace {
 
-constexpr EnumRow<PaymentProcessorType> processorTypes[] = {
-    {PaymentProcessorType::balance, "balance"},     {PaymentProcessorType::creditCard, "ecommerce"},
-    {PaymentProcessorType::prepaidCard, "prepaid"}, {PaymentProcessorType::paypal, "paypal"},
-    {PaymentProcessorType::gpay, "gpay"},           {PaymentProcessorType::unspecified, "Unspecified"},
-    {PaymentProcessorType::unknown, "unknown"},     {PaymentProcessorType::cashback, "cashback"},
-};
+constexpr auto processorTypes = std::to_array<EnumRow<PaymentProcessorType>>({
+    {PaymentProcessorType::balance, "balance"},
+    {PaymentProcessorType::creditCard, "ecommerce"},
+    {PaymentProcessorType::prepaidCard, "prepaid"},
+    {PaymentProcessorType::paypal, "paypal"},
+    {PaymentProcessorType::gpay, "gpay"},
+    {PaymentProcessorType::unspecified, "Unspecified"},
+    {PaymentProcessorType::unknown, "unknown"},
+    {PaymentProcessorType::cashback, "cashback"},
+});
 
 // A stored card has its own vocabulary.
-constexpr EnumRow<PaymentProcessorType> storedCardProcessorTypes[] = {
+constexpr auto storedCardProcessorTypes = std::to_array<EnumRow<PaymentProcessorType>>({
     {PaymentProcessorType::paypal, "paypal"},
     {PaymentProcessorType::creditCard, "paymentcard"},
-};
+});
 
-constexpr EnumRow<CardStatus> cardStatuses[] = {
-    {CardStatus::unknown, "unknown"},
-    {CardStatus::activeStatus, "activeStatus"},
-    {CardStatus::nonActivateStatus, "nonActivateStatus"},
-    {CardStatus::blackListStatus, "blackListStatus"},
-    {CardStatus::replacedCardStatus, "replacedCardStatus"},
-    {CardStatus::penddingStatus, "penddingStatus"},
-};
+constexpr auto cardStatuses = KAVIO_ENUMERATORS(CardStatus, unknown, activeStatus, nonActivateStatus, blackListStatus,
+                                                replacedCardStatus, penddingStatus);
 
 constexpr double virtualCardCode = 30000601;
 

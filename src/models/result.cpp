@@ -7,50 +7,16 @@
 namespace kavio {
 namespace {
 
-constexpr EnumRow<ResultType> resultTypes[] = {
-    {ResultType::UNKNOWN, "UNKNOWN"},
-    {ResultType::SUCCESS, "SUCCESS"},
-    {ResultType::FAILURE, "FAILURE"},
-    {ResultType::NETWORK_FAILED, "NETWORK_FAILED"},
-    {ResultType::ACCESS_DENIED, "ACCESS_DENIED"},
-    {ResultType::SDK_NOT_READY, "SDK_NOT_READY"},
-    {ResultType::SERVER_ERROR, "SERVER_ERROR"},
-    {ResultType::BAD_INPUT, "BAD_INPUT"},
-    {ResultType::BUSY, "BUSY"},
-    {ResultType::NOT_LOGGED_IN, "NOT_LOGGED_IN"},
-    {ResultType::TIMEOUT, "TIMEOUT"},
-};
+constexpr auto resultTypes = KAVIO_ENUMERATORS(ResultType, UNKNOWN, SUCCESS, FAILURE, NETWORK_FAILED, ACCESS_DENIED,
+                                               SDK_NOT_READY, SERVER_ERROR, BAD_INPUT, BUSY, NOT_LOGGED_IN, TIMEOUT);
 
-constexpr EnumRow<Effect> effects[] = {
-    {Effect::NONE, "NONE"},
-    {Effect::DONE, "DONE"},
-    {Effect::UNKNOWN, "UNKNOWN"},
-};
+constexpr auto effects = KAVIO_ENUMERATORS(Effect, NONE, DONE, UNKNOWN);
 
-constexpr EnumRow<Cause> causes[] = {
-    {Cause::NONE, "NONE"},
-    {Cause::INVALID_INPUT, "INVALID_INPUT"},
-    {Cause::BUSY, "BUSY"},
-    {Cause::NO_SESSION, "NO_SESSION"},
-    {Cause::SESSION_REFUSED, "SESSION_REFUSED"},
-    {Cause::SIGNATURE_REFUSED, "SIGNATURE_REFUSED"},
-    {Cause::UPDATE_REQUIRED, "UPDATE_REQUIRED"},
-    {Cause::REFUSED_BY_SERVICE, "REFUSED_BY_SERVICE"},
-    {Cause::SERVICE_FAILED, "SERVICE_FAILED"},
-    {Cause::UNREADABLE_REPLY, "UNREADABLE_REPLY"},
-    {Cause::NO_NETWORK, "NO_NETWORK"},
-    {Cause::CONNECTION_FAILED, "CONNECTION_FAILED"},
-    {Cause::CONNECTION_LOST, "CONNECTION_LOST"},
-    {Cause::TIMED_OUT, "TIMED_OUT"},
-    {Cause::UNTRUSTED_SERVICE, "UNTRUSTED_SERVICE"},
-    {Cause::FOLLOWING_TIMED_OUT, "FOLLOWING_TIMED_OUT"},
-    {Cause::PAGE_NOT_SHOWN, "PAGE_NOT_SHOWN"},
-    {Cause::CANCELED_BY_PERSON, "CANCELED_BY_PERSON"},
-    {Cause::STORE_FAILED, "STORE_FAILED"},
-    {Cause::NOT_MADE, "NOT_MADE"},
-    {Cause::NOT_CERTAIN, "NOT_CERTAIN"},
-    {Cause::OUT_OF_MEMORY, "OUT_OF_MEMORY"},
-};
+constexpr auto causes =
+    KAVIO_ENUMERATORS(Cause, NONE, INVALID_INPUT, BUSY, NO_SESSION, SESSION_REFUSED, SIGNATURE_REFUSED, UPDATE_REQUIRED,
+                      REFUSED_BY_SERVICE, SERVICE_FAILED, UNREADABLE_REPLY, NO_NETWORK, CONNECTION_FAILED,
+                      CONNECTION_LOST, TIMED_OUT, UNTRUSTED_SERVICE, FOLLOWING_TIMED_OUT, PAGE_NOT_SHOWN,
+                      CANCELED_BY_PERSON, STORE_FAILED, NOT_MADE, NOT_CERTAIN, OUT_OF_MEMORY);
 
 }  // namespace
 

@@ -5,10 +5,7 @@
 namespace kavio {
 namespace {
 
-constexpr EnumRow<UnsettledPayment::Kind> kinds[] = {
-    {UnsettledPayment::Kind::ORDER, "ORDER"},
-    {UnsettledPayment::Kind::DEPOSIT, "DEPOSIT"},
-};
+constexpr auto kinds = KAVIO_ENUMERATORS(UnsettledPayment::Kind, ORDER, DEPOSIT);
 
 }  // namespace
 

@@ -3,33 +3,13 @@
 #include "network/deployment.h"
 #include "storage/kavio_user_defaults.h"
 
-#include <array>
-
 namespace kavio {
 namespace {
 
-struct Service {
-    std::string_view name;
-    std::string_view url;
-};
-
-// One row per case, in the order of the enumeration.
-constexpr std::array services{
-    Service{"ApiProduction", deployment::apiProduction},
-    Service{"ApiQA1", deployment::apiQA1},
-    Service{"ApiQA2", deployment::apiQA2},
-    Service{"ApiQA3", deployment::apiQA3},
-    Service{"ApiQA4", deployment::apiQA4},
-    Service{"ApiKavioIL", deployment::apiKavioIL},
-    Service{"ApiKavioDE", deployment::apiKavioDE},
-    Service{"geoIPApi", deployment::geoIPApi},
-    Service{"mapsGoogleApi", deployment::mapsGoogleApi},
-    Service{"binlistApi", deployment::binlistApi},
-    Service{"ApiQA2Stable", deployment::apiQA2Stable},
-};
+using deployment::services;
 static_assert(services.size() == static_cast<std::size_t>(ApiType::ApiQA2Stable) + 1);
 
-const Service& service(ApiType type) { return services[static_cast<std::size_t>(type)]; }
+const deployment::Service& service(ApiType type) { return services[static_cast<std::size_t>(type)]; }
 
 }  // namespace
 

@@ -48,15 +48,8 @@ constexpr Kind serverTime{timeRequestName, "GET", path, REPEATABLE, Token::empty
 }  // namespace kinds
 
 std::optional<std::string> sessionToken(Token token) {
-    switch (token) {
-        case Token::none:
-            return std::nullopt;
-        case Token::empty:
-            return "";
-        case Token::stored:
-            return KavioUserDefaults::shared()->sessionToken();
-    }
-    return std::nullopt;
+    if (token == Token::stored) return KavioUserDefaults::shared()->sessionToken();
+    return token == Token::empty ? std::optional<std::string>("") : std::nullopt;
 }
 
 APIRequest make(const Kind& kind, std::string endpoint, std::optional<JsonObject> params = std::nullopt) {

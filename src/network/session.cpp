@@ -12,7 +12,6 @@
 
 #include <mutex>
 #include <optional>
-#include <utility>
 
 namespace kavio {
 namespace {

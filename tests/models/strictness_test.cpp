@@ -10,8 +10,7 @@
 #include "models/order_model.h"
 #include "models/product_model.h"
 #include "models/request_models.h"
-#include "reserved/place_order_model.h"
-#include "reserved/replies.h"
+#include "reserved/records.h"
 #include "samples.h"
 #include "support/fakes/fake_device.h"
 

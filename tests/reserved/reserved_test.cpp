@@ -1,11 +1,8 @@
 #include "models/json/document.h"
 #include "models/json/json_value.h"
 #include "network/requests.h"
-#include "reserved/kavio_mock_network_service.h"
-#include "reserved/place_order_model.h"
-#include "reserved/reliable_clock_state.h"
-#include "reserved/requests.h"
-#include "reserved/utilities.h"
+#include "reserved/infrastructure.h"
+#include "reserved/records.h"
 #include "support/fakes/fake_device.h"
 
 #include <gmock/gmock.h>

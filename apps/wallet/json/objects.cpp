@@ -4,6 +4,22 @@ namespace kavio {
 
 using wallet::Json;
 
+namespace {
+
+template <class Object>
+void addDebug(Json& json, const Object& object) {
+    if constexpr (requires { object.debugDescription(); }) json["debug"] = object.debugDescription();
+}
+
+}  // namespace
+
+/// Writes the members of a `Type`, in that order. The JSON library's own macros, which know these two names.
+#define KAVIO_TO_JSON(Type, ...)                                                 \
+    void to_json(Json& nlohmann_json_j, const Type& nlohmann_json_t) {           \
+        NLOHMANN_JSON_EXPAND(NLOHMANN_JSON_PASTE(NLOHMANN_JSON_TO, __VA_ARGS__)) \
+        addDebug(nlohmann_json_j, nlohmann_json_t);                              \
+    }
+
 void to_json(Json& json, const KavioResult& result) {
     json = {{"type", result.type},
             {"message", result.message},
@@ -12,129 +28,24 @@ void to_json(Json& json, const KavioResult& result) {
             {"cause", result.cause}};
 }
 
-void to_json(Json& json, const Machine& machine) {
-    json = {
-        {"id", machine.id},
-        {"kavioId", machine.kavioId},
-        {"operatorName", machine.operatorName},
-        {"isWalletAllowed", machine.isWalletAllowed},
-        {"latitude", machine.latitude},
-        {"longitude", machine.longitude},
-        {"type", machine.type},
-        {"campaigns", machine.campaigns},
-        {"name", machine.name},
-        {"country", machine.country},
-        {"city", machine.city},
-        {"hwSerial", machine.hwSerial},
-        {"supportRemoteVend", machine.supportRemoteVend},
-        {"multiVendCount", machine.multiVendCount},
-        {"machineStatus", machine.machineStatus},
-        {"debug", machine.debugDescription()},
-    };
-}
+KAVIO_TO_JSON(Machine, id, kavioId, operatorName, isWalletAllowed, latitude, longitude, type, campaigns, name, country,
+              city, hwSerial, supportRemoteVend, multiVendCount, machineStatus)
 
-void to_json(Json& json, const Campaign& campaign) {
-    json = {
-        {"id", campaign.id},
-        {"name", campaign.name},
-        {"title", campaign.title},
-        {"description", campaign.description},
-        {"punched", campaign.punched},
-        {"totalPunches", campaign.totalPunches},
-        {"created", campaign.created},
-        {"updated", campaign.updated},
-        {"expiration", campaign.expiration},
-        {"imageUrl", campaign.imageUrl},
-        {"punchCardId", campaign.punchCardId},
-        {"lookAndFeel", campaign.lookAndFeel},
-        {"debug", campaign.debugDescription()},
-    };
-}
+KAVIO_TO_JSON(Campaign, id, name, title, description, punched, totalPunches, created, updated, expiration, imageUrl,
+              punchCardId, lookAndFeel)
 
-void to_json(Json& json, const LookAndFeel& lookAndFeel) {
-    json = {
-        {"imageUrl", lookAndFeel.imageUrl},           {"backgroudColor", lookAndFeel.backgroudColor},
-        {"textColor", lookAndFeel.textColor},         {"receiptText", lookAndFeel.receiptText},
-        {"punchCardText", lookAndFeel.punchCardText}, {"images", lookAndFeel.images},
-        {"debug", lookAndFeel.debugDescription()},
-    };
-}
+KAVIO_TO_JSON(LookAndFeel, imageUrl, backgroudColor, textColor, receiptText, punchCardText, images)
 
-void to_json(Json& json, const Image& image) {
-    json = {
-        {"file", image.file},
-        {"width", image.width},
-        {"height", image.height},
-        {"wasUploaded", image.wasUploaded},
-        {"dpi", image.dpi},
-        {"iOS", image.iOS},
-        {"debug", image.debugDescription()},
-    };
-}
+KAVIO_TO_JSON(Image, file, width, height, wasUploaded, dpi, iOS)
 
-void to_json(Json& json, const Product& product) {
-    json = {
-        {"machineProductId", product.machineProductId},
-        {"id", product.id},
-        {"name", product.name},
-        {"department", product.department},
-        {"cashPrice", product.cashPrice},
-        {"cardPrice", product.cardPrice},
-        {"exPrepaidPrice", product.exPrepaidPrice},
-        {"machinePrice", product.machinePrice},
-        {"preapidPrice", product.preapidPrice},
-        {"commissionValue", product.commissionValue},
-        {"paCode", product.paCode},
-        {"opButtonCode", product.opButtonCode},
-        {"opRowCode", product.opRowCode},
-        {"opColCode", product.opColCode},
-        {"imageUrl", product.imageUrl},
-        {"ageVerification", product.ageVerification},
-        {"memberType", product.memberType},
-        {"image", product.image},
-        {"codeInMap", product.codeInMap},
-        {"missingProduct", product.missingProduct},
-        {"vendOut", product.vendOut},
-        {"retailPrice", product.retailPrice},
-        {"par", product.par},
-        {"missingStockByMdb", product.missingStockByMdb},
-        {"mdbMissingStockLastUpdated", product.mdbMissingStockLastUpdated},
-        {"dexMissingStockLastUpdated", product.dexMissingStockLastUpdated},
-        {"lastSaleDt", product.lastSaleDt},
-        {"lastSaleMdbDt", product.lastSaleMdbDt},
-        {"slowMover", product.slowMover},
-        {"debug", product.debugDescription()},
-    };
-}
+KAVIO_TO_JSON(Product, machineProductId, id, name, department, cashPrice, cardPrice, exPrepaidPrice, machinePrice,
+              preapidPrice, commissionValue, paCode, opButtonCode, opRowCode, opColCode, imageUrl, ageVerification,
+              memberType, image, codeInMap, missingProduct, vendOut, retailPrice, par, missingStockByMdb,
+              mdbMissingStockLastUpdated, dexMissingStockLastUpdated, lastSaleDt, lastSaleMdbDt, slowMover)
 
-void to_json(Json& json, const Order& order) {
-    json = {
-        {"id", order.id},
-        {"type", order.type},
-        {"status", order.status},
-        {"paymentSource", order.paymentSource},
-        {"amount", order.amount},
-        {"date", order.date},
-        {"currency", order.currency},
-        {"itemsCount", order.itemsCount},
-        {"endingBalance", order.endingBalance},
-        {"debug", order.debugDescription()},
-    };
-}
+KAVIO_TO_JSON(Order, id, type, status, paymentSource, amount, date, currency, itemsCount, endingBalance)
 
-void to_json(Json& json, const UnsettledPayment& payment) {
-    json = {
-        {"id", payment.id},
-        {"kind", payment.kind},
-        {"startedAt", payment.startedAt},
-        {"kavioId", payment.kavioId},
-        {"amount", payment.amount},
-        {"paymentMethodId", payment.paymentMethodId},
-        {"paymentType", payment.paymentType},
-        {"orderId", payment.orderId},
-        {"status", payment.status},
-    };
-}
+KAVIO_TO_JSON(UnsettledPayment, id, kind, startedAt, kavioId, amount, paymentMethodId, paymentType, orderId, status)
 
 namespace {
 

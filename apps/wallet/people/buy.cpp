@@ -1,8 +1,8 @@
 #include "command_line/numbers.h"
 #include "people/command.h"
 #include "people/machine_named.h"
+#include "people/money.h"
 #include "people/payment.h"
-#include "people/prices.h"
 #include "people/text.h"
 #include "people/wallet_methods.h"
 

@@ -1,7 +1,7 @@
 #include "command_line/numbers.h"
 #include "people/command.h"
 #include "people/machine_named.h"
-#include "people/prices.h"
+#include "people/money.h"
 #include "people/text.h"
 
 #include <memory>

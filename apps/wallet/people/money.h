@@ -1,5 +1,7 @@
 #pragma once
 
+#include <kavio/product.h>
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -31,5 +33,11 @@ std::optional<std::int64_t> smallestUnits(std::string_view text, std::int64_t di
 /// The number of whole units that `Kavio::deposit` turns into exactly `amount` smallest units; absent for some amounts
 /// in the quadrillions, for which there is none.
 std::optional<double> wholeUnits(std::int64_t amount, std::int64_t digits);
+
+/// The price without cash, in whole units of the machine's currency; absent if no price is known.
+std::optional<double> priceOf(const Product& product);
+
+/// Such as "1.50 EUR"; empty if no price is known. The currency is that of the machine's country.
+std::string priceText(const Product& product, const std::optional<Currency>& currency);
 
 }  // namespace kavio::wallet

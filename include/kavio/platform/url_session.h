@@ -36,7 +36,7 @@ struct UrlRequest {
     std::chrono::seconds timeout{60};
     Idempotency idempotency = Idempotency::ONCE;
     /// A background session calls this, on its thread, each time before it begins to wait for a network.
-    std::function<void()> willWait;
+    std::function<void()> willWait = nullptr;
 };
 
 /// A reply of any HTTP status: 404 and 500 are replies too.

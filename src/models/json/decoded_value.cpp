@@ -3,6 +3,7 @@
 #include "models/json/decoding_error.h"
 #include "models/json/read_element.h"
 
+#include <array>
 #include <bit>
 
 namespace kavio {
@@ -12,23 +13,8 @@ using simdjson::dom::element_type;
 
 constexpr std::size_t mostElements = 1'000'000;
 
-std::string_view nameOf(DecodedValue::Kind kind) {
-    switch (kind) {
-        case DecodedValue::Kind::null:
-            return "null";
-        case DecodedValue::Kind::boolean:
-            return "a boolean";
-        case DecodedValue::Kind::number:
-            return "a number";
-        case DecodedValue::Kind::text:
-            return "text";
-        case DecodedValue::Kind::object:
-            return "an object";
-        case DecodedValue::Kind::array:
-            return "an array";
-    }
-    return {};
-}
+// By `DecodedValue::Kind`.
+constexpr std::array<std::string_view, 6> kindNames{"null", "a boolean", "a number", "text", "an object", "an array"};
 
 }  // namespace
 
@@ -63,7 +49,8 @@ DecodedValue::Kind DecodedValue::kind() const {
 void DecodedValue::refuse(std::string_view expected) const {
     auto message = mPath.text();
     if (!message.empty()) message += ": ";
-    throw DecodingError(message.append("expected ").append(expected).append(", found ").append(nameOf(kind())));
+    const auto found = kindNames[static_cast<std::size_t>(kind())];
+    throw DecodingError(message.append("expected ").append(expected).append(", found ").append(found));
 }
 
 template <SimpleValue T>
@@ -73,18 +60,8 @@ T DecodedValue::simple() const {
     return *std::move(value);
 }
 
-template bool DecodedValue::simple() const;
-template std::string DecodedValue::simple() const;
-template std::string_view DecodedValue::simple() const;
-template double DecodedValue::simple() const;
-template float DecodedValue::simple() const;
-template std::int32_t DecodedValue::simple() const;
-template std::int64_t DecodedValue::simple() const;
-template std::uint32_t DecodedValue::simple() const;
-template std::uint64_t DecodedValue::simple() const;
-template Date DecodedValue::simple() const;
-template JsonObject DecodedValue::simple() const;
-template JsonValue DecodedValue::simple() const;
+#define KAVIO_INSTANTIATE(T) template T DecodedValue::simple() const;
+KAVIO_FOR_SIMPLE_VALUES(KAVIO_INSTANTIATE)
 
 ArrayReader::ArrayReader(const DecodedValue& value) : mDocument(value.element().document), mPath(value.path()) {
     simdjson::dom::array array;

@@ -54,7 +54,7 @@ public:
     /// - std::int32_t, std::int64_t, std::uint32_t, std::uint64_t: a number with an integral value in range, however
     ///   it is spelled: 1, 1.0, 1e2.
     /// - Date: a number of seconds since 2001-01-01 00:00:00 UTC.
-    /// - JsonObject, JsonValue: loosely typed, see loose_value.cpp for the rule.
+    /// - JsonObject, JsonValue: loosely typed, see read_element.h for the rule.
     /// - std::vector of any of these, and std::shared_ptr of a const one.
     /// - a record, see `Decoder`. A record without members takes any value.
     template <class T>

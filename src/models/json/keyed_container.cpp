@@ -136,17 +136,7 @@ std::optional<T> KeyedContainer::simple(Key key) const {
     return value;
 }
 
-template std::optional<bool> KeyedContainer::simple(Key) const;
-template std::optional<std::string> KeyedContainer::simple(Key) const;
-template std::optional<std::string_view> KeyedContainer::simple(Key) const;
-template std::optional<double> KeyedContainer::simple(Key) const;
-template std::optional<float> KeyedContainer::simple(Key) const;
-template std::optional<std::int32_t> KeyedContainer::simple(Key) const;
-template std::optional<std::int64_t> KeyedContainer::simple(Key) const;
-template std::optional<std::uint32_t> KeyedContainer::simple(Key) const;
-template std::optional<std::uint64_t> KeyedContainer::simple(Key) const;
-template std::optional<Date> KeyedContainer::simple(Key) const;
-template std::optional<JsonObject> KeyedContainer::simple(Key) const;
-template std::optional<JsonValue> KeyedContainer::simple(Key) const;
+#define KAVIO_INSTANTIATE(T) template std::optional<T> KeyedContainer::simple(Key) const;
+KAVIO_FOR_SIMPLE_VALUES(KAVIO_INSTANTIATE)
 
 }  // namespace kavio

@@ -5,7 +5,6 @@
 #include "models/json/shared_object.h"
 
 #include <array>
-#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <memory>

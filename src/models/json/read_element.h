@@ -1,7 +1,6 @@
 #pragma once
 
 #include "models/json/json_value.h"
-#include "models/json/loose_value.h"
 #include "models/json/simdjson_element.h"
 
 #include <kavio/date.h>
@@ -16,7 +15,21 @@
 
 namespace kavio {
 
-/// How each simple value is read: `expectation` names what is accepted; `read` returns nothing for anything else.
+/// Does it for each `SimpleValue`.
+#define KAVIO_FOR_SIMPLE_VALUES(DO)                                                                                \
+    NLOHMANN_JSON_EXPAND(NLOHMANN_JSON_PASTE(DO, bool, std::string, std::string_view, double, float, std::int32_t, \
+                                             std::int64_t, std::uint32_t, std::uint64_t, Date, JsonObject, JsonValue))
+
+/// The members of an object, loosely typed. Null members are left out. A number with an integral value is an integer,
+/// however it is spelled; other numbers are doubles.
+JsonObject looseObject(Element object);
+
+/// A value as it would be read as a member of an object; absent for null. The elements of an array follow another rule:
+/// every number is a double, and null ends the array.
+std::optional<JsonValue> looseValue(Element value);
+
+/// How each simple value is read: `expectation` names what is accepted; `read` returns nothing for
+/// anything else.
 template <SimpleValue T>
 struct Reading;
 

@@ -3,7 +3,6 @@
 #include "platform/linux/icu.h"
 #include "platform/linux/openssl.h"
 #include "platform/linux/sqlite_stores.h"
-#include "platform/linux/system_clock.h"
 #include "platform/linux/thread_queue.h"
 #include "platform/linux/url_session.h"
 
@@ -11,6 +10,7 @@
 
 #include <sys/utsname.h>
 
+#include <ctime>
 #include <memory>
 #include <utility>
 
@@ -42,6 +42,18 @@ std::shared_ptr<Bundle> makeLibraryBundle() {
     });
 }
 
+std::chrono::nanoseconds read(clockid_t clock) {
+    timespec time{};
+    ::clock_gettime(clock, &time);
+    return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
+
+class SystemClock final : public Clock {
+public:
+    Date now() const override { return Date(read(CLOCK_REALTIME)); }
+    std::chrono::nanoseconds uptime() const override { return read(CLOCK_BOOTTIME); }  // keeps counting while suspended
+};
+
 }  // namespace
 
 Platform makeLinuxPlatform(LinuxPlatformOptions options) {
@@ -64,7 +76,7 @@ Platform makeLinuxPlatform(LinuxPlatformOptions options) {
         .digest = digest,
         .base64 = makeOpensslBase64(),
         .uuid = makeOpensslUuid(),
-        .clock = makeSystemClock(),
+        .clock = std::make_shared<SystemClock>(),
         .windows = nullptr,
     };
 }

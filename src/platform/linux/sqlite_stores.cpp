@@ -2,16 +2,19 @@
 
 #include "platform/linux/memory_store.h"
 #include "platform/linux/private_files.h"
-#include "platform/linux/sqlite_suite.h"
+#include "platform/linux/suite_file.h"
 
 #include <pwd.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <map>
+#include <mutex>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace kavio {
 namespace {
@@ -25,6 +28,97 @@ std::filesystem::path userDataFolder() {
     const auto* user = ::getpwuid(::geteuid());
     return user == nullptr ? std::filesystem::path() : std::filesystem::path(user->pw_dir) / ".local/share";
 }
+
+/// Passing failures rarely come twice, and two fresh files that also prove damaged are enough.
+constexpr int mostAttempts = 3;
+
+/// A suite as an SQLite file. A damaged file is set aside, and the suite goes on with a fresh one.
+class SqliteSuite final : public KeyValueStore {
+public:
+    SqliteSuite(std::filesystem::path path, std::shared_ptr<const Digest> digest, OnStoreDamaged onDamaged)
+        : mPath(std::move(path)), mDigest(std::move(digest)), mOnDamaged(std::move(onDamaged)) {}
+
+    /// Whether the file can be read; one that another process is holding counts as readable. Reports it if not.
+    bool isUsable() const {
+        const bool isReadable = use([](SuiteFile& file) {
+            try {
+                file.refresh();
+            } catch (const SqliteError& error) {
+                if (!error.isBusy()) throw;
+            }
+        });
+        if (!isReadable && !mIsUnusable.exchange(true)) report({});
+        return isReadable;
+    }
+
+    std::optional<StoredValue> value(std::string_view key) const override { return values({key}).front(); }
+
+    std::vector<std::optional<StoredValue>> values(std::initializer_list<std::string_view> keys) const override {
+        std::vector<std::optional<StoredValue>> found(keys.size());
+        use([&](SuiteFile& file) { found = file.values(keys); });
+        return found;
+    }
+
+    std::vector<std::string> keys() const override {
+        std::vector<std::string> found;
+        use([&](SuiteFile& file) { found = file.keys(); });
+        return found;
+    }
+
+    bool write(const StoreChanges& changes) override {
+        bool isKept = false;
+        use([&](SuiteFile& file) { isKept = file.write(changes); });
+        return isKept;
+    }
+
+private:
+    using Work = std::function<void(SuiteFile&)>;
+
+    /// Runs `work` on the file and, if it fails, again: on its successor if it was set aside. False if that does
+    /// not help.
+    bool use(const Work& work) const {
+        std::vector<std::filesystem::path> reports;
+        const bool succeeded = useLocked(work, reports);
+        for (const auto& setAside : reports) report(setAside);
+        return succeeded;
+    }
+
+    bool useLocked(const Work& work, std::vector<std::filesystem::path>& reports) const {
+        const std::lock_guard lock(mMutex);
+        for (int left = mostAttempts; left > 0; --left) {
+            try {
+                if (!mFile) mFile = std::make_unique<SuiteFile>(mPath, mDigest);
+                work(*mFile);
+                return true;
+            } catch (const SuiteFile::Moved& moved) {
+                mFile.reset();
+                if (!moved.setAside.empty()) reports.push_back(moved.setAside);
+            } catch (const SuiteFile::Unusable&) {
+                mFile.reset();
+                if (!mIsUnusable.exchange(true)) reports.emplace_back();
+                return false;
+            } catch (const SqliteError& error) {
+                if (error.isBusy()) return false;  // for longer than we are ready to wait
+            } catch (const std::exception&) {      // NOLINT(bugprone-empty-catch): the next attempt may do better
+            }
+        }
+        return false;
+    }
+
+    void report(const std::filesystem::path& setAside) const {
+        try {
+            if (mOnDamaged) mOnDamaged(mPath, setAside);
+        } catch (...) {  // NOLINT(bugprone-empty-catch): what the host's code throws has nobody to go to
+        }
+    }
+
+    const std::filesystem::path mPath;
+    const std::shared_ptr<const Digest> mDigest;
+    const OnStoreDamaged mOnDamaged;
+    mutable std::mutex mMutex;
+    mutable std::unique_ptr<SuiteFile> mFile;       // if null, opened on the next use
+    mutable std::atomic<bool> mIsUnusable = false;  // and that was reported
+};
 
 /// The only open suite of a file.
 std::shared_ptr<SqliteSuite> openSuite(const std::filesystem::path& file, const std::shared_ptr<const Digest>& digest,

@@ -13,50 +13,23 @@
 namespace kavio {
 namespace {
 
-UrlError::Code classify(CURL* easy, CURLcode code, bool sent);
-std::string reason(CURL* easy, CURLcode code, bool sent);
-
-}  // namespace
-
-UrlError describeFailure(CURL* easy, CURLcode code, bool sent) {
-    UrlError error = urlError(classify(easy, code, sent));
-    const std::string detail = reason(easy, code, sent);
-    if (!detail.empty()) error.description.replace(error.description.size() - 1, 1, ": " + detail + ".");
-    return error;
-}
-
-UrlError urlError(UrlError::Code code) {
-    const auto text = [code] {
-        switch (code) {
-            case UrlError::cancelled:
-                return "The request was cancelled.";
-            case UrlError::badUrl:
-                return "The request cannot be sent as it is.";
-            case UrlError::timedOut:
-                return "The request timed out.";
-            case UrlError::cannotFindHost:
-                return "The host was not found.";
-            case UrlError::cannotConnectToHost:
-                return "Could not connect to the host.";
-            case UrlError::networkConnectionLost:
-                return "The connection was lost.";
-            case UrlError::notConnectedToInternet:
-                return "There is no connection to the network.";
-            case UrlError::badServerResponse:
-                return "The reply is malformed.";
-            case UrlError::dataLengthExceedsMaximum:
-                return "The reply is too large.";
-            case UrlError::secureConnectionFailed:
-                return "No secure connection could be made.";
-            case UrlError::serverCertificateUntrusted:
-                return "The host's certificate is not trusted.";
-        }
-        return "";
-    };
-    return {code, text(), {}};
-}
-
-namespace {
+struct Sentence {
+    UrlError::Code code;
+    const char* text;
+};
+constexpr Sentence sentences[] = {
+    {UrlError::cancelled, "The request was cancelled."},
+    {UrlError::badUrl, "The request cannot be sent as it is."},
+    {UrlError::timedOut, "The request timed out."},
+    {UrlError::cannotFindHost, "The host was not found."},
+    {UrlError::cannotConnectToHost, "Could not connect to the host."},
+    {UrlError::networkConnectionLost, "The connection was lost."},
+    {UrlError::notConnectedToInternet, "There is no connection to the network."},
+    {UrlError::badServerResponse, "The reply is malformed."},
+    {UrlError::dataLengthExceedsMaximum, "The reply is too large."},
+    {UrlError::secureConnectionFailed, "No secure connection could be made."},
+    {UrlError::serverCertificateUntrusted, "The host's certificate is not trusted."},
+};
 
 bool hasRouteTo(int family, const void* address, socklen_t length) {
     // Connecting a datagram socket looks up the route and sends nothing.
@@ -162,4 +135,19 @@ std::string reason(CURL* easy, CURLcode code, bool sent) {
 }
 
 }  // namespace
+
+UrlError urlError(UrlError::Code code) {
+    for (const auto& sentence : sentences) {
+        if (sentence.code == code) return {code, sentence.text, {}};
+    }
+    return {code, {}, {}};
+}
+
+UrlError describeFailure(CURL* easy, CURLcode code, bool sent) {
+    UrlError error = urlError(classify(easy, code, sent));
+    const std::string detail = reason(easy, code, sent);
+    if (!detail.empty()) error.description.replace(error.description.size() - 1, 1, ": " + detail + ".");
+    return error;
+}
+
 }  // namespace kavio

@@ -1,8 +1,6 @@
-#include "models/json/loose_value.h"
+#include "models/json/read_element.h"
 
-#include "models/json/json_value.h"
 #include "models/json/keyed_container.h"
-#include "models/json/simdjson_element.h"
 
 namespace kavio {
 namespace {

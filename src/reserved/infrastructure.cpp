@@ -1,4 +1,4 @@
-#include "reserved/kavio_mock_network_service.h"
+#include "reserved/infrastructure.h"
 
 #include <kavio/platform/platform.h>
 
@@ -29,6 +29,20 @@ void KavioMockNetworkService::send(APIRequest request, RawCompletion completion)
 std::shared_ptr<DownloadTask> KavioMockNetworkService::sendInBackground(APIRequest request, RawCompletion completion) {
     send(std::move(request), std::move(completion));
     return nullptr;
+}
+
+Serializable::Archive Serializable::archive() {
+    Archive archive;
+    for (const auto& [name, value] : properties()) archive.emplace(name, *value);
+    return archive;
+}
+
+void Serializable::unarchive(const Archive& archive) {
+    tag.reset();
+    for (const auto& [name, value] : properties()) {
+        const auto found = archive.find(name);
+        *value = found == archive.end() ? 0 : found->second;
+    }
 }
 
 }  // namespace kavio

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "models/account_model.h"
+#include "models/json/json_types.h"
 #include "models/payment_model.h"
 
 #include <cstdint>
@@ -8,9 +9,71 @@
 #include <optional>
 #include <string>
 
-/// Calls to the service that no operation of the library makes. Their inputs are settled but their paths and parameters
-/// are not, so they are records and not requests yet.
 namespace kavio {
+
+class KeyedContainer;
+
+/// The parameters of a purchase, and where it was made.
+struct PlaceOrderModel {
+    std::optional<std::int64_t> amount;
+    std::optional<std::string> tokenLocator;
+    std::optional<std::int64_t> prepaidCardId;
+    std::optional<std::string> payPalMetadataId;
+    std::optional<double> longitude;
+    std::optional<double> latitude;
+    std::optional<double> accuracy;
+    std::optional<std::string> address;
+    std::optional<std::string> city;
+    std::optional<std::string> country;
+    std::optional<std::string> zipcode;
+    std::optional<std::string> streetNumber;
+    std::optional<bool> isQR;
+    static PlaceOrderModel decode(const KeyedContainer& in);
+    /// The keys are in the order of the members; absent ones are left out.
+    OrderedJsonValue encode() const;
+};
+
+/// One user's review of a machine.
+struct MachineReviewModel {
+    std::optional<std::string> userName;
+    std::string createdDT;
+    std::string updatedDT;
+    std::optional<bool> accountReview;
+    std::uint32_t machineRating = 0;
+    std::string machineReview;
+    static MachineReviewModel decode(const KeyedContainer& in);
+};
+
+struct PurchaseGameResponse {
+    bool ok = false;
+    std::int64_t winAmount = 0;
+    static PurchaseGameResponse decode(const KeyedContainer& in);
+};
+
+struct CheckGeoIPResponse {
+    std::string isoCode;
+    static CheckGeoIPResponse decode(const KeyedContainer& in);
+};
+
+struct PrepaidCreateVirtualCardResponse {
+    std::optional<std::string> token;
+    static PrepaidCreateVirtualCardResponse decode(const KeyedContainer& in);
+};
+
+struct PrepaidCreatePhysicalCardResponse {
+    std::optional<std::int64_t> id;
+    static PrepaidCreatePhysicalCardResponse decode(const KeyedContainer& in);
+};
+
+/// Reply that only acknowledges.
+struct BasicResponse {
+    bool ok = false;
+    std::optional<std::string> result;
+    static BasicResponse decode(const KeyedContainer& in);
+};
+
+// Calls to the service that no operation of the library makes. Their inputs are settled but their paths and parameters
+// are not, so they are records and not requests yet.
 
 struct AddPayPalLocatorRequest {
     std::string requestName;
