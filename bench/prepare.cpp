@@ -3,6 +3,7 @@
 #include "exchanges.h"
 #include "network/kavio_network_service.h"
 #include "storage/kavio_user_defaults.h"
+#include "storage/payment_journal.h"
 #include "time/reliable_clock.h"
 
 #include <benchmark/benchmark.h>
@@ -10,9 +11,19 @@
 #include <sqlite3.h>
 
 #include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
 
 namespace kavio::bench {
 namespace {
+
+std::string suiteFile(const Setup& setup, std::string_view name) {
+    for (const auto& file : std::filesystem::directory_iterator(setup.folder / "store")) {
+        if (file.path().filename().string().find(name) != std::string::npos) return file.path();
+    }
+    return {};
+}
 
 void prepareRequest(benchmark::State& state) {
     const auto request = machineRequest();
@@ -40,12 +51,50 @@ void readStore(benchmark::State& state) {
     for (auto _ : state) benchmark::DoNotOptimize(defaults->sessionToken());
 }
 
+/// The payment that `placeOrder` writes down before the request may leave.
+void writePaymentDown(benchmark::State& state) {
+    const auto journal = PaymentJournal::shared();
+    JournalEntry entry{.payment = {.startedAt = serverNow(),
+                                   .kavioId = 42100107,
+                                   .amount = 150,
+                                   .paymentMethodId = "0",
+                                   .paymentType = PaymentMethod::PaymentType::KAVIO},
+                       .service = "ApiQA2",
+                       .owner = std::string(28, 'o')};
+    for (auto _ : state) {
+        entry.payment.id = std::to_string(std::rand());
+        if (!journal->begin(entry)) state.SkipWithError("The payment cannot be written down.");
+        state.PauseTiming();
+        journal->answered(entry.payment.id);
+        journal->strikeOut(entry.payment.id);
+        state.ResumeTiming();
+    }
+}
+
+/// One commit of as much text, with the same settings.
+void bareCommit(benchmark::State& state, const Setup& setup) {
+    sqlite3* database = nullptr;
+    sqlite3_open((setup.folder / "bare").c_str(), &database);
+    const auto run = [&](const std::string& text) {
+        if (sqlite3_exec(database, text.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK)
+            state.SkipWithError(sqlite3_errmsg(database));
+    };
+    run("PRAGMA journal_mode=DELETE; PRAGMA synchronous=EXTRA; PRAGMA secure_delete=ON;"
+        "CREATE TABLE IF NOT EXISTS entry (key TEXT PRIMARY KEY, value TEXT) WITHOUT ROWID");
+    for (auto _ : state) {
+        run("INSERT INTO entry VALUES ('" + std::to_string(std::rand()) + "', '" + std::string(400, 'v') + "')");
+        state.PauseTiming();
+        run("DELETE FROM entry");
+        state.ResumeTiming();
+    }
+    sqlite3_close(database);
+}
+
 /// Reads the same value from the same file with a statement that stays prepared.
 void queryStore(benchmark::State& state, const Setup& setup) {
-    const auto file = *std::filesystem::directory_iterator(setup.folder / "store");
     sqlite3* database = nullptr;
     sqlite3_stmt* statement = nullptr;
-    sqlite3_open_v2(file.path().c_str(), &database, SQLITE_OPEN_READONLY, nullptr);
+    sqlite3_open_v2(suiteFile(setup, "UserDefaults").c_str(), &database, SQLITE_OPEN_READONLY, nullptr);
     sqlite3_prepare_v2(database, "SELECT value FROM entry WHERE key = 'session_token'", -1, &statement, nullptr);
     for (auto _ : state) {
         if (sqlite3_step(statement) != SQLITE_ROW) state.SkipWithError("The store has no session token.");
@@ -59,11 +108,15 @@ void queryStore(benchmark::State& state, const Setup& setup) {
 BENCHMARK(prepareRequest);
 BENCHMARK(bareDigests);
 BENCHMARK(readStore);
+BENCHMARK(writePaymentDown)->UseRealTime();
 
 }  // namespace
 
 void registerPreparing(const Setup& setup) {
     benchmark::RegisterBenchmark("queryStore", [setup](benchmark::State& state) { queryStore(state, setup); });
+    benchmark::RegisterBenchmark("bareCommit", [setup](benchmark::State& state) {
+        bareCommit(state, setup);
+    })->UseRealTime();
 }
 
 }  // namespace kavio::bench

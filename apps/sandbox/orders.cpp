@@ -112,6 +112,7 @@ nlohmann::json orderReply(const World& world, const Order& order, bool statusOnl
 
     reply["paymentSourceLabel"] = order.label;
     reply["chargedAmount"] = status == "completed" ? order.amount : 0;
+    if (order.prepaidCardId != 0) reply["externalId"] = order.prepaidCardId;
     if (const auto* machine = order.machine) {
         reply["externalReference"] = machine->name;
         reply["externalId"] = machine->kavioId;

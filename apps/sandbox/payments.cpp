@@ -54,7 +54,8 @@ nlohmann::json prepaidCards(Call& call) {
     return {{"prepaidCards", cards}};
 }
 
-nlohmann::json deposit(Call& call, OrderType type, std::int64_t& balance, const std::string& instrument) {
+nlohmann::json deposit(Call& call, OrderType type, std::int64_t& balance, const std::string& instrument,
+                       std::int64_t prepaidCardId = 0) {
     auto& account = *call.account;
     const auto& locator = call.in.at("paymentCardLocator");
     checkParameters(locator, {{Kind::text, {"locator"}}}, "paymentCardLocator");
@@ -68,6 +69,7 @@ nlohmann::json deposit(Call& call, OrderType type, std::int64_t& balance, const 
     Order order;
     order.id = call.world.nextId();
     order.type = type;
+    order.prepaidCardId = prepaidCardId;
     order.amount = amount;
     order.currency = account.currency->code;
     order.source = Source::creditCard;
@@ -100,7 +102,7 @@ nlohmann::json walletDeposit(Call& call) {
 nlohmann::json prepaidDeposit(Call& call) {
     auto* card = call.account->prepaid(call.captured.front());
     if (card == nullptr) throw Refusal(404, "there is no prepaid card with this identifier");
-    return deposit(call, OrderType::prepaidDeposit, card->balance, card->number);
+    return deposit(call, OrderType::prepaidDeposit, card->balance, card->number, card->id);
 }
 
 }  // namespace

@@ -76,6 +76,7 @@ struct Order {
     std::int64_t id = 0;
     OrderType type = OrderType::vending;
     const Machine* machine = nullptr;  // null for a deposit
+    std::int64_t prepaidCardId = 0;    // what a deposit tops up; 0 for none
     std::int64_t amount = 0;
     std::string currency;
     Source source = Source::balance;

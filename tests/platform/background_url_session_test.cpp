@@ -6,6 +6,7 @@
 #include <sched.h>
 #include <sys/resource.h>
 
+#include <atomic>
 #include <csignal>
 #include <cstdlib>
 #include <sstream>
@@ -204,7 +205,10 @@ TEST(BackgroundUrlSession, WaitsForTheNetwork) {
     const bool permitted = inFreshNetwork([] {
         const HostServer server(answering(httpReply(200, "placed")));
         const auto session = sessionWith(server);
-        auto order = begin(*session, post(host, "order"));
+        std::atomic<int> waits = 0;
+        auto request = post(host, "order");
+        request.willWait = [&] { ++waits; };
+        auto order = begin(*session, request);
         auto lost = begin(*sessionWith(server), post(host, "lost")).outcome;
         EXPECT_EQ(lost.get(), "-999 with 0 unsent") << "waits until the session ends";
         auto givenUp = begin(*session, post(host, "given up"));
@@ -215,6 +219,10 @@ TEST(BackgroundUrlSession, WaitsForTheNetwork) {
         ASSERT_EQ(std::system("ip link set lo up"), 0);
         EXPECT_EQ(order.outcome.get(), "200 placed");
         EXPECT_EQ(server.requests().size(), 1u);
+        const int before = waits;
+        EXPECT_GT(before, 0) << "said before it waited";
+        EXPECT_EQ(place(*session, request), "200 placed");
+        EXPECT_EQ(waits, before) << "and only then";
     });
     if (!permitted) GTEST_SKIP() << "a fresh network needs privileges";
 }

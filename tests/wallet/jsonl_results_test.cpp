@@ -12,14 +12,15 @@ struct Operation {
     const char* callback;
     const char* line;
     const char* path;
+    bool changesSomething = true;
 };
 
 const std::vector<Operation> operations{
     {"onLogin", R"({"op":"login","countryCode":"49","phoneNumber":"151234567"})", "/account/challenge/"},
     {"onVerify", R"({"op":"verify","otp":"123456","country":"DE","countryCode":"49","phoneNumber":"151234567"})",
      "/account/verify/"},
-    {"onCheckIsUserLogin", R"({"op":"isLoggedIn"})", "/account"},
-    {"onGetPaymentMethods", R"({"op":"getPaymentMethods"})", "/account"},
+    {"onCheckIsUserLogin", R"({"op":"isLoggedIn"})", "/account", false},
+    {"onGetPaymentMethods", R"({"op":"getPaymentMethods"})", "/account", false},
     {"onAddCreditCard",
      R"({"op":"addCreditCard","card":{"pan":"4111111111111111","month":"12","year":"2039","cvv":"123","email":"a@b.example"}})",
      "/account/locators"},
@@ -27,10 +28,10 @@ const std::vector<Operation> operations{
     {"onDeposit",
      R"({"op":"deposit","depositCard":{"id":"0","number":"","type":"KAVIO","balance":0,"currency":"EUR","currencyDecimalDigits":2},"amount":1,"chargedCardId":"L1"})",
      "/deposits/"},
-    {"onGetMachines", R"({"op":"getMachines"})", "/machines/byValue"},
-    {"onGetMachineProducts", R"({"op":"getMachineProducts","machineId":7})", "/machines/7/products"},
-    {"onGetTransactions", R"({"op":"getTransactions"})", "/orders/activities"},
-    {"onGetOrder", R"({"op":"getOrder","orderId":"5"})", "/orders/5"},
+    {"onGetMachines", R"({"op":"getMachines"})", "/machines/byValue", false},
+    {"onGetMachineProducts", R"({"op":"getMachineProducts","machineId":7})", "/machines/7/products", false},
+    {"onGetTransactions", R"({"op":"getTransactions"})", "/orders/activities", false},
+    {"onGetOrder", R"({"op":"getOrder","orderId":"5"})", "/orders/5", false},
     {"onPlaceOrder",
      R"({"op":"placeOrder","kavioId":42100107,"amount":150,"paymentMethod":{"id":"0","number":"","type":"KAVIO"}})",
      "/machines/*/orders"},
@@ -42,6 +43,13 @@ struct Answer {
     sandbox::Fault fault;
     std::string type;
     std::string message;  // for a lost connection, how it begins
+    std::string cause;
+
+    /// Of an operation that changes something.
+    std::string effect() const {
+        if (type == "SUCCESS") return "DONE";
+        return fault.status >= 400 && fault.status <= 499 ? "NONE" : "UNKNOWN";
+    }
 };
 
 std::vector<Answer> answers() {
@@ -51,22 +59,23 @@ std::vector<Answer> answers() {
     const sandbox::Fault lost{.drop = true, .times = -1};
     const std::string expired = "Your session token is expaired";
     return {
-        {answer(400, R"({"message":"not so"})"), "BAD_INPUT", "not so"},
-        {answer(401, "{}"), "ACCESS_DENIED", expired},
-        {answer(402, R"({"message":"declined"})"), "FAILURE", "declined"},
-        {answer(406, "{}"), "FAILURE", expired},
-        {answer(417, "{}"), "FAILURE", "invalid_signature"},
-        {answer(426, "{}"), "FAILURE", "Upgrade version is required"},
-        {answer(499, "plain text"), "FAILURE", "plain text"},
-        {answer(500, R"({"message":"closed for today"})"), "SERVER_ERROR", "closed for today"},
-        {answer(599, ""), "SERVER_ERROR", ""},
-        {answer(200, ""), "BAD_INPUT", ""},
-        {answer(200, "<html>"), "BAD_INPUT", ""},
-        {answer(200, "{\"a\":\"\xff\"}"), "BAD_INPUT", ""},
-        {answer(200, std::string(1'000'000, '[')), "BAD_INPUT", ""},
-        {answer(200, "[1,2"), "BAD_INPUT", ""},
-        {answer(200, "null"), "SUCCESS", ""},
-        {lost, "NETWORK_FAILED", "failed to send request, error: The connection was lost"},
+        {answer(400, R"({"message":"not so"})"), "BAD_INPUT", "not so", "REFUSED_BY_SERVICE"},
+        {answer(401, "{}"), "ACCESS_DENIED", expired, "SESSION_REFUSED"},
+        {answer(402, R"({"message":"declined"})"), "FAILURE", "declined", "REFUSED_BY_SERVICE"},
+        {answer(406, "{}"), "FAILURE", expired, "SESSION_REFUSED"},
+        {answer(417, "{}"), "FAILURE", "invalid_signature", "SIGNATURE_REFUSED"},
+        {answer(426, "{}"), "FAILURE", "Upgrade version is required", "UPDATE_REQUIRED"},
+        {answer(499, "plain text"), "FAILURE", "plain text", "REFUSED_BY_SERVICE"},
+        {answer(500, R"({"message":"closed for today"})"), "SERVER_ERROR", "closed for today", "SERVICE_FAILED"},
+        {answer(599, ""), "SERVER_ERROR", "", "SERVICE_FAILED"},
+        {answer(302, ""), "FAILURE", "", "SERVICE_FAILED"},
+        {answer(200, ""), "BAD_INPUT", "", "UNREADABLE_REPLY"},
+        {answer(200, "<html>"), "BAD_INPUT", "", "UNREADABLE_REPLY"},
+        {answer(200, "{\"a\":\"\xff\"}"), "BAD_INPUT", "", "UNREADABLE_REPLY"},
+        {answer(200, std::string(1'000'000, '[')), "BAD_INPUT", "", "UNREADABLE_REPLY"},
+        {answer(200, "[1,2"), "BAD_INPUT", "", "UNREADABLE_REPLY"},
+        {answer(200, "null"), "SUCCESS", "", "NONE"},
+        {lost, "NETWORK_FAILED", "failed to send request, error: The connection was lost", "CONNECTION_LOST"},
     };
 }
 
@@ -102,6 +111,9 @@ TEST_F(WalletResults, AreOneForEachAnswerToEachRequest) {
             EXPECT_EQ(message.is_null(), all[i].message.empty());
             const auto text = message.is_null() ? "" : message.get<std::string>();
             EXPECT_EQ(all[i].fault.drop ? text.substr(0, all[i].message.size()) : text, all[i].message);
+            EXPECT_EQ(events[i].at("result").at("effect"),
+                      operation.changesSomething ? all[i].effect() : std::string("NONE"));
+            EXPECT_EQ(events[i].at("result").at("cause"), all[i].cause);
             EXPECT_EQ(events[i].at("onMainThread"), true);
         }
     }
