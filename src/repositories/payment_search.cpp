@@ -9,6 +9,8 @@
 #include "time/reliable_clock.h"
 #include "util/shared_instance.h"
 
+#include <kavio/platform/platform.h>
+
 #include <algorithm>
 #include <chrono>
 #include <utility>
@@ -64,7 +66,7 @@ PaymentSearch::PaymentSearch(JournalEntry entry, Completion<PaymentFinding> comp
       mPurchases(sharedInstance<PurchaseRepository>()),
       mEntry(std::move(entry)),
       mCompletion(std::move(completion)),
-      mBegun(serverNow()) {}
+      mBegun(Platform::current().clock->uptime()) {}
 
 void PaymentSearch::askForPage(std::optional<Date> before) {
     ++mPages;
@@ -216,7 +218,9 @@ void PaymentSearch::conclude() {
     if (mSomeAreElsewhere && mFitting.empty() && !journal->areMachinesTold(mEntry.service)) mMoreMayFit = true;
     PaymentFinding finding;
     const auto last = lastArrival(mEntry);
-    const bool isOver = mEntry.isTimeKnown && isServerTimeKnown() && last && mBegun >= *last;
+    // The search began then by the service's clock, which may have become known only since.
+    const auto begun = serverNow() - (Platform::current().clock->uptime() - mBegun);
+    const bool isOver = mEntry.isTimeKnown && isServerTimeKnown() && last && begun >= *last;
     // Another person's transactions tell nothing.
     const bool isWhole = mReachesBack && !mMoreMayFit && isOfThisSession(mEntry);
     if (isWhole && mFitting.empty() && isOver) finding.verdict = PaymentFinding::Verdict::NOT_MADE;

@@ -5,6 +5,7 @@
 #include "network/api_result.h"
 #include "storage/payment_journal.h"
 
+#include <chrono>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -61,7 +62,7 @@ private:
     const std::shared_ptr<PurchaseRepository> mPurchases;
     const JournalEntry mEntry;
     const Completion<PaymentFinding> mCompletion;
-    const Date mBegun;
+    const std::chrono::nanoseconds mBegun;  // as the device's uptime
     std::map<std::string, OrderActivityModel> mSeen;
     std::optional<Date> mOldest;
     int mPages = 0;

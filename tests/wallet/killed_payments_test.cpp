@@ -9,6 +9,7 @@
 #include <atomic>
 #include <map>
 #include <random>
+#include <set>
 #include <thread>
 
 namespace kavio::test {
@@ -43,7 +44,7 @@ protected:
         std::multimap<std::int64_t, Json> found;
         const auto state = sandbox.state();
         for (const auto& order : state.at("accounts").at(0).at("orders")) {
-            if (order.at("type") == GetParam().type)
+            if (order.at("type") == GetParam().type && !mSeeded.contains(order.at("id")))
                 found.emplace(order.at("amount").get<std::int64_t>() / GetParam().unit, order);
         }
         return found;
@@ -78,6 +79,7 @@ protected:
     TemporaryFolder folder;
     const Words options{"--store-dir", folder.path() / "store", "--connect-to", sandbox.address(),
                         "--ca-file",   sandbox.authorityFile()};
+    std::set<Json> mSeeded;  // the orders that the account came with
     std::mt19937 mRandom{20261125};
 };
 
@@ -91,7 +93,7 @@ TEST_P(KilledPayments, AreSettledAsTheServiceHasThem) {
         for (const auto& method : methods)
             if (method.at("type") == "CREDIT_CARD") card = method.at("id");
     }
-    const auto seeded = orders();
+    for (const auto& [amount, order] : orders()) mSeeded.insert(order.at("id"));
     std::map<std::string, int> courses;
     const int kills = fromEnvironment("KAVIO_KILLS", killsPerRun);
     for (int first = 1; first <= kills; first += killsPerRun) {
@@ -106,7 +108,7 @@ TEST_P(KilledPayments, AreSettledAsTheServiceHasThem) {
         const auto made = orders();
         for (int amount = first; amount < first + killsPerRun; ++amount) {
             SCOPED_TRACE(amount);
-            const auto count = made.count(amount) - seeded.count(amount);
+            const auto count = made.count(amount);
             ASSERT_LE(count, 1U) << "paid twice";
             const auto report = reports.find(amount);
             if (report == reports.end()) {
