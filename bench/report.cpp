@@ -128,7 +128,7 @@ void addCalls(Table& table, const BestRuns& best, const Setup& setup) {
 std::string report(const Setup& setup) {
     BestRuns best;
     // Calls first: decoding 10,000 machines leaves a heap that no application has.
-    for (const auto* group : {"Call|Digests|Request|Store", "decode|Parse"})
+    for (const auto* group : {"Call|Digests|Request|Store|Payment|Commit", "decode|Parse"})
         benchmark::RunSpecifiedBenchmarks(&best, group);
     Table table;
     addDecoding(table, best);
