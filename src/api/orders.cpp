@@ -182,7 +182,7 @@ void Kavio::getOrder(std::string orderId) {
         if (!decimalInteger(orderId)) {
             return operation.fail(ResultType::BAD_INPUT, Cause::INVALID_INPUT, "{" + orderId + "} is invalid order ID");
         }
-        mState->mPurchaseRepo->order(std::move(orderId), false, operation.finish<OrderModel>(orderOf));
+        mState->mPurchaseRepo->order(orderId, false, operation.finish<OrderModel>(orderOf));
     });
 }
 

@@ -145,7 +145,7 @@ void Kavio::State::Enrolment::tdSecureFinished() {
     TDSGetCard body{.flow = mLastFlow, .card = mLastPaymentCard};
     readRedirect(*url, body);
     mPaymentMethodRepo->getCardTDSecure(
-        std::move(body),
+        body,
         mOperation.then<TDSGetCardResponseFactory>(
             [self = shared_from_this()](State&, const auto&, const auto& reply) { self->getCardResponse(reply); }));
 }

@@ -34,19 +34,54 @@ bool Sending::start(const std::function<std::shared_ptr<DownloadTask>()>& send) 
     return true;
 }
 
-RawResult givenUp() {
-    return RawResult::failed(connectionFailure({UrlError::cancelled, "cancelled", std::nullopt, false}));
-}
+namespace {
 
+/// Calls `next` once the time sample is good for `request`, or once an attempt to renew it has failed.
 void withFreshTime(const APIRequest& request, const std::shared_ptr<KavioNetworkService>& transport,
                    std::function<void()> next) {
     if (request.requestName == timeRequestName || isTimeSampleFresh()) return next();
     transport->send(timeRequest(), [next = std::move(next)](RawResult raw) {
-        // On the network thread: the store syncs its writes to disk, and the main thread should not wait for that.
+        // On the network's thread: the store syncs its writes to disk, and the main thread need not wait for that.
         const auto result = decoded<ServerTimeResponse>(std::move(raw));
         storeTimeSample(result ? result.payload() : std::nullopt);
         next();
     });
+}
+
+/// The same, and `send` unless `prepare` fails.
+void withFreshTime(APIRequest request, RawCompletion completion, BeforeSending prepare,
+                   std::function<void(KavioNetworkService&, APIRequest, const RawCompletion&)> send) {
+    const auto transport = KavioNetworkService::shared();
+    const auto kept = std::make_shared<APIRequest>(std::move(request));
+    withFreshTime(
+        *kept, transport,
+        [transport, kept, completion = std::move(completion), prepare = std::move(prepare), send = std::move(send)] {
+            if (auto failure = prepare ? prepare() : std::nullopt)
+                return completion(RawResult::failed(*std::move(failure)));
+            send(*transport, std::move(*kept), completion);
+        });
+}
+
+}  // namespace
+
+void sendRawWithFreshTime(APIRequest request, RawCompletion completion, BeforeSending prepare) {
+    withFreshTime(std::move(request), std::move(completion), std::move(prepare),
+                  [](KavioNetworkService& transport, APIRequest ready, const RawCompletion& completed) {
+                      transport.send(std::move(ready), completed);
+                  });
+}
+
+std::shared_ptr<Sending> sendRawInBackgroundWithFreshTime(APIRequest request, RawCompletion completion,
+                                                          BeforeSending prepare) {
+    auto sending = std::make_shared<Sending>();
+    withFreshTime(
+        std::move(request), std::move(completion), std::move(prepare),
+        [sending](KavioNetworkService& transport, APIRequest ready, const RawCompletion& completed) {
+            const auto send = [&] { return transport.sendInBackground(std::move(ready), completed); };
+            if (sending->start(send)) return;
+            completed(RawResult::failed(connectionFailure({UrlError::cancelled, "cancelled", std::nullopt, false})));
+        });
+    return sending;
 }
 
 }  // namespace kavio
