@@ -46,23 +46,6 @@ std::optional<AppData> readAppData(const std::optional<std::string>& text) {
     }
 }
 
-std::optional<CurrencyModel> readCurrency(const std::string& name, const JsonValue& entry) {
-    if (!entry.is_object()) return std::nullopt;
-    const auto& members = entry.get_ref<const JsonObject&>();
-    const auto decimalDigits = integerAt(members, "decimalDigits");
-    const auto minimumAmount = integerAt(members, "minimumAmount");
-    const auto maximumAmount = integerAt(members, "maximumAmount");
-    if (!decimalDigits || !minimumAmount || !maximumAmount) return std::nullopt;
-    return CurrencyModel{
-        .currencyName = name,
-        .decimalDigits = *decimalDigits,
-        .minimumAmount = *minimumAmount,
-        .maximumAmount = *maximumAmount,
-        .balanceFallsJumps = integerAt(members, "balanceFallsJumps").value_or(100),
-        .currencySign = textAt(members, "currencySign"),
-    };
-}
-
 }  // namespace
 
 AppData AppData::decode(const KeyedContainer& in) {
@@ -144,27 +127,6 @@ JsonObject AccountModel::encode() const {
     object.emplace("account", std::move(account));
     setIfPresent(object, "configurationMaxUpdatedDT", configurationMaxUpdatedDT);
     return object;
-}
-
-Configuration Configuration::decode(const KeyedContainer& in) {
-    Configuration configuration;
-    const JsonObject currencies = in.required("currencies");
-    for (const auto& [name, entry] : currencies) {
-        if (auto currency = readCurrency(name, entry)) configuration.currencies.emplace(name, *std::move(currency));
-    }
-    return configuration;
-}
-
-KavioCardModel KavioCardModel::decode(const KeyedContainer& in) {
-    return {
-        .amount = in.required("amount"),
-        .decimalDigits = in.required("decimalDigits"),
-        .currency = in.required("currency"),
-    };
-}
-
-JsonObject KavioCardModel::encode() const {
-    return {{"amount", amount}, {"decimalDigits", decimalDigits}, {"currency", currency}};
 }
 
 std::vector<std::shared_ptr<const PaymentMethod>> paymentMethods(AccountModel&& account) {

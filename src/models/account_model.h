@@ -74,30 +74,6 @@ struct AccountModel {
     JsonObject encode() const;
 };
 
-struct CurrencyModel {
-    std::string currencyName;
-    std::int64_t decimalDigits;
-    std::int64_t minimumAmount;
-    std::int64_t maximumAmount;
-    std::int64_t balanceFallsJumps;
-    std::optional<std::string> currencySign;
-};
-
-/// What the service allows, by currency code. An entry that is not a currency is left out.
-struct Configuration {
-    std::map<std::string, CurrencyModel> currencies;
-    static Configuration decode(const KeyedContainer& in);
-};
-
-/// The wallet's balance.
-struct KavioCardModel {
-    std::int64_t amount;
-    std::int64_t decimalDigits;
-    std::string currency;
-    static KavioCardModel decode(const KeyedContainer& in);
-    JsonObject encode() const;
-};
-
 /// What the account pays with: the wallet, then the stored cards in their order.
 std::vector<std::shared_ptr<const PaymentMethod>> paymentMethods(AccountModel&& account);
 

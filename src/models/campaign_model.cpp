@@ -75,6 +75,4 @@ Campaign Decoder<Campaign>::decode(const DecodedValue& value) {
     };
 }
 
-VoucherModel VoucherModel::decode(const KeyedContainer& in) { return {.campaigns = in.required("vouchers")}; }
-
 }  // namespace kavio

@@ -49,10 +49,4 @@ struct Decoder<Campaign> {
     static Campaign decode(const DecodedValue& value);
 };
 
-/// Reply that lists campaigns.
-struct VoucherModel {
-    Campaigns campaigns;
-    static VoucherModel decode(const KeyedContainer& in);
-};
-
 }  // namespace kavio

@@ -80,13 +80,6 @@ OrderModel OrderModel::decodeOrder(const KeyedContainer& order) {
     return model;
 }
 
-OrderModelResponse OrderModelResponse::decode(const KeyedContainer& in) {
-    return {
-        .orderModel = OrderModel::decodeOrder(in.nested("order")),
-        .qr = in.optional("qr"),
-    };
-}
-
 std::shared_ptr<const Order> publicObject(OrderModel model) {
     return sharedObject([&] {
         return Order{

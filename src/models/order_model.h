@@ -56,13 +56,6 @@ struct OrderModel {
     static OrderModel decodeOrder(const KeyedContainer& order);
 };
 
-/// An order together with the text of a QR code.
-struct OrderModelResponse {
-    OrderModel orderModel;
-    std::optional<std::string> qr;
-    static OrderModelResponse decode(const KeyedContainer& in);
-};
-
 std::shared_ptr<const Order> publicObject(OrderModel model);
 
 }  // namespace kavio

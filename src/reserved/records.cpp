@@ -3,7 +3,29 @@
 #include "models/json/json_value.h"
 #include "models/json/keyed_container.h"
 
+#include <utility>
+
 namespace kavio {
+namespace {
+
+std::optional<CurrencyModel> readCurrency(const std::string& name, const JsonValue& entry) {
+    if (!entry.is_object()) return std::nullopt;
+    const auto& members = entry.get_ref<const JsonObject&>();
+    const auto decimalDigits = integerAt(members, "decimalDigits");
+    const auto minimumAmount = integerAt(members, "minimumAmount");
+    const auto maximumAmount = integerAt(members, "maximumAmount");
+    if (!decimalDigits || !minimumAmount || !maximumAmount) return std::nullopt;
+    return CurrencyModel{
+        .currencyName = name,
+        .decimalDigits = *decimalDigits,
+        .minimumAmount = *minimumAmount,
+        .maximumAmount = *maximumAmount,
+        .balanceFallsJumps = integerAt(members, "balanceFallsJumps").value_or(100),
+        .currencySign = textAt(members, "currencySign"),
+    };
+}
+
+}  // namespace
 
 PlaceOrderModel PlaceOrderModel::decode(const KeyedContainer& in) {
     return {
@@ -80,6 +102,36 @@ BasicResponse BasicResponse::decode(const KeyedContainer& in) {
     return {
         .ok = in.required("ok"),
         .result = in.optional("result"),
+    };
+}
+
+Configuration Configuration::decode(const KeyedContainer& in) {
+    Configuration configuration;
+    const JsonObject currencies = in.required("currencies");
+    for (const auto& [name, entry] : currencies) {
+        if (auto currency = readCurrency(name, entry)) configuration.currencies.emplace(name, *std::move(currency));
+    }
+    return configuration;
+}
+
+KavioCardModel KavioCardModel::decode(const KeyedContainer& in) {
+    return {
+        .amount = in.required("amount"),
+        .decimalDigits = in.required("decimalDigits"),
+        .currency = in.required("currency"),
+    };
+}
+
+JsonObject KavioCardModel::encode() const {
+    return {{"amount", amount}, {"decimalDigits", decimalDigits}, {"currency", currency}};
+}
+
+VoucherModel VoucherModel::decode(const KeyedContainer& in) { return {.campaigns = in.required("vouchers")}; }
+
+OrderModelResponse OrderModelResponse::decode(const KeyedContainer& in) {
+    return {
+        .orderModel = OrderModel::decodeOrder(in.nested("order")),
+        .qr = in.optional("qr"),
     };
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "models/account_model.h"
+#include "models/campaign_model.h"
 #include "models/json/json_types.h"
+#include "models/order_model.h"
 #include "models/payment_model.h"
 
 #include <cstdint>
@@ -206,6 +208,43 @@ struct PrepaidReplacePhysicalCardRequest {
     std::string token;
     std::string machineCode;
     std::string cardID;
+};
+
+struct CurrencyModel {
+    std::string currencyName;
+    std::int64_t decimalDigits;
+    std::int64_t minimumAmount;
+    std::int64_t maximumAmount;
+    std::int64_t balanceFallsJumps;
+    std::optional<std::string> currencySign;
+};
+
+/// What the service allows, by currency code. An entry that is not a currency is left out.
+struct Configuration {
+    std::map<std::string, CurrencyModel> currencies;
+    static Configuration decode(const KeyedContainer& in);
+};
+
+/// The wallet's balance.
+struct KavioCardModel {
+    std::int64_t amount;
+    std::int64_t decimalDigits;
+    std::string currency;
+    static KavioCardModel decode(const KeyedContainer& in);
+    JsonObject encode() const;
+};
+
+/// Reply that lists campaigns.
+struct VoucherModel {
+    Campaigns campaigns;
+    static VoucherModel decode(const KeyedContainer& in);
+};
+
+/// An order together with the text of a QR code.
+struct OrderModelResponse {
+    OrderModel orderModel;
+    std::optional<std::string> qr;
+    static OrderModelResponse decode(const KeyedContainer& in);
 };
 
 }  // namespace kavio
