@@ -65,15 +65,15 @@ void Kavio::State::settle(const Asked& operation, const JournalEntry& entry,
                        const auto& finding = *reply.payload();
                        switch (finding.verdict) {
                            case PaymentFinding::Verdict::MADE:
-                               if (PaymentJournal::shared()->claim(id, finding.orderId))
-                                   return (state.*found)(asking, id, finding);
-                               [[fallthrough]];
-                           case PaymentFinding::Verdict::NOT_CERTAIN:
-                               return asking.fail(ResultType::FAILURE, Cause::NOT_CERTAIN, notCertain, Effect::UNKNOWN);
+                               if (!PaymentJournal::shared()->claim(id, finding.orderId)) break;
+                               return (state.*found)(asking, id, finding);
                            case PaymentFinding::Verdict::NOT_MADE:
-                               PaymentJournal::shared()->strikeOut(id);
+                               if (!PaymentJournal::shared()->notMade(id)) break;
                                return asking.fail(ResultType::FAILURE, Cause::NOT_MADE, notMade);
+                           case PaymentFinding::Verdict::NOT_CERTAIN:
+                               break;
                        }
+                       asking.fail(ResultType::FAILURE, Cause::NOT_CERTAIN, notCertain, Effect::UNKNOWN);
                    }));
 }
 

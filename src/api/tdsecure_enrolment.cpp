@@ -144,10 +144,10 @@ void Kavio::State::Enrolment::tdSecureFinished() {
     if (!url) return closePage();  // there was no memory for it
     TDSGetCard body{.flow = mLastFlow, .card = mLastPaymentCard};
     readRedirect(*url, body);
-    mPaymentMethodRepo->getCardTDSecure(
-        body,
-        mOperation.then<TDSGetCardResponseFactory>(
-            [self = shared_from_this()](State&, const auto&, const auto& reply) { self->getCardResponse(reply); }));
+    mPaymentMethodRepo->getCardTDSecure(body, mOperation.then<TDSGetCardResponseFactory>(
+                                                  [self = shared_from_this()](State&, const auto&, const auto& reply) {
+                                                      self->getCardResponse(reply);
+                                                  }));
 }
 
 // After `release` nobody waits for the next page, but one that is showing still goes away.

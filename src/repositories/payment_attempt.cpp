@@ -19,7 +19,7 @@ KnownOrder knownOrder(const OrderModel& model) {
 }
 
 PaymentAttempt::PaymentAttempt(UnsettledPayment payment)
-    : mJournal(PaymentJournal::shared()), mPayment(std::move(payment)) {}
+    : mJournal(PaymentJournal::shared()), mPayment(std::move(payment)), mOwner(sessionOwner()) {}
 
 PaymentAttempt::~PaymentAttempt() { mJournal->answered(mPayment.id); }
 
@@ -27,7 +27,7 @@ std::optional<APIFailure> PaymentAttempt::begin() {
     mPayment.startedAt = serverNow();
     const bool isWritten = mJournal->begin({.payment = mPayment,
                                             .service = std::string(name(currentApiType())),
-                                            .owner = sessionOwner(),
+                                            .owner = mOwner,
                                             .isTimeKnown = isServerTimeKnown()});
     if (isWritten) return std::nullopt;
     return APIFailure{.error = APIError::requestFailed,
@@ -39,8 +39,7 @@ std::optional<APIFailure> PaymentAttempt::begin() {
 }
 
 void PaymentAttempt::wait() {
-    std::call_once(mHasWaited,
-                   [this] { mJournal->update(mPayment.id, [](JournalEntry& entry) { entry.hasWaited = true; }); });
+    if (!mHasWaited) mHasWaited = mJournal->update(mPayment.id, [](JournalEntry& entry) { entry.hasWaited = true; });
 }
 
 void PaymentAttempt::ended(const APIResult<OrderModel>& reply) {
@@ -64,7 +63,7 @@ void PaymentAttempt::ended(const APIResult<DepositModel>& reply) {
 void PaymentAttempt::noteFailure(const APIFailure& failure) {
     if (failure.effect == Effect::NONE) {
         mJournal->strikeOut(mPayment.id);
-    } else {
+    } else if (isServerTimeKnown()) {
         mJournal->update(mPayment.id, [](JournalEntry& entry) { entry.endedAt = serverNow(); });
     }
 }

@@ -3,8 +3,8 @@
 #include "network/api_result.h"
 #include "storage/payment_journal.h"
 
+#include <atomic>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 
@@ -38,7 +38,8 @@ private:
 
     const std::shared_ptr<PaymentJournal> mJournal;
     UnsettledPayment mPayment;
-    std::once_flag mHasWaited;
+    const std::string mOwner;  // of the token that the request was made with
+    std::atomic<bool> mHasWaited = false;
 };
 
 }  // namespace kavio

@@ -55,9 +55,6 @@ bool isOfThisSession(const JournalEntry& entry) {
 }
 
 void PaymentSearch::start(JournalEntry entry, Completion<PaymentFinding> completion) {
-    if (!lastArrival(entry)) {
-        PaymentJournal::shared()->update(entry.payment.id, [](JournalEntry& asked) { asked.askedAt = serverNow(); });
-    }
     std::make_shared<PaymentSearch>(std::move(entry), std::move(completion))->askForPage(std::nullopt);
 }
 
@@ -202,7 +199,8 @@ void PaymentSearch::askForTargets() {
 void PaymentSearch::takeOrder(const APIResult<OrderModel>& reply) {
     if (!reply) return mCompletion(APIResult<PaymentFinding>::failed(reply.failure()));
     const auto told = reply.payload() ? reply.payload()->prepaidDepositCardId : std::nullopt;
-    if (!told) mMoreMayFit = true;
+    const bool isDeposit = mEntry.payment.kind == UnsettledPayment::Kind::DEPOSIT;
+    if (!told || (isDeposit && told != targetOf(mEntry.payment))) mMoreMayFit = true;
     if (told && told == targetOf(mEntry.payment)) {
         mFitting.push_back(std::move(mUndecided.back()));
     } else if (told) {
@@ -220,6 +218,8 @@ void PaymentSearch::conclude() {
     const auto last = lastArrival(mEntry);
     // The search began then by the service's clock, which may have become known only since.
     const auto begun = serverNow() - (Platform::current().clock->uptime() - mBegun);
+    if (!last && isServerTimeKnown())
+        journal->update(mEntry.payment.id, [&](JournalEntry& entry) { entry.askedAt = begun; });
     const bool isOver = mEntry.isTimeKnown && isServerTimeKnown() && last && begun >= *last;
     // Another person's transactions tell nothing.
     const bool isWhole = mReachesBack && !mMoreMayFit && isOfThisSession(mEntry);

@@ -178,16 +178,17 @@ void PaymentJournal::answered(const std::string& id) {
     mUnderWay.erase(id);
 }
 
-void PaymentJournal::write(const JournalEntry& entry) {
-    if (auto text = encoded(entry)) mStore->set(keyOf(entry.payment.id), std::move(*text));
+bool PaymentJournal::write(const JournalEntry& entry) {
+    auto text = encoded(entry);
+    return text && mStore->set(keyOf(entry.payment.id), std::move(*text)) && mStore->isKept();
 }
 
-void PaymentJournal::update(const std::string& id, const std::function<void(JournalEntry&)>& change) {
+bool PaymentJournal::update(const std::string& id, const std::function<void(JournalEntry&)>& change) {
     const std::lock_guard lock(mMutex);
     auto known = unsettled(id);
-    if (!known) return;  // the application has forgotten it
+    if (!known) return false;  // the application has forgotten it
     change(*known);
-    write(*known);
+    return write(*known);
 }
 
 void PaymentJournal::orderKnown(const std::string& id, const KnownOrder& order) {
@@ -226,6 +227,12 @@ void PaymentJournal::depositMade(const std::string& id, const std::optional<std:
     known->isSettled = true;
     known->payment.orderId = orderId;
     write(*known);
+}
+
+bool PaymentJournal::notMade(const std::string& id) {
+    const std::lock_guard lock(mMutex);
+    const auto known = unsettled(id);
+    return known && !known->payment.orderId && mStore->remove(keyOf(id));
 }
 
 bool PaymentJournal::strikeOut(const std::string& id) {

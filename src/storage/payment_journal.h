@@ -68,8 +68,8 @@ public:
     bool isUnderWay(const std::string& id) const;
     /// The request has ended, one way or another.
     void answered(const std::string& id);
-    /// Writes a change of an unsettled payment.
-    void update(const std::string& id, const std::function<void(JournalEntry&)>& change);
+    /// Writes a change of an unsettled payment. False when there is no such payment, or it could not be written.
+    bool update(const std::string& id, const std::function<void(JournalEntry&)>& change);
 
     /// The purchase is this order; it is settled when the order is final.
     void orderKnown(const std::string& id, const KnownOrder& order);
@@ -79,12 +79,14 @@ public:
     bool claim(const std::string& id, const std::string& orderId);
     /// The deposit was made; `orderId` is its order where known.
     void depositMade(const std::string& id, const std::optional<std::string>& orderId);
+    /// The payment was not made. False when it is over or has an order, which somebody else has found meanwhile.
+    bool notMade(const std::string& id);
     /// The payment was not made, or is to be forgotten. False when nothing unsettled has that identifier.
     bool strikeOut(const std::string& id);
 
 private:
     std::vector<JournalEntry> entries() const;
-    void write(const JournalEntry& entry);
+    bool write(const JournalEntry& entry);
     /// The changes that make room for one more; absent when there is none.
     std::optional<StoreChanges> roomForOne() const;
 

@@ -58,8 +58,10 @@ bool RetainingStore::write(const StoreChanges& changes) {
 }
 
 void RetainingStore::begin(const StoreChanges& changes) {
+    auto merged = changes;  // all of it or, without memory, nothing
     const std::lock_guard lock(mMutex);
-    for (const auto& [key, value] : changes) mUnwritten.insert_or_assign(key, value);
+    merged.merge(mUnwritten);
+    mUnwritten.swap(merged);
     mHaveOverlapped |= mWriters > 0;
     ++mWriters;
 }

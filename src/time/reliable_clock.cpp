@@ -12,6 +12,7 @@ namespace {
 struct TimeSample {
     Date serverNow;
     std::optional<Date> expiry;
+    bool isOfServer;  // what stands in for a sample has the device's time twice
 };
 
 TimeSample timeSample() {
@@ -21,7 +22,7 @@ TimeSample timeSample() {
     // One reading of the device's clock for all three, so that without a sample the sum is exactly that reading.
     const auto serverTime = KeyValueStore::typed<Date>(stored[0]).value_or(now);
     const auto savedCpuTime = KeyValueStore::typed<Date>(stored[1]).value_or(now);
-    return {serverTime + (now - savedCpuTime), KeyValueStore::typed<Date>(stored[2])};
+    return {serverTime + (now - savedCpuTime), KeyValueStore::typed<Date>(stored[2]), serverTime != savedCpuTime};
 }
 
 }  // namespace
@@ -32,7 +33,7 @@ std::string serverTimeStamp() { return DateText::stamp(serverNow()); }
 
 bool isServerTimeKnown() {
     const auto sample = timeSample();
-    return sample.expiry && sample.serverNow < *sample.expiry;
+    return sample.isOfServer && sample.expiry && sample.serverNow < *sample.expiry;
 }
 
 bool isTimeSampleFresh() {

@@ -62,7 +62,7 @@ public:
     /// A time sample that is fresh for a day.
     void setFreshTime() {
         const auto now = mDevice.clock->now();
-        store().set(keys::serverTime, now);
+        store().set(keys::serverTime, now + std::chrono::microseconds(1));  // exactly `now` would be the device's own
         store().set(keys::savedCpuTime, now);
         store().set(keys::serverExpiredTime, now + std::chrono::hours(24));
     }
