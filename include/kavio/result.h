@@ -54,7 +54,7 @@ enum class Cause {
     PAGE_NOT_SHOWN,       ///< there is no window for the card issuer's page
     CANCELED_BY_PERSON,   ///< the person closed the card issuer's page
     STORE_FAILED,         ///< a payment could not be written down, so it was not made
-    NOT_MADE,             ///< `settlePayment`: the payment never reached the service
+    NOT_MADE,             ///< `settlePayment`: the service has no such payment, and none can arrive
     NOT_CERTAIN,          ///< `settlePayment`: the outcome of the payment cannot be told, or not yet
     OUT_OF_MEMORY,        ///< memory ran out on the way
 };

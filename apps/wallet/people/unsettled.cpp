@@ -54,7 +54,7 @@ Failure unknownPayment(const std::string& id) {
 void conclude(const Session& session, const UnsettledPayment& payment, const Report& last, const OrderReport& order) {
     const auto title = titleOf(payment);
     if (last.result->cause == Cause::NOT_MADE)
-        return session.say(fmt::format("The {} never reached the service: nothing was paid.", title));
+        return session.say(fmt::format("The service does not have the {}: nothing was paid.", title));
     if (last.result->cause == Cause::NOT_CERTAIN)
         throw Failure(
             ExitStatus::FAILED,
