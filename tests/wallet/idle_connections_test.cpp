@@ -1,5 +1,6 @@
 // Wallets whose connections are closed while idle: in the test suite by the service itself, with only a few operations.
-// For more operations, and nghttpx in front of the service too (Debian's nghttp2-proxy), run for about ten minutes:
+// For more operations, and with nginx and nghttpx in front of the service too (Debian's nginx-light and nghttp2-proxy,
+// the former not installed by scripts/install-packages, for it starts a server), run for about twenty minutes:
 //   KAVIO_OPERATIONS=2000 KAVIO_IDLE_MS=2000 build/dev/bin/wallet_tests --gtest_filter='IdleConnections*'
 
 #include "sandbox/authority.h"
@@ -17,8 +18,6 @@
 
 namespace kavio::test {
 namespace {
-
-constexpr const char* direct = "direct";
 
 /// `port` is 0 for any port. Returns 0 if the port is not available.
 int takePort(int port, bool (*use)(int socket, const sockaddr*, socklen_t)) {
@@ -45,24 +44,58 @@ bool isListening(int port) {
            }) != 0;
 }
 
-/// nghttpx in front of a sandbox, with its own certificate.
+/// A reverse proxy in front of a sandbox, with its own certificate.
 class Proxy {
 public:
-    Proxy(const sandbox::Sandbox& behind, const std::string& protocol, int idleMilliseconds) {
+    enum class Program { NGHTTPX, NGINX };
+    enum class Protocol { HTTP_1, HTTP_2 };
+
+    Proxy(Program program, Protocol protocol, const sandbox::Sandbox& behind, int idleMilliseconds) {
         std::ofstream(mFolder.path() / "identity.pem") << mAuthority.issue({"api-qa2.kavio.example"}).pem();
         std::ofstream(authorityFile()) << mAuthority.pem();
-        const auto command = fmt::format(
-            "exec nghttpx --conf=/dev/null --single-process --no-ocsp --errorlog-file={0}/log -f127.0.0.1,{1} "
-            "'-b127.0.0.1,{2};;tls;sni=localhost' --cacert={3} --npn-list={4} --frontend-keep-alive-timeout={5}ms "
-            "--frontend-http2-read-timeout={5}ms {0}/identity.pem {0}/identity.pem 2>{0}/errors",
-            mFolder.path().string(), mPort, behind.port(), behind.authorityFile().string(), protocol, idleMilliseconds);
-        mProcess.emplace([&](int) { return ::execl("/bin/sh", "sh", "-c", command.c_str(), nullptr) == 0; });
-        EXPECT_TRUE(eventually([&] { return isListening(mPort); })) << "is nghttpx of nghttp2-proxy missing?";
+        const auto command = program == Program::NGINX ? nginx(protocol, behind, idleMilliseconds)
+                                                       : nghttpx(protocol, behind, idleMilliseconds);
+        mProcess.emplace([&](int) {
+            return ::chdir(mFolder.path().c_str()) == 0 &&
+                   ::execl("/bin/sh", "sh", "-c", command.c_str(), nullptr) == 0;
+        });
+        EXPECT_TRUE(eventually([&] { return isListening(mPort); })) << "is nghttpx, or nginx, missing?";
     }
     std::string address() const { return fmt::format("127.0.0.1:{}", mPort); }
     std::string authorityFile() const { return mFolder.path() / "authority.pem"; }
 
 private:
+    std::string nghttpx(Protocol protocol, const sandbox::Sandbox& behind, int idle) const {
+        return fmt::format(
+            "exec nghttpx --conf=/dev/null --single-process --no-ocsp --errorlog-file=log -f127.0.0.1,{} "
+            "'-b127.0.0.1,{};;tls;sni=localhost' --cacert={} --npn-list={} --frontend-keep-alive-timeout={}ms "
+            "--frontend-http2-read-timeout={}ms identity.pem identity.pem 2>errors",
+            mPort, behind.port(), behind.authorityFile().string(), protocol == Protocol::HTTP_2 ? "h2" : "http/1.1",
+            idle, idle);
+    }
+    std::string nginx(Protocol protocol, const sandbox::Sandbox& behind, int idle) const {
+        std::ofstream(mFolder.path() / "nginx.conf") << fmt::format(
+            R"(daemon off; master_process off; pid pid;
+events {{}}
+http {{
+    access_log off;
+    client_body_temp_path body; proxy_temp_path proxy; fastcgi_temp_path fastcgi; uwsgi_temp_path uwsgi; scgi_temp_path scgi;
+    server {{
+        listen 127.0.0.1:{} ssl {};
+        ssl_certificate identity.pem; ssl_certificate_key identity.pem;
+        keepalive_timeout {}ms;
+        location / {{
+            proxy_pass https://127.0.0.1:{};
+            proxy_http_version 1.1; proxy_set_header Host $host; proxy_next_upstream off;
+            proxy_ssl_verify on; proxy_ssl_name localhost; proxy_ssl_trusted_certificate {};
+        }}
+    }}
+}}
+)",
+            mPort, protocol == Protocol::HTTP_2 ? "http2" : "", idle, behind.port(), behind.authorityFile().string());
+        return "exec nginx -p . -c nginx.conf -e errors";
+    }
+
     const TemporaryFolder mFolder;
     const sandbox::Authority mAuthority;
     const int mPort = freePort();
@@ -160,11 +193,29 @@ private:
     std::map<std::string, int> mResults;
 };
 
-void expectAll(const std::string& protocol, std::map<std::string, int> results, const sandbox::Sandbox& sandbox) {
+struct Way {
+    const char* name;
+    std::optional<std::pair<Proxy::Program, Proxy::Protocol>> proxy;
+};
+
+std::vector<Way> ways() {
+    using enum Proxy::Program;
+    using enum Proxy::Protocol;
+    std::vector<Way> all{{"direct", std::nullopt}};
+    if (std::getenv("KAVIO_OPERATIONS") == nullptr) return all;
+    all.insert(all.end(), {{"nginx, HTTP/1.1", {{NGINX, HTTP_1}}},
+                           {"nginx, HTTP/2", {{NGINX, HTTP_2}}},
+                           {"nghttpx, HTTP/1.1", {{NGHTTPX, HTTP_1}}},
+                           {"nghttpx, HTTP/2", {{NGHTTPX, HTTP_2}}}});
+    return all;
+}
+
+void expectAll(const Way& way, std::map<std::string, int> results, const sandbox::Sandbox& sandbox) {
     for (const auto& [result, count] : results) {
-        fmt::print("{} {:5} {}\n", protocol, count, result);
+        fmt::print("{}: {:5} {}\n", way.name, count, result);
         // nghttpx drops the "?" of an empty query, but the "?" is signed: such a request arrives and is refused.
-        const bool isOfProxy = protocol != direct && result.find("SIGNATURE_REFUSED") != std::string::npos;
+        const bool isOfProxy = way.proxy && way.proxy->first == Proxy::Program::NGHTTPX &&
+                               result.find("SIGNATURE_REFUSED") != std::string::npos;
         EXPECT_TRUE(isOfProxy || result.ends_with(" SUCCESS")) << result;
     }
     std::map<std::string, int> sentOnce;
@@ -180,14 +231,12 @@ TEST(IdleConnections, LoseNothingWhenTheyAreClosed) {
     const int operations = fromEnvironment("KAVIO_OPERATIONS", 50);
     const int wallets = std::clamp(operations / 25, 4, 20);
     const int idle = fromEnvironment("KAVIO_IDLE_MS", 100);
-    std::vector<std::string> protocols{direct};
-    if (std::getenv("KAVIO_OPERATIONS") != nullptr) protocols.insert(protocols.begin(), {"http/1.1", "h2"});
-    for (const auto& protocol : protocols) {
-        SCOPED_TRACE(protocol);
+    for (const auto& way : ways()) {
+        SCOPED_TRACE(way.name);
         const auto seconds = std::chrono::ceil<std::chrono::seconds>(std::chrono::milliseconds(idle));
         const sandbox::Sandbox sandbox{{.orderStep = std::chrono::milliseconds{100}, .idleLimit = seconds}};
         std::optional<Proxy> proxy;
-        if (protocol != direct) proxy.emplace(sandbox, protocol, idle);
+        if (way.proxy) proxy.emplace(way.proxy->first, way.proxy->second, sandbox, idle);
 
         std::vector<std::unique_ptr<BusyWallet>> driven;
         std::vector<std::thread> threads;
@@ -205,7 +254,7 @@ TEST(IdleConnections, LoseNothingWhenTheyAreClosed) {
         for (const auto& wallet : driven) {
             for (const auto& [result, count] : wallet->results()) results[result] += count;
         }
-        expectAll(protocol, std::move(results), sandbox);
+        expectAll(way, std::move(results), sandbox);
     }
 }
 
