@@ -18,6 +18,11 @@ bool Sending::cancel() {
     return task && task->cancel();  // without a task, it is just being handed over, and `start` cancels it
 }
 
+bool Sending::isGivenUp() {
+    const std::lock_guard lock(mMutex);
+    return mIsGivenUp;
+}
+
 bool Sending::start(const std::function<std::shared_ptr<DownloadTask>()>& send) {
     {
         const std::lock_guard lock(mMutex);
@@ -35,6 +40,10 @@ bool Sending::start(const std::function<std::shared_ptr<DownloadTask>()>& send) 
 }
 
 namespace {
+
+std::optional<APIFailure> givenUp() {
+    return connectionFailure({UrlError::cancelled, "cancelled", std::nullopt, false});
+}
 
 /// Calls `next` once the time sample is good for `request`, or once an attempt to renew it has failed.
 void withFreshTime(const APIRequest& request, const std::shared_ptr<KavioNetworkService>& transport,
@@ -75,11 +84,11 @@ std::shared_ptr<Sending> sendRawInBackgroundWithFreshTime(APIRequest request, Ra
                                                           BeforeSending prepare) {
     auto sending = std::make_shared<Sending>();
     withFreshTime(
-        std::move(request), std::move(completion), std::move(prepare),
+        std::move(request), std::move(completion),
+        [sending, prepare = std::move(prepare)] { return sending->isGivenUp() ? givenUp() : prepare(); },
         [sending](KavioNetworkService& transport, APIRequest ready, const RawCompletion& completed) {
             const auto send = [&] { return transport.sendInBackground(std::move(ready), completed); };
-            if (sending->start(send)) return;
-            completed(RawResult::failed(connectionFailure({UrlError::cancelled, "cancelled", std::nullopt, false})));
+            if (!sending->start(send)) completed(RawResult::failed(*givenUp()));
         });
     return sending;
 }

@@ -17,6 +17,7 @@ public:
     /// completion gets a failure. False: it may have left and goes on.
     bool cancel();
 
+    bool isGivenUp();
     /// Calls `send`, unless the request has been given up; false in that case.
     bool start(const std::function<std::shared_ptr<DownloadTask>()>& send);
 
