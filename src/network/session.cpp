@@ -56,8 +56,8 @@ public:
             const std::lock_guard lock(mMutex);
             if (token == mToken) return mNote;
         }
-        auto note = storedNote();  // without the lock: the store may report to the host
-        if (!note || note->token != digestOf(token)) note = SessionNote{};
+        auto note = storedNote();                                // without the lock: the store may report to the host
+        if (!note || note->token != digestOf(token)) return {};  // not kept: it may have been unreadable only now
         const std::lock_guard lock(mMutex);
         mToken = token;
         mNote = *note;
