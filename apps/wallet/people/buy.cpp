@@ -174,10 +174,10 @@ Failure notFollowed(const Failure& failure, const Order& order) {
 }
 
 /// Follows the order to its end; throws `Failure` if none was placed, or if that is not certain.
-OrderReport place(Session& session, Payment& payment, const Session::Operation& operation) {
+OrderReport place(Session& session, Payment& payment, UnsettledPayment purchase, const Session::Operation& operation) {
     OrderReport last;
     std::optional<Failure> failure;
-    payment.make("Waiting for the machine", operation, [&](const Report& report) {
+    payment.make("Waiting for the machine", std::move(purchase), operation, [&](const Report& report) {
         if (report.result->type != ResultType::SUCCESS) {
             failure = failureOf(*report.result);
             return;
@@ -201,7 +201,11 @@ void buy(Session& session, Payment& payment, const Purchase& purchase) {
     const auto currency = currencyFor(*method, *machine, methods);
     const Price price{amountOf(session, purchase, *machine, *method, currency), currency};
 
-    const auto order = place(session, payment,
+    const UnsettledPayment unsettled{.kind = UnsettledPayment::Kind::ORDER,
+                                     .kavioId = machine->kavioId,
+                                     .amount = price.amount,
+                                     .paymentMethodId = method->id};
+    const auto order = place(session, payment, unsettled,
                              [&](Kavio& kavio) { kavio.placeOrder(machine->kavioId, method, price.amount, products); });
     const auto ending = endingOf(*order, *machine, price, *method);
     if (ending.status == ExitStatus::OK) session.say(ending.sentence);

@@ -41,9 +41,9 @@ struct TopUp {
     std::string to = "wallet";
 };
 
-void deposit(Payment& payment, const Session::Operation& operation) {
+void deposit(Payment& payment, UnsettledPayment unsettled, const Session::Operation& operation) {
     std::optional<Report> report;
-    payment.make("Topping up", operation, [&](const Report& last) { report = last; });
+    payment.make("Topping up", std::move(unsettled), operation, [&](const Report& last) { report = last; });
     const auto& result = *report.value().result;
     if (result.type != ResultType::SUCCESS) throw failureOf(result).withHint(payment.warning());
     if (std::get<std::optional<std::int64_t>>(report->payload)) return;
@@ -59,7 +59,11 @@ void topUp(Session& session, Payment& payment, const TopUp& order) {
     const auto amount = wholeUnits(units, card->currencyDecimalDigits);
     if (!amount) throw Failure(ExitStatus::REFUSED, fmt::format("{} is too much.", order.amount));
 
-    deposit(payment, [&](Kavio& kavio) { kavio.deposit(card, *amount, charged->id); });
+    UnsettledPayment unsettled{.kind = UnsettledPayment::Kind::DEPOSIT,
+                               .amount = units,
+                               .paymentMethodId = card->id,
+                               .chargedCardId = charged->id};
+    deposit(payment, std::move(unsettled), [&](Kavio& kavio) { kavio.deposit(card, *amount, charged->id); });
     session.say(fmt::format("Added {} to {}.", moneyText(units, currencyOf(*card)), printable(order.to)));
     showBalance(session, order.to);
 }

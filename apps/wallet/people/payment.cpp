@@ -6,6 +6,7 @@
 #include <kavio/order.h>
 
 #include <algorithm>
+#include <tuple>
 #include <utility>
 
 namespace kavio::wallet {
@@ -16,15 +17,22 @@ bool holds(const std::vector<UnsettledPayment>& payments, const std::string& id)
     return std::ranges::find(payments, id, &UnsettledPayment::id) != payments.end();
 }
 
+bool isSame(const UnsettledPayment& one, const UnsettledPayment& other) {
+    const auto traits = [](const UnsettledPayment& payment) {
+        return std::tie(payment.kind, payment.kavioId, payment.amount, payment.paymentMethodId, payment.chargedCardId);
+    };
+    return traits(one) == traits(other);
+}
+
 }  // namespace
 
 Payment::Payment(Session& session, std::string doubt) : mSession(session), mDoubt(std::move(doubt)) {}
 
-void Payment::make(std::string what, const Session::Operation& start,
+void Payment::make(std::string what, UnsettledPayment payment, const Session::Operation& start,
                    const std::function<void(const Report&)>& onReport) {
     const auto startAndNote = [&](Kavio& kavio) {
         mOthers = kavio.unsettledPayments();
-        mIsStarted = true;
+        mPayment = std::move(payment);
         start(kavio);
     };
     mSession.follow(std::move(what), startAndNote, [&](const Report& report) {
@@ -53,15 +61,17 @@ Failure Payment::leave() {
             return after ? fmt::format("Order {0} goes on: `kavio-wallet order {0}` shows what becomes of it.", orderId)
                          : fmt::format("Order {0} is over: `kavio-wallet order {0}` shows how it ended.", orderId);
         }
-        return mIsStarted && !isGivenUp ? warning() : "Nothing was sent, so nothing was paid.";
+        return mPayment && !isGivenUp ? warning() : "Nothing was sent, so nothing was paid.";
     };
     return {ExitStatus::INTERRUPTED, sentence()};
 }
 
 std::optional<UnsettledPayment> Payment::writtenDown() const {
+    if (!mPayment) return std::nullopt;
     const auto payments = mSession.unsettled();
-    const auto found = std::ranges::find_if(payments, [&](const auto& payment) { return !holds(mOthers, payment.id); });
-    return mIsStarted && found != payments.end() ? std::optional{*found} : std::nullopt;
+    const auto found = std::ranges::find_if(
+        payments, [&](const auto& payment) { return !holds(mOthers, payment.id) && isSame(payment, *mPayment); });
+    return found != payments.end() ? std::optional{*found} : std::nullopt;
 }
 
 void pay(Session& session, std::string doubt, const std::function<void(Payment&)>& work) {

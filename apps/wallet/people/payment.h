@@ -17,8 +17,10 @@ public:
     /// `doubt` says what may have happened, such as "The order may have been placed".
     Payment(Session& session, std::string doubt);
 
-    /// Starts it, passes on each report, and waits until it is over or no longer followed. At most once.
-    void make(std::string what, const Session::Operation& start, const std::function<void(const Report&)>& onReport);
+    /// Starts it, passes on each report, and waits until it is over or no longer followed. At most once. `payment` is
+    /// what will be written down of it, by which it is told from the payments of other programs.
+    void make(std::string what, UnsettledPayment payment, const Session::Operation& start,
+              const std::function<void(const Report&)>& onReport);
 
     /// What to tell a person who must not pay twice.
     std::string warning() const;
@@ -30,7 +32,8 @@ private:
 
     Session& mSession;
     const std::string mDoubt;
-    bool mIsStarted = false;
+    /// Absent before it is started.
+    std::optional<UnsettledPayment> mPayment;
     /// Those that were there before.
     std::vector<UnsettledPayment> mOthers;
     /// Empty before the service has named the order.
