@@ -41,7 +41,7 @@ using StoreChanges = std::map<std::string, std::optional<StoredValue>, std::less
 ///   changed nothing. The changes of one write take effect together. A date that is not a number may be refused.
 /// - A read sees the last completed write of any process that shares the suite; while the suite cannot be read, it
 ///   gives the values last seen in it.
-/// - Safe from any thread. No call throws.
+/// - Safe from any thread. No call throws, except `std::bad_alloc`.
 class KAVIO_API KeyValueStore {
 public:
     virtual ~KeyValueStore() = default;

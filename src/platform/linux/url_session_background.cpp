@@ -40,11 +40,16 @@ public:
 
     std::shared_ptr<DownloadTask> downloadTask(UrlRequest request, Completion completion) override {
         mOpen->add();
-        return mEngine.submit(std::move(request),
-                              [open = mOpen, completion = std::move(completion)](UrlOutcome outcome) {
-                                  completion(std::move(outcome));
-                                  open->remove();
-                              });
+        try {
+            return mEngine.submit(std::move(request),
+                                  [open = mOpen, completion = std::move(completion)](UrlOutcome outcome) {
+                                      completion(std::move(outcome));
+                                      open->remove();
+                                  });
+        } catch (...) {
+            mOpen->remove();
+            throw;
+        }
     }
 
     void onEventsDelivered(std::function<void()> handler) override { mOpen->setHandler(std::move(handler)); }
