@@ -29,19 +29,21 @@ std::optional<Kavio::EnvironmentType> Kavio::environmentType(std::int64_t rawVal
 
 Kavio::Kavio(std::weak_ptr<KavioDelegate> delegate, std::string apiKey, EnvironmentType environment)
     : mState(std::make_shared<State>(std::move(delegate))) {
-    Document::chooseParser();
-    StoreChanges changes{{std::string(keys::apiKey), std::move(apiKey)}};
-    const auto service = serviceOf(environment);
-    if (service != currentApiType()) changes.emplace(keys::serviceName, std::string(name(service)));
-    mState->mKavioUserDefaults->defualt->write(changes);
-    mState->attachToScene();
+    try {
+        Document::chooseParser();
+        StoreChanges changes{{std::string(keys::apiKey), std::move(apiKey)}};
+        const auto service = serviceOf(environment);
+        if (service != currentApiType()) changes.emplace(keys::serviceName, std::string(name(service)));
+        mState->mKavioUserDefaults->defualt->write(changes);
+        mState->attachToScene();
+    } catch (...) {
+        mState->mTDSecSceneController->release(mState.get());  // nobody else could
+        throw;
+    }
 }
 
 // A handler may be running right now, further up the stack, and keep the state alive for a moment longer.
-Kavio::~Kavio() {
-    mState->giveUpPurchase();
-    mState->mDelegate.reset();
-}
+Kavio::~Kavio() { mState->abandon(); }
 
 bool Kavio::isBusy() const { return mState->mIsBusy; }
 
@@ -53,9 +55,14 @@ void Kavio::release(const void* caller) {
     const auto state = mState;  // closing a window may make the host destroy the facade
     state->release(caller == this ? state.get() : caller);
     contained([&] { state->mTDSecSceneController->release(state.get()); });
-    state->giveUpPurchase();
-    state->mIsBusy = false;
-    state->mDelegate.reset();
+    state->abandon();
+}
+
+void Kavio::State::abandon() {
+    giveUpPurchase();
+    mIsBusy = false;
+    mDelegate.reset();
+    closePage();
 }
 
 }  // namespace kavio

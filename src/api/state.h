@@ -50,6 +50,10 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     explicit State(std::weak_ptr<KavioDelegate> delegate) : mDelegate(std::move(delegate)) {}
     /// Listens to what happens to the issuer's pages, until `release`.
     void attachToScene();
+    /// Ends what is under way, without a report: the application has let go of the facade.
+    void abandon();
+    /// Takes away the page that an enrolment of this facade has up, if any. Nobody waits for it any more.
+    void closePage();
 
     /// The gate of every operation: calls `work` with it, unless another one is under way, which is reported as `BUSY`.
     template <class... Payload, class Work>
@@ -91,7 +95,8 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     const std::shared_ptr<TDSecureSceneController> mTDSecSceneController = TDSecureSceneController::takeUse();
     std::shared_ptr<const Order> mLastOrder;
     std::optional<std::string> mLastChallenge;
-    std::shared_ptr<Enrolment> mEnrolment;  // the one whose page is up
+    std::shared_ptr<Enrolment> mEnrolment;  // the one that waits for its page
+    std::weak_ptr<Enrolment> mShown;        // the last one that has shown a page
     std::int64_t mPollingCounter = 0;
     Cause mWhyNotFollowed = Cause::FOLLOWING_TIMED_OUT;
     std::optional<PendingPurchase> mPurchase;  // until it is answered

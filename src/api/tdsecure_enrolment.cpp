@@ -77,12 +77,25 @@ std::shared_ptr<ViewController> topMostViewController() {
     return topMost;
 }
 
+// Leaves alone a page that another enrolment has shown since.
+void takeAway(const std::weak_ptr<TDSecureScene>& page, TDSecureSceneController& controller) {
+    const auto shown = page.lock();
+    if (shown && shown == controller.scene()) contained([&] { controller.close(true); });
+}
+
 }  // namespace
 
 void Kavio::addCreditCardTDSecure(TDSPaymentCard paymentCard, TDSCardHolder cardHolder) {
     mState->perform(&KavioDelegate::onAddCreditCard, Purpose::CHANGE, [&](const State::CardOperation& operation) {
         std::make_shared<State::Enrolment>(mState, operation, std::move(paymentCard))->start(std::move(cardHolder));
     });
+}
+
+// Its page is still up only where memory has run out on the way.
+Kavio::State::Enrolment::~Enrolment() {
+    if (mPage.expired()) return;
+    Platform::current().mainQueue->post(
+        [page = mPage, controller = mTDSecSceneController] { takeAway(page, *controller); });
 }
 
 void Kavio::State::Enrolment::start(TDSCardHolder cardHolder) {
@@ -135,13 +148,10 @@ void Kavio::State::Enrolment::pageResponse(APIResult<std::string> reply) {
         mOperation.fail(ResultType::FAILURE, Cause::PAGE_NOT_SHOWN, cannotStart, Effect::UNKNOWN);
 }
 
-// A page has ended, so the service is asked what that means, but only once per page: it may go to the loopback address
-// twice, and so may another facade's page, which nobody waits for here.
+// The page has ended, so the service is asked what that means.
 void Kavio::State::Enrolment::tdSecureFinished() {
     const auto& url = mTDSecSceneController->mRedirectedUrl;
-    if (mReceivedTDSRedirect) return;
-    mReceivedTDSRedirect = true;
-    if (!url) return closePage();  // there was no memory for it
+    if (!url) return;  // there was no memory for it
     TDSGetCard body{.flow = mLastFlow, .card = mLastPaymentCard};
     readRedirect(*url, body);
     mPaymentMethodRepo->getCardTDSecure(body, mOperation.then<TDSGetCardResponseFactory>(
@@ -150,7 +160,6 @@ void Kavio::State::Enrolment::tdSecureFinished() {
                                                   }));
 }
 
-// After `release` nobody waits for the next page, but one that is showing still goes away.
 void Kavio::State::Enrolment::getCardResponse(const APIResult<TDSGetCardResponseFactory>& reply) {
     const auto payload = reply ? reply.payload() : std::nullopt;
     const auto* challenge = payload ? std::get_if<TDSGetCardChallengeResponse>(&payload->reply) : nullptr;
@@ -174,50 +183,63 @@ KavioDelegate::Result Kavio::State::Enrolment::outcomeOf(const APIResult<TDSGetC
     return mOperation.failure(ResultType::SERVER_ERROR, Cause::UNREADABLE_REPLY, cannotParse, Effect::UNKNOWN);
 }
 
-// Leaves alone a page that another facade has shown since.
-void Kavio::State::Enrolment::closePage() {
-    const auto page = mPage.lock();
-    if (page && page == mTDSecSceneController->scene()) contained([&] { mTDSecSceneController->endPage(); });
-}
+void Kavio::State::Enrolment::closePage() const { takeAway(mPage, *mTDSecSceneController); }
 
 void Kavio::State::Enrolment::showNextChallenge(const std::string& url) {
-    if (const auto scene = mTDSecSceneController->scene()) {
+    const auto scene = mTDSecSceneController->scene();
+    if (scene && scene == mPage.lock()) {
         mLastFlow = TDSFlowType::CHALLENGE;
-        waitForPage(scene);
-        return scene->load(url, false);
+        return waitForPage(scene, [&] { scene->load(url, false); });
     }
     if (!presentPage(TDSFlowType::CHALLENGE, url))
         mOperation.fail(ResultType::FAILURE, Cause::PAGE_NOT_SHOWN, cannotStartPage, Effect::UNKNOWN);
 }
 
-// The person closed the page. After the page has ended that changes nothing: the service's answer is on its way.
+// The person closed the page, or another facade's page took its place.
 void Kavio::State::Enrolment::tdSecureWindowClosed() {
-    if (mReceivedTDSRedirect) return;
-    mReceivedTDSRedirect = true;  // the page is gone: what another facade's page does later does not concern this one
     mOperation.fail(ResultType::FAILURE, Cause::CANCELED_BY_PERSON, "canceled by user", Effect::UNKNOWN);
 }
 
 // False when there is nothing to present on.
 bool Kavio::State::Enrolment::presentPage(TDSFlowType flow, const std::string& content) {
     mLastFlow = flow;
-    const auto topMost = topMostViewController();
+    // There is one screen for all facades: a page that another one has up gives way, and whoever waits for it is told.
+    if (mTDSecSceneController->scene()) mTDSecSceneController->endPage();
+    const auto topMost = mOperation.isUnderWay() ? topMostViewController() : nullptr;
     if (!topMost) return false;
     mTDSecSceneController->mUrl = content;
     mTDSecSceneController->mFlow = flow;
     const auto scene = mTDSecSceneController->createScene();
     if (!scene) return false;
-    waitForPage(scene);
     scene->delegate = mTDSecSceneController;
-    topMost->present(scene, true);
+    waitForPage(scene, [&] { topMost->present(scene, true); });
     return true;
 }
 
-void Kavio::State::Enrolment::waitForPage(const std::shared_ptr<TDSecureScene>& scene) {
-    if (const auto facade = mFacade.lock()) facade->mEnrolment = shared_from_this();
+// Waits for the page that `show` brings up on the scene. If it cannot, nobody waits.
+template <class Show>
+void Kavio::State::Enrolment::waitForPage(const std::shared_ptr<TDSecureScene>& scene, Show show) {
+    const auto facade = mFacade.lock();
+    if (!facade) return;
     mPage = scene;
-    mReceivedTDSRedirect = false;
+    facade->mEnrolment = shared_from_this();
+    facade->mShown = weak_from_this();
+    try {
+        show();
+    } catch (...) {
+        if (facade->mEnrolment.get() == this) facade->mEnrolment.reset();
+        throw;
+    }
 }
 
+void Kavio::State::closePage() {
+    const auto shown = mShown.lock();
+    mEnrolment.reset();
+    if (shown) shown->closePage();
+}
+
+// Only the first event of a page counts: it may go to the loopback address again and again, and closing it then changes
+// nothing, since the service's answer is on its way.
 void Kavio::State::attachToScene() {
     using Observer = TDSecureSceneController::SceneEvent::Observer;
     const auto observer = [&](void (Enrolment::*step)()) {

@@ -10,7 +10,7 @@
 namespace kavio {
 
 /// One enrolment of a card with 3-D Secure, from the request that adds the card to its report. What it waits for keeps
-/// it alive: a reply or, through the facade, its page.
+/// it alive: a reply or, through the facade, its page. Wherever it ends, its page goes, too.
 class Kavio::State::Enrolment final : public std::enable_shared_from_this<Enrolment> {
 public:
     Enrolment(const std::shared_ptr<State>& facade, CardOperation operation, TDSPaymentCard card)
@@ -19,12 +19,18 @@ public:
           mTDSecSceneController(facade->mTDSecSceneController),
           mOperation(std::move(operation)),
           mLastPaymentCard(std::move(card)) {}
+    /// May run on any thread.
+    ~Enrolment();
+    Enrolment(const Enrolment&) = delete;
+    Enrolment& operator=(const Enrolment&) = delete;
 
     void start(TDSCardHolder cardHolder);
-    /// A page, of this enrolment or of another facade's, has sent the web view to the loopback address.
+    /// Its page has sent the web view to the loopback address.
     void tdSecureFinished();
-    /// The screen of the pages is gone.
+    /// The screen of its page is gone.
     void tdSecureWindowClosed();
+    /// Takes its page away if that is still up.
+    void closePage() const;
 
 private:
     template <class Reply>
@@ -37,8 +43,8 @@ private:
     KavioDelegate::Result outcomeOf(const APIResult<TDSGetCardResponseFactory>& reply) const;
     void showNextChallenge(const std::string& url);
     bool presentPage(TDSFlowType flow, const std::string& content);
-    void waitForPage(const std::shared_ptr<TDSecureScene>& scene);
-    void closePage();
+    template <class Show>
+    void waitForPage(const std::shared_ptr<TDSecureScene>& scene, Show show);
 
     const std::weak_ptr<State> mFacade;
     const std::shared_ptr<PaymentMethodRepository> mPaymentMethodRepo;
@@ -47,7 +53,6 @@ private:
     const TDSPaymentCard mLastPaymentCard;
     TDSFlowType mLastFlow = TDSFlowType::UNKNOWN;
     std::weak_ptr<TDSecureScene> mPage;  // the last one that this enrolment showed something on
-    bool mReceivedTDSRedirect = true;    // not waiting for a page of its own
 };
 
 }  // namespace kavio

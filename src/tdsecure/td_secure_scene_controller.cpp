@@ -79,8 +79,9 @@ void TDSecureSceneController::onCloseClicked() {
 }
 
 void TDSecureSceneController::endPage() {
+    const auto tell = tdSecureWindowClosed->prepared();  // without the memory for it, the screen stays
     close(true);
-    tdSecureWindowClosed->invokeAll();
+    tell();
 }
 
 }  // namespace kavio

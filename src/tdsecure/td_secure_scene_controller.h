@@ -21,7 +21,8 @@ public:
 
     /// A page has sent the web view to the loopback address, which is `mRedirectedUrl`.
     std::shared_ptr<SceneEvent> tdSecureFinished;
-    /// The screen was closed, by the person or by the end of an enrolment. It is already gone.
+    /// The screen was closed before its page had ended: by the person, or because another page took its place. It is
+    /// already gone.
     std::shared_ptr<SceneEvent> tdSecureWindowClosed;
     /// What the scene loads once its view has loaded: a page's address or, for a fingerprint, an HTML document.
     std::string mUrl;
@@ -30,7 +31,7 @@ public:
     std::optional<std::string> mRedirectedUrl;
 
     void loadContent();
-    /// Closes the screen; whoever is still waiting for a page is told.
+    /// Closes the screen and tells whoever is still waiting for its page.
     void endPage();
 
     /// Gives up `owner`'s use, along with what it attached to both events. The last use takes the scene away too.

@@ -51,15 +51,18 @@ public:
 
     /// Calls the observers attached at the start: one that an action attaches is not called yet, and one that an action
     /// detaches still is. Once the sender is gone, nobody is called.
-    void invokeAll() {
-        const auto self = this->weak_from_this().lock();  // an action may drop the sender, and with it this event
-        const auto snapshot = mObservers;
-        for (const auto& observer : snapshot) {
-            const auto sender = mSender.lock();
-            if (!sender) return;
-            if (observer->isOneShot) detach(observer);
-            observer->action(*sender);
-        }
+    void invokeAll() { prepared()(); }
+    /// The same in two steps, of which the second one needs no memory: the observers of now are called when what this
+    /// returns is.
+    auto prepared() {
+        return [self = this->shared_from_this(), observers = mObservers] {
+            for (const auto& observer : observers) {
+                const auto sender = self->mSender.lock();
+                if (!sender) return;
+                if (observer->isOneShot) self->detach(observer);
+                observer->action(*sender);
+            }
+        };
     }
 
     /// On the main thread, calls the observers before returning; elsewhere, posts that to the main queue.

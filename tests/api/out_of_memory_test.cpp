@@ -3,6 +3,7 @@
 #include "support/library_scope.h"
 #include "support/sample_replies.h"
 #include "support/world.h"
+#include "tdsecure/td_secure_scene_controller.h"
 
 #include <gmock/gmock.h>
 
@@ -54,6 +55,22 @@ const std::optional<std::string> loopback = "http://127.0.0.1/?z2=0";
 const Step expireTime = [](World& world) { world.store().remove(keys::serverExpiredTime); };
 const Step buy = inside([](Kavio& kavio) { kavio.placeOrder(1234, card, 150, {}); });
 
+const Step enrol = inside([](Kavio& kavio) {
+    kavio.addCreditCardTDSecure({.number = "4111", .month = 7, .year = 2039, .securityCode = 12},
+                                {.name = "Jo", .email = "jo@a.example"});
+});
+const auto* challengePage = R"({"type":3,"url":"https://acs.example/c","id":"I"})";
+const auto* fingerprintPage = R"({"type":2,"page":"https://acs.example/f","id":"I"})";
+const Step redirect = inside([](Kavio&) { windows->navigate(loopback); });
+// Once more where there was no memory for it.
+const Step close = [](World&) {
+    {
+        const InLibrary entered;
+        windows->pressClose();
+    }
+    windows->pressClose();
+};
+
 const std::vector<Course> courses{
     {"login", {inside([](Kavio& kavio) { kavio.login("49", "1511234567"); }), reply(replies::challenge)}},
     {"account",
@@ -70,14 +87,11 @@ const std::vector<Course> courses{
      {expireTime, buy, reply(replies::order("created")), reply(replies::order("completed"))},
      true},
     {"logout", {inside([](Kavio& kavio) { kavio.logout(); }), reply("{}")}},
+    {"enrolment, closed", {[](World&) { Platform::current().windows = windows; }, enrol, reply(challengePage), close}},
     {"enrolment",
-     {[](World&) { Platform::current().windows = windows; }, inside([](Kavio& kavio) {
-          kavio.addCreditCardTDSecure({.number = "4111", .month = 7, .year = 2039, .securityCode = 12},
-                                      {.name = "Jo", .email = "jo@a.example"});
-      }),
-      reply(R"({"type":3,"url":"https://acs.example/c","id":"I"})"),
-      inside([](Kavio&) { windows->navigate(loopback); }),
-      reply(R"({"result":3,"locator":"L","url":"U","message":"M"})"), [](World&) { windows->pressClose(); }}},
+     {[](World&) { Platform::current().windows = windows; }, enrol, reply(fingerprintPage), reply("<html>"), redirect,
+      reply(R"({"result":2,"url":"https://acs.example/c"})"), redirect,
+      reply(R"({"result":3,"locator":"L","url":"U","message":"M"})"), close}},
 };
 
 // Whichever allocation of an operation fails: there is one end, nothing is thrown, and the next operation works.
@@ -98,6 +112,7 @@ TEST(OutOfMemory, OnceEndsAnOperationInOneReport) {
             hasFailed = stopFailing();
 
             ASSERT_FALSE(world.kavio().isBusy());
+            EXPECT_FALSE(windows->hasScene());
             const auto reports = world.outcomes();
             ASSERT_FALSE(reports.empty());
             const auto failures = std::count_if(reports.begin(), reports.end(), [](const auto& outcome) {
@@ -117,6 +132,27 @@ TEST(OutOfMemory, OnceEndsAnOperationInOneReport) {
         EXPECT_GT(points, 10) << "or else nothing was tried";
         std::printf("%s: %ld\n", course.name, points - 1);
     }
+}
+
+TEST(OutOfMemory, LeavesNoUseOfTheSharedSceneBehindInAConstructor) {
+    long points = 0;
+    for (bool hasFailed = true; hasFailed;) {
+        SCOPED_TRACE(++points);
+        World world;
+        failAllocation(points);
+        try {
+            const InLibrary entered;
+            Kavio other(std::weak_ptr<KavioDelegate>(), "another key", Kavio::EnvironmentType::PROD);
+            other.release(&other);
+        } catch (const std::bad_alloc&) {  // NOLINT(bugprone-empty-catch): either way is fine
+        }
+        hasFailed = stopFailing();
+        const auto used = TDSecureSceneController::takeUse();
+        used->release(nullptr);
+        world.kavio().release(&world.kavio());
+        EXPECT_NE(TDSecureSceneController::takeUse(), used) << "the world's own use was the last";
+    }
+    EXPECT_GT(points, 10) << "or else nothing was tried";
 }
 
 }  // namespace

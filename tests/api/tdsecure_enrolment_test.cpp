@@ -184,10 +184,10 @@ TEST(TDSecureEnrolment, IsSilentOnceFacadeOrDelegateIsGone) {
             const auto reports = enrolment.reports();
             const bool hadScene = enrolment.windows->hasScene();
             enrolment.play(end);
-            EXPECT_EQ(enrolment.windows->hasScene(), hadScene && end != "release");
+            EXPECT_EQ(enrolment.windows->hasScene(), hadScene && end == "drop delegate");
             for (const auto& event : events()) {
                 if (event != "call") enrolment.play(event);
-                EXPECT_FALSE(end == "release" && enrolment.windows->hasScene()) << event;
+                EXPECT_FALSE(end != "drop delegate" && enrolment.windows->hasScene()) << event;
             }
             EXPECT_EQ(enrolment.reports(), reports);
         }
@@ -247,29 +247,80 @@ TEST(TDSecureEnrolment, ClosesItsOwnPageAndNoOther) {
     EXPECT_THAT(enrolment.play("close"), ElementsAre("dismiss animated"));
     EXPECT_THAT(delegate->reports, ElementsAre(Report{"onAddCreditCard", ResultType::FAILURE, "canceled by user"}));
 
-    for (const auto& step : words("call; challenge; redirect; release")) enrolment.play(step);
-    EXPECT_THAT(enrolment.play("locator"), ElementsAre("dismiss animated"));
-
     for (const auto& step : words("call; release; call")) enrolment.play(step);
     EXPECT_THAT(enrolment.play("challenge"), IsEmpty()) << "of the one that was released";
     EXPECT_THAT(enrolment.play("challenge"), Contains("present animated"));
 }
 
-TEST(TDSecureEnrolment, SharesTheSceneThatAnotherFacadeHasUp) {
+const std::string loadChallenge = "present animated; shown; load https://acs.example/c 60";
+const Report enrolled{"onAddCreditCard", ResultType::SUCCESS};
+
+TEST(TDSecureEnrolment, TakesThePlaceOfThePageThatAnotherFacadeHasUp) {
+    for (const auto& [path, seen, reports] : std::vector<std::tuple<std::string, std::string, std::vector<Report>>>{
+             {"call; challenge",
+              "dismiss animated; " + loadChallenge + "; FAILURE canceled by user",
+              {{"onAddCreditCard", ResultType::FAILURE, "canceled by user"}}},
+             {"call; challenge; redirect", "", {enrolled}},
+         }) {
+        SCOPED_TRACE(path);
+        Enrolment enrolment;
+        const auto delegate = std::make_shared<RecordingDelegate>();
+        Kavio other(delegate, "key", Kavio::EnvironmentType::TEST);
+        for (const auto& step : words(path)) enrolment.play(step);
+        other.addCreditCardTDSecure(card, {});
+        if (seen.empty()) {
+            EXPECT_THAT(enrolment.play("locator"), ElementsAre("dismiss animated", "SUCCESS -"));
+            EXPECT_EQ(enrolment.play("challenge"), words(loadChallenge));
+        } else {
+            EXPECT_EQ(enrolment.play("challenge"), words(seen));
+        }
+        EXPECT_THAT(enrolment.play("redirect"), ElementsAre("ask getLocator"));
+        enrolment.play("locator");
+        EXPECT_FALSE(enrolment.windows->hasScene());
+        EXPECT_EQ(enrolment.reports(), reports);
+        EXPECT_THAT(delegate->reports, ElementsAre(enrolled));
+    }
+}
+
+TEST(TDSecureEnrolment, ShowsItsPageAfterAFacadeThatWentWithItsOwn) {
+    for (const std::string path : {"call; challenge", "call; challenge; redirect"}) {
+        for (const std::string end : {"release", "destroy"}) {
+            SCOPED_TRACE(testing::Message() << path << ", then " << end);
+            Enrolment enrolment;
+            const auto delegate = std::make_shared<RecordingDelegate>();
+            Kavio other(delegate, "key", Kavio::EnvironmentType::TEST);
+            for (const auto& step : words(path)) enrolment.play(step);
+            EXPECT_THAT(enrolment.play(end), ElementsAre("dismiss animated"));
+            enrolment.play("locator");
+            other.addCreditCardTDSecure(card, {});
+            EXPECT_EQ(enrolment.play("challenge"), words(loadChallenge));
+            EXPECT_THAT(enrolment.play("redirect"), ElementsAre("ask getLocator"));
+            EXPECT_THAT(enrolment.play("locator"), ElementsAre("dismiss animated"));
+            EXPECT_THAT(delegate->reports, ElementsAre(enrolled));
+        }
+    }
+}
+
+TEST(TDSecureEnrolment, MayLoseItsFacadeWhereItTakesThePlaceOfAPage) {
     Enrolment enrolment;
+    for (const auto& step : words("call; challenge")) enrolment.play(step);
     const auto delegate = std::make_shared<RecordingDelegate>();
-    Kavio other(delegate, "key", Kavio::EnvironmentType::TEST);
+    auto other = std::make_unique<Kavio>(delegate, "key", Kavio::EnvironmentType::TEST);
+    other->addCreditCardTDSecure(card, {});
+    enrolment.delegate().onReport = [&](const Report&) { other.reset(); };
+    EXPECT_THAT(enrolment.play("challenge"), ElementsAre("dismiss animated", "FAILURE canceled by user"));
+    EXPECT_THAT(delegate->reports, IsEmpty());
+}
+
+TEST(TDSecureEnrolment, EndsWhereItsPageCannotBePresented) {
+    Enrolment enrolment;
     enrolment.play("call");
-    enrolment.play("challenge");
-    other.addCreditCardTDSecure(card, {});
-    EXPECT_THAT(enrolment.play("challenge"), IsEmpty());
-    EXPECT_THAT(enrolment.play("redirect"), ElementsAre("ask getLocator", "ask getLocator"));
-    enrolment.play("locator");
-    EXPECT_FALSE(enrolment.windows->hasScene());
-    enrolment.play("locator");
-    const Report success{"onAddCreditCard", ResultType::SUCCESS};
-    EXPECT_THAT(enrolment.reports(), ElementsAre(success));
-    EXPECT_THAT(delegate->reports, ElementsAre(success));
+    enrolment.windows->onPresent = [] { throw std::bad_alloc(); };
+    EXPECT_THAT(enrolment.play("challenge"),
+                ElementsAre("present animated", "dismiss animated", "FAILURE out of memory"));
+    enrolment.windows->onPresent = nullptr;
+    EXPECT_THAT(enrolment.play("call"), ElementsAre("ask addCard"));
+    EXPECT_EQ(enrolment.play("challenge"), words(loadChallenge));
 }
 
 TEST(TDSecureEnrolment, FailsWhereThereAreNoWindows) {

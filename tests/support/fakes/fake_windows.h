@@ -4,6 +4,7 @@
 
 #include <kavio/platform/ui.h>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -22,6 +23,8 @@ public:
     std::shared_ptr<TDSecureScene> makeScene() override { return std::make_shared<Scene>(shared_from_this()); }
 
     bool hasKeyWindow = true;
+    /// What goes wrong where a scene is presented.
+    std::function<void()> onPresent;
     /// "present", "hidden", "shown", "html DOCUMENT", "load URL SECONDS", "dismiss", each with "animated" if that was
     /// asked for.
     std::vector<std::string> log;
@@ -70,6 +73,7 @@ private:
             if (mWindows->mPresented) return;
             mWindows->mPresented = this;
             mWindows->note(animated ? "present animated" : "present");
+            if (mWindows->onPresent) mWindows->onPresent();
             tell(&ViewLifecycle::onViewDidLoad);
             tell(&ViewLifecycle::onViewWillAppear);
             tell(&ViewLifecycle::onViewDidAppear);
