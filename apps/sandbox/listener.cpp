@@ -1,5 +1,6 @@
 #include "listener.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/socket.h>
 
@@ -17,10 +18,14 @@ httplib::Server::HandlerResponse noLengthIsNoBody(const httplib::Request& reques
     return httplib::Server::HandlerResponse::Unhandled;
 }
 
+/// Programs that this process starts get none of its sockets.
+void keepToOneself(int socket) { fcntl(socket, F_SETFD, FD_CLOEXEC); }
+
 /// The HTTP server's default would share a port with another sandbox, which would then get half of the connections.
 void refuseTakenPorts(socket_t socket) {
     const int on = 1;  // ports of connections that have only just ended are not taken
     setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+    keepToOneself(socket);
 }
 
 }  // namespace
@@ -46,6 +51,7 @@ void Connections::onState(const SSL* ssl, int where, int /*result*/) {
     if ((where & SSL_CB_HANDSHAKE_START) == 0 || SSL_get_ex_data(ssl, entryIndex()) != nullptr) return;
     auto& self = *static_cast<Connections*>(SSL_CTX_get_app_data(SSL_get_SSL_CTX(ssl)));
     const int socket = SSL_get_fd(ssl);
+    keepToOneself(socket);
     SSL_set_ex_data(const_cast<SSL*>(ssl), entryIndex(), new Entry{self, socket});
     const std::lock_guard lock(self.mMutex);
     self.mSockets.insert(socket);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "gtk/page_server.h"
+#include "sandbox/authority.h"
 #include "support/eventually.h"
 #include "support/fakes/fake_device.h"
 #include "support/temporary_folder.h"
@@ -10,11 +11,16 @@
 
 #include <gtest/gtest.h>
 #include <gtk/gtk.h>
+#include <unistd.h>
 #include <webkit/webkit.h>
 
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <functional>
+#include <map>
 #include <string>
 
 namespace kavio::test {
@@ -42,10 +48,22 @@ inline void xdotool(const std::string& arguments) {
     ASSERT_EQ(std::system(("xdotool " + arguments).c_str()), 0) << arguments;
 }
 
+/// An authority that the application gives to the library.
+inline const sandbox::Authority& applicationAuthority() {
+    static const sandbox::Authority authority;
+    return authority;
+}
+inline UrlSessionConfiguration trustingTheApplicationAuthority() {
+    static const TemporaryFolder folder;
+    const auto file = folder.path() / "authority.pem";
+    std::ofstream(file) << applicationAuthority().pem();
+    return {file, ""};
+}
+
 /// A GTK program with one window, and a person in front of it: the real web view on a real X server.
-class GtkHost : public testing::Test {
-protected:
-    explicit GtkHost(UrlSessionConfiguration session)
+class GtkWorld {
+public:
+    explicit GtkWorld(UrlSessionConfiguration session)
         : mPlatform([&] {
               LinuxPlatformOptions options;
               options.session = std::move(session);
@@ -57,7 +75,9 @@ protected:
         gtk_window_present(host);
         EXPECT_TRUE(until([this] { return gtk_widget_get_mapped(GTK_WIDGET(host)); }));
     }
-    ~GtkHost() override { gtk_window_destroy(host); }
+    ~GtkWorld() { gtk_window_destroy(host); }
+    GtkWorld(const GtkWorld&) = delete;
+    GtkWorld& operator=(const GtkWorld&) = delete;
 
     /// Runs the main loop until `condition` holds; false if that takes too long.
     static bool until(const std::function<bool()>& condition,
@@ -73,14 +93,19 @@ protected:
     }
     /// What the scene shows: "working", "page" or "failed"; "nothing" when there is none.
     static std::string shown() {
-        auto* stack = find("stack");
-        return stack && gtk_widget_get_mapped(stack) ? gtk_stack_get_visible_child_name(GTK_STACK(stack)) : "nothing";
+        auto* cover = find("cover");
+        if (!cover || !gtk_widget_get_mapped(find("webView"))) return "nothing";
+        return gtk_widget_get_mapped(cover) ? gtk_stack_get_visible_child_name(GTK_STACK(cover)) : "page";
     }
     /// The text of one of the scene's labels or buttons; empty if it is not visible.
     static std::string text(const char* id) {
         auto* widget = find(id);
         if (!widget || !gtk_widget_get_mapped(widget)) return "";
         return GTK_IS_BUTTON(widget) ? gtk_button_get_label(GTK_BUTTON(widget)) : gtk_label_get_text(GTK_LABEL(widget));
+    }
+    static bool isVisible(const char* id) {
+        auto* widget = find(id);
+        return widget && gtk_widget_get_mapped(widget);
     }
     static GtkWindow* window() { return GTK_WINDOW(find("TDSecureScene")); }
     static std::size_t windowCount() { return g_list_model_get_n_items(gtk_window_get_toplevels()); }
@@ -91,7 +116,25 @@ protected:
         g_signal_emit_by_name(find("webView"), "load-failed", WEBKIT_LOAD_STARTED, url.c_str(), error, &isHandled);
         g_error_free(error);
     }
-    static void endWebProcess() { webkit_web_view_terminate_web_process(WEBKIT_WEB_VIEW(find("webView"))); }
+    /// Kills the process of the only page, as a lack of memory would. A newer one may be starting for the next page.
+    static void endWebProcess() {
+        const auto all = webProcesses();
+        ASSERT_FALSE(all.empty());
+        ::kill(all.begin()->first, SIGKILL);
+    }
+    /// The processes that pages run in or may run in next, each with whether it is busy; the oldest is the first.
+    static std::map<pid_t, bool> webProcesses() {
+        std::map<pid_t, bool> found;
+        for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+            std::string name;
+            std::string state;
+            pid_t process = 0;
+            pid_t parent = 0;
+            std::ifstream(entry.path() / "stat") >> process >> name >> state >> parent;
+            if (parent == ::getpid() && name.starts_with("(WebKitWeb") && state != "Z") found[process] = state == "R";
+        }
+        return found;
+    }
     /// Runs `script` in the page that is shown, once that has loaded completely.
     static void runInPage(const std::string& script) {
         EXPECT_TRUE(
@@ -120,21 +163,32 @@ protected:
     PageServer server;
 
 private:
+    // In the top-most window that has it.
     static GtkWidget* find(std::string_view id) {
         GListModel* toplevels = gtk_window_get_toplevels();
+        GtkWidget* topMost = nullptr;
         for (guint i = 0; i < g_list_model_get_n_items(toplevels); ++i) {
             auto* window = static_cast<GtkWidget*>(g_list_model_get_item(toplevels, i));
             g_object_unref(window);  // the list still holds it
-            if (auto* found = findIn(window, id)) return found;
+            auto* found = findIn(window, id);
+            auto* below = topMost ? gtk_widget_get_root(topMost) : nullptr;
+            if (found && (!below || gtk_window_get_transient_for(GTK_WINDOW(window)) == GTK_WINDOW(below)))
+                topMost = found;
         }
-        return nullptr;
+        return topMost;
     }
 
     const TemporaryFolder mStore;
     const InstalledPlatform mPlatform;
 
+public:
+    GtkWindow* const host;
+};
+
+/// A test in that program.
+class GtkHost : public testing::Test, protected GtkWorld {
 protected:
-    GtkWindow* host;
+    using GtkWorld::GtkWorld;
 };
 
 }  // namespace kavio::test

@@ -19,6 +19,7 @@ public:
     PageServer() {
         const auto answer = [this](const auto& request, auto& response) { this->answer(request, response); };
         mServer.set_keep_alive_max_count(1);  // an idle connection would hold up the end
+        mServer.set_keep_alive_timeout(1);    // and so would one that was opened for nothing
         mServer.Get(".*", answer);
         mServer.Post(".*", answer);
         mPort = std::to_string(mServer.bind_to_any_port("127.0.0.1"));
@@ -41,8 +42,8 @@ public:
     void servePage(const std::string& path, const std::string& html) {
         serve(path, [html](const auto&, auto& response) { response.set_content(html, "text/html"); });
     }
-    void serveRedirect(const std::string& path, const std::string& location) {
-        serve(path, [location](const auto&, auto& response) { response.set_redirect(location); });
+    void serveRedirect(const std::string& path, const std::string& location, int status = 302) {
+        serve(path, [=](const auto&, auto& response) { response.set_redirect(location, status); });
     }
     /// Answers only once the server ends.
     void serveNothing(const std::string& path) {

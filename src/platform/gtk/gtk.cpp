@@ -27,15 +27,23 @@ void attach(GSource* source, Work work) {
     g_source_unref(source);
 }
 
+// A timer of GLib's lasts 49 days at most; a longer delay takes several.
+void attachAfter(std::chrono::milliseconds delay, Work work) {
+    constexpr std::chrono::milliseconds longest(std::numeric_limits<guint>::max());
+    if (delay > longest) {
+        return attachAfter(longest, [rest = delay - longest, work = std::move(work)] { attachAfter(rest, work); });
+    }
+    const auto wait = std::max(delay, std::chrono::milliseconds(0)).count();
+    attach(g_timeout_source_new(static_cast<guint>(wait)), std::move(work));
+}
+
 /// The queue of a GLib main context, the default one. The thread that makes it is the main thread.
 class GlibMainQueue final : public MainQueue {
 public:
     void post(std::function<void()> work) override { attach(g_idle_source_new(), std::move(work)); }
 
     void postAfter(std::chrono::milliseconds delay, std::function<void()> work) override {
-        constexpr std::chrono::milliseconds::rep longest = std::numeric_limits<guint>::max();
-        const auto wait = std::clamp<std::chrono::milliseconds::rep>(delay.count(), 0, longest);
-        attach(g_timeout_source_new(static_cast<guint>(wait)), std::move(work));
+        attachAfter(delay, std::move(work));
     }
 
     bool isMainThread() const override { return std::this_thread::get_id() == mMainThread; }

@@ -4,7 +4,6 @@
 
 #include <array>
 #include <string>
-#include <string_view>
 #include <utility>
 
 void kavio_gtk_register_resource();  // in the storyboard's generated source
@@ -119,18 +118,17 @@ void GtkScene::dismiss(bool) {
     GtkWindow* window = std::exchange(mWindow, nullptr);
     if (!window) return;
     mConnections.clear();
+    mWebView->close();
     if (mIsShown) tell(&ViewLifecycle::onViewWillDisappear);
     gtk_window_destroy(window);
     if (mIsShown) tell(&ViewLifecycle::onViewDidDisappear);
-    // The web process ends with the last references, although somebody may hold the scene for a while.
+    // Everything goes, although somebody may hold the scene for a while.
     mWebView.reset();
     mBuilder.reset();
 }
 
-bool GtkScene::shouldStartLoad(const std::optional<std::string>& url) {
-    if (!mWindow) return false;
+void GtkScene::onNavigation(const std::optional<std::string>& url) {
     if (const auto told = delegate.lock()) told->onRedirect(url);
-    return true;
 }
 
 void GtkScene::onPageChanged(const Page& page) {
@@ -140,12 +138,9 @@ void GtkScene::onPageChanged(const Page& page) {
     setText("working", page.isHidden ? "Your card is being checked…" : "One moment, please…");
     gtk_button_set_label(widget<GtkButton>("back"), translated(page.hasArrived ? "Back" : "Try again").c_str());
 
-    auto* stack = widget<GtkStack>("stack");
-    const std::string_view visible = hasFailed ? "failed" : isShown ? "page" : "working";
-    if (visible != gtk_stack_get_visible_child_name(stack)) {
-        gtk_stack_set_visible_child_name(stack, visible.data());
-        gtk_widget_grab_focus(widget<GtkWidget>(isShown ? "webView" : hasFailed ? "back" : "close"));
-    }
+    // Nothing that acts has the focus unless the person gives it: a key pressed on the way decides nothing.
+    const char* focus = isShown ? "webView" : hasFailed ? "failedPage" : "workingPage";
+    if (std::exchange(mFocus, focus) != focus) uncover(isShown, focus);
     auto* progress = widget<GtkProgressBar>("progress");
     gtk_progress_bar_set_fraction(progress, page.progress);
     gtk_widget_set_visible(GTK_WIDGET(progress), page.progress > 0 && !hasFailed && !page.isHidden);
@@ -155,6 +150,17 @@ void GtkScene::onPageChanged(const Page& page) {
     gtk_widget_set_tooltip_text(widget<GtkWidget>("host"), hasHost ? page.host.c_str() : nullptr);
     setText("security", page.isSecure ? "Secure connection" : "The connection is not secure");
     gtk_widget_set_visible(widget<GtkWidget>("security"), hasHost);
+}
+
+// The page runs under the cover, too, but neither the person nor a screen reader gets at it there.
+void GtkScene::uncover(bool isShown, const char* focus) {
+    auto* view = widget<GtkWidget>("webView");
+    auto* cover = widget<GtkWidget>("cover");
+    gtk_widget_set_sensitive(view, isShown);
+    gtk_accessible_update_state(GTK_ACCESSIBLE(view), GTK_ACCESSIBLE_STATE_HIDDEN, !isShown, -1);
+    if (!isShown) gtk_stack_set_visible_child(GTK_STACK(cover), widget<GtkWidget>(focus));
+    gtk_widget_set_visible(cover, !isShown);
+    gtk_widget_grab_focus(widget<GtkWidget>(focus));
 }
 
 void GtkScene::setText(const char* label, const char* text) const {

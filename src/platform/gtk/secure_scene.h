@@ -3,6 +3,7 @@
 #include "platform/gtk/web_view.h"
 
 #include <filesystem>
+#include <string_view>
 
 namespace kavio {
 
@@ -19,7 +20,7 @@ public:
     void dismiss(bool animated) override;
     void showAbove(GtkWindow* parent);
 
-    bool shouldStartLoad(const std::optional<std::string>& url) override;
+    void onNavigation(const std::optional<std::string>& url) override;
     void onPageChanged(const Page& page) override;
 
 private:
@@ -30,6 +31,7 @@ private:
     Widget* widget(const char* id) const {
         return reinterpret_cast<Widget*>(gtk_builder_get_object(mBuilder.get(), id));
     }
+    void uncover(bool isShown, const char* focus);
     void setText(const char* label, const char* text) const;
 
     void onCloseClicked() { askToClose(); }
@@ -44,6 +46,7 @@ private:
     GtkWindow* mWindow;
     std::shared_ptr<GtkWebView> mWebView;
     bool mIsShown = false;
+    std::string_view mFocus;  // which widget was given it
     SignalConnections mConnections;
 };
 

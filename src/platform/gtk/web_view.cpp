@@ -1,5 +1,7 @@
 #include "platform/gtk/web_view.h"
 
+#include "platform/gtk/tls_probe.h"
+
 #include <webkit/webkit.h>
 
 #include <algorithm>
@@ -22,6 +24,12 @@ std::string hostOf(const char* url) {
     const auto uri = parsed(url);
     const char* host = uri ? g_uri_get_host(uri.get()) : nullptr;
     return host ? host : "";
+}
+
+// Host and port.
+std::string serverOf(const char* url) {
+    const auto uri = parsed(url);
+    return hostOf(url) + ' ' + std::to_string(uri ? g_uri_get_port(uri.get()) : -1);
 }
 
 bool hasScheme(const char* url, std::initializer_list<std::string_view> schemes) {
@@ -107,12 +115,14 @@ void GtkWebView::registerTypes() {
     g_type_ensure(WEBKIT_TYPE_NETWORK_SESSION);
 }
 
-std::shared_ptr<GtkWebView> GtkWebView::make(GtkWidget* view, std::filesystem::path authorities) {
-    return std::shared_ptr<GtkWebView>(new GtkWebView(view, std::move(authorities)));
+std::shared_ptr<GtkWebView> GtkWebView::make(GtkWidget* view, const std::filesystem::path& authorities) {
+    return std::shared_ptr<GtkWebView>(new GtkWebView(view, authorities));
 }
 
-GtkWebView::GtkWebView(GtkWidget* view, std::filesystem::path authorities)
-    : mView(retained(WEBKIT_WEB_VIEW(view))), mAuthorities(std::move(authorities)) {
+GtkWebView::GtkWebView(GtkWidget* view, const std::filesystem::path& authorities)
+    : mView(retained(WEBKIT_WEB_VIEW(view))),
+      mAuthorities(authorities.empty() ? nullptr
+                                       : G_TLS_DATABASE(g_tls_file_database_new(authorities.c_str(), nullptr))) {
     limitSettings(webkit_web_view_get_settings(mView.get()));
     refuseFreedoms(mView.get());
     mConnections.connect<&GtkWebView::onDecidePolicy>(mView.get(), "decide-policy", this);
@@ -120,11 +130,19 @@ GtkWebView::GtkWebView(GtkWidget* view, std::filesystem::path authorities)
     mConnections.connect<&GtkWebView::onLoadChanged>(mView.get(), "load-changed", this);
     mConnections.connect<&GtkWebView::onLoadFailed>(mView.get(), "load-failed", this);
     mConnections.connect<&GtkWebView::onTlsFailed>(mView.get(), "load-failed-with-tls-errors", this);
+    mConnections.connect<&GtkWebView::onInsecureContent>(mView.get(), "insecure-content-detected", this);
     mConnections.connect<&GtkWebView::onProgress>(mView.get(), "notify::estimated-load-progress", this);
+    mConnections.connect<&GtkWebView::onProgress>(mView.get(), "notify::is-loading", this);
     mConnections.connect<&GtkWebView::onProcessEnded>(mView.get(), "web-process-terminated", this);
 }
 
-GtkWebView::~GtkWebView() { endTimeout(); }
+GtkWebView::~GtkWebView() { close(); }
+
+void GtkWebView::close() {
+    if (std::exchange(mIsClosed, true)) return;
+    mConnections.clear();
+    endPage();
+}
 
 void GtkWebView::setHidden(bool hidden) {
     mPage.isHidden = hidden;
@@ -157,12 +175,24 @@ void GtkWebView::goBack() {
 }
 
 void GtkWebView::begin(std::function<void()> load) {
-    stop();
+    if (mIsClosed) return;
+    endPage();
     mLoad = load;
     mMayLoadAgain = true;
     mPage = {.isHidden = mPage.isHidden, .host = {}};
     announce();
     load();
+}
+
+// The process ends, too: whatever the page goes on doing, such as going to the loopback address again and again, would
+// be taken for the next page's, and a page that never rests would keep the device busy.
+void GtkWebView::endPage() {
+    ++mLoadNumber;
+    if (mProbing) g_cancellable_cancel(mProbing.get());
+    mProbing.reset(g_cancellable_new());
+    mServers.clear();
+    stop();
+    if (mLoad) webkit_web_view_terminate_web_process(mView.get());
 }
 
 void GtkWebView::stop() {
@@ -173,7 +203,6 @@ void GtkWebView::stop() {
 
 void GtkWebView::fail() {
     endTimeout();
-    mPage.progress = 0;
     change(Page::Phase::FAILED);
 }
 
@@ -194,39 +223,79 @@ void GtkWebView::announce() {
     if (const auto told = observer.lock()) told->onPageChanged(mPage);
 }
 
-gboolean GtkWebView::onDecidePolicy(WebKitPolicyDecision* decision, int type) {
-    // The observer may dismiss the scene; then these references alone keep the view and the decision alive.
-    const auto keptDecision = retained(decision);
-    const auto keptView = retained(mView.get());
-    if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE) return onResponse(decision);
+void GtkWebView::IgnoreDecision::operator()(WebKitPolicyDecision* decision) const {
+    webkit_policy_decision_ignore(decision);  // changes nothing once it has been used
+    g_object_unref(decision);
+}
 
-    auto* action = webkit_navigation_policy_decision_get_navigation_action(WEBKIT_NAVIGATION_POLICY_DECISION(decision));
-    auto* request = webkit_navigation_action_get_request(action);
+gboolean GtkWebView::onDecidePolicy(WebKitPolicyDecision* decision, int type) {
+    const auto keptView = retained(mView.get());  // the observer may dismiss the scene
+    if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE) return onResponse(decision);
     if (type == WEBKIT_POLICY_DECISION_TYPE_NEW_WINDOW_ACTION) {
-        // There is only one view: what a person opens in a new window opens here, as a navigation like any other.
-        webkit_policy_decision_ignore(decision);
-        if (webkit_navigation_action_is_user_gesture(action)) webkit_web_view_load_request(mView.get(), request);
-        return TRUE;
-    }
-    const char* url = webkit_uri_request_get_uri(request);
-    if (offer(url) && isWithinReach(url)) {
-        webkit_policy_decision_use(decision);
+        onNewWindow(decision);
     } else {
-        refuse(decision);
+        onNavigation(HeldDecision(retained(decision).release()));
     }
     return TRUE;
+}
+
+void GtkWebView::onNavigation(HeldDecision decision) {
+    auto* action =
+        webkit_navigation_policy_decision_get_navigation_action(WEBKIT_NAVIGATION_POLICY_DECISION(decision.get()));
+    const char* url = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
+    const auto load = mLoadNumber;
+    offer(url);
+    if (load != mLoadNumber) return;  // the observer has ended this page
+    if (!isWithinReach(url)) return onRefused();
+    if (isLoopback(url)) change(Page::Phase::WORKING);  // the page has ended, also if a frame of it says so
+    useOnceTrusted(std::move(decision), url);
+}
+
+// There is only one view: what a person opens in a new window opens here, as a navigation like any other.
+void GtkWebView::onNewWindow(WebKitPolicyDecision* decision) {
+    webkit_policy_decision_ignore(decision);
+    auto* action = webkit_navigation_policy_decision_get_navigation_action(WEBKIT_NAVIGATION_POLICY_DECISION(decision));
+    if (!webkit_navigation_action_is_user_gesture(action)) return;
+    webkit_web_view_load_request(mView.get(), webkit_navigation_action_get_request(action));
 }
 
 gboolean GtkWebView::onResponse(WebKitPolicyDecision* decision) {
     // What the view cannot show would become a download.
     if (webkit_response_policy_decision_is_mime_type_supported(WEBKIT_RESPONSE_POLICY_DECISION(decision))) return FALSE;
-    refuse(decision);
+    webkit_policy_decision_ignore(decision);
+    onRefused();
     return TRUE;
 }
 
-void GtkWebView::refuse(WebKitPolicyDecision* decision) {
-    webkit_policy_decision_ignore(decision);
+void GtkWebView::onRefused() {
     if (!mPage.hasArrived && !mPage.isHidden) fail();  // otherwise the page that tried stays
+}
+
+// WebKit cannot be told about the host application's own authorities, only about single certificates, and it has to
+// know a server's before the request goes out: a form that was refused for its server's certificate is lost.
+void GtkWebView::useOnceTrusted(HeldDecision decision, const std::string& url) {
+    if (!mAuthorities || !hasScheme(url.c_str(), {"https"})) return webkit_policy_decision_use(decision.get());
+    const auto name = serverOf(url.c_str());
+    auto& server = mServers[name];
+    if (server.isVouchedFor) return webkit_policy_decision_use(decision.get());
+    server.waiting.push_back(std::move(decision));
+    if (server.waiting.size() > 1) return;  // it is being asked
+    probeCertificate(
+        url.c_str(), mAuthorities.get(), mProbing.get(),
+        [weak = weak_from_this(), load = mLoadNumber, name, host = hostOf(url.c_str())](auto* certificate) {
+            const auto self = weak.lock();
+            if (self && self->mLoadNumber == load) self->onProbed(name, host, certificate);
+        });
+}
+
+void GtkWebView::onProbed(const std::string& server, const std::string& host, GTlsCertificate* certificate) {
+    const auto waiting =
+        std::exchange(mServers[server], {.isVouchedFor = certificate != nullptr, .waiting = {}}).waiting;
+    if (certificate) {
+        webkit_network_session_allow_tls_certificate_for_host(webkit_web_view_get_network_session(mView.get()),
+                                                              certificate, host.c_str());
+    }
+    for (const auto& decision : waiting) webkit_policy_decision_use(decision.get());
 }
 
 GtkWidget* GtkWebView::onCreate(gpointer action) {
@@ -236,9 +305,8 @@ GtkWidget* GtkWebView::onCreate(gpointer action) {
     return nullptr;  // a script opens no windows
 }
 
-bool GtkWebView::offer(const char* url) {
-    const auto asked = observer.lock();
-    return !asked || asked->shouldStartLoad(url ? std::optional<std::string>(url) : std::nullopt);
+void GtkWebView::offer(const char* url) {
+    if (const auto told = observer.lock()) told->onNavigation(url ? std::optional<std::string>(url) : std::nullopt);
 }
 
 void GtkWebView::onLoadChanged(int event) {
@@ -253,9 +321,6 @@ void GtkWebView::onLoadChanged(int event) {
         mPage.host = hostOf(url);
         mPage.isSecure = hasScheme(url, {"https"});
         change(Page::Phase::SHOWN);
-    } else if (event == WEBKIT_LOAD_FINISHED) {
-        mPage.progress = 0;
-        announce();
     }
 }
 
@@ -279,36 +344,25 @@ gboolean GtkWebView::onLoadFailed(int, const char* url, GError* error) {
     return TRUE;  // otherwise an error page would replace the content
 }
 
-gboolean GtkWebView::onTlsFailed(const char* url, GTlsCertificate* certificate, int) {
-    const auto host = hostOf(url);
-    if (isVouchedFor(host, certificate) && mVouchedHosts.insert(host).second) {
-        webkit_network_session_allow_tls_certificate_for_host(webkit_web_view_get_network_session(mView.get()),
-                                                              certificate, host.c_str());
-        webkit_web_view_load_uri(mView.get(), url);
-    } else {
-        fail();
-    }
+gboolean GtkWebView::onTlsFailed(const char*, GTlsCertificate*, int) {
+    fail();
     return TRUE;
 }
 
-// By the host application's own authorities, which WebKit cannot be told about.
-bool GtkWebView::isVouchedFor(const std::string& host, GTlsCertificate* certificate) const {
-    if (mAuthorities.empty()) return false;
-    const ObjectPointer<GTlsDatabase> database(G_TLS_DATABASE(g_tls_file_database_new(mAuthorities.c_str(), nullptr)));
-    if (!database) return false;
-    const ObjectPointer<GSocketConnectable> identity(g_network_address_new(host.c_str(), 0));
-    const auto faults =
-        g_tls_database_verify_chain(database.get(), certificate, G_TLS_DATABASE_PURPOSE_AUTHENTICATE_SERVER,
-                                    identity.get(), nullptr, G_TLS_DATABASE_VERIFY_NONE, nullptr, nullptr);
-    return faults == 0;
-}
-
-void GtkWebView::onProgress(GParamSpec*) {
-    mPage.progress = webkit_web_view_get_estimated_load_progress(mView.get());
+// Before anything of it is fetched.
+void GtkWebView::onInsecureContent(int) {
+    mPage.isSecure = false;
     announce();
 }
 
-void GtkWebView::onProcessEnded(int) {
+void GtkWebView::onProgress(GParamSpec*) {
+    const bool isLoading = webkit_web_view_is_loading(mView.get());
+    mPage.progress = isLoading ? webkit_web_view_get_estimated_load_progress(mView.get()) : 0;
+    announce();
+}
+
+void GtkWebView::onProcessEnded(int reason) {
+    if (reason == WEBKIT_WEB_PROCESS_TERMINATED_BY_API) return;  // by us
     mPage.hasArrived = false;
     fail();
 }

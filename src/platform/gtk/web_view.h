@@ -8,7 +8,9 @@
 
 #include <filesystem>
 #include <functional>
-#include <set>
+#include <map>
+#include <string>
+#include <vector>
 
 typedef struct _WebKitWebView WebKitWebView;                // NOLINT(bugprone-reserved-identifier): WebKit's own name
 typedef struct _WebKitPolicyDecision WebKitPolicyDecision;  // NOLINT(bugprone-reserved-identifier): as well
@@ -26,13 +28,15 @@ struct Page {
     double progress = 0;
     /// The host of the page that has arrived, as it was connected to; empty for a document without an address.
     std::string host;
+    /// The page came over https, and so did all that it shows.
     bool isSecure = false;
 };
 
 class PageObserver {
 public:
     virtual ~PageObserver() = default;
-    virtual bool shouldStartLoad(const std::optional<std::string>& url) = 0;
+    /// One is about to start; the observer may load another page or close the view.
+    virtual void onNavigation(const std::optional<std::string>& url) = 0;
     virtual void onPageChanged(const Page& page) = 0;
 };
 
@@ -44,7 +48,7 @@ public:
     static void registerTypes();
 
     /// `authorities`: PEM file of certificate authorities to trust in addition to the system's; empty for none.
-    static std::shared_ptr<GtkWebView> make(GtkWidget* view, std::filesystem::path authorities);
+    static std::shared_ptr<GtkWebView> make(GtkWidget* view, const std::filesystem::path& authorities);
     ~GtkWebView() override;
 
     std::weak_ptr<PageObserver> observer;
@@ -54,11 +58,25 @@ public:
     void loadUrl(const std::string& url, std::chrono::seconds timeout) override;
     /// Leaves a failed page, for the one behind it or, without one, by trying again.
     void goBack();
+    /// Ends the page and its process. Nothing is loaded afterwards, and nobody is told of anything.
+    void close();
 
 private:
-    GtkWebView(GtkWidget* view, std::filesystem::path authorities);
+    /// A navigation on which nothing has been decided; it goes nowhere unless it is used.
+    struct IgnoreDecision {
+        void operator()(WebKitPolicyDecision* decision) const;
+    };
+    using HeldDecision = std::unique_ptr<WebKitPolicyDecision, IgnoreDecision>;
+    /// A server, by host and port, that the host's own authorities may have to vouch for.
+    struct Server {
+        bool isVouchedFor = false;
+        std::vector<HeldDecision> waiting;  // until its certificate is known
+    };
+
+    GtkWebView(GtkWidget* view, const std::filesystem::path& authorities);
 
     void begin(std::function<void()> load);
+    void endPage();
     /// Ends the load under way because we want to.
     void stop();
     void fail();
@@ -66,26 +84,33 @@ private:
     void announce();
     void endTimeout();
     void onTimeout();
-    bool offer(const char* url);
+    void offer(const char* url);
 
     gboolean onDecidePolicy(WebKitPolicyDecision* decision, int type);
+    void onNavigation(HeldDecision decision);
+    void onNewWindow(WebKitPolicyDecision* decision);
     gboolean onResponse(WebKitPolicyDecision* decision);
-    void refuse(WebKitPolicyDecision* decision);
+    void onRefused();
+    void useOnceTrusted(HeldDecision decision, const std::string& url);
+    void onProbed(const std::string& server, const std::string& host, GTlsCertificate* certificate);
     GtkWidget* onCreate(gpointer action);
     void onLoadChanged(int event);
     gboolean onLoadFailed(int event, const char* url, GError* error);
     gboolean onTlsFailed(const char* url, GTlsCertificate* certificate, int errors);
+    void onInsecureContent(int event);
     void onProgress(GParamSpec* property);
     void onProcessEnded(int reason);
-    bool isVouchedFor(const std::string& host, GTlsCertificate* certificate) const;
 
     const ObjectPointer<WebKitWebView> mView;
-    const std::filesystem::path mAuthorities;
+    const ObjectPointer<GTlsDatabase> mAuthorities;  // null for none
     Page mPage;
     std::function<void()> mLoad;
+    int mLoadNumber = 0;  // navigations, probes and failures belong to one
     bool mMayLoadAgain = false;
+    bool mIsClosed = false;
     guint mTimeout = 0;
-    std::set<std::string> mVouchedHosts;
+    std::map<std::string, Server> mServers;
+    ObjectPointer<GCancellable> mProbing;
     SignalConnections mConnections;
 };
 

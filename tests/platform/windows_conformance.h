@@ -1,0 +1,444 @@
+#pragma once
+
+// What every implementation of Windows and of its web view must do. A port makes a driver, and instantiates both
+// suites:
+//   INSTANTIATE_TEST_SUITE_P(Gtk, WindowsConformance, testing::Values(&makeDriver<WindowsDriver>));
+//   INSTANTIATE_TEST_SUITE_P(Gtk, WebViewConformance, testing::Values(&makeDriver<WebViewDriver>));
+// The second one needs a real web view, with pages in HTML; a scripted one passes the first.
+
+#include "support/deed.h"
+#include "support/logged_scene.h"
+
+#include <kavio/platform/ui.h>
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kavio::test {
+
+/// One implementation, with the application's window on the screen, servers for the pages, and the person.
+class WindowsDriver {
+public:
+    virtual ~WindowsDriver() = default;
+    virtual std::shared_ptr<Windows> windows() = 0;
+    /// Lets the main thread and the pages run until `done`; false if that takes too long.
+    virtual bool runUntil(const std::function<bool()>& done) = 0;
+    /// The address of a page that does `deeds`, of a host that is not the loopback address by name.
+    virtual std::string serve(const std::string& path, const std::vector<Deed>& deeds) = 0;
+    /// The same as a document for `loadHtml`.
+    virtual std::string document(const std::vector<Deed>& deeds) = 0;
+    /// The address of a server that is gone.
+    virtual std::string nowhere() = 0;
+    /// What the top-most scene shows: "working", "page", "failed"; "nothing" when there is none.
+    virtual std::string shown() = 0;
+    /// The person presses the scene's buttons: the one that closes it, and the one of a page that has failed.
+    virtual void pressClose() = 0;
+    virtual void pressBack() = 0;
+    /// Ends the process that runs the page.
+    virtual void endPageProcess() = 0;
+};
+
+/// One with a real web view.
+class WebViewDriver : public WindowsDriver {
+public:
+    virtual std::string serveHtml(const std::string& path, const std::string& html) = 0;
+    virtual std::string serveRedirect(const std::string& path, const std::string& location, int status = 302) = 0;
+    /// Over TLS, from a server of its own, for which the authority vouches that the application gave.
+    virtual std::string serveSecurely(const std::string& html) = 0;
+    /// The requests to the latest server of that kind, head and body.
+    virtual std::vector<std::string> secureRequests() = 0;
+    /// What the bar says: "HOST, SECURITY".
+    virtual std::string bar() = 0;
+    /// The person presses a key: "Return", "space" or "Escape".
+    virtual void pressKey(const std::string& key) = 0;
+};
+
+/// The screen that covers all others.
+inline std::shared_ptr<ViewController> topMost(const Windows& windows) {
+    auto found = windows.keyWindow()->rootViewController();
+    while (auto above = found->presentedViewController()) found = above;
+    return found;
+}
+
+template <class Driver>
+class ConformanceWith : public testing::TestWithParam<std::unique_ptr<Driver> (*)()> {
+protected:
+    std::unique_ptr<LoggedScene> presented() const {
+        auto made = std::make_unique<LoggedScene>(*driver->windows());
+        topMost(*driver->windows())->present(made->scene, true);
+        return made;
+    }
+    bool becomes(const std::string& shown) const {
+        return driver->runUntil([&] { return driver->shown() == shown; });
+    }
+
+    using Kind = Deed::Kind;
+
+    const std::unique_ptr<Driver> driver = this->GetParam()();
+};
+
+inline const std::string pageEnd = "http://127.0.0.1/?g1=a%20b&z2=%C3%A9+";
+
+class WindowsConformance : public ConformanceWith<WindowsDriver> {};
+
+TEST_P(WindowsConformance, PresentsASceneOnceAndTellsOfEachStep) {
+    const auto screen = topMost(*driver->windows());
+    EXPECT_FALSE(screen->presentedViewController());
+    const auto made = presented();
+    EXPECT_TRUE(becomes("working"));
+    EXPECT_TRUE(screen->presentedViewController());
+    screen->present(made->scene, true);
+    EXPECT_EQ(made->log->events, (std::vector<std::string>{"did load", "will appear", "did appear"}));
+
+    made->log->events.clear();
+    const auto view = made->scene->webView();
+    made->scene->dismiss(true);
+    made->scene->dismiss(true);
+    topMost(*driver->windows())->present(made->scene, true);
+    view->loadHtml(driver->document({{Kind::GO, pageEnd}}));
+    EXPECT_EQ(driver->shown(), "nothing");
+    EXPECT_EQ(made->log->events, (std::vector<std::string>{"will disappear", "did disappear"}));
+    EXPECT_EQ(made->scene->webView(), nullptr);
+    EXPECT_FALSE(topMost(*driver->windows())->presentedViewController());
+}
+
+TEST_P(WindowsConformance, TakesASceneAwayThatNobodyHolds) {
+    auto scene = driver->windows()->makeScene();
+    topMost(*driver->windows())->present(scene, true);
+    EXPECT_TRUE(becomes("working"));
+    scene.reset();
+    EXPECT_EQ(driver->shown(), "nothing");
+}
+
+TEST_P(WindowsConformance, ShowsAPageAndRunsADocumentOutOfSight) {
+    const auto made = presented();
+    made->runHidden(driver->document({{Kind::GO, pageEnd}}));
+    EXPECT_TRUE(driver->runUntil([&] { return !made->log->ends.empty(); }));
+    EXPECT_EQ(driver->shown(), "working");
+    made->show(driver->serve("/challenge", {}));
+    EXPECT_EQ(driver->shown(), "working");
+    EXPECT_TRUE(becomes("page"));
+    made->scene->webView()->setHidden(true);
+    EXPECT_EQ(driver->shown(), "working");
+    made->show(driver->nowhere());
+    EXPECT_TRUE(becomes("failed"));
+}
+
+TEST_P(WindowsConformance, OffersEachNavigationOnce) {
+    const auto made = presented();
+    const auto framed = driver->serve("/framed", {{Kind::FRAME, pageEnd}});
+    const auto second = driver->serve("/second", {{Kind::FRAME, framed}});
+    const auto first = driver->serve("/first", {{Kind::GO, second}});
+    made->show(first);
+    EXPECT_TRUE(driver->runUntil([&] { return !made->log->ends.empty(); }));
+    const auto last = driver->serve("/last", {});
+    made->show(last);
+    EXPECT_TRUE(becomes("page"));
+    EXPECT_EQ(made->log->urls, (std::vector<std::string>{first, second, framed, pageEnd, last}));
+}
+
+TEST_P(WindowsConformance, OffersNothingOfAPageOnceAnotherLoadHasBegun) {
+    for (const bool isHidden : {true, false}) {
+        for (const bool inside : {true, false}) {
+            SCOPED_TRACE(testing::Message() << (isHidden ? "hidden" : "shown") << (inside ? ", inside" : ""));
+            const auto made = presented();
+            const std::vector<Deed> deeds{{Kind::FRAMES_FOR_EVER, pageEnd}};
+            const auto next = driver->serve("/next", {{Kind::GO, driver->serve("/after", {})}});
+            bool hasBegun = false;
+            const auto begin = [&] {
+                made->log->onLoad = nullptr;
+                made->log->urls.clear();
+                hasBegun = true;
+                made->show(next);
+            };
+            if (inside) {
+                made->log->onLoad = [&](const std::string&) {
+                    if (made->log->ends.size() >= 5) begin();
+                };
+            }
+            isHidden ? made->runHidden(driver->document(deeds)) : made->show(driver->serve("/restless", deeds));
+            ASSERT_TRUE(driver->runUntil([&] { return inside ? hasBegun : made->log->ends.size() >= 5; }));
+            if (!inside) begin();
+            const auto after = driver->serve("/after", {});
+            EXPECT_TRUE(driver->runUntil([&] { return made->log->urls.size() >= 2 && driver->shown() == "page"; }));
+            EXPECT_EQ(made->log->urls, (std::vector<std::string>{next, after}));
+        }
+    }
+}
+
+TEST_P(WindowsConformance, MayBeDismissedWhereANavigationIsOffered) {
+    const auto made = presented();
+    made->log->onLoad = [&](const std::string& url) {
+        if (url == pageEnd) made->scene->dismiss(true);
+    };
+    made->runHidden(driver->document({{Kind::FRAMES_FOR_EVER, pageEnd}}));
+    EXPECT_TRUE(becomes("nothing"));
+    EXPECT_EQ(made->log->ends.size(), 1U);
+}
+
+TEST_P(WindowsConformance, StaysWithThePageThatGoesWhereItMayNot) {
+    const auto made = presented();
+    const auto framed = driver->serve("/framed", {});
+    for (const std::string url : {"file:///etc/passwd", "mailto:a@b.example", "kavio-test:x"}) {
+        for (const auto kind : {Kind::GO, Kind::FRAME, Kind::OPEN}) {
+            SCOPED_TRACE(url + ", " + std::to_string(static_cast<int>(kind)));
+            made->log->urls.clear();
+            made->show(driver->serve("/page", {{kind, url}, {Kind::FRAME, framed}}));
+            EXPECT_TRUE(driver->runUntil([&] { return made->log->lastUrl() == framed && driver->shown() == "page"; }));
+            EXPECT_LE(std::count(made->log->urls.begin(), made->log->urls.end(), url), 1);
+        }
+    }
+}
+
+TEST_P(WindowsConformance, AsksToBeClosedInEachStateAndStaysUntilItIs) {
+    for (const std::string state : {"working", "page", "failed"}) {
+        SCOPED_TRACE(state);
+        const auto made = presented();
+        if (state == "working") made->runHidden(driver->document({}));
+        if (state == "page") made->show(driver->serve("/page", {}));
+        if (state == "failed") made->show(driver->nowhere());
+        EXPECT_TRUE(becomes(state));
+        driver->pressClose();
+        EXPECT_TRUE(driver->runUntil([&] { return made->log->closes == 1; }));
+        EXPECT_EQ(driver->shown(), state);
+        made->log->onClose = [&] { made->scene->dismiss(true); };
+        driver->pressClose();
+        EXPECT_TRUE(becomes("nothing"));
+        EXPECT_EQ(made->log->closes, 2);
+    }
+}
+
+TEST_P(WindowsConformance, OutlivesItsPageAndOffersToTryAgain) {
+    const auto made = presented();
+    const auto page = driver->serve("/page", {});
+    made->show(page);
+    EXPECT_TRUE(becomes("page"));
+    driver->endPageProcess();
+    EXPECT_TRUE(becomes("failed"));
+    driver->pressBack();
+    EXPECT_TRUE(becomes("page"));
+    EXPECT_EQ(made->log->urls, (std::vector<std::string>{page, page}));
+}
+
+TEST_P(WindowsConformance, SaysWhenAPageCannotBeLoadedAndOffersAWayBack) {
+    const auto made = presented();
+    const auto nowhere = driver->nowhere();
+    made->show(nowhere);
+    EXPECT_TRUE(becomes("failed"));
+    driver->pressBack();
+    EXPECT_TRUE(driver->runUntil([&] { return made->log->urls.size() == 2 && driver->shown() == "failed"; }));
+
+    const auto page = driver->serve("/page", {{Kind::GO, nowhere}});
+    made->show(page);
+    EXPECT_TRUE(becomes("failed"));
+    driver->pressBack();
+    EXPECT_TRUE(becomes("page"));
+    EXPECT_EQ(made->log->urls, (std::vector<std::string>{nowhere, nowhere, page, nowhere}));
+}
+
+TEST_P(WindowsConformance, KeepsTwoScenesApart) {
+    const auto below = presented();
+    const auto page = driver->serve("/below", {});
+    below->show(page);
+    EXPECT_TRUE(becomes("page"));
+    const auto above = presented();
+    above->runHidden(driver->document({{Kind::GO, pageEnd}}));
+    EXPECT_TRUE(driver->runUntil([&] { return !above->log->ends.empty(); }));
+    driver->pressClose();
+    EXPECT_TRUE(driver->runUntil([&] { return above->log->closes == 1; }));
+    above->scene->dismiss(true);
+    EXPECT_EQ(driver->shown(), "page");
+    EXPECT_EQ(below->log->urls, std::vector<std::string>{page});
+    EXPECT_EQ(below->log->closes, 0);
+    EXPECT_EQ(below->log->events.back(), "did appear");
+}
+
+class WebViewConformance : public ConformanceWith<WebViewDriver> {
+protected:
+    bool ends(const LoggedScene& made) const {
+        return driver->runUntil([&] { return !made.log->ends.empty(); });
+    }
+};
+
+TEST_P(WebViewConformance, OffersEachWayToTheEndOfAPageOnce) {
+    const std::string form =
+        "method=post action='" + pageEnd + "'><input name=x></form><script>document.forms[0].submit()</script>";
+    const auto redirect = driver->serveRedirect("/end", pageEnd);
+    const auto chain = driver->serveRedirect("/chain", redirect);
+    const auto formPage = driver->serveHtml("/form", "<form " + form);
+    const auto made = presented();
+    for (const auto& [name, html] : std::vector<std::pair<const char*, std::string>>{
+             {"a script", "<script>location='" + pageEnd + "'</script>"},
+             {"a refresh", "<meta http-equiv=refresh content=\"0;url=" + pageEnd + "\">"},
+             {"a redirect", "<script>location='" + redirect + "'</script>"},
+             {"a chain of redirects", "<script>location='" + chain + "'</script>"},
+             {"a form", "<form " + form},
+             {"a frame", "<iframe src='" + pageEnd + "'></iframe>"},
+             {"a form in a frame", "<iframe src='" + formPage + "'></iframe>"},
+             {"a form into a frame", "<iframe name=f></iframe><form target=f " + form},
+             {"a redirect in a frame", "<iframe src='" + chain + "'></iframe>"},
+         }) {
+        for (const bool isHidden : {true, false}) {
+            SCOPED_TRACE(testing::Message() << name << (isHidden ? "" : ", shown"));
+            made->log->ends.clear();
+            isHidden ? made->runHidden(html) : made->show(driver->serveHtml("/page", html));
+            EXPECT_TRUE(ends(*made)) << testing::PrintToString(made->log->urls);
+            EXPECT_NE(driver->shown(), "failed");
+            EXPECT_EQ(made->log->ends, std::vector<std::string>{pageEnd});
+        }
+    }
+}
+
+inline const std::string finish = "<script>const finish = more => location = 'http://127.0.0.1/?' + more</script>";
+
+// Says so with a navigation of its own.
+inline const std::string loaded = "<script>onload = () => setTimeout(() => location = '#loaded', 50)</script>";
+
+TEST_P(WebViewConformance, RunsAPageOutOfSightAsIfItWereSeen) {
+    const auto made = presented();
+    const auto framed = driver->serveHtml("/framed", "framed");
+    for (const std::string page : {
+             "<script>requestAnimationFrame(() => requestAnimationFrame(finish))</script>",
+             "<p>x<script>new IntersectionObserver(seen => seen[0].isIntersecting && finish())"
+             ".observe(document.querySelector('p'))</script>",
+             "<style>@keyframes k { to { opacity: 0.5 } } p { animation: k 50ms }</style><p "
+             "onanimationend='finish()'>x",
+             "<iframe loading=lazy onload='finish()' src='FRAMED'></iframe>",
+             "<script>let n = 0; (function count() { ++n < 100 ? setTimeout(count) : finish() })()</script>",
+         }) {
+        SCOPED_TRACE(page);
+        auto html = finish + page;
+        if (const auto at = html.find("FRAMED"); at != std::string::npos) html.replace(at, 6, framed);
+        made->log->ends.clear();
+        made->runHidden(html);
+        EXPECT_TRUE(ends(*made));
+        EXPECT_EQ(driver->shown(), "working");
+    }
+}
+
+TEST_P(WebViewConformance, IsSeenByTheFirstScript) {
+    const std::string html = finish + "<script>finish(document.hidden + document.visibilityState)</script>";
+    const auto page = driver->serveHtml("/page", html);
+    for (int i = 0; i < 6; ++i) {
+        const LoggedScene made(*driver->windows());
+        made.log->onReady = [&] { i % 2 == 0 ? made.show(page) : made.runHidden(html); };
+        topMost(*driver->windows())->present(made.scene, true);
+        EXPECT_TRUE(ends(made));
+        EXPECT_EQ(made.log->ends.back(), "http://127.0.0.1/?falsevisible");
+    }
+}
+
+TEST_P(WebViewConformance, CallsSecureOnlyWhatCameSecurelyAsAWhole) {
+    const auto framed = driver->serveHtml("/framed", "framed");
+    const auto redirect = driver->serveRedirect("/redirect", framed);
+    const std::string secure = ", Secure connection";
+    const std::string insecure = ", The connection is not secure";
+    const auto inner = driver->serveSecurely("<iframe src='" + framed + "'></iframe>");
+    for (const auto& [html, expected] : std::vector<std::pair<std::string, std::string>>{
+             {"<p>page", secure},
+             {"<script src='" + framed + "'></script>", secure},  // which does not run
+             {"<iframe src='" + framed + "'></iframe>", insecure},
+             {"<iframe src='" + inner + "'></iframe>", insecure},
+             {"<img src='" + framed + "'>", insecure},
+             {"<iframe name=f></iframe><form target=f method=post action='" + framed +
+                  "'></form><script>document.forms[0].submit()</script>",
+              insecure},
+         }) {
+        SCOPED_TRACE(html);
+        const auto made = presented();
+        const auto page = driver->serveSecurely(html + loaded);
+        made->show(page);
+        EXPECT_TRUE(driver->runUntil([&] { return made->log->lastUrl() == page + "#loaded"; }));
+        EXPECT_EQ(driver->bar().substr(driver->bar().find(',')), expected);
+        made->show(driver->serveSecurely("<p>the next one"));
+        EXPECT_TRUE(becomes("page"));
+        EXPECT_EQ(driver->bar().substr(driver->bar().find(',')), secure);
+    }
+}
+
+TEST_P(WebViewConformance, EndsASecurePageInAFrame) {
+    for (const auto& location : {pageEnd, driver->serveRedirect("/end", pageEnd)}) {
+        const auto made = presented();
+        made->show(driver->serveSecurely("<iframe src='" + location + "'></iframe>"));
+        EXPECT_TRUE(ends(*made));
+        EXPECT_EQ(driver->shown(), "working") << "and not as insecure";
+    }
+}
+
+TEST_P(WebViewConformance, HoldsNoPageUp) {
+    for (const std::string script : {
+             "alert('a'); confirm('b'); prompt('c'); print(); finish()",
+             "onbeforeunload = () => 'stay'; finish()",
+             "Notification.requestPermission(); navigator.geolocation.getCurrentPosition(() => 0); finish()",
+             "document.documentElement.requestFullscreen?.(); finish()",
+             "const a = document.createElement('a'); a.href = 'data:application/x-kavio-test,x'; a.download = 'x'; "
+             "a.click(); "
+             "setTimeout(finish, 100)",
+         }) {
+        SCOPED_TRACE(script);
+        const auto made = presented();
+        made->show(driver->serveHtml("/page", finish + "<script>onload = () => { " + script + " }</script>"));
+        EXPECT_TRUE(ends(*made));
+    }
+}
+
+TEST_P(WebViewConformance, DoesNothingForAKeyButTheOneThatCloses) {
+    for (const std::string state : {"working", "failed"}) {
+        SCOPED_TRACE(state);
+        const auto made = presented();
+        state == "working" ? made->runHidden("<p>goes on for ever") : made->show(driver->nowhere());
+        EXPECT_TRUE(becomes(state));
+        const auto urls = made->log->urls;
+        for (const auto* key : {"Return", "space", "KP_Enter"}) driver->pressKey(key);
+        EXPECT_EQ(made->log->closes, 0);
+        driver->pressKey("Escape");
+        EXPECT_TRUE(driver->runUntil([&] { return made->log->closes > 0; }));
+        EXPECT_EQ(made->log->closes, 1);
+        EXPECT_EQ(made->log->urls, urls);
+        EXPECT_EQ(driver->shown(), state);
+    }
+}
+
+TEST_P(WebViewConformance, KeepsNothingFromSceneToScene) {
+    const auto page = driver->serveSecurely("<script>document.cookie = 'kavio=1'</script>" + loaded);
+    for (int i = 0; i < 2; ++i) {
+        const auto made = presented();
+        for (int j = 0; j < 2; ++j) {
+            const auto url = page + std::to_string(j);
+            made->show(url);
+            EXPECT_TRUE(driver->runUntil([&] { return made->log->lastUrl() == url + "#loaded"; }));
+        }
+    }
+    std::vector<bool> hasCookie;
+    for (const auto& request : driver->secureRequests())
+        hasCookie.push_back(request.find("kavio=1") != std::string::npos);
+    EXPECT_EQ(hasCookie, (std::vector<bool>{false, true, false, true}));
+}
+
+TEST_P(WebViewConformance, SendsAFormWholeToAServerOfTheApplicationsOwnAuthorities) {
+    const auto form = [](const std::string& action, const std::string& more) {
+        return "<form method=post " + more + " action='" + action +
+               "'><input name=x value=1></form><script>document.forms[0].submit()</script>";
+    };
+    for (const std::string way : {"itself", "a frame", "a redirect"}) {
+        SCOPED_TRACE(way);
+        const auto made = presented();
+        const auto target = driver->serveSecurely("<p>arrived" + finish + "<script>finish()</script>");
+        const auto action = way == "a redirect" ? driver->serveRedirect("/redirect", target, 307) : target;
+        made->show(driver->serveHtml(
+            "/form", way == "a frame" ? "<iframe name=f></iframe>" + form(action, "target=f") : form(action, "")));
+        EXPECT_TRUE(ends(*made));
+        ASSERT_EQ(driver->secureRequests().size(), 1U);
+        EXPECT_THAT(driver->secureRequests().front(),
+                    testing::AllOf(testing::StartsWith("POST / "), testing::EndsWith("x=1")));
+    }
+}
+
+}  // namespace kavio::test
