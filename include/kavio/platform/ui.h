@@ -14,16 +14,28 @@ namespace kavio {
 /// A view that runs web pages: the card issuer's, and whatever those lead to. None of them is trusted.
 ///
 /// - A page may run scripts, submit forms, navigate and load frames. Each navigation is offered to the scene's observer
-///   before it starts, even one that a frame of a secure page makes to "http://127.0.0.1", which ends the page.
-/// - Only http, https, about, data and blob addresses are followed: no file is read, no other program is started.
-/// - Nothing outlives the scene: no cookie, cache entry or other data is kept, and nothing is downloaded.
-/// - An invalid certificate fails the page, and nobody is asked whether to go on.
-/// - There is no window but the scene's: what the person opens in a new one opens in the view itself, and what a script
-///   opens is offered to the observer and goes no further.
+///   before it starts, even one that a frame of a secure page makes to "http://127.0.0.1", which ends the page. None is
+///   held up by that.
+/// - A navigation belongs to the load that brought its page. As soon as `loadHtml` or `loadUrl` is called, or the scene
+///   is dismissed, even inside `onRedirect`, nothing of the page before is offered, followed or shown any more: it
+///   might go to the loopback address late or again and again, and that would end the next page.
+/// - Every page runs and paints as one that is seen, also while it is hidden or under way: its document is visible from
+///   the first script on, and animations, timers and lazy content go on. But the person, the keyboard and screen
+///   readers get at it only once it is shown.
+/// - Only http, https, about, data and blob addresses are followed: no file is read, no other program is started. The
+///   page that went elsewhere stays.
+/// - Nothing outlives the scene: no cookie, cache entry or other data is kept, nothing is downloaded, and no script
+///   runs.
+/// - An invalid certificate fails the page, and nobody is asked whether to go on. Where the application has named
+///   authorities of its own, a server that they vouch for is reached like any other, with the first form sent to it,
+///   too.
+/// - There is no window but the scene's: what the person opens in a new one opens in the view itself. What a script
+///   opens goes no further, and is offered if it came from a press of the person's.
 /// - There are no dialogs, whether for a script, a file or a password, and none holds the page up. No permission is
 ///   granted, for example for the camera, microphone or position, and no page goes full screen by itself.
 /// - The bar names the page that is there, never one that is still on its way: its host in ASCII, and whether the
-///   connection is secure.
+///   connection is secure, which it is if the page and all that it shows came over https.
+/// - Nothing that acts has the focus while no page is shown: a key does nothing but what leaves the scene.
 /// - A page that crashes takes nothing with it: the scene stays, and offers to try again.
 class KAVIO_API WebView {
 public:
@@ -53,9 +65,9 @@ public:
 class KAVIO_API TDSecureSceneDelegate {
 public:
     virtual ~TDSecureSceneDelegate() = default;
-    /// A navigation is about to start: of the page, of a frame in it or into a new window, including the first load and
-    /// each redirect. Called once for each, before its request goes out. The URL is absent where the platform does not
-    /// know it.
+    /// A navigation of the page last loaded is about to start: of the page, of a frame in it or into a new window,
+    /// including the first load and each redirect. Called once for each, before its request goes out. The URL is absent
+    /// where the platform does not know it.
     virtual void onRedirect(const std::optional<std::string>& url) = 0;
     /// The person wants to leave, by the scene's close button or whatever else the device has for that. The scene stays
     /// until it is dismissed.
