@@ -373,18 +373,22 @@ TEST_P(WebViewConformance, EndsASecurePageInAFrame) {
 }
 
 TEST_P(WebViewConformance, HoldsNoPageUp) {
-    for (const std::string script : {
-             "alert('a'); confirm('b'); prompt('c'); print(); finish()",
-             "onbeforeunload = () => 'stay'; finish()",
-             "Notification.requestPermission(); navigator.geolocation.getCurrentPosition(() => 0); finish()",
-             "document.documentElement.requestFullscreen?.(); finish()",
-             "const a = document.createElement('a'); a.href = 'data:application/x-kavio-test,x'; a.download = 'x'; "
-             "a.click(); "
-             "setTimeout(finish, 100)",
+    const std::string download =
+        "const a = document.createElement('a'); a.href = 'data:application/x-kavio-test,x'; a.download = 'x'; "
+        "a.click(); setTimeout(finish, 100)";
+    for (const std::string& script : {
+             std::string("alert('a'); confirm('b'); prompt('c'); print(); finish()"),
+             std::string("onbeforeunload = () => 'stay'; finish()"),
+             std::string(
+                 "Notification.requestPermission(); navigator.geolocation.getCurrentPosition(finish); finish()"),
+             std::string("document.documentElement.requestFullscreen?.(); finish()"),
+             download,
          }) {
         SCOPED_TRACE(script);
         const auto made = presented();
-        made->show(driver->serveHtml("/page", finish + "<script>onload = () => { " + script + " }</script>"));
+        auto html = finish;
+        html.append("<script>onload = () => { ").append(script).append(" }</script>");
+        made->show(driver->serveHtml("/page", html));
         EXPECT_TRUE(ends(*made));
     }
 }
