@@ -1,5 +1,6 @@
 #include "issuer.h"
 
+#include "gallery.h"
 #include "pages.h"
 #include "service.h"
 
@@ -17,6 +18,7 @@ struct PageRequest {
     World& world;
     const httplib::Request& request;
     Enrolment& enrolment;
+    std::string part;  // what follows the transaction in the path
 };
 
 Reply htmlReply(std::string html, int status = 200) {
@@ -80,9 +82,50 @@ void checkFingerprintRequest(const PageRequest& page) {
         throw Refusal(400, "threeDSMethodData does not belong to this transaction");
 }
 
+/// Where the issuer's visible pages are, by one of this machine's names.
+std::string placeOf(const World& world, std::string_view host, std::string_view scheme) {
+    return fmt::format("{}://{}:{}{}", scheme, host, world.issuerPort, issuerPath);
+}
+
+/// The start of the addresses of a gallery page's replies.
+std::string galleryPlace(const World& world, const Enrolment& enrolment, std::string_view host,
+                         std::string_view scheme) {
+    return fmt::format("{}gallery/{}/", placeOf(world, host, scheme), enrolment.id);
+}
+
+Reply gallery(const PageRequest& page) {
+    auto& enrolment = page.enrolment;
+    if (enrolment.page == nullptr) throw Refusal(404, "There is no such page.");
+    const auto name = page.part.empty() ? "page" : page.part;
+    auto& visits = enrolment.visits[name];
+    auto reply = galleryReply(*enrolment.page, name, visits, page.request);
+    ++visits;
+
+    const auto place = [&](std::string_view host) {
+        return galleryPlace(page.world, enrolment, host, page.world.issuerScheme);
+    };
+    const Values places{{"@issuer@", place(enrolment.page->host)},
+                        {"@scheme@", place(schemeHost)},
+                        {"@bank@", place(bankHost)},
+                        {"@plain@", galleryPlace(page.world, enrolment, enrolment.page->host, "http")}};
+    const auto fill = [&](std::string& text) {
+        text = filledPage(text, places);
+        if (text.find("@end@") == std::string::npos) return;
+        const auto& refusal = enrolment.page->refusal;
+        const auto end =
+            refusal.empty() ? endOf(enrolment, pageSucceeded, "Cardholder recognised") : endOf(enrolment, "1", refusal);
+        text = filled(text, {{"@end@", end}});
+    };
+    fill(reply.body);
+    for (auto& [header, value] : reply.headers) fill(value);
+    if (reply.headers.contains("Content-Encoding")) reply.body = gzipped(reply.body);
+    return reply;
+}
+
 Reply fingerprint(const PageRequest& page) {
     if (page.request.method != "POST") throw Refusal(405, "only POST is allowed here");
     checkFingerprintRequest(page);
+    if (page.enrolment.page != nullptr) return gallery(page);
     return htmlReply(fingerprintHtml(endOf(page.enrolment, pageSucceeded, "Device recognised")));
 }
 
@@ -121,7 +164,8 @@ struct Page {
     std::string_view name;
     Reply (*reply)(const PageRequest&);
 };
-constexpr Page pages[]{{"fingerprint/", fingerprint}, {"challenge/", challenge}, {"frame/", frame}};
+constexpr Page pages[]{
+    {"fingerprint/", fingerprint}, {"challenge/", challenge}, {"frame/", frame}, {"gallery/", gallery}};
 
 }  // namespace
 
@@ -130,9 +174,12 @@ std::string fingerprintUrl(const std::string& id) {
 }
 
 std::string challengeUrl(const World& world, const Enrolment& enrolment) {
-    const std::string nobodyListens = "http://localhost:1";
-    const auto& base = enrolment.course == Course::challengeCannotLoad ? nobodyListens : world.challengeBase;
-    return fmt::format("{}{}challenge/{}", base, issuerPath, enrolment.id);
+    if (enrolment.page != nullptr) return galleryPlace(world, enrolment, enrolment.page->host, world.issuerScheme);
+    // Not 127.0.0.1: the library takes an address that begins like that for the end of a page.
+    const auto place = enrolment.course == Course::challengeCannotLoad
+                           ? fmt::format("http://localhost:1{}", issuerPath)  // where nobody listens
+                           : placeOf(world, "localhost", world.issuerScheme);
+    return fmt::format("{}challenge/{}", place, enrolment.id);
 }
 
 Reply issuerPage(World& world, const httplib::Request& request) {
@@ -140,10 +187,14 @@ Reply issuerPage(World& world, const httplib::Request& request) {
     try {
         for (const auto& page : pages) {
             if (!path.starts_with(page.name)) continue;
-            const auto enrolment = world.enrolments.find(std::string(path.substr(page.name.size())));
-            if (enrolment == world.enrolments.end() || enrolment->second.ended)
+            const auto rest = path.substr(page.name.size());
+            const auto id = rest.substr(0, rest.find('/'));
+            const auto found = world.enrolments.find(std::string(id));
+            // A page of the gallery may be asked for again after one of its replies has named the end.
+            if (found == world.enrolments.end() || (found->second.ended && found->second.page == nullptr))
                 throw Refusal(404, "This page has ended.");
-            return page.reply({world, request, enrolment->second});
+            const auto part = id.size() < rest.size() ? rest.substr(id.size() + 1) : "";
+            return page.reply({world, request, found->second, std::string(part)});
         }
         throw Refusal(404, "There is no such page.");
     } catch (const Refusal& refusal) {

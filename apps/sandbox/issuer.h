@@ -18,8 +18,8 @@ inline constexpr std::string_view pageSucceeded = "0";
 std::string fingerprintUrl(const std::string& id);
 std::string challengeUrl(const World& world, const Enrolment& enrolment);
 
-/// The card issuer's pages: "/acs/fingerprint/ID", which the library itself asks for, "/acs/challenge/ID" and
-/// "/acs/frame/ID", which a web view shows.
+/// The card issuer's pages: "/acs/fingerprint/ID", which the library itself asks for, "/acs/challenge/ID",
+/// "/acs/frame/ID" and "/acs/gallery/ID/REPLY", which a web view shows.
 Reply issuerPage(World& world, const httplib::Request& request);
 
 }  // namespace kavio::sandbox

@@ -1,19 +1,9 @@
 #include "pages.h"
 
-#include <string_view>
-#include <utility>
-#include <vector>
-
 namespace kavio::sandbox {
 namespace {
 
-constexpr std::string_view frameOfAll = R"(<!DOCTYPE html>
-<html lang="en">
-<head>
-<meta charset="utf-8">
-<meta name="viewport" content="width=device-width, initial-scale=1">
-<title>Kavio Test Bank</title>
-<style>
+constexpr std::string_view style = R"(
 :root { color-scheme: light dark; --back: #eef1f6; --card: #fff; --ink: #1b2430; --soft: #5c6878; --line: #c5ccd8;
         --main: #0b5cad; --on-main: #fff; --bad: #b3261e; }
 @media (prefers-color-scheme: dark) {
@@ -41,10 +31,16 @@ iframe { width: 100%; border: 1px solid var(--line); border-radius: .6rem; }
        border-radius: 50%; animation: turn 1s linear infinite; }
 @keyframes turn { to { transform: rotate(1turn); } }
 @media (prefers-reduced-motion: reduce) { .dot { animation: none; } }
-</style>
+)";
+
+constexpr std::string_view head = R"(<!DOCTYPE html>
+<html lang="en">
+<head>
+<meta charset="utf-8">
+<meta name="viewport" content="width=device-width, initial-scale=1">
+<title>Kavio Test Bank</title>
+<style>@style@</style>
 </head>
-<body><main>@content@</main></body>
-</html>
 )";
 
 constexpr std::string_view challengeContent = R"(
@@ -75,7 +71,13 @@ constexpr std::string_view fingerprintDocument = R"(<!DOCTYPE html>
 </html>
 )";
 
-using Values = std::vector<std::pair<std::string_view, std::string>>;
+std::string escaped(const std::string& text) { return filled(text, {{"&", "&amp;"}, {"<", "&lt;"}, {"\"", "&quot;"}}); }
+
+std::string page(const std::string& content) {
+    return filledPage("@head@<body><main>" + content + "</main></body>\n</html>\n", {});
+}
+
+}  // namespace
 
 std::string filled(std::string_view page, const Values& values) {
     std::string text(page);
@@ -85,11 +87,9 @@ std::string filled(std::string_view page, const Values& values) {
     return text;
 }
 
-std::string escaped(const std::string& text) { return filled(text, {{"&", "&amp;"}, {"<", "&lt;"}, {"\"", "&quot;"}}); }
-
-std::string page(const std::string& content) { return filled(frameOfAll, {{"@content@", content}}); }
-
-}  // namespace
+std::string filledPage(std::string_view page, const Values& values) {
+    return filled(filled(filled(page, {{"@head@", std::string(head)}}), {{"@style@", std::string(style)}}), values);
+}
 
 std::string fingerprintHtml(const std::string& end) { return filled(fingerprintDocument, {{"@end@", end}}); }
 

@@ -1,8 +1,17 @@
 #pragma once
 
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace kavio::sandbox {
+
+/// What to put in the place of names such as "@end@".
+using Values = std::vector<std::pair<std::string_view, std::string>>;
+std::string filled(std::string_view text, const Values& values);
+/// Besides the values, "@head@" is the start of each of the bank's pages, and "@style@" its style alone.
+std::string filledPage(std::string_view page, const Values& values);
 
 /// A document with nothing to see, which reports the device and then navigates to `end`.
 std::string fingerprintHtml(const std::string& end);

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <map>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -15,6 +16,8 @@ struct Reply {
     std::string type = "application/json";
     std::map<std::string, std::string> headers = {};
     std::chrono::milliseconds delay{0};
+    std::optional<std::chrono::milliseconds> drip = {};  // sends the body in pieces, with this pause before each
+    bool isLost = false;                                 // closes the connection instead; only over TLS
 };
 
 /// Anything that is not UTF-8, which can only come from the request, is replaced by U+FFFD.

@@ -1,6 +1,7 @@
 #include "sandbox.h"
 
 #include "authority.h"
+#include "gallery.h"
 #include "issuer.h"
 #include "listener.h"
 #include "parameters.h"
@@ -26,6 +27,9 @@ const std::vector<std::string> serverNames{"api.kavio.example",
                                            "api-il.kavio.example",
                                            "api-de.kavio.example",
                                            "acs.kavio.example",
+                                           std::string(schemeHost),
+                                           std::string(bankHost),
+                                           std::string(longHost),
                                            "localhost",
                                            "127.0.0.1"};
 
@@ -68,10 +72,25 @@ Request recordOf(const httplib::Request& request) {
     return record;
 }
 
-void send(const Reply& reply, httplib::Response& response) {
+/// Sends the body as it is, in a few pieces with a pause before each.
+void drip(Listener& from, const Reply& reply, httplib::Response& response) {
+    constexpr std::size_t pieces = 10;
+    response.set_content_provider(
+        reply.body.size(), reply.type.c_str(),
+        [&from, body = reply.body, pause = *reply.drip](std::size_t offset, std::size_t, httplib::DataSink& sink) {
+            const auto piece = std::string_view(body).substr(offset, body.size() / pieces + 1);
+            return from.pause(pause) && sink.write(piece.data(), piece.size());
+        });
+}
+
+void send(Listener& from, const Reply& reply, httplib::Response& response) {
     response.status = reply.status;
     for (const auto& [name, value] : reply.headers) response.set_header(name, value);
-    if (!response.content_provider_) response.set_content(reply.body, reply.type);
+    if (response.content_provider_) return;  // a fault's
+    if (reply.drip)
+        drip(from, reply, response);
+    else
+        response.set_content(reply.body, reply.type);
 }
 
 /// Announces more bytes than it sends and then fails, so that the server closes the connection.
@@ -206,29 +225,28 @@ void Sandbox::Parts::listen() {
     listener.emplace(&identity, world.options.port, world.options.idleLimit,
                      [this](auto& from, const auto& request, auto& response) { serve(from, request, response); });
     const std::lock_guard lock(mutex);
-    // Not 127.0.0.1: the library takes an address that begins like that for the end of a page.
-    world.challengeBase = issuerListener ? fmt::format("http://localhost:{}", issuerListener->port())
-                                         : fmt::format("https://localhost:{}", listener->port());
+    world.issuerScheme = issuerListener ? "http" : "https";
+    world.issuerPort = (issuerListener ? issuerListener : listener)->port();
 }
 
 void Sandbox::Parts::serve(Listener& from, const httplib::Request& request, httplib::Response& response) {
-    if (request.path.starts_with(controlPath)) return send(control(sandbox, request), response);
+    if (request.path.starts_with(controlPath)) return send(from, control(sandbox, request), response);
     record(request);
     const bool isApi = request.path.starts_with(basePath);
     const auto fault = faults.take(request.method, isApi ? request.path.substr(basePath.size()) : request.path);
     const bool replaced = fault && (fault->status || fault->body || fault->drop);
     Reply reply;
     if (!replaced || fault->handled) reply = answer(request);
-    if (!from.pause(reply.delay)) Listener::drop(request);
+    if (!from.pause(reply.delay) || reply.isLost) Listener::drop(request);
     if (fault) spoil(*fault, from, request, reply, response);
-    send(reply, response);
+    send(from, reply, response);
 }
 
 void Sandbox::Parts::serveIssuerPage(Listener& from, const httplib::Request& request, httplib::Response& response) {
     record(request);
     const auto reply = request.path.starts_with(issuerPath) ? answer(request) : Reply{.status = 404};
     from.pause(reply.delay);
-    send(reply, response);
+    send(from, reply, response);
 }
 
 void Sandbox::Parts::record(const httplib::Request& request) {

@@ -1,3 +1,4 @@
+#include "gallery.h"
 #include "issuer.h"
 #include "service.h"
 
@@ -37,6 +38,7 @@ constexpr std::array testCards{
 
 /// The course of a test card; any other card is stored immediately.
 Course courseOf(std::string_view cardNumber) {
+    if (galleryPage(cardNumber) != nullptr) return Course::gallery;
     const auto* const found = std::ranges::find(testCards, cardNumber, &TestCard::number);
     return found == testCards.end() ? Course::frictionless : found->course;
 }
@@ -98,6 +100,7 @@ nlohmann::json addCard(Call& call) {
     enrolment.accountNumber = call.account->number;
     enrolment.card = card;
     enrolment.course = courseOf(card.number);
+    enrolment.page = galleryPage(card.number);
     enrolment.token = randomText();
     switch (enrolment.course) {
         case Course::frictionless:
@@ -116,6 +119,9 @@ nlohmann::json addCard(Call& call) {
         case Course::challengeIsSlow:
         case Course::challengeCannotLoad:
             return askForChallenge(call.world, enrolment);
+        case Course::gallery:
+            return enrolment.page->flow == Flow::fingerprint ? askForFingerprint(call.world, enrolment)
+                                                             : askForChallenge(call.world, enrolment);
         case Course::addCardFails:
             return {{"type", AddKind::error}, {"message", "the card's bank cannot be reached"}};
         case Course::addCardUnknown:

@@ -32,10 +32,13 @@ enum class Course {
     fingerprintIsNoUrl,
     locatorFails,
     locatorUnknown,
+    gallery,
 };
 
 /// A 3-D Secure reply's kind, as clients send it back.
 enum class Flow { fingerprint = 2, challenge = 3 };
+
+struct GalleryPage;
 
 /// A card between the request to add it and the reply with its locator.
 struct Enrolment {
@@ -46,6 +49,8 @@ struct Enrolment {
     Flow flow = Flow::challenge;
     std::string token;  // what the current page hands to the client
     int triesLeft = 3;
+    const GalleryPage* page = nullptr;          // on the course `gallery`
+    std::map<std::string, std::size_t> visits;  // to each of its replies
     // How the page ended.
     bool ended = false;
     std::string result;
@@ -132,7 +137,9 @@ struct World {
     std::map<std::string, Session> sessions;      // by token
     std::map<std::string, std::string> codes;     // by number
     std::map<std::string, Enrolment> enrolments;  // by transaction
-    std::string challengeBase;                    // scheme and host of the issuer's visible pages
+    // Where the issuer's visible pages are.
+    std::string issuerScheme;
+    std::uint16_t issuerPort = 0;
     nlohmann::json purchases = nlohmann::json::array();
 
     /// The clock by which orders progress and tokens expire.
