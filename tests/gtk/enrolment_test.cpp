@@ -1,9 +1,4 @@
-#include "gtk/gtk_world.h"
-#include "sandbox/sandbox.h"
-#include "support/recording_delegate.h"
-#include "util/shared_instance.h"
-
-#include <kavio/kavio.h>
+#include "gtk/enrolling.h"
 
 #include <gmock/gmock.h>
 
@@ -13,57 +8,19 @@
 namespace kavio::test {
 namespace {
 
-struct Service {
-    sandbox::Sandbox sandbox;
-};
-
-/// An application with a person signed in, against the sandbox over TLS.
-class EnrolmentTest : protected Service, public GtkHost {
+class EnrolmentTest : public Enrolling {
 protected:
-    EnrolmentTest() : GtkHost({sandbox.authorityFile(), sandbox.address()}) {
-        forgetSharedInstances();
-        kavio = std::make_unique<Kavio>(delegate, "key", Kavio::EnvironmentType::TEST);
-        kavio->login("49", "15000");
-        EXPECT_TRUE(until([this] { return reports().size() == 1; }));
-        kavio->verify("123456", "DE", "49", "15000");
-        EXPECT_TRUE(until([this] { return reports().size() == 2; }));
-        reports().clear();
-    }
-    ~EnrolmentTest() override {
-        kavio.reset();
-        forgetSharedInstances();
-    }
-
-    std::vector<Report>& reports() { return delegate->reports; }
-    void enrol(const std::string& number) {
-        kavio->addCreditCardTDSecure({.number = number, .month = 1, .year = 2039, .securityCode = 7},
-                                     {.name = "Robin", .email = "robin@kavio.example"});
-    }
     void enrolWith(const std::string& page) {
         server.servePage("/page", page);
         sandbox.fault("/account/locators/credorax/addCard",
                       {.status = 200, .body = R"({"type":3,"id":"I","url":")" + server.url("/page") + "\"}"});
         enrol("4000000000001042");
     }
-    /// Waits for the next report.
-    void expect(const Report& report) {
-        expected.push_back(report);
-        EXPECT_TRUE(until([this] { return reports().size() >= expected.size(); })) << shown();
-        EXPECT_EQ(reports(), expected);
-    }
     void close(bool byKey) { byKey ? press("Escape") : click("close"); }
-
-    std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>();
-    std::unique_ptr<Kavio> kavio;
-    std::vector<Report> expected;  // until now
 };
 
 const std::string acceptCode =
     "document.getElementById('code').value = '1234'; document.querySelector('[value=accept]').click()";
-const Report success{"onAddCreditCard", ResultType::SUCCESS};
-const Report canceled{"onAddCreditCard", ResultType::FAILURE, "canceled by user"};
-
-Report serverError(const std::string& message) { return {"onAddCreditCard", ResultType::SERVER_ERROR, message}; }
 
 TEST_F(EnrolmentTest, ReportsTheResultOfEachTestCardOnce) {
     const auto answer = [](const std::string& script) { return [script] { runInPage(script); }; };
