@@ -12,7 +12,7 @@ public:
         return done();
     }
     std::string serve(const std::string& path, const std::vector<Deed>& deeds) override {
-        const auto url = "http://issuer.example" + path;
+        auto url = "http://issuer.example" + path;
         mWindows->pages[url] = deeds;
         return url;
     }
