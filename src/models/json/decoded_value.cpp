@@ -11,8 +11,6 @@ namespace {
 
 using simdjson::dom::element_type;
 
-constexpr std::size_t mostElements = 1'000'000;
-
 // By `DecodedValue::Kind`.
 constexpr std::array<std::string_view, 6> kindNames{"null", "a boolean", "a number", "text", "an object", "an array"};
 

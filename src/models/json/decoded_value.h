@@ -74,9 +74,11 @@ private:
     Path mPath;
 };
 
-/// Walks the elements of an array. `DecodingError` for any other value, and for an array of more than a million
-/// elements: no list from the service is that long, and a hostile one's elements take many times the memory of
-/// their text.
+/// Of an array or an object. None from the service has that many, and those of a hostile one take many times the memory
+/// of their text.
+inline constexpr std::size_t mostElements = 1'000'000;
+
+/// Walks the elements of an array. `DecodingError` for any other value, and for an array of more than `mostElements`.
 class ArrayReader {
 public:
     explicit ArrayReader(const DecodedValue& array);

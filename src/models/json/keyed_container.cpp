@@ -3,42 +3,53 @@
 #include "models/json/decoding_error.h"
 #include "models/json/read_element.h"
 
-#include <algorithm>
-#include <bit>
+#include <utility>
 
 namespace kavio {
 
-KeyedContainer::KeyedContainer(const DecodedValue& value) : mDocument(value.element().document), mPath(value.path()) {
+namespace {
+
+simdjson::dom::object objectOf(const DecodedValue& value) {
     simdjson::dom::object object;
     if (domElement(value.element()).get_object().get(object) != simdjson::SUCCESS) value.refuse("an object");
+    if (object.size() > mostElements) value.refuse("an object of at most a million members");
+    return object;
+}
 
-    const auto memberAt = [](const simdjson::dom::object::iterator& position) {
-        const auto name = position.key();
-        return Member{name.data(), static_cast<std::uint32_t>(name.size()),
-                      static_cast<std::uint32_t>(fromDom(position.value()).index)};
-    };
+KnownShape& placeOfShape(const simdjson::dom::object& object) {
+    return knownShape(object.size(), object.size() == 0 ? std::string_view() : object.begin().key());
+}
 
+std::unique_ptr<ObjectShape> shapeOf(const simdjson::dom::object& object) {
+    std::vector<std::string_view> names;
+    for (const auto member : object) names.push_back(member.key);
+    return std::make_unique<ObjectShape>(names);
+}
+
+}  // namespace
+
+KeyedContainer::KeyedContainer(const DecodedValue& value)
+    : mDocument(value.element().document),
+      mPath(value.path()),
+      mShapePlace(placeOfShape(objectOf(value))),
+      mShape(std::move(mShapePlace.shape)) {
+    mShapePlace.isTaken = true;
+    const auto object = objectOf(value);
     const std::size_t size = object.size();
-    const auto slots = std::bit_ceil(std::max<std::size_t>(4 * size, 4));  // a collision costs more than space
-    if (slots > mSlots.size()) {
-        mSorted = std::make_unique<std::vector<Member>>();
-        for (auto position = object.begin(); position != object.end(); ++position)
-            mSorted->push_back(memberAt(position));
-        std::stable_sort(mSorted->begin(), mSorted->end(),
-                         [](const Member& a, const Member& b) { return a.name() < b.name(); });
-        return;
+    if (size > mFewIndices.size()) mManyIndices.resize(size);
+    mIndices = size > mFewIndices.size() ? std::span(mManyIndices) : std::span(mFewIndices).first(size);
+    bool isKnown = mShape && mShape->size() == size;
+    std::size_t position = 0;
+    for (auto member = object.begin(); member != object.end(); ++member, ++position) {
+        mIndices[position] = static_cast<std::uint32_t>(fromDom(member.value()).index);
+        isKnown = isKnown && mShape->isName(position, member.key());
     }
+    if (!isKnown) mShape = shapeOf(object);
+}
 
-    mHashShift = 32 - std::countr_zero(slots);
-    std::fill_n(mSlots.begin(), slots, Slot{0});
-    Slot count = 0;
-    for (auto position = object.begin(); position != object.end(); ++position) {
-        const auto member = memberAt(position);
-        auto& slot = mSlots[slotOf(member.name(), nameHash(member.name()))];
-        if (slot == 0) slot = ++count;
-        mMembers[slot - 1U] = member;
-    }
-    mMemberCount = count;
+KeyedContainer::~KeyedContainer() {
+    mShapePlace.isTaken = false;
+    if (mShape->isOrdinary()) mShapePlace.shape = std::move(mShape);
 }
 
 std::optional<KeyedContainer> KeyedContainer::nestedIfPresent(Key key) const& {
@@ -64,13 +75,9 @@ std::optional<std::int64_t> KeyedContainer::integerIfInteger(Key key) const {
 }
 
 void KeyedContainer::requireNumbers() const {
-    const auto require = [this](const Member& member) {
-        DecodedValue({mDocument, member.index}, {&mPath, member.name()}).as<double>();
-    };
-    if (mSorted) {
-        std::for_each(mSorted->begin(), mSorted->end(), require);
-    } else {
-        std::for_each_n(mMembers.begin(), mMemberCount, require);
+    for (std::size_t position = 0; position < mShape->size(); ++position) {
+        const auto name = mShape->name(position);
+        if (mShape->find(name) == position) DecodedValue({mDocument, mIndices[position]}, {&mPath, name}).as<double>();
     }
 }
 
@@ -102,29 +109,10 @@ void KeyedContainer::refuse(Key key, Element element, std::string_view expected)
 
 /// The value of the member; absent when it is missing or null.
 inline std::optional<Element> KeyedContainer::find(Key key) const {
-    const auto* member = mSorted ? findSorted(key) : findInTable(key);
-    if (!member) return std::nullopt;
-    const Element element{mDocument, member->index};
+    const auto position = mShape->find(key, mTurn++);
+    if (position == ObjectShape::absent) return std::nullopt;
+    const Element element{mDocument, mIndices[position]};
     return domElement(element).is_null() ? std::nullopt : std::optional(element);
-}
-
-inline const KeyedContainer::Member* KeyedContainer::findInTable(Key key) const {
-    const auto slot = mSlots[slotOf(key.name(), key.hash())];
-    return slot == 0 ? nullptr : &mMembers[slot - 1U];
-}
-
-const KeyedContainer::Member* KeyedContainer::findSorted(Key key) const {
-    const auto isBefore = [](std::string_view name, const Member& member) { return name < member.name(); };
-    const auto after = std::upper_bound(mSorted->begin(), mSorted->end(), key.name(), isBefore);
-    return after != mSorted->begin() && (after - 1)->name() == key.name() ? &*(after - 1) : nullptr;
-}
-
-/// The slot of the member of that name, or the free slot where it belongs.
-inline std::size_t KeyedContainer::slotOf(std::string_view name, std::uint32_t hash) const {
-    const auto mask = (std::size_t{1} << (32 - mHashShift)) - 1;
-    auto slot = static_cast<std::size_t>(hash >> mHashShift);
-    while (mSlots[slot] != 0 && !isSameName(mMembers[mSlots[slot] - 1U].name(), name)) slot = (slot + 1) & mask;
-    return slot;
 }
 
 template <SimpleValue T>

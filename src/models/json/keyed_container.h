@@ -2,6 +2,7 @@
 
 #include "models/json/decoded_value.h"
 #include "models/json/key.h"
+#include "models/json/object_shape.h"
 #include "models/json/shared_object.h"
 
 #include <array>
@@ -9,6 +10,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -63,11 +65,12 @@ inline constexpr bool borrowsTexts<std::shared_ptr<const T>> = borrowsTexts<T>;
 /// other mismatch is a `DecodingError`. If a member is repeated, the last one counts; members that nobody asks
 /// for are ignored.
 ///
-/// The members are indexed once, so that a record's cost grows with its size and not with keys times members. Lives on
-/// the stack, in the frame that decodes a record.
+/// A member is found by the object's shape, so that a record's cost grows with its size and not with keys times
+/// members. Lives on the stack, in the frame that decodes a record.
 class KeyedContainer {
 public:
     explicit KeyedContainer(const DecodedValue& object);
+    ~KeyedContainer();
     KeyedContainer(const KeyedContainer&) = delete;
     KeyedContainer& operator=(const KeyedContainer&) = delete;
 
@@ -155,17 +158,8 @@ protected:
     std::optional<DecodedValue> valueIfObject(Key key) const;
 
 private:
-    struct Member {
-        const char* text;
-        std::uint32_t size;
-        std::uint32_t index;
-        std::string_view name() const { return {text, size}; }
-    };
-    // Objects of up to this many members have their index on the stack. Larger ones, which none of our records has, are
-    // sorted instead, so that names made to collide cannot make the cost quadratic.
-    static constexpr std::size_t maximumTableMembers = 128;
-    // A free slot is 0; any other is one more than the position of its member.
-    using Slot = std::uint8_t;
+    // Objects of up to this many members have the places of their values on the stack.
+    static constexpr std::size_t mostOnStack = 128;
 
     template <Decodable T>
     std::optional<T> read(Key key) const {
@@ -182,19 +176,18 @@ private:
     DecodedValue value(Key key) const;
     std::optional<DecodedValue> valueIfPresent(Key key) const;
     std::optional<Element> find(Key key) const;
-    const Member* findInTable(Key key) const;
-    const Member* findSorted(Key key) const;
-    std::size_t slotOf(std::string_view name, std::uint32_t hash) const;
     [[noreturn]] void refuseMissing(Key key) const;
     [[noreturn]] void refuse(Key key, Element element, std::string_view expected) const;
 
     const void* mDocument;
     Path mPath;
-    int mHashShift = 0;
-    std::array<Slot, 4 * maximumTableMembers> mSlots;
-    std::array<Member, maximumTableMembers> mMembers;
-    std::size_t mMemberCount = 0;
-    std::unique_ptr<std::vector<Member>> mSorted;
+    KnownShape& mShapePlace;
+    std::unique_ptr<ObjectShape> mShape;
+    mutable std::size_t mTurn = 0;
+    // Where the members' values are in the document, in the order of the shape.
+    std::span<std::uint32_t> mIndices;
+    std::array<std::uint32_t, mostOnStack> mFewIndices;
+    std::vector<std::uint32_t> mManyIndices;
 };
 
 /// The members of an object whose record keeps texts in the document. Such a record says so by taking this in its
