@@ -2,6 +2,14 @@
 
 #include "models/date_text.h"
 
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
 namespace kavio {
 
 Image Decoder<Image>::decode(const KeyedContainer& in) {
@@ -28,6 +36,24 @@ LookAndFeel Decoder<LookAndFeel>::decode(const KeyedContainer& in) {
 
 namespace {
 
+/// A campaign of the reply. Only for making its public object: the texts belong to the document.
+struct CampainModel {
+    std::int64_t id;
+    std::string_view name;
+    std::string_view title;
+    std::string_view description;
+    std::int64_t punched;
+    std::int64_t totalPunches;
+    std::string_view created;
+    std::optional<std::string_view> expiration;
+    std::optional<std::string_view> imageUrl;
+    std::optional<std::vector<std::int64_t>> fullTreeOperators;
+    std::int64_t punchCardId;
+    std::optional<std::string_view> updatedDate;
+    std::shared_ptr<const LookAndFeelModel> lookAndFeel;
+    static CampainModel decode(const BorrowingContainer& in);
+};
+
 CampainModel decodeCampaign(const BorrowingContainer& in) {
     return {
         .id = in.required("campaignId"),
@@ -50,12 +76,12 @@ std::optional<Date> date(std::optional<std::string_view> text) {
     return text ? DateText::parseLocalized(*text) : std::nullopt;
 }
 
-}  // namespace
-
 CampainModel CampainModel::decode(const BorrowingContainer& in) {
     const auto voucher = in.nestedIfObject("voucher");
     return decodeCampaign(voucher ? *voucher : in);
 }
+
+}  // namespace
 
 Campaign Decoder<Campaign>::decode(const DecodedValue& value) {
     auto model = value.borrowed<CampainModel>();

@@ -56,7 +56,7 @@ const std::vector<Record> records{
     {outcome<AppData>, "integer: machinesOrder paymentMethodsOrder lastEarnedCashback"},
     {outcome<Configuration>, "object: currencies currencies/ anything?: EUR"},
     {outcome<KavioCardModel>, "integer: amount decimalDigits text: currency"},
-    {outcome<MachineModel>,
+    {outcome<Machine>,
      R"(unsigned?: kavioID text?: operatorName machineName machineConnectivityStatus zipCode city country currency
         location customLabel lastOrderDT machineSerial supportDcsImageUpdatedDt smartStickerIdUrl defaultCredit
         integer: name machineId machineType integer32?: machineStatusId extraChargeType boolean?: isWalletAllowed
@@ -97,7 +97,7 @@ const std::vector<Record> records{
         currency/ text: code integer: decimalDigits)"},
     {outcome<PrepaidsList>, "array: prepaidCards"},
     {outcome<DepositModel>, "object: deposit deposit/ integer: balance anything?: fee"},
-    {outcome<CampainModel>,
+    {outcome<Campaign>,
      R"(integer: campaignId punched totalPunches punchCardId text: campaignName campaignTitle campaignDescription
         created text?: expiration imagesUrl updated array?: fullTreeOperators object: lookAndFeel)"},
     {outcome<VoucherModel>, "anything?: campaigns array: vouchers"},
@@ -208,17 +208,18 @@ TEST(KeysOfRecords, AreAsStrictAsTheirRowsSay) {
 TEST(Strictness, OfACampaignIsThatOfItsVoucherIfThatIsAnObject) {
     auto campaign = JsonValue::parse(samples::campaign);
     campaign["voucher"] = 7;
-    EXPECT_EQ(outcome<CampainModel>(campaign), accepted);
+    EXPECT_EQ(outcome<Campaign>(campaign), accepted);
     campaign["voucher"] = {{"campaignId", "1"}};
-    EXPECT_EQ(outcome<CampainModel>(campaign), "voucher.campaignId: expected an integer, found text");
+    EXPECT_EQ(outcome<Campaign>(campaign), "voucher.campaignId: expected an integer, found text");
 }
 
 TEST(Lists, NameTheElementThatFails) {
     auto machine = JsonValue::parse(samples::machine);
     auto broken = machine;
     broken["campaigns"][0]["lookAndFeel"] = nullptr;
-    EXPECT_EQ(outcome<std::vector<MachineModel>>({machine, broken}), "[1].campaigns[0].lookAndFeel: missing");
-    EXPECT_EQ(outcome<std::vector<MachineModel>>(nothing), "expected an array, found an object");
+    EXPECT_EQ(outcome<std::vector<std::shared_ptr<const Machine>>>({machine, broken}),
+              "[1].campaigns[0].lookAndFeel: missing");
+    EXPECT_EQ(outcome<std::vector<std::shared_ptr<const Machine>>>(nothing), "expected an array, found an object");
 }
 
 }  // namespace
