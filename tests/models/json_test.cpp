@@ -80,6 +80,37 @@ TEST(Members, AreFoundInObjectsOfAnySize) {
     }
 }
 
+struct Pair {
+    std::optional<std::int64_t> one;
+    std::optional<std::int64_t> two;
+    std::vector<Pair> inner;
+    static Pair decode(const KeyedContainer& in) {
+        // Asks for the keys in another order each time.
+        if (in.integerIfInteger("swap")) {
+            std::optional<std::int64_t> two = in.optional("two");
+            return {.one = in.optional("one"), .two = two, .inner = {}};
+        }
+        return {.one = in.optional("one"), .two = in.optional("two"), .inner = in.orEmpty("inner")};
+    }
+};
+
+std::string textOf(const std::vector<Pair>& pairs) {
+    std::string text;
+    for (const auto& [one, two, inner] : pairs) {
+        text += (one ? std::to_string(*one) : "-") + (two ? std::to_string(*two) : "-");
+        text += inner.empty() ? " " : "[" + textOf(inner) + "] ";
+    }
+    return text;
+}
+
+TEST(Members, AreFoundWhateverObjectWasReadBefore) {
+    const std::string list = R"([{"one":1,"two":2},{"one":3,"tow":4},{"one":1,"two":2},{"two":5,"one":6},{"one":7},{},)"
+                             R"({"one":1,"one":2},{"one":1,"two":null},{"one":8,"two":9,"swap":1},{"swap":1,"two":9},)"
+                             R"({"one":1,"inner":[{"one":2,"inner":[{"one":3,"inner":[]}]},{"two":4,"inner":[]}]}])";
+    const auto expected = "12 3- 12 65 7- -- 2- 1- 89 -9 1-[2-[3- ] -4 ] ";
+    for (int time = 0; time < 2; ++time) EXPECT_EQ(textOf(*decodeDocument<std::vector<Pair>>(list)), expected);
+}
+
 // Something that a record cannot do by mistake, because it does not compile.
 struct Borrowing {
     std::string_view text;
