@@ -33,7 +33,6 @@ KeyedContainer::KeyedContainer(const DecodedValue& value)
       mPath(value.path()),
       mShapePlace(placeOfShape(objectOf(value))),
       mShape(std::move(mShapePlace.shape)) {
-    mShapePlace.isTaken = true;
     const auto object = objectOf(value);
     const std::size_t size = object.size();
     if (size > mFewIndices.size()) mManyIndices.resize(size);
@@ -45,6 +44,7 @@ KeyedContainer::KeyedContainer(const DecodedValue& value)
         isKnown = isKnown && mShape->isName(position, member.key());
     }
     if (!isKnown) mShape = shapeOf(object);
+    mShapePlace.isTaken = true;  // last: where memory runs out before, nobody would give it back
 }
 
 KeyedContainer::~KeyedContainer() {
