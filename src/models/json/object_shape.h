@@ -22,7 +22,7 @@ public:
 
     std::size_t size() const { return mMembers.size(); }
     /// Whether it is small enough to be remembered, as the shapes of all our records are.
-    bool isOrdinary() const { return mNames.size() <= 4096; }
+    bool isOrdinary() const { return mMembers.size() <= 256 && mNames.size() <= 4096; }
     /// Whether a member has that name. Compares without a call, unlike `==`, which matters as every member of every
     /// object is compared.
     bool isName(std::size_t position, std::string_view name) const {
