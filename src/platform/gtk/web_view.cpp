@@ -17,7 +17,9 @@ struct UriUnref {
 };
 
 std::unique_ptr<GUri, UriUnref> parsed(const char* url) {
-    return std::unique_ptr<GUri, UriUnref>(url ? g_uri_parse(url, G_URI_FLAGS_ENCODED, nullptr) : nullptr);
+    // As a browser does, which loads an address with a stray "%", too: its host must not go unnamed.
+    constexpr auto relaxed = GUriFlags(G_URI_FLAGS_ENCODED | G_URI_FLAGS_PARSE_RELAXED);
+    return std::unique_ptr<GUri, UriUnref>(url ? g_uri_parse(url, relaxed, nullptr) : nullptr);
 }
 
 std::string hostOf(const char* url) {
