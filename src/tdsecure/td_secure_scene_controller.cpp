@@ -42,7 +42,7 @@ void TDSecureSceneController::release(const void* owner) {
 
     const auto last = std::exchange(shared(), nullptr);
     ServiceObject::release(this);
-    close(true);
+    endPage();  // the page may be another facade's, when one gives up more uses than it took
 }
 
 void TDSecureSceneController::loadContent() {

@@ -21,8 +21,7 @@ public:
 
     /// A page has sent the web view to the loopback address, which is `mRedirectedUrl`.
     std::shared_ptr<SceneEvent> tdSecureFinished;
-    /// The screen was closed before its page had ended: by the person, or because another page took its place. It is
-    /// already gone.
+    /// The screen was closed by the person, or because another page or nobody took its place. It is already gone.
     std::shared_ptr<SceneEvent> tdSecureWindowClosed;
     /// What the scene loads once its view has loaded: a page's address or, for a fingerprint, an HTML document.
     std::string mUrl;

@@ -236,6 +236,18 @@ TEST(TDSecureEnrolment, LeavesThePageOfAnotherFacadeAlone) {
     }
 }
 
+TEST(TDSecureEnrolment, HearsOfItsPageWhenAnotherFacadeIsReleasedTooOften) {
+    Enrolment enrolment;
+    Kavio other({}, "key", Kavio::EnvironmentType::TEST);
+    for (const auto& step : words("call; challenge")) enrolment.play(step);
+    other.release(&other);
+    EXPECT_TRUE(enrolment.windows->hasScene());
+    other.release(&other);
+    EXPECT_FALSE(enrolment.windows->hasScene());
+    EXPECT_FALSE(enrolment.kavio().isBusy());
+    EXPECT_THAT(enrolment.reports(), ElementsAre(Report{"onAddCreditCard", ResultType::FAILURE, "canceled by user"}));
+}
+
 TEST(TDSecureEnrolment, ClosesItsOwnPageAndNoOther) {
     Enrolment enrolment;
     const auto delegate = std::make_shared<RecordingDelegate>();
