@@ -56,7 +56,8 @@ protected:
         // At any instant, and at a soon one in every other case: that is when most happens.
         const auto longest = mRandom() % 2 == 0 ? GetParam().longest : GetParam().longest / 20;
         std::uniform_int_distribution<std::int64_t> until{0, longest.count()};
-        std::this_thread::sleep_for(std::chrono::microseconds(until(mRandom)));
+        std::this_thread::sleep_for(
+            std::chrono::microseconds(until(mRandom)));  // waits for nothing: any instant will do
     }
     /// How each payment in doubt was settled, by its amount.
     std::map<std::int64_t, Json> settled() {
