@@ -2,6 +2,7 @@
 
 #include "models/json/json_types.h"
 
+#include <kavio/platform/ui.h>
 #include <kavio/tdsecure.h>
 
 #include <cstdint>
@@ -15,9 +16,6 @@ namespace kavio {
 
 /// The step that an enrolment is in.
 enum class TDSFlowType : std::uint8_t { UNKNOWN = 0, FRICTIONLESS, FINGERPRINT, CHALLENGE, ERROR };
-
-/// Where a page goes when it has ended, and how every such address begins.
-inline constexpr const char* loopbackUrl = "http://127.0.0.1";
 
 /// What the issuer is told about the browser. The same for every device: nothing about the person is given away.
 struct TDSBrowser {

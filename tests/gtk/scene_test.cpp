@@ -125,6 +125,24 @@ TEST_F(SceneTest, NamesTheHostOfThePageThatIsThereAndNotOfOneThatIsOnItsWay) {
     showPage("<script>location='http://user@localhost.:" + server.port() + "/slow'</script>");
     ASSERT_TRUE(until([&] { return std::ranges::count(server.requests(), "GET /slow") > 0; }));
     EXPECT_EQ(text("host"), "localhost");
+    server.servePage("/odd", "odd");
+    show(server.url("/odd?100%#%zz"));
+    EXPECT_TRUE(until([&] { return shown() == "page" && text("host") == "localhost"; })) << "no address hides its host";
+    EXPECT_EQ(text("security"), "The connection is not secure");
+}
+
+TEST_F(SceneTest, CoversWhatEndsAPageAndNothingElse) {
+    // Each tried by a frame, as a page might ask another program on the device.
+    for (const auto& [address, isEnd] : std::map<std::string, bool>{{"http://127.0.0.2/", false},
+                                                                    {"https://127.0.0.1/", false},
+                                                                    {"http://[::1]/", false},
+                                                                    {"http://127.0.0.1/?z3=100%", true}}) {
+        SCOPED_TRACE(address);
+        renew();
+        showPage("<iframe name=f></iframe><script>onload=()=>f.location='" + address + "'</script>");
+        ASSERT_TRUE(until([&] { return made->log->lastUrl() == address; }));
+        EXPECT_EQ(shown() == "page", !isEnd) << shown();
+    }
 }
 
 TEST_F(SceneTest, ShowsNothingThatACertificateDoesNotProve) {

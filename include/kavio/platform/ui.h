@@ -27,15 +27,15 @@ namespace kavio {
 /// - Nothing outlives the scene: no cookie, cache entry or other data is kept, nothing is downloaded, and no script
 ///   runs.
 /// - An invalid certificate fails the page, and nobody is asked whether to go on. Where the application has named
-///   authorities of its own, a server that they vouch for is reached like any other, with the first form sent to it,
-///   too.
+///   authorities of its own, pages, frames and forms reach a server that they vouch for like any other, even if the
+///   first thing sent to it is a form.
 /// - There is no window but the scene's: what the person opens in a new one opens in the view itself. What a script
-///   opens goes no further, and is offered if it came from a press of the person's.
+///   opens goes no further, and is offered if it came from a click or key press by the person.
 /// - There are no dialogs, whether for a script, a file or a password, and none holds the page up. No permission is
 ///   granted, for example for the camera, microphone or position, and no page goes full screen by itself.
 /// - The bar names the page that is there, never one that is still on its way: its host in ASCII, and whether the
 ///   connection is secure, which it is if the page and all that it shows came over https.
-/// - Nothing that acts has the focus while no page is shown: a key does nothing but what leaves the scene.
+/// - Nothing that acts has the focus while no page is shown: no key does anything except leave the scene.
 /// - A page that crashes takes nothing with it: the scene stays, and offers to try again.
 class KAVIO_API WebView {
 public:
@@ -60,6 +60,10 @@ public:
     virtual void onViewDidDisappear() = 0;
     virtual void onDidReceiveMemoryWarning() = 0;
 };
+
+/// How the address begins by which a page says that it has ended: this very device, where nothing has to answer. From
+/// then on the page is out of the person's sight. Any other navigation is the page's own affair.
+inline constexpr const char* loopbackUrl = "http://127.0.0.1";
 
 /// Told what the page of a secure scene and the person in front of it do.
 class KAVIO_API TDSecureSceneDelegate {

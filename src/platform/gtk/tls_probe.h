@@ -8,9 +8,9 @@
 
 namespace kavio {
 
-/// Connects to the server of an https address, sends nothing, and hands `done` the server's certificate if
+/// Connects to the server of an https address, sends no request, and hands `done` the server's certificate if
 /// `authorities` vouch for all of it: chain, host and dates. Otherwise, and where nobody answers, `done` gets null.
-/// It is called once, on this thread, also after `cancellable` has been cancelled.
+/// `done` is called once, on this thread, also after `cancellable` has been cancelled.
 void probeCertificate(const char* url, GTlsDatabase* authorities, GCancellable* cancellable,
                       std::function<void(GTlsCertificate*)> done);
 

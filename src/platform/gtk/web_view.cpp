@@ -28,10 +28,16 @@ std::string hostOf(const char* url) {
     return host ? host : "";
 }
 
-// Host and port.
+// Its address without what comes after host and port, which may be anything; empty without a host.
 std::string serverOf(const char* url) {
     const auto uri = parsed(url);
-    return hostOf(url) + ' ' + std::to_string(uri ? g_uri_get_port(uri.get()) : -1);
+    const char* host = uri ? g_uri_get_host(uri.get()) : nullptr;
+    if (!host || !*host) return {};
+    const std::unique_ptr<char, decltype(&g_free)> server(
+        g_uri_join(G_URI_FLAGS_ENCODED, g_uri_get_scheme(uri.get()), nullptr, host, g_uri_get_port(uri.get()), "/",
+                   nullptr, nullptr),
+        g_free);
+    return server.get();
 }
 
 bool hasScheme(const char* url, std::initializer_list<std::string_view> schemes) {
@@ -45,12 +51,7 @@ bool isPageAddress(const char* url) { return hasScheme(url, {"http", "https"}); 
 // person's back.
 bool isWithinReach(const char* url) { return hasScheme(url, {"http", "https", "about", "data", "blob"}); }
 
-// A page ends by going to this very device, where nothing has to answer.
-bool isLoopback(const char* url) {
-    const auto host = hostOf(url);
-    const ObjectPointer<GInetAddress> address(host.empty() ? nullptr : g_inet_address_new_from_string(host.c_str()));
-    return address && g_inet_address_get_is_loopback(address.get());
-}
+bool isEnd(const char* url) { return url && std::string_view(url).starts_with(loopbackUrl); }
 
 void setFeature(WebKitSettings* settings, std::string_view identifier, bool enabled) {
     WebKitFeatureList* features = webkit_settings_get_all_features();
@@ -70,7 +71,7 @@ void limitSettings(WebKitSettings* settings) {
     webkit_settings_set_enable_media_stream(settings, FALSE);
     webkit_settings_set_enable_page_cache(settings, FALSE);
     webkit_settings_set_enable_webrtc(settings, FALSE);
-    // A fingerprint runs in a hidden view, where chains of timers would take a second for each link.
+    // Should a fingerprint's page count as hidden after all: chains of timers would take a second for each link.
     setFeature(settings, "HiddenPageDOMTimerThrottling", false);
     // Without these two, a page that ends in a sub-frame of a secure page never ends; docs/gtk.md weighs the risk.
     setFeature(settings, "AllowDisplayOfInsecureContent", true);
@@ -249,7 +250,7 @@ void GtkWebView::onNavigation(HeldDecision decision) {
     offer(url);
     if (load != mLoadNumber) return;  // the observer has ended this page
     if (!isWithinReach(url)) return onRefused();
-    if (isLoopback(url)) change(Page::Phase::WORKING);  // the page has ended, also if a frame of it says so
+    if (isEnd(url)) change(Page::Phase::WORKING);  // the page has ended, also if a frame of it says so
     useOnceTrusted(std::move(decision), url);
 }
 
@@ -279,11 +280,11 @@ void GtkWebView::useOnceTrusted(HeldDecision decision, const std::string& url) {
     if (!mAuthorities || !hasScheme(url.c_str(), {"https"})) return webkit_policy_decision_use(decision.get());
     const auto name = serverOf(url.c_str());
     auto& server = mServers[name];
-    if (server.isVouchedFor) return webkit_policy_decision_use(decision.get());
+    if (server.wasAsked || name.empty()) return webkit_policy_decision_use(decision.get());
     server.waiting.push_back(std::move(decision));
     if (server.waiting.size() > 1) return;  // it is being asked
     probeCertificate(
-        url.c_str(), mAuthorities.get(), mProbing.get(),
+        name.c_str(), mAuthorities.get(), mProbing.get(),
         [weak = weak_from_this(), load = mLoadNumber, name, host = hostOf(url.c_str())](auto* certificate) {
             const auto self = weak.lock();
             if (self && self->mLoadNumber == load) self->onProbed(name, host, certificate);
@@ -291,8 +292,7 @@ void GtkWebView::useOnceTrusted(HeldDecision decision, const std::string& url) {
 }
 
 void GtkWebView::onProbed(const std::string& server, const std::string& host, GTlsCertificate* certificate) {
-    const auto waiting =
-        std::exchange(mServers[server], {.isVouchedFor = certificate != nullptr, .waiting = {}}).waiting;
+    const auto waiting = std::exchange(mServers[server], {.wasAsked = true, .waiting = {}}).waiting;
     if (certificate) {
         webkit_network_session_allow_tls_certificate_for_host(webkit_web_view_get_network_session(mView.get()),
                                                               certificate, host.c_str());
@@ -316,7 +316,7 @@ void GtkWebView::onLoadChanged(int event) {
         endTimeout();
         // Not before: the address of a page still on its way would be shown above the content of another.
         const char* url = webkit_web_view_get_uri(mView.get());
-        if (isLoopback(url)) return change(Page::Phase::WORKING);
+        if (isEnd(url)) return change(Page::Phase::WORKING);
         // WebKit shows this instead of a page at a port that it never connects to, without calling it a failure.
         if (!mPage.isHidden && !mPage.hasArrived && url == std::string_view("about:blank")) return fail();
         mPage.hasArrived = !mPage.isHidden;
@@ -332,7 +332,7 @@ gboolean GtkWebView::onLoadFailed(int, const char* url, GError* error) {
         g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED) ||
         g_error_matches(error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE);
     if (isOver) return TRUE;
-    if (isLoopback(url)) {
+    if (isEnd(url)) {
         change(Page::Phase::WORKING);
     } else if (g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED) && !mPage.hasArrived &&
                std::exchange(mMayLoadAgain, false)) {

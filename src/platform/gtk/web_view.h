@@ -67,10 +67,10 @@ private:
         void operator()(WebKitPolicyDecision* decision) const;
     };
     using HeldDecision = std::unique_ptr<WebKitPolicyDecision, IgnoreDecision>;
-    /// A server, by host and port, that the host's own authorities may have to vouch for.
+    /// A server that the host's own authorities may have to vouch for.
     struct Server {
-        bool isVouchedFor = false;
-        std::vector<HeldDecision> waiting;  // until its certificate is known
+        bool wasAsked = false;
+        std::vector<HeldDecision> waiting;  // until its answer
     };
 
     GtkWebView(GtkWidget* view, const std::filesystem::path& authorities);
