@@ -187,6 +187,12 @@ bool Device::answerChallenge(const std::string& code) {
     return answer && mScreen->navigate(*answer);
 }
 
+void Device::killProgram(std::unique_ptr<Kavio> facade) {
+    std::vector<std::unique_ptr<Kavio>> facades;
+    facades.push_back(std::move(facade));
+    killProgram(std::move(facades));
+}
+
 void Device::killProgram(std::vector<std::unique_ptr<Kavio>> facades) {
     for (auto& facade : facades) mKilled.push_back(std::move(facade));
     mTimeline->forget();

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <map>
 #include <utility>
 
 namespace kavio::test {
@@ -18,7 +19,7 @@ public:
     /// A request waits until it begins, or until the network is back; it connects, and has left from then on.
     enum class Stage { WAITING, CONNECTING, LEFT, DONE };
 
-    Exchange(Session kind, UrlRequest theRequest, UrlSession::Completion whenDone)
+    Exchange(Session kind, std::shared_ptr<const UrlRequest> theRequest, UrlSession::Completion whenDone)
         : session(kind), request(std::move(theRequest)), completion(std::move(whenDone)) {}
 
     bool cancel() override {
@@ -28,7 +29,7 @@ public:
     }
 
     const Session session;
-    const UrlRequest request;
+    const std::shared_ptr<const UrlRequest> request;
     UrlSession::Completion completion;
     std::function<void()> whenGivenUp;
     Stage stage = Stage::WAITING;
@@ -105,7 +106,15 @@ struct Network::State : std::enable_shared_from_this<State> {
     }
     milliseconds timeLeft(const Exchange& exchange) const {
         const auto passed = std::chrono::duration_cast<milliseconds>(timeline->uptime() - exchange.begun);
-        return std::max(milliseconds(exchange.request.timeout) - passed, milliseconds(0));
+        return std::max(milliseconds(exchange.request->timeout) - passed, milliseconds(0));
+    }
+    /// Ends the oldest open request; false if there is none.
+    bool end(Outcome outcome) {
+        const auto exchange = oldest();
+        if (!exchange) return false;
+        if (exchange->isGivenUp) outcome = errorOf(UrlError::cancelled, false);
+        complete(exchange, std::move(outcome));
+        return true;
     }
     ExchangePtr oldest() const {
         for (const auto session : {Session::BACKGROUND, Session::ORDINARY})
@@ -121,17 +130,17 @@ struct Network::State : std::enable_shared_from_this<State> {
     bool isCut = false;
     bool isHeld = false;
     std::deque<ExchangePtr> open;
-    std::vector<UrlRequest> ordinary, background;
+    std::map<Session, std::vector<std::shared_ptr<const UrlRequest>>> requests;  // all there ever were
     std::function<void()> whenAllDelivered;
 };
 
 ExchangePtr Network::State::add(Session session, UrlRequest request, UrlSession::Completion completion) {
-    (session == Session::ORDINARY ? ordinary : background).push_back(request);
-    auto exchange = std::make_shared<Exchange>(session, std::move(request), std::move(completion));
+    const auto kept = requests[session].emplace_back(std::make_shared<const UrlRequest>(std::move(request)));
+    auto exchange = std::make_shared<Exchange>(session, kept, std::move(completion));
     exchange->whenGivenUp = [weak = weak_from_this(), given = std::weak_ptr(exchange)] {
         const auto state = weak.lock();
         const auto found = given.lock();
-        if (state && found) state->complete(found, errorOf(UrlError::cancelled, false));
+        if (state && found && !state->isHeld) state->complete(found, errorOf(UrlError::cancelled, false));
     };
     open.push_back(exchange);
     after(milliseconds(0), exchange, [this, exchange] { begin(exchange); });
@@ -139,18 +148,18 @@ ExchangePtr Network::State::add(Session session, UrlRequest request, UrlSession:
 }
 
 void Network::State::begin(const ExchangePtr& exchange) {
-    if (!isSecure(exchange->request.url)) return complete(exchange, errorOf(UrlError::badUrl, false));
+    if (!isSecure(exchange->request->url)) return complete(exchange, errorOf(UrlError::badUrl, false));
     if (isHeld) return;
     if (isCut && exchange->session == Session::ORDINARY)
         return complete(exchange, errorOf(UrlError::notConnectedToInternet, false));
     if (isCut) {
         exchange->stage = Exchange::Stage::WAITING;
-        if (exchange->request.willWait) exchange->request.willWait();
+        if (exchange->request->willWait) exchange->request->willWait();
         return;
     }
     exchange->stage = Exchange::Stage::CONNECTING;
     exchange->begun = timeline->uptime();
-    const auto fate = fateOf(exchange->request);
+    const auto fate = fateOf(*exchange->request);
     after(fate.connecting, exchange, [this, exchange, fate] { depart(exchange, fate); });
 }
 
@@ -162,9 +171,9 @@ void Network::State::depart(const ExchangePtr& exchange, const Fate& fate) {
 
 void Network::State::arrive(const ExchangePtr& exchange, const Fate& fate) {
     Handled handled;
-    if (fate.arrives) handled = server(exchange->request);
-    if (fate.arrives && fate.isRepeated && exchange->request.idempotency == Idempotency::REPEATABLE)
-        handled = server(exchange->request);
+    if (fate.arrives) handled = server(*exchange->request);
+    if (fate.arrives && fate.isRepeated && exchange->request->idempotency == Idempotency::REPEATABLE)
+        handled = server(*exchange->request);
     if (fate.reply) handled.reply = *fate.reply;
     const auto left = timeLeft(*exchange);
     const bool isLate = fate.error == UrlError::timedOut || handled.delay + fate.back > left;
@@ -273,28 +282,27 @@ void Network::usually(std::function<Fate(const UrlRequest&)> fate) { mState->usu
 void Network::next(Fate fate) { mState->nextFates.push_back(std::move(fate)); }
 void Network::hold() { mState->isHeld = true; }
 
-bool Network::answer(UrlReply reply) {
-    const auto exchange = mState->oldest();
-    if (exchange) mState->complete(exchange, std::move(reply));
-    return exchange != nullptr;
-}
+bool Network::answer(UrlReply reply) { return mState->end(std::move(reply)); }
+bool Network::fail(UrlError error) { return mState->end(std::move(error)); }
 
-bool Network::fail(UrlError::Code code) {
-    const auto exchange = mState->oldest();
-    if (exchange) mState->complete(exchange, errorOf(code, mayHaveBeenSent(code)));
-    return exchange != nullptr;
-}
+bool Network::fail(UrlError::Code code) { return fail(errorOf(code, mayHaveBeenSent(code))); }
 
 bool Network::leave() {
     const auto exchange = mState->oldest();
-    if (exchange) exchange->stage = Exchange::Stage::LEFT;
-    return exchange != nullptr;
+    if (!exchange || exchange->isGivenUp) return false;
+    exchange->stage = Exchange::Stage::LEFT;
+    return true;
 }
 
-const std::vector<UrlRequest>& Network::requests(Session session) const {
-    return session == Session::ORDINARY ? mState->ordinary : mState->background;
+std::vector<UrlRequest> Network::requests(Session session) const {
+    std::vector<UrlRequest> requests;
+    for (const auto& request : mState->requests[session]) requests.push_back(*request);
+    return requests;
 }
-std::size_t Network::open() const { return mState->open.size(); }
+std::size_t Network::open(std::optional<Session> session) const {
+    return std::size_t(std::ranges::count_if(
+        mState->open, [&](const auto& exchange) { return exchange->session == session.value_or(exchange->session); }));
+}
 void Network::forget() { mState->open.clear(); }
 void Network::close() {
     for (const auto session : {Session::BACKGROUND, Session::ORDINARY}) mState->close(session);

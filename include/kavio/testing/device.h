@@ -77,6 +77,7 @@ public:
     /// The program is killed, in the middle of whatever it is doing, and starts again: what was stored is there, all
     /// else is lost. The facades go with it.
     void killProgram(std::vector<std::unique_ptr<Kavio>> facades = {});
+    void killProgram(std::unique_ptr<Kavio> facade);
 
     const Platform& platform() const { return *mPlatform; }
 

@@ -88,19 +88,22 @@ public:
     void usually(std::function<Fate(const UrlRequest&)> fate);
 
     /// From now on requests wait until the test itself answers them, oldest first, those of the background session
-    /// before the others. A request leaves when the test says so or answers it.
+    /// before the others. A request leaves when the test says so or answers it; one that was given up before that gets
+    /// `UrlError::cancelled` instead of the test's answer.
     void hold();
     /// False if none is open.
     bool answer(UrlReply reply);
     bool answer(int status, std::string body) { return answer({status, std::move(body)}); }
+    bool fail(UrlError error);
     bool fail(UrlError::Code code);
-    /// Lets the oldest open request leave, so that it can no longer be given up. False if there is none.
+    /// Lets the oldest open request leave, so that it can no longer be given up. False if there is none, or it was
+    /// given up.
     bool leave();
 
     /// All requests so far, in order.
-    const std::vector<UrlRequest>& requests(Session session = Session::ORDINARY) const;
-    /// How many are not completed.
-    std::size_t open() const;
+    std::vector<UrlRequest> requests(Session session = Session::ORDINARY) const;
+    /// How many are not completed, of one session or of both.
+    std::size_t open(std::optional<Session> session = std::nullopt) const;
     /// Drops what is open, and tells nobody, as when the program is killed.
     void forget();
     /// Ends what is open with `UrlError::cancelled`.
