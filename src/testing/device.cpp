@@ -120,6 +120,7 @@ Device::Device(Options options)
     mScreen->browse = [service = mService](const std::string& content,
                                            bool isAddress) -> std::optional<std::vector<Deed>> {
         if (!isAddress) return deedsOf(content);
+        if (!content.starts_with("https://localhost:")) return std::nullopt;
         const auto handled = service->handle({.url = content});
         if (handled.isLost || !handled.reply.body) return std::nullopt;
         return deedsOf(*handled.reply.body);

@@ -74,6 +74,7 @@ Fate replyLost() { return {.error = UrlError::networkConnectionLost}; }
 Fate timesOut(bool arrives) { return {.error = UrlError::timedOut, .arrives = arrives}; }
 Fate unreadable() { return {.error = UrlError::badServerResponse}; }
 Fate tooLarge() { return {.error = UrlError::dataLengthExceedsMaximum}; }
+Fate outOfMemory() { return {.isUnheard = true}; }
 Fate answered(int status, std::string body) { return {.reply = UrlReply{status, std::move(body)}}; }
 Fate answeredWithoutBody(int status) { return {.reply = UrlReply{status, std::nullopt}}; }
 }  // namespace fate
@@ -184,6 +185,7 @@ void Network::State::arrive(const ExchangePtr& exchange, const Fate& fate) {
 }
 
 void Network::State::comeBack(const ExchangePtr& exchange, const Fate& fate, Handled handled) {
+    if (fate.isUnheard) exchange->completion = [](const Outcome&) {};
     if (fate.error) return complete(exchange, errorOf(*fate.error, true));
     if (handled.isLost) return complete(exchange, errorOf(UrlError::networkConnectionLost, true));
     if (handled.isCut) {

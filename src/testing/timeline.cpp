@@ -24,7 +24,7 @@ struct Work {
 struct Timeline::State {
     const std::thread::id thread = std::this_thread::get_id();
     mutable std::mutex mutex;  // guards everything below but `lane`
-    Date now = Date(std::chrono::sys_days(std::chrono::January / 1 / 2024));
+    std::chrono::sys_time<nanoseconds> now = std::chrono::sys_days(std::chrono::January / 1 / 2024);
     nanoseconds uptime = std::chrono::hours(1);
     nanoseconds lastSerial{0};
     std::multimap<nanoseconds, Work> waiting;  // by the uptime at which it is due
@@ -73,7 +73,7 @@ nanoseconds Timeline::uptime() const {
 
 void Timeline::setWallClock(Date date) {
     const std::lock_guard lock(mState->mutex);
-    mState->now = date;
+    mState->now = std::chrono::round<nanoseconds>(date);
 }
 
 void Timeline::post(Lane lane, nanoseconds delay, std::function<void()> work) {

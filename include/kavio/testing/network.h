@@ -26,6 +26,8 @@ struct Fate {
     bool arrives = true;
     /// Sent again by the network itself, so that the service sees it twice; only for a request that may be repeated.
     bool isRepeated = false;
+    /// Memory runs out where the reply arrives, so that nobody is told of it.
+    bool isUnheard = false;
     /// What comes back instead of what the service has answered; the service still sees the request.
     std::optional<UrlReply> reply{};
 };
@@ -46,6 +48,8 @@ KAVIO_API Fate timesOut(bool arrives = true);
 /// What comes back is not HTTP; or is more than a reply may hold.
 KAVIO_API Fate unreadable();
 KAVIO_API Fate tooLarge();
+/// The reply arrives, but there is no memory left to say so.
+KAVIO_API Fate outOfMemory();
 /// The service acts, and these come back instead of its answer.
 KAVIO_API Fate answered(int status, std::string body);
 KAVIO_API Fate answeredWithoutBody(int status);

@@ -35,6 +35,9 @@ public:
     std::function<void(const Report&)> onReport;
     PaymentMethods paymentMethods;  // of the last report that carried some
 
+    /// Drops the reports so far.
+    void forget() { reports.clear(), outcomes.clear(); }
+
     void onCheckIsUserLogin(Result result) override { record("onCheckIsUserLogin", *result); }
     void onLogin(Result result) override { record("onLogin", *result); }
     void onVerify(Result result) override { record("onVerify", *result); }
