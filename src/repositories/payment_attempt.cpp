@@ -7,6 +7,8 @@
 #include "network/session.h"
 #include "time/reliable_clock.h"
 
+#include <kavio/platform/platform.h>
+
 #include <utility>
 
 namespace kavio {
@@ -25,6 +27,7 @@ PaymentAttempt::~PaymentAttempt() { mJournal->answered(mPayment.id); }
 
 std::optional<APIFailure> PaymentAttempt::begin() {
     mPayment.startedAt = serverNow();
+    mBegun = Platform::current().clock->uptime();
     const bool isWritten = mJournal->begin({.payment = mPayment,
                                             .service = std::string(name(currentApiType())),
                                             .owner = mOwner,
@@ -63,8 +66,10 @@ void PaymentAttempt::ended(const APIResult<DepositModel>& reply) {
 void PaymentAttempt::noteFailure(const APIFailure& failure) {
     if (failure.effect == Effect::NONE) {
         mJournal->strikeOut(mPayment.id);
-    } else if (isServerTimeKnown()) {
-        mJournal->update(mPayment.id, [](JournalEntry& entry) { entry.endedAt = serverNow(); });
+    } else {
+        // Not by the device's clock, which somebody may have set meanwhile.
+        const auto taken = Platform::current().clock->uptime() - mBegun;
+        mJournal->update(mPayment.id, [&](JournalEntry& entry) { entry.endedAt = entry.payment.startedAt + taken; });
     }
 }
 

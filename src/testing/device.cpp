@@ -195,13 +195,15 @@ void Device::killProgram(std::unique_ptr<Kavio> facade) {
 }
 
 void Device::killProgram(std::vector<std::unique_ptr<Kavio>> facades) {
-    for (auto& facade : facades) mKilled.push_back(std::move(facade));
+    auto& killed = mKilled.emplace_back();
+    killed.facades = std::move(facades);
     mTimeline->forget();
     mNetwork->forget();
+    mScreen->forget();
     // The platform is made anew by the program that starts; what it is made of is the device itself.
     auto platform = std::make_unique<Platform>(*mPlatform);
     mPlatform = platform.get();
-    startOver(std::move(platform));
+    killed.platform = startOver(std::move(platform), &killed.rest);
 }
 
 }  // namespace kavio::test

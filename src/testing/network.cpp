@@ -35,6 +35,8 @@ public:
     Stage stage = Stage::WAITING;
     bool isGivenUp = false;
     int attempt = 0;  // steps of an earlier one are void
+    Fate fate;
+    bool hasArrived = false;
     std::chrono::nanoseconds begun{0};
 };
 using ExchangePtr = std::shared_ptr<Exchange>;
@@ -85,9 +87,9 @@ struct Network::State : std::enable_shared_from_this<State> {
 
     ExchangePtr add(Session session, UrlRequest request, UrlSession::Completion completion);
     void begin(const ExchangePtr& exchange);
-    void depart(const ExchangePtr& exchange, const Fate& fate);
-    void arrive(const ExchangePtr& exchange, const Fate& fate);
-    void comeBack(const ExchangePtr& exchange, const Fate& fate, Handled handled);
+    void depart(const ExchangePtr& exchange);
+    void arrive(const ExchangePtr& exchange);
+    void comeBack(const ExchangePtr& exchange, Handled handled);
     void interrupt(const ExchangePtr& exchange);
     void complete(const ExchangePtr& exchange, Outcome outcome);
     void close(Session session);
@@ -127,10 +129,11 @@ struct Network::State : std::enable_shared_from_this<State> {
     const std::shared_ptr<Timeline> timeline;
     const std::function<Handled(const UrlRequest&)> server;
     std::function<Fate(const UrlRequest&)> usually;
+    std::function<void(const UrlRequest&, const UrlReply&)> observer;
     std::deque<Fate> nextFates;
     bool isCut = false;
     bool isHeld = false;
-    std::deque<ExchangePtr> open;
+    std::deque<ExchangePtr> open, forgotten;
     std::map<Session, std::vector<std::shared_ptr<const UrlRequest>>> requests;  // all there ever were
     std::function<void()> whenAllDelivered;
 };
@@ -160,31 +163,36 @@ void Network::State::begin(const ExchangePtr& exchange) {
     }
     exchange->stage = Exchange::Stage::CONNECTING;
     exchange->begun = timeline->uptime();
-    const auto fate = fateOf(*exchange->request);
-    after(fate.connecting, exchange, [this, exchange, fate] { depart(exchange, fate); });
+    exchange->fate = fateOf(*exchange->request);
+    after(exchange->fate.connecting, exchange, [this, exchange] { depart(exchange); });
 }
 
-void Network::State::depart(const ExchangePtr& exchange, const Fate& fate) {
+void Network::State::depart(const ExchangePtr& exchange) {
+    const auto& fate = exchange->fate;
     if (fate.error && !mayHaveBeenSent(*fate.error)) return complete(exchange, errorOf(*fate.error, false));
     exchange->stage = Exchange::Stage::LEFT;
-    after(fate.there, exchange, [this, exchange, fate] { arrive(exchange, fate); });
+    after(fate.there, exchange, [this, exchange] { arrive(exchange); });
 }
 
-void Network::State::arrive(const ExchangePtr& exchange, const Fate& fate) {
+void Network::State::arrive(const ExchangePtr& exchange) {
+    const auto& fate = exchange->fate;
+    exchange->hasArrived = true;
     Handled handled;
     if (fate.arrives) handled = server(*exchange->request);
     if (fate.arrives && fate.isRepeated && exchange->request->idempotency == Idempotency::REPEATABLE)
         handled = server(*exchange->request);
     if (fate.reply) handled.reply = *fate.reply;
+    handled.isCut = handled.isCut || fate.isCut;
     const auto left = timeLeft(*exchange);
     const bool isLate = fate.error == UrlError::timedOut || handled.delay + fate.back > left;
-    after(isLate ? left : handled.delay + fate.back, exchange, [this, exchange, fate, handled, isLate] {
+    after(isLate ? left : handled.delay + fate.back, exchange, [this, exchange, handled, isLate] {
         if (isLate) return complete(exchange, errorOf(UrlError::timedOut, true));
-        comeBack(exchange, fate, handled);
+        comeBack(exchange, handled);
     });
 }
 
-void Network::State::comeBack(const ExchangePtr& exchange, const Fate& fate, Handled handled) {
+void Network::State::comeBack(const ExchangePtr& exchange, Handled handled) {
+    const auto& fate = exchange->fate;
     if (fate.isUnheard) exchange->completion = [](const Outcome&) {};
     if (fate.error) return complete(exchange, errorOf(*fate.error, true));
     if (handled.isLost) return complete(exchange, errorOf(UrlError::networkConnectionLost, true));
@@ -215,11 +223,12 @@ void Network::State::complete(const ExchangePtr& exchange, Outcome outcome) {
     const bool isLast = isBackground && std::ranges::none_of(open, [](const auto& other) {
                             return other->session == Session::BACKGROUND;
                         });
-    timeline->post(Lane::NETWORK, {},
-                   [exchange, result = std::move(outcome), told = isLast ? whenAllDelivered : nullptr]() mutable {
-                       std::exchange(exchange->completion, nullptr)(std::move(result));
-                       if (told) told();
-                   });
+    timeline->post(Lane::NETWORK, {}, [self = shared_from_this(), exchange, result = std::move(outcome), isLast] {
+        std::exchange(exchange->completion, nullptr)(result);
+        if (const auto* reply = std::get_if<UrlReply>(&result); reply && self->observer)
+            self->observer(*exchange->request, *reply);
+        if (isLast && self->whenAllDelivered) self->whenAllDelivered();
+    });
 }
 
 /// The session's end: what is open has been told of it when this returns.
@@ -274,13 +283,21 @@ void Network::cut() {
 void Network::restore() {
     mState->isCut = false;
     for (const auto& exchange : mState->open) {
-        if (exchange->stage == Exchange::Stage::WAITING)
-            mState->after(milliseconds(0), exchange, [state = mState.get(), exchange] { state->begin(exchange); });
+        if (exchange->stage != Exchange::Stage::WAITING) continue;
+        ++exchange->attempt;  // it may be about to begin anyway
+        mState->after(milliseconds(0), exchange, [state = mState.get(), exchange] { state->begin(exchange); });
     }
 }
 
 bool Network::isCut() const { return mState->isCut; }
 void Network::usually(std::function<Fate(const UrlRequest&)> fate) { mState->usually = std::move(fate); }
+void Network::clearFates() {
+    mState->nextFates.clear();
+    mState->usually = nullptr;
+}
+void Network::observe(std::function<void(const UrlRequest&, const UrlReply&)> observer) {
+    mState->observer = std::move(observer);
+}
 void Network::next(Fate fate) { mState->nextFates.push_back(std::move(fate)); }
 void Network::hold() { mState->isHeld = true; }
 
@@ -305,7 +322,16 @@ std::size_t Network::open(std::optional<Session> session) const {
     return std::size_t(std::ranges::count_if(
         mState->open, [&](const auto& exchange) { return exchange->session == session.value_or(exchange->session); }));
 }
-void Network::forget() { mState->open.clear(); }
+void Network::forget() {
+    for (const auto& exchange : std::exchange(mState->open, {})) {
+        mState->forgotten.push_back(exchange);
+        const bool goesOn = exchange->stage == Exchange::Stage::LEFT && !exchange->hasArrived && exchange->fate.arrives;
+        exchange->stage = Exchange::Stage::DONE;
+        if (!goesOn || mState->isHeld) continue;
+        mState->timeline->post(Lane::NETWORK, exchange->fate.there,
+                               [state = mState, exchange] { state->server(*exchange->request); });
+    }
+}
 void Network::close() {
     for (const auto session : {Session::BACKGROUND, Session::ORDINARY}) mState->close(session);
 }

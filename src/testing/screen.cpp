@@ -191,6 +191,9 @@ void Screen::pressBack() {
 void Screen::endPageProcess() {
     if (hasScene()) top()->view()->fail();
 }
+void Screen::forget() {
+    for (auto* scene : std::exchange(mPresented, {})) scene->lifecycleDelegate.reset(), scene->delegate.reset();
+}
 void Screen::step() {
     const auto presented = mPresented;
     for (const auto* scene : presented) {

@@ -45,7 +45,9 @@ constexpr std::chrono::milliseconds ahead{137};  // of the device's clock: no tw
 sandbox::Options optionsFor(const std::shared_ptr<const Timeline>& timeline, Service::Options options) {
     sandbox::Options sandbox;
     sandbox.orderStep = options.orderStep;
-    sandbox.clock = [timeline] { return std::chrono::round<std::chrono::microseconds>(timeline->now()) + ahead; };
+    // It goes on steadily, whatever somebody does to the device's clock.
+    const auto start = std::chrono::round<std::chrono::microseconds>(timeline->now()) + ahead - timeline->uptime();
+    sandbox.clock = [timeline, start] { return start + timeline->uptime(); };
     if (options.unguessableText) sandbox.unguessableText = std::move(options.unguessableText);
     return sandbox;
 }

@@ -28,7 +28,8 @@ struct Timeline::State {
     nanoseconds uptime = std::chrono::hours(1);
     nanoseconds lastSerial{0};
     std::multimap<nanoseconds, Work> waiting;  // by the uptime at which it is due
-    std::optional<Lane> lane;                  // whose work is running
+    std::multimap<nanoseconds, Work> forgotten;
+    std::optional<Lane> lane;  // whose work is running
 
     void moveTo(nanoseconds time) {
         const auto passed = std::max(time - uptime, nanoseconds(0));
@@ -104,9 +105,8 @@ bool Timeline::runUntil(const std::function<bool()>& done, nanoseconds limit) {
 }
 
 void Timeline::forget() {
-    decltype(State::waiting) forgotten;  // destroyed without the lock
     const std::lock_guard lock(mState->mutex);
-    mState->waiting.swap(forgotten);
+    mState->forgotten.merge(mState->waiting);
 }
 
 std::size_t Timeline::waiting(Lane lane) const {

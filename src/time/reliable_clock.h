@@ -18,10 +18,11 @@ Date serverNow();
 /// `serverNow` as yyyyMMddHHmmss in UTC.
 std::string serverTimeStamp();
 
-/// Whether `serverNow` follows a time sample that has not expired, and not the device's clock alone.
+/// Whether `serverNow` follows a time sample that has not expired, and not the device's clock alone, which nobody has
+/// set meanwhile.
 bool isServerTimeKnown();
 
-/// Whether the stored time sample is good for more than `TIME_SAMPLE_MARGIN`.
+/// Whether the stored time sample is good for more than `TIME_SAMPLE_MARGIN`. Not if somebody has set the device's clock.
 bool isTimeSampleFresh();
 
 /// Keeps a new time sample; without one, the device's clock stands in for the server's and the expiry stays as it was.

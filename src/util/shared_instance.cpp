@@ -32,11 +32,12 @@ std::shared_ptr<void> detail::sharedInstance(std::type_index type, const std::fu
     return instances.try_emplace(type, std::move(made)).first->second;
 }
 
-void forgetSharedInstances() {
+std::shared_ptr<void> forgetSharedInstances() {
     auto& [mutex, instances] = registry();
-    decltype(Registry::instances) gone;  // destroyed without the lock: a destructor may use other instances
+    const auto forgotten = std::make_shared<decltype(Registry::instances)>();
     const std::lock_guard lock(mutex);
-    gone.swap(instances);
+    forgotten->swap(instances);
+    return forgotten;
 }
 
 }  // namespace kavio

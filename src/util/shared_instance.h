@@ -16,7 +16,8 @@ std::shared_ptr<T> sharedInstance() {
     return std::static_pointer_cast<T>(detail::sharedInstance(typeid(T), [] { return std::make_shared<T>(); }));
 }
 
-/// Starts over, for tests: the next use makes a new instance of everything. No shipped code calls it.
-void forgetSharedInstances();
+/// Starts over, for tests: the next use makes a new instance of everything. The former ones end with what is returned,
+/// unless somebody else uses them. No shipped code calls it.
+std::shared_ptr<void> forgetSharedInstances();
 
 }  // namespace kavio

@@ -433,6 +433,25 @@ TEST(Settling, SaysThatNoneWasMadeOnlyWhenThatIsCertain) {
     }
 }
 
+// A purchase that was made must not be taken for one that was not, whatever the device's clock says by then.
+TEST(Settling, FindsAPurchaseDuringWhichSomebodySetTheClock) {
+    for (const auto jump : {-std::chrono::minutes(75), -std::chrono::minutes(4), std::chrono::minutes(4)}) {
+        World world;
+        buy(world);
+        ASSERT_TRUE(world.device().network().leave());
+        world.device().time().setWallClock(world.device().time().now() + jump);
+        world.advance(std::chrono::minutes(1));
+        world.answer({UrlError::timedOut});
+        world.advance(std::chrono::minutes(5));
+        world.kavio().settlePayment(unsettled(world).front().id);
+        world.answer(
+            {200, R"({"serverTime":"2024-01-01T00:06:00.000+0000","expireTime":"2024-01-01T01:06:00.000+0000"})"});
+        world.answer({200, JsonValue(JsonValue::array_t{transaction(), transaction(before)}).dump()});
+        world.answer({200, orderAt(1234, "completed")});
+        EXPECT_EQ(world.outcomes().back(), "DONE NONE");
+    }
+}
+
 TEST(Settling, FollowsAnOrderThatIsNotOver) {
     World world;
     buy(world);

@@ -79,6 +79,23 @@ TEST(FreshTime, IsAskedForAfterARefusedSignatureAndAfterLogout) {
     EXPECT_THAT(world.paths(), ElementsAre(order, "/time?", order, "/account/logout?", "/time?"));
 }
 
+TEST(FreshTime, IsAskedForWhenSomebodyHasSetTheDevicesClock) {
+    for (const auto& [shift, paths] : std::vector<std::pair<seconds, std::vector<std::string>>>{
+             {seconds(-6), {order, "/time?"}},
+             {seconds(-4), {order, order}},
+             {seconds(4), {order, order}},
+             {seconds(6), {order, "/time?"}},
+         }) {
+        World world;
+        world.kavio().getOrder("1");
+        world.answer({503, ""});
+        world.advance(std::chrono::minutes(10));
+        world.device().time().setWallClock(world.device().time().now() + shift);
+        world.kavio().getOrder("1");
+        EXPECT_EQ(world.paths(), paths);
+    }
+}
+
 TEST(FreshTime, IsNotAskedForByLoginAndVerify) {
     FreshInstall world;
     world.kavio().login("49", "501");

@@ -8,7 +8,8 @@ namespace kavio {
 
 /// For tests: forgets what the library keeps for the process, as if the program started again, on `platform`; without
 /// one, the library's own is made when it is needed. Returns the platform before, null if there was none. No operation
-/// may be under way.
-KAVIO_API std::unique_ptr<Platform> startOver(std::unique_ptr<Platform> platform);
+/// may be under way, unless all that was kept goes on in `abandoned`: a program that is killed destroys nothing.
+KAVIO_API std::unique_ptr<Platform> startOver(std::unique_ptr<Platform> platform,
+                                              std::shared_ptr<void>* abandoned = nullptr);
 
 }  // namespace kavio

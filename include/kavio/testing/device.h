@@ -96,7 +96,13 @@ private:
     const std::shared_ptr<SettableLocale> mLocale;
     Platform* mPlatform = nullptr;  // the process's
     std::unique_ptr<Platform> mFormer;
-    std::vector<std::unique_ptr<Kavio>> mKilled;
+    /// What a killed program has left, which nobody destroys before the device.
+    struct Killed {
+        std::vector<std::unique_ptr<Kavio>> facades;
+        std::shared_ptr<void> rest;
+        std::unique_ptr<Platform> platform;
+    };
+    std::vector<Killed> mKilled;
 };
 
 }  // namespace kavio::test

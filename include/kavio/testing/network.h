@@ -26,6 +26,8 @@ struct Fate {
     bool arrives = true;
     /// Sent again by the network itself, so that the service sees it twice; only for a request that may be repeated.
     bool isRepeated = false;
+    /// The connection ends within the reply.
+    bool isCut = false;
     /// Memory runs out where the reply arrives, so that nobody is told of it.
     bool isUnheard = false;
     /// What comes back instead of what the service has answered; the service still sees the request.
@@ -88,6 +90,10 @@ public:
     bool isCut() const;
     /// What happens to the next request for which nothing has been said yet.
     void next(Fate fate);
+    /// Takes back both: everything goes well again.
+    void clearFates();
+    /// Called after each reply has been handed over.
+    void observe(std::function<void(const UrlRequest&, const UrlReply&)> observer);
     /// What happens to all others; null for what always goes well.
     void usually(std::function<Fate(const UrlRequest&)> fate);
 
@@ -108,7 +114,7 @@ public:
     std::vector<UrlRequest> requests(Session session = Session::ORDINARY) const;
     /// How many are not completed, of one session or of both.
     std::size_t open(std::optional<Session> session = std::nullopt) const;
-    /// Drops what is open, and tells nobody, as when the program is killed.
+    /// Drops what is open, and tells nobody, as when the program is killed. What has left still reaches the service.
     void forget();
     /// Ends what is open with `UrlError::cancelled`.
     void close();

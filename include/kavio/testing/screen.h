@@ -49,6 +49,8 @@ public:
     /// The button that a page which has failed leaves to the person.
     void pressBack();
     void endPageProcess();
+    /// Nothing is shown any more, and nobody is told, as when the program is killed.
+    void forget();
     /// Lets the page of each scene do the next thing.
     void step();
 

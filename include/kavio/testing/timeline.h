@@ -38,7 +38,8 @@ public:
     /// Lets time pass until `done`, which is asked after each piece of work, or until `limit` has passed. Returns the
     /// last answer of `done`.
     bool runUntil(const std::function<bool()>& done, std::chrono::nanoseconds limit = std::chrono::hours(1));
-    /// Drops everything that is waiting, as when the program is killed.
+    /// Nothing that is waiting is going to happen. It is kept as it is until the end, since a program that is killed
+    /// destroys nothing.
     void forget();
     /// How much work of `lane` is waiting, due or not.
     std::size_t waiting(Lane lane) const;

@@ -1,0 +1,440 @@
+#include "world.h"
+
+#include "traffic.h"
+
+#include <algorithm>
+#include <array>
+#include <functional>
+#include <random>
+
+namespace kavio::simulate {
+namespace {
+
+using namespace std::chrono_literals;
+using test::Device;
+using test::Fate;
+using test::ServiceFault;
+using Environment = Kavio::EnvironmentType;
+
+/// Orders at the first ones end well, at the others in every way that there is.
+constexpr std::array<std::int64_t, 12> machines{42100107, 42100178, 42100107, 42100178, 42100107, 42102343,
+                                                42102488, 42102833, 42102904, 42102973, 42103042, 1234};
+/// The README's cards for 3-D Secure.
+constexpr std::array cards{"4000000000001018", "4000000000001026", "4000000000001034",
+                           "4000000000001042", "4000000000001067", "4000000000001075",
+                           "4000000000001117", "4000000000001133", "4000000000001141"};
+
+Fate fate(std::int64_t number) {
+    const std::array fates{
+        test::fate::noHost,
+        test::fate::noConnection,
+        test::fate::untrusted,
+        test::fate::notSecure,
+        test::fate::requestLost,
+        test::fate::replyLost,
+        +[] { return test::fate::timesOut(true); },
+        +[] { return test::fate::timesOut(false); },
+        test::fate::unreadable,
+        +[] { return Fate{.isRepeated = true}; },
+        +[] { return Fate{.isCut = true}; },
+    };
+    return fates[std::size_t(number)]();
+}
+
+ServiceFault fault(std::int64_t number) {
+    const std::array faults{
+        ServiceFault{.path = "*", .status = 500},
+        ServiceFault{.path = "*", .status = 503, .takesEffect = true},
+        ServiceFault{.path = "*", .status = 400},
+        ServiceFault{.path = "*", .status = 404, .body = R"({"message":null})"},
+        ServiceFault{.path = "*", .status = 401},
+        ServiceFault{.path = "*", .status = 406, .body = "<html>"},
+        ServiceFault{.path = "*", .status = 417},
+        ServiceFault{.path = "*", .status = 426},
+        ServiceFault{.path = "*", .delay = 10s, .times = 3},
+        ServiceFault{.path = "*", .isLost = true, .takesEffect = true},
+        ServiceFault{.path = "/orders/*", .body = R"({"id":1,"status":"somethingNew","amount":99999999999999})"},
+        ServiceFault{.path = "/time", .body = "{}"},
+        ServiceFault{.path = "*", .body = "null", .takesEffect = true},
+    };
+    return faults[std::size_t(number)];
+}
+
+struct Facade {
+    std::shared_ptr<Ledger> ledger;
+    std::unique_ptr<Kavio> kavio;
+};
+
+/// One run: the device, up to two facades, and what the person has asked for.
+class World {
+public:
+    explicit World(const Schedule& schedule) : mSchedule(schedule), mDevice({.seed = schedule.seed}) {
+        mDevice.network().observe(
+            [this](const auto& request, const auto& reply) { mTraffic.note(mDevice, request, reply); });
+        if (!mDevice.logIn()) throw Violation("the simulation works", "nobody can log in");
+    }
+
+    void run() {
+        for (const auto& step : mSchedule.steps) {
+            pass(step.after);
+            perform(step);
+            pass(0ms);
+        }
+        calmDown();
+        settleAll();
+        checkMoney();
+        letGo();
+    }
+
+private:
+    /// Lets time pass, and checks what must hold after each piece of work.
+    void pass(std::chrono::milliseconds time) {
+        const auto end = mDevice.time().uptime() + time;
+        mDevice.time().runUntil(
+            [this] {
+                for (const auto& facade : mFacades)
+                    if (facade.kavio) facade.ledger->check();
+                return false;
+            },
+            end - mDevice.time().uptime());
+    }
+    Facade& facade(int number) {
+        auto& facade = mFacades[std::size_t(number)];
+        if (!facade.kavio) open(facade, Environment::TEST);
+        return facade;
+    }
+    void open(Facade& facade, Environment environment) {
+        facade.ledger = std::make_shared<Ledger>(mDevice.time(), mPayments);
+        facade.ledger->onLoggedOut = [this] { mTraffic.noteLogout(mDevice); };
+        facade.kavio = std::make_unique<Kavio>(facade.ledger, "key", environment);
+    }
+
+    void perform(const Step& step);
+    void pay(Facade& facade, bool isDeposit, const std::function<void(Kavio&, std::int64_t amount)>& call);
+    void settle(Facade& facade, std::size_t number);
+    std::optional<std::size_t> paymentOf(const UnsettledPayment& unsettled) const;
+    void silence(Facade& facade);
+    void killProgram();
+
+    void calmDown();
+    void settleAll();
+    void checkMoney();
+    void checkJournal(const Kavio& kavio) const;
+    void letGo();
+    std::size_t madeAtService(const Payment& payment) const;
+
+    const Schedule& mSchedule;
+    Device mDevice;
+    Traffic mTraffic;
+    std::vector<Payment> mPayments;
+    std::array<Facade, 2> mFacades;
+    std::mt19937_64 mLateness{7};
+    bool mIsDiskUnreliable = false;  // a write may have failed
+    bool mHasLostWrites = false;     // and then the program was killed
+};
+
+void World::perform(const Step& step) {
+    auto& network = mDevice.network();
+    const auto ask = [&](Callback callback, auto call) {
+        auto& asking = facade(step.facade);
+        asking.ledger->perform(*asking.kavio, callback, std::nullopt, call);
+    };
+    const auto wallet = std::make_shared<PaymentMethod>("0", "", PaymentMethod::PaymentType::KAVIO);
+    const auto cardOf = [&](const Facade& from) -> std::string {
+        for (const auto& method : from.ledger->methods)
+            if (method->type == PaymentMethod::PaymentType::CREDIT_CARD) return method->id;
+        return "no card";
+    };
+    switch (step.kind) {
+        case Kind::BUY:
+            return pay(facade(step.facade), false, [&](Kavio& kavio, std::int64_t amount) {
+                kavio.placeOrder(machines[std::size_t(step.value)], wallet, amount, {});
+            });
+        case Kind::BUY_BY_CARD: {
+            auto& buying = facade(step.facade);
+            const auto card =
+                std::make_shared<PaymentMethod>(cardOf(buying), "", PaymentMethod::PaymentType::CREDIT_CARD);
+            return pay(buying, false, [&](Kavio& kavio, std::int64_t amount) {
+                kavio.placeOrder(machines[std::size_t(step.value)], card, amount, {});
+            });
+        }
+        case Kind::DEPOSIT: {
+            auto& paying = facade(step.facade);
+            return pay(paying, true, [&](Kavio& kavio, std::int64_t amount) {
+                kavio.deposit(std::make_shared<DepositCard>("0", "", PaymentMethod::PaymentType::KAVIO, 0, "EUR", 2),
+                              double(amount / 100), cardOf(paying));
+            });
+        }
+        case Kind::ADD_CARD:
+            return ask(Callback::ADD_CARD, [](Kavio& kavio) {
+                kavio.addCreditCard(std::make_shared<Card>(Card{
+                    .pan = "4111111111111111", .month = "12", .year = "2039", .cvv = "123", .email = "a@b.example"}));
+            });
+        case Kind::ENROL:
+            return ask(Callback::ADD_CARD, [&](Kavio& kavio) {
+                kavio.addCreditCardTDSecure(
+                    {.number = cards[std::size_t(step.value)], .month = 12, .year = 2039, .securityCode = 123},
+                    {.name = "Robin", .email = "a@b.example"});
+            });
+        case Kind::ASK_SESSION:
+            return ask(Callback::SESSION, [](Kavio& kavio) { kavio.isLoggedIn(); });
+        case Kind::ASK_METHODS:
+            return ask(Callback::METHODS, [](Kavio& kavio) { kavio.getPaymentMethods(); });
+        case Kind::ASK_MACHINES:
+            return ask(Callback::MACHINES, [](Kavio& kavio) { kavio.getMachines(nullptr); });
+        case Kind::ASK_TRANSACTIONS:
+            return ask(Callback::TRANSACTIONS, [](Kavio& kavio) { kavio.getTransactions(nullptr); });
+        case Kind::ASK_ORDER: {
+            const auto id = facade(step.facade).ledger->lastOrder;
+            return ask(Callback::ORDER, [&](Kavio& kavio) { kavio.getOrder(id); });
+        }
+        case Kind::SETTLE:
+            return settle(facade(step.facade), std::size_t(step.value));
+        case Kind::FORGET: {
+            const auto& kavio = *facade(step.facade).kavio;
+            const auto unsettled = kavio.unsettledPayments();
+            if (std::size_t(step.value) >= unsettled.size()) return;
+            const auto& forgotten = unsettled[std::size_t(step.value)];
+            if (facade(step.facade).kavio->forgetPayment(forgotten.id))
+                if (const auto payment = paymentOf(forgotten)) mPayments[*payment].isForgotten = true;
+            return;
+        }
+        case Kind::LOG_OUT:
+            return ask(Callback::LOGOUT, [](Kavio& kavio) { kavio.logout(); });
+        case Kind::LOG_IN: {
+            ask(Callback::LOGIN, [](Kavio& kavio) { kavio.login("49", "151234567"); });
+            pass(1s);
+            return ask(Callback::VERIFY, [](Kavio& kavio) { kavio.verify("123456", "DE", "49", "151234567"); });
+        }
+        case Kind::RELEASE: {
+            auto& released = facade(step.facade);
+            silence(released);
+            released.kavio->release(released.kavio.get());
+            pass(5s);
+            released.kavio.reset();
+            return;
+        }
+        case Kind::DESTROY:
+            silence(facade(step.facade));
+            return facade(step.facade).kavio.reset();
+        case Kind::DROP_DELEGATE: {
+            auto& dropped = facade(step.facade);
+            // What is under way goes on, but there is nobody to tell.
+            dropped.ledger->silence();
+            dropped.ledger = std::make_shared<Ledger>(mDevice.time(), mPayments);
+            dropped.ledger->silence();
+            return;
+        }
+        case Kind::KILL_PROGRAM:
+            return killProgram();
+        case Kind::CLOSE_PAGE:
+            return mDevice.screen().pressClose();
+        case Kind::ANSWER_CHALLENGE:
+            return static_cast<void>(mDevice.answerChallenge(step.value == 0 ? "1234" : "0000"));
+        case Kind::CUT:
+            return network.cut();
+        case Kind::RESTORE:
+            for (auto& payment : mPayments) payment.hasNeverLeft = payment.isGivenUpUnsent;
+            return network.restore();
+        case Kind::FATE:
+            return network.next(fate(step.value));
+        case Kind::SLOWNESS:
+            return network.usually([time = std::chrono::milliseconds(step.value)](const auto&) {
+                return Fate{.connecting = time / 3, .there = time, .back = time};
+            });
+        case Kind::LATENESS:
+            mDevice.time().lateness = [this, most = std::uint64_t(step.value + 1)](test::Lane lane) {
+                return lane == test::Lane::MAIN ? 0ms : std::chrono::milliseconds(mLateness() % most);
+            };
+            return;
+        case Kind::FAULT:
+            return mDevice.service().add(fault(step.value));
+        case Kind::CLOCK_OFFSET:
+            return mDevice.service().setClockOffset(std::chrono::seconds(step.value - 50));
+        case Kind::END_SESSIONS:
+            return mDevice.service().endSessions();
+        case Kind::WALL_CLOCK: {
+            const std::chrono::seconds jump(step.value % 2 == 1 ? -step.value : step.value);
+            return mDevice.time().setWallClock(mDevice.time().now() + jump);
+        }
+        case Kind::FULL_DISK:
+            mIsDiskUnreliable = true;
+            return mDevice.stores().refuseWrites();
+        case Kind::ROOM_ON_DISK:
+            return mDevice.stores().refuseWrites(false);
+        case Kind::FAILING_WRITE:
+            mIsDiskUnreliable = true;
+            return mDevice.stores().decideWrites([left = step.value]() mutable { return left-- != 0; });
+    }
+}
+
+void World::pay(Facade& facade, bool isDeposit, const std::function<void(Kavio&, std::int64_t)>& call) {
+    const auto number = std::int64_t(mPayments.size());
+    mPayments.push_back({.amount = isDeposit ? 20'000 + 100 * number : 101 + number,
+                         .isDeposit = isDeposit,
+                         .hasNeverLeft = mDevice.network().isCut()});
+    const auto payment = mPayments.size() - 1;
+    if (facade.kavio->isBusy()) mPayments[payment].isGivenUpUnsent = true;  // refused: it must never be made
+    facade.ledger->perform(*facade.kavio, isDeposit ? Callback::DEPOSIT : Callback::PLACE_ORDER, payment,
+                           [&](Kavio& kavio) { call(kavio, mPayments[payment].amount); });
+}
+
+std::optional<std::size_t> World::paymentOf(const UnsettledPayment& unsettled) const {
+    const bool isDeposit = unsettled.kind == UnsettledPayment::Kind::DEPOSIT;
+    for (std::size_t i = 0; i < mPayments.size(); ++i)
+        if (mPayments[i].amount == unsettled.amount && mPayments[i].isDeposit == isDeposit) return i;
+    return std::nullopt;
+}
+
+void World::settle(Facade& facade, std::size_t number) {
+    const auto unsettled = facade.kavio->unsettledPayments();
+    if (number >= unsettled.size()) return;
+    const auto& payment = unsettled[number];
+    const auto known = paymentOf(payment);
+    if (!known) throw Violation("the journal is true", "a payment that nobody made");
+    const auto callback = payment.kind == UnsettledPayment::Kind::DEPOSIT ? Callback::DEPOSIT : Callback::PLACE_ORDER;
+    facade.ledger->perform(
+        *facade.kavio, callback, known, [&](Kavio& kavio) { kavio.settlePayment(payment.id); }, true);
+}
+
+/// The application lets go of a facade. A purchase that cannot have left yet must never be made then.
+void World::silence(Facade& facade) {
+    for (const auto waiting : facade.ledger->silence())
+        if (mPayments[waiting].hasNeverLeft && !mPayments[waiting].told) mPayments[waiting].isGivenUpUnsent = true;
+}
+
+void World::killProgram() {
+    mHasLostWrites = mHasLostWrites || mIsDiskUnreliable;
+    std::vector<std::unique_ptr<Kavio>> killed;
+    for (auto& facade : mFacades) {
+        if (!facade.kavio) continue;
+        silence(facade);
+        killed.push_back(std::move(facade.kavio));
+    }
+    mDevice.killProgram(std::move(killed));
+    checkJournal(*facade(0).kavio);
+}
+
+std::size_t World::madeAtService(const Payment& payment) const {
+    const auto orders = mDevice.service().orders();
+    return std::size_t(std::ranges::count_if(orders, [&](const auto& order) {
+        return order.amount == payment.amount && (order.machine == 0) == payment.isDeposit;
+    }));
+}
+
+/// What the service has and nobody has been told of is written down.
+void World::checkJournal(const Kavio& kavio) const {
+    const auto unsettled = kavio.unsettledPayments();
+    for (const auto& payment : mPayments) {
+        if (payment.isForgotten || payment.isSettledUnheard ||
+            payment.told.value_or(Effect::UNKNOWN) != Effect::UNKNOWN)
+            continue;
+        if (madeAtService(payment) == 0) continue;
+        const bool isWritten = std::ranges::any_of(unsettled, [&](const auto& written) {
+            const auto known = paymentOf(written);
+            return known && &mPayments[*known] == &payment;
+        });
+        if (!isWritten && !mTraffic.hasAnsweredPayment(payment.amount))
+            throw Violation("no payment is lost", "a payment of " + std::to_string(payment.amount));
+    }
+}
+
+void World::calmDown() {
+    mDevice.time().lateness = nullptr;
+    mDevice.network().clearFates();
+    mDevice.service().clearFaults();
+    mDevice.service().setClockOffset(0s);
+    mDevice.stores().refuseWrites(false);
+    for (auto& payment : mPayments) payment.hasNeverLeft = payment.isGivenUpUnsent;
+    mDevice.network().restore();
+    pass(2min);
+    while (mDevice.screen().hasScene()) {
+        mDevice.screen().pressClose();
+        pass(1s);
+    }
+    pass(3min);
+    for (const auto& facade : mFacades)
+        if (facade.kavio) facade.ledger->checkEnd();
+}
+
+/// A person with a session finds out what became of everything that is still in doubt.
+void World::settleAll() {
+    for (auto& facade : mFacades) {
+        if (facade.kavio) silence(facade);
+        facade.kavio.reset();
+    }
+    // With a clock that is wrong, the first attempt only finds that out.
+    if (!mDevice.logIn() && !mDevice.logIn()) throw Violation("all is well again", "nobody can log in");
+    auto& settling = facade(0);
+    checkJournal(*settling.kavio);
+    for (int round = 0; round < 3; ++round) {
+        for (std::size_t skipped = 0; skipped < settling.kavio->unsettledPayments().size();) {
+            const auto before = settling.kavio->unsettledPayments().size();
+            settle(settling, skipped);
+            pass(70s);
+            if (settling.kavio->unsettledPayments().size() == before) ++skipped;
+        }
+        pass(4min);
+    }
+    settling.ledger->checkEnd();
+}
+
+void World::checkMoney() {
+    for (const auto& payment : mPayments) {
+        const auto made = madeAtService(payment);
+        const auto what = "a " + std::string(payment.isDeposit ? "deposit" : "purchase") + " of " +
+                          std::to_string(payment.amount) + ", told " +
+                          (payment.told ? std::string(name(*payment.told)) : "nothing") + ", made " +
+                          std::to_string(made) + " times";
+        if (made > 1) throw Violation("paid at most once", what);
+        if (made > 0 && payment.isGivenUpUnsent) throw Violation("given up before it left", what);
+        if (made > 0 && payment.told == Effect::NONE) throw Violation("NONE means nothing", what);
+        if (made == 0 && payment.told == Effect::DONE) throw Violation("DONE means done", what);
+    }
+    if (mDevice.service().orders().size() > mPayments.size())
+        throw Violation("nothing is paid unasked", std::to_string(mDevice.service().orders().size()) + " orders");
+
+    auto& asking = facade(0);
+    asking.ledger->perform(*asking.kavio, Callback::METHODS, std::nullopt,
+                           [](Kavio& kavio) { kavio.getPaymentMethods(); });
+    pass(1s);
+    asking.ledger->checkEnd();
+    const auto& methods = asking.ledger->methods;
+    const auto shown = methods.empty() ? nullptr : std::dynamic_pointer_cast<const DepositCard>(methods.front());
+    if (!shown || shown->balance != mDevice.service().balance())
+        throw Violation("the wallet agrees with the service", "the balance differs");
+    const auto unsettled = asking.kavio->unsettledPayments();
+    for (const auto& left : unsettled) {
+        const auto known = paymentOf(left);
+        if (known && left.status && isFinal(*left.status))
+            throw Violation("what is over is struck off", "a payment of " + std::to_string(left.amount));
+    }
+}
+
+/// Everything ends: nothing may be left.
+void World::letGo() {
+    // A token whose end could not be written comes back with the program.
+    if (!mHasLostWrites) mTraffic.check(mDevice);
+    for (auto& facade : mFacades) {
+        if (facade.kavio) silence(facade);
+        facade.kavio.reset();
+    }
+    mDevice.letPass(5min);
+    if (mDevice.network().open() > 0) throw Violation("nothing is left", "requests");
+    for (const auto lane : {test::Lane::MAIN, test::Lane::SERIAL, test::Lane::CONCURRENT, test::Lane::NETWORK})
+        if (mDevice.time().waiting(lane) > 0) throw Violation("nothing is left", "work");
+    if (mDevice.screen().hasScene()) throw Violation("nothing is left", "a scene");
+}
+
+}  // namespace
+
+std::optional<Failure> run(const Schedule& schedule) {
+    try {
+        World(schedule).run();
+        return std::nullopt;
+    } catch (const Violation& violation) {
+        return Failure{violation.rule, violation.what()};
+    }
+}
+
+}  // namespace kavio::simulate

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "ledger.h"
+#include "schedule.h"
+
+#include <optional>
+#include <string>
+
+namespace kavio::simulate {
+
+struct Failure {
+    std::string rule;
+    std::string what;
+};
+
+/// Runs the schedule on a fresh device, lets everything calm down, and checks every rule. Absent when all hold.
+std::optional<Failure> run(const Schedule& schedule);
+
+}  // namespace kavio::simulate
