@@ -5,6 +5,8 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <atomic>
+#include <future>
 
 namespace kavio::test {
 namespace {
@@ -166,6 +168,39 @@ TEST_F(SceneTest, GivesAPageUpOfWhichNothingComes) {
     server.serveNothing("/slow");
     show(server.url("/slow"), std::chrono::seconds(1));
     EXPECT_TRUE(until([&] { return shown() == "failed"; }));
+}
+
+TEST_F(SceneTest, WaitsForACertificateNoLongerThanForAPage) {
+    const RawServer silent(applicationAuthority().issue({"localhost"}), [](auto& connection) {
+        if (connection.number() > 0)
+            connection.handshake();
+        else
+            connection.stall();
+    });
+    const auto url = "https://localhost" + silent.address().substr(std::string("127.0.0.1").size());
+    server.servePage("/page", "<script>location = '" + url + "'</script>");
+    show(server.url("/page"), std::chrono::seconds(1));
+    EXPECT_TRUE(until([&] { return shown() == "failed"; }, std::chrono::seconds(10)));
+}
+
+TEST_F(SceneTest, HearsNothingMoreOfTheServersOfAPageThatItGaveUp) {
+    std::promise<void> givingUp;
+    const auto isGivenUp = givingUp.get_future().share();
+    std::atomic<int> open = 0;
+    std::atomic<int> trusting = 0;
+    const RawServer late(applicationAuthority().issue({"localhost"}), [&](auto& connection) {
+        ++open;
+        isGivenUp.wait();
+        if (connection.handshake()) ++trusting;
+        --open;
+    });
+    show("https://localhost" + late.address().substr(std::string("127.0.0.1").size()), std::chrono::seconds(1));
+    EXPECT_TRUE(until([] { return shown() == "failed"; }));
+    EXPECT_GT(open, 0);
+    givingUp.set_value();
+    EXPECT_TRUE(until([&] { return open == 0; }));
+    EXPECT_EQ(trusting, 0);
+    EXPECT_EQ(shown(), "failed");
 }
 
 TEST_F(SceneTest, LoadsAPageAgainThatWebKitLostButOnlyOnce) {

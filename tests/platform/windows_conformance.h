@@ -183,6 +183,17 @@ TEST_P(WindowsConformance, MayBeDismissedWhereANavigationIsOffered) {
     EXPECT_EQ(made->log->ends.size(), 1U);
 }
 
+TEST_P(WindowsConformance, KeepsAPageThatHasEndedCoveredUntilTheNextLoad) {
+    const auto made = presented();
+    const auto framed = driver->serve("/framed", {});
+    const auto late = driver->serve("/late", {{Kind::FRAME, framed}});
+    made->show(driver->serve("/page", {{Kind::FRAME, pageEnd}, {Kind::GO, late}}));
+    EXPECT_TRUE(driver->runUntil([&] { return made->log->lastUrl() == framed; }));
+    EXPECT_EQ(driver->shown(), "working");
+    made->show(late);
+    EXPECT_TRUE(becomes("page"));
+}
+
 TEST_P(WindowsConformance, StaysWithThePageThatGoesWhereItMayNot) {
     const auto made = presented();
     const auto framed = driver->serve("/framed", {});
@@ -346,7 +357,19 @@ TEST_P(WebViewConformance, CallsSecureOnlyWhatCameSecurelyAsAWhole) {
              {"<script src='" + framed + "'></script>", secure},  // which does not run
              {"<iframe src='" + framed + "'></iframe>", insecure},
              {"<iframe src='" + inner + "'></iframe>", insecure},
+             {"<object data='" + framed + "'></object>", insecure},
+             {"<embed src='" + framed + "'>", insecure},
              {"<img src='" + framed + "'>", insecure},
+             {"<picture><source srcset='" + framed + "'><img></picture>", insecure},
+             {"<input type=image src='" + framed + "'>", insecure},
+             {"<svg><image href='" + framed + "'></svg>", insecure},
+             {"<p style='background:url(" + framed + ")'>page", insecure},
+             {"<ul style='list-style-image:url(" + framed + ")'><li>page", insecure},
+             {"<p style='border-image:url(" + framed + ")'>page", insecure},
+             {"<audio src='" + framed + "'></audio>", insecure},
+             {"<video src='" + framed + "'></video>", insecure},
+             {"<video poster='" + framed + "'></video>", insecure},
+             {"<video><source src='" + framed + "'></video>", insecure},
              {"<iframe name=f></iframe><form target=f method=post action='" + framed +
                   "'></form><script>document.forms[0].submit()</script>",
               insecure},

@@ -79,8 +79,8 @@ private:
             begin(url, true);
         }
 
-        void fail() { mShown = "failed", mHasArrived = false, mNext.clear(); }
-        void reload() { mHasArrived ? static_cast<void>(mShown = "page") : begin(mContent, mIsAddress); }
+        void fail() { change("failed"), mHasArrived = false, mNext.clear(); }
+        void reload() { mHasArrived ? change("page") : begin(mContent, mIsAddress); }
         std::string shown() const { return mIsHidden && mShown == "page" ? "working" : mShown; }
         void step(const std::weak_ptr<TDSecureSceneDelegate>& delegate) {
             if (mNext.empty()) return;
@@ -97,21 +97,27 @@ private:
         void begin(const std::string& content, bool isAddress) {
             const OutsideLibrary called;
             close();
-            mContent = content, mIsAddress = isAddress, mHasArrived = false, mShown = "working";
+            mContent = content, mIsAddress = isAddress, mHasArrived = false, mHasEnded = false, mShown = "working";
             if (isAddress) return mNext.push_back({Deed::Kind::GO, content});
             arrive(content);
         }
+        void change(const std::string& shown) {
+            if (!mHasEnded) mShown = shown;
+        }
         void follow(const Deed& deed) {
-            if (deed.url.starts_with("http://127.0.0.1")) return static_cast<void>(mShown = "working");
+            if (deed.url.starts_with("http://127.0.0.1")) {
+                change("working");
+                mHasEnded = true;
+                return;
+            }
             const bool isFound = mWindows.pages.contains(deed.url);
             if (deed.kind == Deed::Kind::GO && isFound) return arrive(deed.url);
-            if (deed.kind == Deed::Kind::GO && deed.url.starts_with("http"))
-                return static_cast<void>(mShown = "failed");
+            if (deed.kind == Deed::Kind::GO && deed.url.starts_with("http")) return change("failed");
             if (isFound) append(deed.url);
         }
         void arrive(const std::string& content) {
             mNext.clear();
-            mHasArrived = true, mShown = "page";
+            mHasArrived = true, change("page");
             append(content);
         }
         void append(const std::string& content) {
@@ -125,6 +131,7 @@ private:
         bool mIsAddress = false;
         bool mIsHidden = false;
         bool mHasArrived = false;
+        bool mHasEnded = false;
         int mLoads = 0;
         std::deque<Deed> mNext;
     };
