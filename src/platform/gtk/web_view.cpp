@@ -153,8 +153,8 @@ void GtkWebView::setHidden(bool hidden) {
 
 void GtkWebView::loadHtml(const std::string& document) {
     auto text = document;
-    std::erase(text, '\0');  // HTML ignores it, but here it would end the document
-    mPatience = std::chrono::seconds(15);
+    std::erase(text, '\0');                // HTML ignores it, but here it would end the document
+    mPatience = std::chrono::seconds(15);  // the document itself needs no time
     begin([this, text] { webkit_web_view_load_html(mView.get(), text.c_str(), nullptr); });
 }
 
