@@ -142,7 +142,7 @@ TEST_F(SceneTest, CoversWhatEndsAPageAndNothingElse) {
         SCOPED_TRACE(address);
         renew();
         showPage("<iframe name=f></iframe><script>onload=()=>f.location='" + address + "'</script>");
-        ASSERT_TRUE(until([&] { return made->log->lastUrl() == address; }));
+        ASSERT_TRUE(until([&, end = address] { return made->log->lastUrl() == end; }));
         EXPECT_EQ(shown() == "page", !isEnd) << shown();
     }
 }

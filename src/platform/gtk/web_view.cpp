@@ -352,7 +352,8 @@ gboolean GtkWebView::onTlsFailed(const char*, GTlsCertificate*, int) {
     return TRUE;
 }
 
-// Before anything of it is fetched.
+// Before anything of it is fetched. WebKit calls this signal deprecated and has no other for it; the conformance suite
+// tries each kind of content that it has to cover.
 void GtkWebView::onInsecureContent(int) {
     mPage.isSecure = false;
     announce();
