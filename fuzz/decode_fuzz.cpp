@@ -12,9 +12,9 @@
 #include "models/request_models.h"
 #include "models/td_secure_replies.h"
 #include "reserved/records.h"
-#include "support/fakes/fake_device.h"
 
 #include <kavio/delegate.h>
+#include <kavio/testing/device.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -86,7 +86,7 @@ constexpr void (*decoders[])(const std::string&) = {
 }  // namespace kavio
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const kavio::test::InstalledPlatform platform(kavio::test::FakeDevice().platform());
+    static const kavio::test::Device device;
     if (size == 0) return 0;
     kavio::decoders[data[0] % std::size(kavio::decoders)]({reinterpret_cast<const char*>(data + 1), size - 1});
     return 0;

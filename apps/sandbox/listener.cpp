@@ -131,6 +131,8 @@ void Listener::resume() {
     mResumed.notify_all();
 }
 
-void Listener::drop(const httplib::Request& request) { shutdown(SSL_get_fd(request.ssl), SHUT_RDWR); }
+void Listener::drop(const httplib::Request& request) {
+    if (request.ssl != nullptr) shutdown(SSL_get_fd(request.ssl), SHUT_RDWR);
+}
 
 }  // namespace kavio::sandbox

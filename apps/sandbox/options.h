@@ -11,6 +11,9 @@
 
 namespace kavio::sandbox {
 
+/// 32 hexadecimal digits.
+std::string randomText();
+
 /// Every member has an initialiser, so that a designated initialiser list may leave it out without a warning.
 struct Options {
     /// Port of the HTTPS service on 127.0.0.1; 0 for a free one.
@@ -35,6 +38,8 @@ struct Options {
     std::chrono::seconds signatureWindow{std::chrono::minutes{5}};
     /// The clock for everything except certificates and the delays of faults. Called on the service's threads.
     std::function<TimePoint()> clock = std::chrono::system_clock::now;
+    /// A text that nobody can guess, for tokens and identifiers. Called on the service's threads.
+    std::function<std::string()> unguessableText = randomText;
     /// Receives what the phone would: "code for +49 151234567 is 123456". Called on the service's threads.
     std::function<void(const std::string&)> message{};
 };

@@ -17,6 +17,7 @@ struct Reply {
     std::map<std::string, std::string> headers = {};
     std::chrono::milliseconds delay{0};
     std::optional<std::chrono::milliseconds> drip = {};  // sends the body in pieces, with this pause before each
+    std::optional<std::size_t> cutAfter = {};            // announces more than these bytes and closes the connection
     bool isLost = false;                                 // closes the connection instead; only over TLS
 };
 

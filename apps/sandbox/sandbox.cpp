@@ -1,8 +1,8 @@
 #include "sandbox.h"
 
 #include "authority.h"
+#include "backend.h"
 #include "gallery.h"
-#include "issuer.h"
 #include "listener.h"
 #include "parameters.h"
 #include "service.h"
@@ -10,10 +10,8 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cctype>
 #include <fstream>
-#include <mutex>
+#include <optional>
 
 namespace kavio::sandbox {
 namespace {
@@ -60,18 +58,6 @@ private:
     bool mOwned;
 };
 
-Request recordOf(const httplib::Request& request) {
-    Request record{request.method, request.get_header_value("Host"), request.target, {}, request.body};
-    for (const auto& [name, value] : request.headers) {
-        auto lower = name;
-        std::transform(lower.begin(), lower.end(), lower.begin(),
-                       [](unsigned char c) { return char(std::tolower(c)); });
-        record.headers[lower] = value;
-    }
-    for (const auto* own : {"remote_addr", "remote_port", "local_addr", "local_port"}) record.headers.erase(own);
-    return record;
-}
-
 /// Sends the body as it is, in a few pieces with a pause before each.
 void drip(Listener& from, const Reply& reply, httplib::Response& response) {
     constexpr std::size_t pieces = 10;
@@ -83,25 +69,27 @@ void drip(Listener& from, const Reply& reply, httplib::Response& response) {
         });
 }
 
-void send(Listener& from, const Reply& reply, httplib::Response& response) {
-    response.status = reply.status;
-    for (const auto& [name, value] : reply.headers) response.set_header(name, value);
-    if (response.content_provider_) return;  // a fault's
-    if (reply.drip)
-        drip(from, reply, response);
-    else
-        response.set_content(reply.body, reply.type);
-}
-
 /// Announces more bytes than it sends and then fails, so that the server closes the connection.
-void cut(httplib::Response& response, std::string body, std::size_t after, const std::string& type) {
-    body.resize(std::min(after, body.size()));
+void cut(const Reply& reply, httplib::Response& response) {
+    auto body = reply.body.substr(0, *reply.cutAfter);
     const auto announced = body.size() + 1;
-    response.set_content_provider(announced, type.c_str(),
+    response.set_content_provider(announced, reply.type.c_str(),
                                   [body = std::move(body)](std::size_t offset, std::size_t, httplib::DataSink& sink) {
                                       if (offset == 0 && !body.empty()) return sink.write(body.data(), body.size());
                                       return false;
                                   });
+}
+
+void send(Listener& from, const httplib::Request& request, const Reply& reply, httplib::Response& response) {
+    if (!from.pause(reply.delay) || reply.isLost) Listener::drop(request);
+    response.status = reply.status;
+    for (const auto& [name, value] : reply.headers) response.set_header(name, value);
+    if (reply.cutAfter)
+        cut(reply, response);
+    else if (reply.drip)
+        drip(from, reply, response);
+    else
+        response.set_content(reply.body, reply.type);
 }
 
 /// The start of the paths that control the sandbox itself. They need no headers and no signature.
@@ -182,91 +170,41 @@ Reply control(Sandbox& sandbox, const httplib::Request& request) {
 
 struct Sandbox::Parts {
     Parts(Sandbox& owner, Options options)
-        : sandbox(owner),
-          authorityFile(options.authorityFile, authority.pem()),
-          world(std::move(options)),
-          service(world) {}
+        : sandbox(owner), authorityFile(options.authorityFile, authority.pem()), backend(std::move(options)) {}
 
     void listen();
     void serve(Listener& from, const httplib::Request& request, httplib::Response& response);
-    /// Only for pages: the API is never served over plain HTTP.
-    void serveIssuerPage(Listener& from, const httplib::Request& request, httplib::Response& response);
-    void record(const httplib::Request& request);
-    /// Runs `work` while no other thread uses the world or the requests.
-    template <class Work>
-    auto locked(Work work) {
-        const std::lock_guard lock(mutex);
-        return work();
-    }
-    Reply answer(const httplib::Request& request);
-    void spoil(const Fault& fault, Listener& from, const httplib::Request& request, Reply& reply,
-               httplib::Response& response);
 
     Sandbox& sandbox;
     Authority authority;
     Identity identity = authority.issue(serverNames);
     AuthorityFile authorityFile;
-    std::mutex mutex;  // guards world and requests
-    World world;
-    std::vector<Request> requests;
-    Faults faults;
-    Service service;
+    Backend backend;
     std::optional<Listener> listener;  // these two last: their threads use everything above
     std::optional<Listener> issuerListener;
 };
 
 // Not in the constructor: a request may arrive immediately, and the control endpoints use the whole sandbox.
 void Sandbox::Parts::listen() {
-    if (world.options.issuerPort) {
-        issuerListener.emplace(
-            nullptr, *world.options.issuerPort, world.options.idleLimit,
-            [this](auto& from, const auto& request, auto& response) { serveIssuerPage(from, request, response); });
+    const auto& options = backend.use([](World & world) -> auto& { return world.options; });
+    // Only for pages: the API is never served over plain HTTP.
+    if (options.issuerPort) {
+        issuerListener.emplace(nullptr, *options.issuerPort, options.idleLimit,
+                               [this](auto& from, const auto& request, auto& response) {
+                                   send(from, request, backend.handleIssuerPage(request), response);
+                               });
     }
-    listener.emplace(&identity, world.options.port, world.options.idleLimit,
+    listener.emplace(&identity, options.port, options.idleLimit,
                      [this](auto& from, const auto& request, auto& response) { serve(from, request, response); });
-    const std::lock_guard lock(mutex);
-    world.issuerScheme = issuerListener ? "http" : "https";
-    world.issuerPort = (issuerListener ? issuerListener : listener)->port();
+    backend.use([this](World& world) {
+        world.issuerScheme = issuerListener ? "http" : "https";
+        world.issuerPort = (issuerListener ? issuerListener : listener)->port();
+    });
 }
 
 void Sandbox::Parts::serve(Listener& from, const httplib::Request& request, httplib::Response& response) {
-    if (request.path.starts_with(controlPath)) return send(from, control(sandbox, request), response);
-    record(request);
-    const bool isApi = request.path.starts_with(basePath);
-    const auto fault = faults.take(request.method, isApi ? request.path.substr(basePath.size()) : request.path);
-    const bool replaced = fault && (fault->status || fault->body || fault->drop);
-    Reply reply;
-    if (!replaced || fault->handled) reply = answer(request);
-    if (!from.pause(reply.delay) || reply.isLost) Listener::drop(request);
-    if (fault) spoil(*fault, from, request, reply, response);
-    send(from, reply, response);
-}
-
-void Sandbox::Parts::serveIssuerPage(Listener& from, const httplib::Request& request, httplib::Response& response) {
-    record(request);
-    const auto reply = request.path.starts_with(issuerPath) ? answer(request) : Reply{.status = 404};
-    from.pause(reply.delay);
-    send(from, reply, response);
-}
-
-void Sandbox::Parts::record(const httplib::Request& request) {
-    locked([&] { requests.push_back(recordOf(request)); });
-}
-
-Reply Sandbox::Parts::answer(const httplib::Request& request) {
-    const std::lock_guard lock(mutex);
-    if (request.path.starts_with(issuerPath)) return issuerPage(world, request);
-    world.settleOrders();
-    return service.handle(request);
-}
-
-void Sandbox::Parts::spoil(const Fault& fault, Listener& from, const httplib::Request& request, Reply& reply,
-                           httplib::Response& response) {
-    if (!from.pause(fault.delay) || fault.drop) Listener::drop(request);
-    reply.status = fault.status.value_or(reply.status);
-    reply.body = fault.body.value_or(reply.body);
-    reply.body.resize(std::max(reply.body.size(), fault.padTo), ' ');
-    if (fault.cutAfter) cut(response, reply.body, *fault.cutAfter, reply.type);
+    const bool isControl = request.path.starts_with(controlPath);
+    send(from, request, isControl ? control(sandbox, request) : backend.handle(request), response);
 }
 
 Sandbox::Sandbox(Options options) : mParts(std::make_unique<Parts>(*this, std::move(options))) { mParts->listen(); }
@@ -277,31 +215,27 @@ std::string Sandbox::address() const { return fmt::format("127.0.0.1:{}", port()
 std::uint16_t Sandbox::issuerPort() const { return mParts->issuerListener ? mParts->issuerListener->port() : 0; }
 const std::filesystem::path& Sandbox::authorityFile() const { return mParts->authorityFile.path(); }
 
-void Sandbox::fault(const std::string& path, Fault fault) { mParts->faults.add(path, std::move(fault)); }
+void Sandbox::fault(const std::string& path, Fault fault) { mParts->backend.faults().add(path, std::move(fault)); }
 void Sandbox::clearFaults() {
-    mParts->faults.clear();
+    mParts->backend.faults().clear();
     mParts->listener->resume();
 }
 
 void Sandbox::setClockOffset(std::chrono::seconds offset) {
-    mParts->locked([&] { mParts->world.clockOffset = offset; });
+    mParts->backend.use([&](World& world) { world.clockOffset = offset; });
 }
 void Sandbox::setCode(const std::string& number, const std::string& code) {
-    mParts->locked([&] { mParts->world.codes[number] = code; });
+    mParts->backend.use([&](World& world) { world.codes[number] = code; });
 }
 void Sandbox::expireTokens() {
-    mParts->locked([&] { mParts->world.sessions.clear(); });
+    mParts->backend.use([](World& world) { world.sessions.clear(); });
 }
-std::vector<Request> Sandbox::requests() const {
-    return mParts->locked([&] { return mParts->requests; });
-}
-void Sandbox::clearRequests() {
-    mParts->locked([&] { mParts->requests.clear(); });
-}
+std::vector<Request> Sandbox::requests() const { return mParts->backend.requests(); }
+void Sandbox::clearRequests() { mParts->backend.clearRequests(); }
 nlohmann::json Sandbox::state() const {
-    return mParts->locked([&] {
-        mParts->world.settleOrders();
-        return stateOf(mParts->world);
+    return mParts->backend.use([](World& world) {
+        world.settleOrders();
+        return stateOf(world);
     });
 }
 

@@ -41,7 +41,7 @@ nlohmann::json challenge(Call& call) {
     const auto set = call.world.codes.find(phone.full());
     const auto code = set == call.world.codes.end() ? call.world.options.code : set->second;
 
-    const auto text = randomText();
+    const auto text = call.world.options.unguessableText();
     call.world.challenges[text] = {phone.full(), code, call.world.pace() + challengeLifetime};
     if (call.world.options.message)
         call.world.options.message(fmt::format("code for +{} {} is {}", phone.countryCode, phone.number, code));
@@ -65,7 +65,7 @@ nlohmann::json verify(Call& call) {
     }
     call.world.challenges.erase(found);
     call.world.openAccount(phone.countryCode, phone.number, country);
-    const auto token = randomText();
+    const auto token = call.world.options.unguessableText();
     call.world.sessions[token] = {phone.full(), call.world.pace() + call.world.options.tokenLifetime};
     return tokenReply(token);
 }

@@ -96,12 +96,12 @@ nlohmann::json addCard(Call& call) {
     checkDetails(call.in.at("tdSecure"));
     takeKey(call.account->usedKeys, call.in.at("key"));
     Enrolment enrolment;
-    enrolment.id = randomText();
+    enrolment.id = call.world.options.unguessableText();
     enrolment.accountNumber = call.account->number;
     enrolment.card = card;
     enrolment.course = courseOf(card.number);
     enrolment.page = galleryPage(card.number);
-    enrolment.token = randomText();
+    enrolment.token = call.world.options.unguessableText();
     switch (enrolment.course) {
         case Course::frictionless:
             return {{"type", AddKind::frictionless}, {"locator", call.world.storeCard(*call.account, card).locator}};
@@ -155,7 +155,7 @@ nlohmann::json getLocator(Call& call) {
     auto& enrolment = enrolmentFor(call);
     if (enrolment.course == Course::fingerprintThenChallenge && enrolment.flow == Flow::fingerprint) {
         enrolment.flow = Flow::challenge;
-        enrolment.token = randomText();
+        enrolment.token = call.world.options.unguessableText();
         enrolment.ended = false;
         return {{"result", LocatorKind::challenge}, {"url", challengeUrl(call.world, enrolment)}};
     }

@@ -15,8 +15,8 @@ constexpr int pastOrders = 3;
 void addSampleInstruments(World& world, Account& account) {
     const auto money = [&](double euros) { return account.currency->smallestUnits(euros * account.currency->perEuro); };
     account.balance = money(50);
-    account.cards = {{world.nextId(), randomText(), "•••• 1111", "Visa", 12, 2031, 123},
-                     {world.nextId(), randomText(), "•••• 4444", "Mastercard", 6, 2029, 456}};
+    account.cards = {{world.nextId(), world.options.unguessableText(), "•••• 1111", "Visa", 12, 2031, 123},
+                     {world.nextId(), world.options.unguessableText(), "•••• 4444", "Mastercard", 6, 2029, 456}};
     account.prepaidCards = {{.id = world.nextId(),
                              .number = "6301 2200 0001",
                              .issuer = "North Vend",
@@ -87,6 +87,7 @@ Account& World::openAccount(const std::string& countryCode, const std::string& p
     if (phoneNumber.ends_with("000")) return account;
     addSampleInstruments(*this, account);
     addHistory(*this, account);
+    account.ordersAtFirst = account.orders.size();
     return account;
 }
 
@@ -97,7 +98,7 @@ Account* World::accountOf(const std::string& token) {
 }
 
 const StoredCard& World::storeCard(Account& account, const CardData& card) {
-    return account.cards.emplace_back(storedCard(card, nextId(), randomText()));
+    return account.cards.emplace_back(storedCard(card, nextId(), options.unguessableText()));
 }
 
 const std::string& World::statusOf(const Order& order) const {

@@ -105,6 +105,7 @@ struct Account {
     std::vector<StoredCard> cards;
     std::vector<PrepaidCard> prepaidCards;
     std::vector<Order> orders;
+    std::size_t ordersAtFirst = 0;  // how many of them the account had from the start
     std::set<std::int64_t> machineIds;
     std::set<std::string> usedKeys;
 
@@ -163,7 +164,6 @@ private:
     std::int64_t mLastId = 7'000'000'000;
 };
 
-std::string randomText();
 std::string wireName(OrderType type);
 
 nlohmann::json stateOf(const World& world);

@@ -1,7 +1,8 @@
 #include "memory.h"
 
 #include "secrets.h"
-#include "support/library_scope.h"
+
+#include <kavio/testing/boundary.h>
 
 #include <malloc.h>
 

@@ -93,7 +93,7 @@ TEST(PlaceOrder, ReportsEachChangeOfTheStatusOnce) {
         }
         EXPECT_EQ(world.reports(), c.reports);
         EXPECT_FALSE(world.isBusy());
-        EXPECT_EQ(world.device().mainQueue->pending(), 0U) << "no further poll";
+        EXPECT_EQ(world.device().time().waiting(Lane::MAIN), 0U) << "no further poll";
         EXPECT_EQ(world.paths().back(), "/orders/77?statusOnly=true");
     }
 }
@@ -104,7 +104,7 @@ TEST(PlaceOrder, GivesUpAfterSixtyPollsASecondApart) {
     buy(world);
     for (std::size_t i = 1; i <= 60; ++i) {
         world.advance(milliseconds(999));
-        world.device().clock->setWallClock(Date());  // the time is not taken from this clock
+        world.device().time().setWallClock(Date());  // the time is not taken from this clock
         EXPECT_EQ(world.sent().size(), i - 1);
         world.advance(milliseconds(1));
         ASSERT_EQ(world.sent().size(), i);
@@ -148,7 +148,7 @@ TEST(PlaceOrder, GivesEveryOutcomeOfALostReplyOnce) {
         SCOPED_TRACE(name);
         World world;
         startOrder(world);
-        world.device().backgroundUrlSession->fail(error);
+        world.device().network().fail(error);
         world.run();
         EXPECT_THAT(world.reports(), ElementsAre(Report{"onPlaceOrder", type, message}));
         EXPECT_FALSE(world.isBusy());
@@ -176,7 +176,8 @@ TEST(PlaceOrder, IsSilentFromTheStepAtWhichTheApplicationLetsGo) {
                 maybeLose();
                 world.advance(milliseconds(1000));
                 maybeLose();
-                if (world.device().urlSession->open() > 0) world.answer({200, replies::order(status)});
+                if (world.device().network().open(Network::Session::ORDINARY) > 0)
+                    world.answer({200, replies::order(status)});
             }
             maybeLose();
             world.advance(std::chrono::minutes(2));
@@ -197,7 +198,8 @@ TEST(PlaceOrder, LetsTheApplicationGoFromInsideEveryReport) {
             buy(world);
             for (const auto* status : {"authorized", "completed"}) {
                 world.advance(milliseconds(1000));
-                if (world.device().urlSession->open() > 0) world.answer({200, replies::order(status)});
+                if (world.device().network().open(Network::Session::ORDINARY) > 0)
+                    world.answer({200, replies::order(status)});
             }
             EXPECT_EQ(seen, report);
         }

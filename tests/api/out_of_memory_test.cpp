@@ -1,9 +1,10 @@
 #include "memory.h"
-#include "support/fakes/fake_windows.h"
-#include "support/library_scope.h"
 #include "support/sample_replies.h"
 #include "support/world.h"
 #include "tdsecure/td_secure_scene_controller.h"
+
+#include <kavio/testing/boundary.h>
+#include <kavio/testing/screen.h>
 
 #include <gmock/gmock.h>
 
@@ -36,10 +37,10 @@ Step inside(Call call) {
 Step reply(const std::string& text) {
     return [text](World& world) {
         const auto asked = world.paths();
-        if (world.device().urlSession->open() > 0 && asked.back().starts_with("/time")) {
+        if (world.device().network().open(Network::Session::ORDINARY) > 0 && asked.back().starts_with("/time")) {
             world.answer({200, replies::time("2024")});
         }
-        world.device().backgroundUrlSession->answer(200, text) || world.device().urlSession->answer(200, text);
+        world.device().network().answer(200, text);
         world.run();
         if (world.kavio().isBusy()) world.advance(seconds(1));
     };
@@ -49,7 +50,7 @@ const auto card = std::make_shared<const PaymentMethod>("L1", "4242", PaymentMet
 const auto wallet = std::make_shared<const DepositCard>("0", "", PaymentMethod::PaymentType::KAVIO, 0, "EUR", 2);
 const auto plainCard = std::make_shared<const Card>(
     Card{.pan = "4111111111111111", .month = "12", .year = "2039", .cvv = "123", .email = "a@b.example"});
-const auto windows = std::make_shared<FakeWindows>();
+const auto windows = std::make_shared<Screen>();
 const std::optional<std::string> loopback = "http://127.0.0.1/?z2=0";
 
 const Step expireTime = [](World& world) { world.store().remove(keys::serverExpiredTime); };

@@ -138,7 +138,7 @@ TEST(PaymentsInDoubt, AreWrittenDownBeforeTheyLeaveAndOutliveTheProgram) {
     const auto left = unsettled(world);
     ASSERT_THAT(left, SizeIs(2));
     EXPECT_EQ(left[0].kind, UnsettledPayment::Kind::ORDER);
-    EXPECT_EQ(left[0].startedAt, world.device().clock->now() - seconds(1));
+    EXPECT_EQ(left[0].startedAt, world.device().time().now() - seconds(1));
     EXPECT_THAT(left[0].kavioId, testing::Optional(1234));
     EXPECT_EQ(left[0].amount, 150);
     EXPECT_EQ(left[0].paymentMethodId, "L1");
@@ -169,7 +169,7 @@ TEST(PaymentsInDoubt, KnowTheirOrderOnceItIsToldAndEndWithIt) {
 TEST(PaymentsInDoubt, AreNotMadeWhereTheyCannotBeWrittenDown) {
     for (const Start start : {buy, topUp}) {
         World world;
-        *world.device().stores->refusesWrites = true;
+        world.device().stores().refuseWrites();
         start(world);
         world.run();
         EXPECT_THAT(world.outcomes(), ElementsAre("NONE STORE_FAILED"));
@@ -186,7 +186,7 @@ TEST(PaymentsInDoubt, AreAHundredAtMostAndNoneInDoubtGoesByItself) {
     world.answer({200, replies::order("created", "1")});
     world.restart();
     for (int i = 0; i < 99; ++i) {
-        world.device().clock->advance(seconds(1));
+        world.advance(seconds(1));
         topUp(world);
         world.answer({UrlError::timedOut});
     }
@@ -206,10 +206,10 @@ TEST(GivenUp, APurchaseThatHasNotLeftIsNeverSent) {
             World world;
             buy(world);
             if (hasLeft) {
-                ASSERT_TRUE(world.device().backgroundUrlSession->leave());
+                ASSERT_TRUE(world.device().network().leave());
             }
             loss(world);
-            EXPECT_EQ(world.device().backgroundUrlSession->leave(), hasLeft);
+            EXPECT_EQ(world.device().network().leave(), hasLeft);
             world.answer({200, replies::order("created")});
             world.makeFacade();
             EXPECT_THAT(unsettled(world), SizeIs(hasLeft ? 1 : 0)) << "what has left goes on, and is written down";
@@ -220,12 +220,12 @@ TEST(GivenUp, APurchaseThatHasNotLeftIsNeverSent) {
 TEST(GivenUp, APurchaseIsEvenAfterALateReplyToAnEarlierOne) {
     World world;
     buy(world);
-    ASSERT_TRUE(world.device().backgroundUrlSession->leave());
+    ASSERT_TRUE(world.device().network().leave());
     losses[2](world);
     buy(world);
     world.answer({200, replies::order("created")});
     world.destroyFacade();
-    EXPECT_FALSE(world.device().backgroundUrlSession->leave());
+    EXPECT_FALSE(world.device().network().leave());
 }
 
 TEST(GivenUp, APurchaseThatWaitsForTheTimeIsNeverSent) {
@@ -404,7 +404,7 @@ TEST(Settling, SaysThatNoneWasMadeOnlyWhenThatIsCertain) {
     {
         World world;  // it waited for the network, and may have left just before the program was killed
         buy(world);
-        world.device().backgroundUrlSession->requests().front().willWait();
+        world.device().network().requests(Network::Session::BACKGROUND).front().willWait();
         world.restart();
         world.advance(std::chrono::hours(1));
         EXPECT_EQ(settleFirst(world), "UNKNOWN NOT_CERTAIN");

@@ -70,8 +70,8 @@ TEST(Session, EndsWhenTheServiceRefusesIt) {
 
 TEST(Session, EndsWithTheLogout) {
     World world;
-    world.device().libraryBundle->information = {{"DTPlatformName", std::string("fakeOS")},
-                                                 {"DTPlatformVersion", std::string("1.0")}};
+    world.device().libraryBundle().information = {{"DTPlatformName", std::string("fakeOS")},
+                                                  {"DTPlatformVersion", std::string("1.0")}};
     world.store().set("session_token", "t1");
     world.kavio().isLoggedIn();
     EXPECT_EQ(header(world.sent().back(), "X-Zelto-Wallet-Session-Token"), "t1");

@@ -1,7 +1,8 @@
 #include "memory.h"
 #include "models/json/json_value.h"
-#include "support/fakes/fake_windows.h"
 #include "support/world.h"
+
+#include <kavio/testing/screen.h>
 
 #include <gmock/gmock.h>
 
@@ -64,7 +65,7 @@ public:
     /// The body of the last request.
     JsonValue body() const { return JsonValue::parse(sent().back().body.value_or("null")); }
 
-    const std::shared_ptr<FakeWindows> windows = std::make_shared<FakeWindows>();
+    const std::shared_ptr<Screen> windows = std::make_shared<Screen>();
 
 private:
     void start(const std::string& event) {
@@ -76,7 +77,7 @@ private:
         if (event == "release") return kavio().release(&kavio());
         if (event == "destroy") return destroyFacade();
         if (event == "drop delegate") return destroyDelegate();
-        if (device().urlSession->open() > 0) answer(replies.at(event));
+        if (device().network().open(Network::Session::ORDINARY) > 0) answer(replies.at(event));
     }
 };
 
@@ -204,7 +205,7 @@ TEST(TDSecureEnrolment, MayLoseItsFacadeOrBeginAgainInItsReport) {
             for (const auto& step : words(path)) enrolment.play(step);
             EXPECT_EQ(enrolment.reports().size(), 1U);
             EXPECT_FALSE(enrolment.windows->hasScene());
-            EXPECT_EQ(enrolment.device().urlSession->open(), next == "call" ? 1U : 0U);
+            EXPECT_EQ(enrolment.device().network().open(Network::Session::ORDINARY), next == "call" ? 1U : 0U);
         }
     }
 }

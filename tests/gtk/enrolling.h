@@ -2,10 +2,10 @@
 
 #include "gtk/gtk_world.h"
 #include "sandbox/sandbox.h"
-#include "support/recording_delegate.h"
 #include "util/shared_instance.h"
 
 #include <kavio/kavio.h>
+#include <kavio/testing/recording_delegate.h>
 
 #include <memory>
 #include <string>
@@ -13,12 +13,12 @@
 
 namespace kavio::test {
 
-struct Service {
+struct WithSandbox {
     sandbox::Sandbox sandbox;
 };
 
 /// An application with a person signed in, against the sandbox over TLS.
-class Enrolling : protected Service, public GtkHost {
+class Enrolling : protected WithSandbox, public GtkHost {
 protected:
     Enrolling() : GtkHost({sandbox.authorityFile(), sandbox.address()}) {
         forgetSharedInstances();

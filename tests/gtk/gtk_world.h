@@ -3,7 +3,7 @@
 #include "gtk/page_server.h"
 #include "sandbox/authority.h"
 #include "support/eventually.h"
-#include "support/fakes/fake_device.h"
+#include "support/installed_platform.h"
 #include "support/temporary_folder.h"
 
 #include <kavio/gtk.h>

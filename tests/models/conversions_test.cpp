@@ -6,9 +6,9 @@
 #include "models/order_activity_model.h"
 #include "models/order_model.h"
 #include "samples.h"
-#include "support/fakes/fake_device.h"
 
 #include <kavio/delegate.h>
+#include <kavio/testing/device.h>
 
 #include <gtest/gtest.h>
 
@@ -21,8 +21,7 @@ namespace {
 
 class Conversions : public testing::Test {
 protected:
-    const FakeDevice device{};
-    const InstalledPlatform installed{device.platform()};
+    const Device device;
 
     /// A sample after some of its members have been replaced.
     static std::string patched(const std::string& sample, const JsonValue& patch) {
@@ -50,7 +49,7 @@ TEST_F(Conversions, OrdersForgiveWhatIsNotEssential) {
         return changed<OrderModel>(samples::order, {{"order", members}});
     };
     EXPECT_EQ(order({{"country", {{"code", "QQ"}}}}).country, std::nullopt);
-    EXPECT_EQ(order({{"createdUTC", "yesterday"}}).dateCreated, device.clock->now());
+    EXPECT_EQ(order({{"createdUTC", "yesterday"}}).dateCreated, device.time().now());
     const auto feedback = [&](const JsonValue& text) {
         return order({{"dataFields", {{"feedback", text}}}}).feedbackType;
     };
@@ -74,7 +73,7 @@ TEST_F(Conversions, ActivitiesBecomeOrders) {
                          3,
                          2};
     EXPECT_EQ(activity({})->debugDescription(), expected.debugDescription());
-    EXPECT_EQ(activity({{"created", "yesterday"}})->date, device.clock->now());
+    EXPECT_EQ(activity({{"created", "yesterday"}})->date, device.time().now());
     for (const auto& [code, text, type] : std::vector<std::tuple<int, JsonValue, std::string>>{
              {0, nullptr, "vending"},
              {7, nullptr, "vending"},
@@ -97,7 +96,7 @@ TEST_F(Conversions, NumbersStayInRange) {
     EXPECT_EQ(card({{"cardLimit", -1}})->balance, 500);
     EXPECT_EQ(card({{"cardLimit", Limits::max()}})->balance, Limits::max());
     EXPECT_EQ(card({{"balance", Limits::min()}})->balance, Limits::min() + 200);
-    EXPECT_EQ(card({{"createdTime", ""}})->created, device.clock->now());
+    EXPECT_EQ(card({{"createdTime", ""}})->created, device.time().now());
     for (const auto& status : {0.0, 2.0, 1e300, -1e300}) EXPECT_FALSE(card({{"cardStatus", status}})->isActive);
 
     const auto machine = [](const JsonValue& members) {

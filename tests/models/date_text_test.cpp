@@ -1,6 +1,6 @@
 #include "models/date_text.h"
 
-#include "support/fakes/fake_device.h"
+#include <kavio/testing/device.h>
 
 #include <gtest/gtest.h>
 
@@ -22,8 +22,7 @@ const DateFormat offset{"yyyy-MM-dd'T'HH:mm:ss.SSSZ", std::nullopt, std::nullopt
 
 class DateTexts : public testing::Test {
 protected:
-    const FakeDevice device{};
-    const InstalledPlatform installed{device.platform()};
+    const Device device;
     const std::shared_ptr<DateFormatter> formatter = Platform::current().dateFormatter;
 };
 

@@ -7,11 +7,11 @@
 #include "models/payment_model.h"
 #include "models/product_model.h"
 #include "samples.h"
-#include "support/fakes/fake_device.h"
 
 #include <kavio/card.h>
 #include <kavio/filters.h>
 #include <kavio/result.h>
+#include <kavio/testing/device.h>
 
 #include <gmock/gmock.h>
 
@@ -29,7 +29,7 @@ void expectText(const auto& object, std::string expected) {
 
 template <class Object>
 void expectTextOf(const std::string& sample, const std::string& expected) {
-    const InstalledPlatform installed(FakeDevice().platform());
+    const Device device;
     const Document document(sample);
     if constexpr (requires { publicObject(document.root().as<Object>()); }) {
         expectText(*publicObject(document.root().as<Object>()), expected);

@@ -60,7 +60,7 @@ TEST(FreshTime, FollowsTheServersClockAndComesBeforeAnOrderToo) {
     EXPECT_TRUE(world.sentInBackground().empty());
     world.answer({200, R"({"serverTime":"2020-01-01T10:00:00.000+0000","expireTime":"2020-01-02T00:00:00.000+0100"})"});
     EXPECT_EQ(world.sentInBackground().size(), 1U);
-    world.device().clock->advance(seconds(90));
+    world.advance(seconds(90));
     EXPECT_EQ(serverTimeStamp(), "20200101100130");
     EXPECT_EQ(world.store().date("server_expired_time"),
               Date(std::chrono::sys_days(std::chrono::January / 1 / 2020) + std::chrono::hours(23)));

@@ -25,7 +25,7 @@ TEST(Transport, AddsTheServicesHeaders) {
     world.answer({503, ""});
 
     world.store().remove("api_key");
-    world.device().locale->language = "de";
+    world.device().setLanguage("de");
     world.kavio().getOrder("1");
     EXPECT_EQ(header(world.sent().back(), "X-Zelto-Wallet-Api-Key"), "529qtx");
     EXPECT_EQ(header(world.sent().back(), "lang"), "de");
@@ -34,10 +34,10 @@ TEST(Transport, AddsTheServicesHeaders) {
 
 TEST(Transport, TakesAReplyWithoutABodyForAFailureAndShowsTheHostsTranslations) {
     World world;
-    world.device().mainBundle->strings = {{"Your session token is expaired", "Sitzung abgelaufen"}};
+    world.device().mainBundle().strings = {{"Your session token is expaired", "Sitzung abgelaufen"}};
     for (const int status : {200, 500, 401}) {
         world.kavio().getOrder("1");
-        world.device().urlSession->answerWithoutBody(status);
+        world.device().network().answer({status, std::nullopt});
         world.run();
     }
     EXPECT_THAT(
@@ -92,7 +92,7 @@ TEST(Transport, WritesTheAppVersionWithTheHostsBuild) {
         return accountRequest(version).params->at("appVersion").get<std::string>();
     };
     EXPECT_EQ(sent("2.3.1"), "2.310");
-    world.device().mainBundle->information = {{"CFBundleVersion", std::string("45")}};
+    world.device().mainBundle().information = {{"CFBundleVersion", std::string("45")}};
     EXPECT_EQ(sent("2.3.1"), "2.3145");
     for (const auto* other : {"1.2", "", "1.2.3.4"}) EXPECT_EQ(sent(other), other);
 }
@@ -100,7 +100,7 @@ TEST(Transport, WritesTheAppVersionWithTheHostsBuild) {
 // The signatures were made by an independent implementation in another language.
 TEST(Signature, CoversUrlBodyAndTime) {
     World world;
-    world.device().clock->advance(std::chrono::seconds(754));
+    world.advance(std::chrono::seconds(754));
     EXPECT_EQ(serverTimeStamp(), "20240101001234");
     const std::string letters = "abcdefghijklmnopqrstuvwxyz";
     std::string families;  // of 31 characters

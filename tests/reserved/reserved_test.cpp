@@ -3,7 +3,8 @@
 #include "network/requests.h"
 #include "reserved/infrastructure.h"
 #include "reserved/records.h"
-#include "support/fakes/fake_device.h"
+
+#include <kavio/testing/device.h>
 
 #include <gmock/gmock.h>
 
@@ -12,8 +13,7 @@ namespace {
 
 class Reserved : public testing::Test {
 protected:
-    const FakeDevice device{};
-    const InstalledPlatform installed{device.platform()};
+    Device device;
 };
 
 struct FixedErrorHandler final : NetworkServiceErrorHandler {
@@ -37,7 +37,7 @@ TEST_F(Reserved, MockTransportAnswersLaterByItsErrorCode) {
     transport.send(machineProductsRequest(7), completion);
     EXPECT_EQ(transport.task->endpoint, "machines/7/products");
     EXPECT_THAT(results, testing::IsEmpty());
-    device.mainQueue->runAll();
+    device.run();
     EXPECT_THAT(results, testing::ElementsAre("null", "503", "503status 503"));
 }
 

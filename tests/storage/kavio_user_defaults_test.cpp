@@ -1,8 +1,10 @@
 #include "storage/kavio_user_defaults.h"
 
+#include "platform/linux/memory_store.h"
 #include "storage/retaining_store.h"
-#include "support/world.h"
 #include "util/shared_instance.h"
+
+#include <kavio/testing/device.h>
 
 #include <gmock/gmock.h>
 
@@ -15,37 +17,33 @@ using testing::ElementsAre;
 
 const Date someDay{std::chrono::seconds(1600000000)};
 
-/// The store on a scripted device; nothing is open yet.
+/// The store of a device in a box; nothing is open yet.
 class UserDefaults : public testing::Test {
 protected:
-    void SetUp() override { forgetSharedInstances(); }
-    void TearDown() override { forgetSharedInstances(); }
-
-    FakeDevice mDevice;
-    const InstalledPlatform mPlatform{mDevice.platform()};
+    Device mDevice;
 };
 
 TEST_F(UserDefaults, AreInTheSuiteThatTheHostsKeyNames) {
     KavioUserDefaults::shared();
     forgetSharedInstances();
-    mDevice.mainBundle->information = {{"KavioKey", std::string("abc")}};
+    mDevice.mainBundle().information = {{"KavioKey", std::string("abc")}};
     KavioUserDefaults::shared();
-    EXPECT_THAT(mDevice.stores->names(),
+    EXPECT_THAT(mDevice.stores().names(),
                 ElementsAre("suite group.KavioSdkUserDefaults-KavioE", "suite group.KavioSdkUserDefaults-abc"));
 }
 
 TEST_F(UserDefaults, AreInTheStandardStoreWhereNoSuiteCanBeHad) {
-    mDevice.stores->refusesSuites = true;
+    mDevice.stores().refuseSuites();
     KavioUserDefaults::shared()->defualt->set("session_token", std::string("t"));
-    EXPECT_THAT(mDevice.stores->names(), ElementsAre("standard"));
-    EXPECT_EQ(mDevice.stores->standard()->string("session_token"), "t");
+    EXPECT_THAT(mDevice.stores().names(), ElementsAre("standard"));
+    EXPECT_EQ(mDevice.stores().standard()->string("session_token"), "t");
 }
 
 // A key, token or service of an earlier run must not come back because the disk is full.
 TEST_F(UserDefaults, CountInThisProcessWhenTheyCannotBeWritten) {
-    const auto suite = mDevice.stores->suite("group.KavioSdkUserDefaults-KavioE");
+    const auto suite = mDevice.stores().suite("group.KavioSdkUserDefaults-KavioE");
     suite->write({{"api_key", "old"}, {"session_token", "t"}, {"server_expired_time", someDay}});
-    *mDevice.stores->refusesWrites = true;
+    mDevice.stores().refuseWrites();
 
     const auto defaults = KavioUserDefaults::shared();
     EXPECT_FALSE(defaults->defualt->set("api_key", std::string("new")));
@@ -56,7 +54,7 @@ TEST_F(UserDefaults, CountInThisProcessWhenTheyCannotBeWritten) {
     EXPECT_EQ(defaults->getServerExpiredTime(), std::nullopt);
     EXPECT_EQ(suite->string("api_key"), "old");
 
-    *mDevice.stores->refusesWrites = false;
+    mDevice.stores().refuseWrites(false);
     EXPECT_FALSE(defaults->defualt->set("push_token", Date(Date::duration(std::nan("")))));
     EXPECT_TRUE(defaults->defualt->set("push_token", std::string("p"))) << "takes along what is waiting";
     EXPECT_EQ(suite->string("api_key"), "new");
@@ -76,7 +74,7 @@ struct InterruptedSuite final : KeyValueStore {
     }
     std::function<void()> before;
     bool refuses = false;
-    MemoryStore values;
+    MemoryStore values{};
 };
 
 TEST(RetainingStores, PutNoOldValueOverANewerOne) {

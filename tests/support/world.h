@@ -1,11 +1,10 @@
 #pragma once
 
 #include "storage/kavio_user_defaults.h"
-#include "support/fakes/fake_device.h"
-#include "support/recording_delegate.h"
-#include "util/shared_instance.h"
 
 #include <kavio/kavio.h>
+#include <kavio/testing/device.h>
+#include <kavio/testing/recording_delegate.h>
 
 #include <gtest/gtest.h>
 
@@ -27,23 +26,14 @@ struct Answer {
     Answer(UrlError::Code code) : error(code) {}
 };
 
-/// The whole library on a scripted device: the network, the clock and the main thread are driven by hand, and the store
-/// lives in memory, but the library itself is real. Every instance starts afresh.
+/// The whole library on a device in a box whose network answers only when the test does. Every instance starts afresh.
 class World {
 public:
     /// With a time sample that is fresh for a day, so that no time request gets in between.
-    World() : mPlatform(mDevice.platform()) {
-        forgetSharedInstances();
+    World() {
+        mDevice.network().hold();
         setFreshTime();
         makeFacade();
-    }
-    ~World() {
-        mKavio.reset();
-        // Ends everything still open: the end of a time request sends the request that waits for it, on whatever
-        // platform is current by then.
-        while (mDevice.backgroundUrlSession->fail(UrlError::cancelled) || mDevice.urlSession->fail(UrlError::cancelled))
-            run();
-        forgetSharedInstances();
     }
 
     Kavio& kavio() { return *mKavio; }
@@ -61,23 +51,19 @@ public:
     }
     /// A time sample that is fresh for a day.
     void setFreshTime() {
-        const auto now = mDevice.clock->now();
+        const auto now = mDevice.time().now();
         store().set(keys::serverTime, now + std::chrono::microseconds(1));  // exactly `now` would be the device's own
         store().set(keys::savedCpuTime, now);
         store().set(keys::serverExpiredTime, now + std::chrono::hours(24));
     }
     KeyValueStore& store() { return *KavioUserDefaults::shared()->defualt; }
-    FakeDevice& device() { return mDevice; }
+    Device& device() { return mDevice; }
 
     void destroyFacade() { mKavio.reset(); }
     /// Ends the program in the middle of whatever it is doing, and starts it again on the same store.
     void restart(Kavio::EnvironmentType environment = Kavio::EnvironmentType::TEST) {
-        mAbandoned.push_back(std::move(mKavio));  // a program that is killed destroys nothing
-        mDevice.mainQueue->forget();
-        mDevice.urlSession->forget();
-        mDevice.backgroundUrlSession->forget();
+        mDevice.killProgram(std::move(mKavio));
         mDelegate = std::make_shared<RecordingDelegate>();
-        forgetSharedInstances();
         makeFacade(environment);
     }
     /// Drops the application's reference; the test can still see the reports.
@@ -92,17 +78,18 @@ public:
     /// Answers the oldest open request, first those of the background session, and lets the main thread do what
     /// follows. Fails the test if nothing is open.
     void answer(const Answer& answer) {
-        const auto answered = [&](auto& session) {
-            return answer.error ? session.fail(*answer.error) : session.answer(answer.status, answer.body);
-        };
-        EXPECT_TRUE(answered(*mDevice.backgroundUrlSession) || answered(*mDevice.urlSession)) << "no request is open";
+        auto& network = mDevice.network();
+        EXPECT_TRUE(answer.error ? network.fail(*answer.error) : network.answer(answer.status, answer.body))
+            << "no request is open";
         run();
     }
-    void run() { mDevice.mainQueue->runAll(); }
-    void advance(std::chrono::milliseconds time) { mDevice.mainQueue->advance(time); }
+    void run() { mDevice.run(); }
+    void advance(std::chrono::milliseconds time) { mDevice.letPass(time); }
 
-    std::vector<UrlRequest> sent() const { return mDevice.urlSession->requests(); }
-    std::vector<UrlRequest> sentInBackground() const { return mDevice.backgroundUrlSession->requests(); }
+    std::vector<UrlRequest> sent() const { return mDevice.network().requests(); }
+    std::vector<UrlRequest> sentInBackground() const {
+        return mDevice.network().requests(Network::Session::BACKGROUND);
+    }
     /// Paths, below "/v1" and with queries, of everything sent on the ordinary session.
     std::vector<std::string> paths() const {
         std::vector<std::string> paths;
@@ -112,12 +99,10 @@ public:
     }
 
 private:
-    FakeDevice mDevice;
-    InstalledPlatform mPlatform;
+    Device mDevice;
     std::shared_ptr<RecordingDelegate> mDelegate = std::make_shared<RecordingDelegate>();
     std::vector<Report> mReports;  // from a delegate that is gone
     std::unique_ptr<Kavio> mKavio;
-    std::vector<std::unique_ptr<Kavio>> mAbandoned;
 };
 
 /// The ways in which an application can let go of the library.

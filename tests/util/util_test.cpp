@@ -1,8 +1,8 @@
-#include "support/fakes/fake_device.h"
 #include "util/event.h"
 #include "util/kavio_utils.h"
 #include "util/trace.h"
 
+#include <kavio/testing/device.h>
 #include <kavio/threads_manager.h>
 
 #include <gmock/gmock.h>
@@ -15,8 +15,7 @@ namespace {
 
 class Threads : public testing::Test {
 protected:
-    const FakeDevice device{};
-    const InstalledPlatform installed{device.platform()};
+    Device device;
 };
 
 TEST_F(Threads, TraceOnlyWhereThatIsSwitchedOn) {
@@ -38,7 +37,7 @@ TEST_F(Threads, RunABlockForTheMainThreadAtOnceThereAndLaterFromElsewhere) {
     }).join();
     EXPECT_FALSE(isMain);
     EXPECT_EQ(ran.size(), 1U);
-    device.mainQueue->runAll();
+    device.run();
     EXPECT_EQ(ran, std::vector(2, std::this_thread::get_id()));
 }
 
@@ -84,7 +83,7 @@ TEST_F(Threads, HearOfAnEventAsLongAsTheyAreAttached) {
     EXPECT_EQ(event->name() + std::to_string(event->count()), "Door2");
     std::thread([&] { event->invokeOnMainThread(); }).join();
     EXPECT_EQ(heard, "") << "posted to the main thread";
-    device.mainQueue->runAll();
+    device.run();
     event->detach(stays);
     event->invokeOnMainThread();
     EXPECT_THAT(heard, testing::AnyOf("sol", "osl"));

@@ -28,10 +28,10 @@ using HeaderFields = std::vector<std::pair<std::string, std::string>>;
 struct UrlRequest {
     std::string method = "GET";
     /// Absolute URL, already percent-escaped. Any scheme other than https is refused with `UrlError::badUrl`.
-    std::string url;
-    HeaderFields headers;
+    std::string url{};
+    HeaderFields headers{};
     /// May hold a card number, so the session wipes it when it is done with it.
-    std::optional<std::string> body;
+    std::optional<std::string> body{};
     /// After this long without progress, the request fails with `UrlError::timedOut`.
     std::chrono::seconds timeout{60};
     Idempotency idempotency = Idempotency::ONCE;

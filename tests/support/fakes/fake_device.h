@@ -77,17 +77,4 @@ struct FakeDevice {
     }
 };
 
-/// Makes `platform` the process's platform for as long as this lives, then restores the former one.
-class InstalledPlatform {
-public:
-    explicit InstalledPlatform(Platform platform)
-        : mFormer(exchangePlatform(std::make_unique<Platform>(std::move(platform)))) {}
-    ~InstalledPlatform() { exchangePlatform(std::move(mFormer)); }
-    InstalledPlatform(const InstalledPlatform&) = delete;
-    InstalledPlatform& operator=(const InstalledPlatform&) = delete;
-
-private:
-    std::unique_ptr<Platform> mFormer;
-};
-
 }  // namespace kavio::test

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "support/fakes/fake_clock.h"
-#include "support/library_scope.h"
 
 #include <kavio/platform/queues.h>
+#include <kavio/testing/boundary.h>
 
 #include <algorithm>
 #include <chrono>

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "support/library_scope.h"
-
 #include <kavio/platform/url_session.h>
+#include <kavio/testing/boundary.h>
 
 #include <atomic>
 #include <deque>

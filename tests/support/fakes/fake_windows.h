@@ -1,9 +1,9 @@
 #pragma once
 
 #include "support/deed.h"
-#include "support/library_scope.h"
 
 #include <kavio/platform/ui.h>
+#include <kavio/testing/boundary.h>
 
 #include <algorithm>
 #include <deque>

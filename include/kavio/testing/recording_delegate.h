@@ -1,8 +1,7 @@
 #pragma once
 
-#include "support/library_scope.h"
-
 #include <kavio/kavio.h>
+#include <kavio/testing/boundary.h>
 
 #include <functional>
 #include <memory>
@@ -35,6 +34,9 @@ public:
     std::vector<std::string> outcomes;  // effect and cause of each report, such as "NONE BUSY"
     std::function<void(const Report&)> onReport;
     PaymentMethods paymentMethods;  // of the last report that carried some
+
+    /// Drops the reports so far.
+    void forget() { reports.clear(), outcomes.clear(); }
 
     void onCheckIsUserLogin(Result result) override { record("onCheckIsUserLogin", *result); }
     void onLogin(Result result) override { record("onLogin", *result); }

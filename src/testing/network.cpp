@@ -1,0 +1,313 @@
+#include <kavio/testing/boundary.h>
+#include <kavio/testing/network.h>
+
+#include <algorithm>
+#include <deque>
+#include <map>
+#include <utility>
+
+namespace kavio::test {
+namespace {
+
+using std::chrono::milliseconds;
+using Outcome = std::variant<UrlReply, UrlError>;
+using Session = Network::Session;
+
+/// One request on its way.
+class Exchange final : public DownloadTask {
+public:
+    /// A request waits until it begins, or until the network is back; it connects, and has left from then on.
+    enum class Stage { WAITING, CONNECTING, LEFT, DONE };
+
+    Exchange(Session kind, std::shared_ptr<const UrlRequest> theRequest, UrlSession::Completion whenDone)
+        : session(kind), request(std::move(theRequest)), completion(std::move(whenDone)) {}
+
+    bool cancel() override {
+        if (stage != Stage::LEFT && stage != Stage::DONE) isGivenUp = true;
+        if (isGivenUp && stage != Stage::DONE && whenGivenUp) std::exchange(whenGivenUp, nullptr)();
+        return isGivenUp;
+    }
+
+    const Session session;
+    const std::shared_ptr<const UrlRequest> request;
+    UrlSession::Completion completion;
+    std::function<void()> whenGivenUp;
+    Stage stage = Stage::WAITING;
+    bool isGivenUp = false;
+    int attempt = 0;  // steps of an earlier one are void
+    std::chrono::nanoseconds begun{0};
+};
+using ExchangePtr = std::shared_ptr<Exchange>;
+
+bool isSecure(const std::string& url) { return url.starts_with("https://") && url.find(' ') == std::string::npos; }
+
+UrlError errorOf(UrlError::Code code, bool maySent) { return {code, "scripted failure", std::nullopt, maySent}; }
+
+}  // namespace
+
+bool mayHaveBeenSent(UrlError::Code code) {
+    switch (code) {
+        case UrlError::badUrl:
+        case UrlError::cannotFindHost:
+        case UrlError::cannotConnectToHost:
+        case UrlError::notConnectedToInternet:
+        case UrlError::secureConnectionFailed:
+        case UrlError::serverCertificateUntrusted:
+            return false;
+        case UrlError::cancelled:
+        case UrlError::timedOut:
+        case UrlError::networkConnectionLost:
+        case UrlError::badServerResponse:
+        case UrlError::dataLengthExceedsMaximum:
+            return true;
+    }
+    return true;
+}
+
+namespace fate {
+Fate noHost() { return {.error = UrlError::cannotFindHost}; }
+Fate noConnection() { return {.error = UrlError::cannotConnectToHost}; }
+Fate untrusted() { return {.error = UrlError::serverCertificateUntrusted}; }
+Fate notSecure() { return {.error = UrlError::secureConnectionFailed}; }
+Fate requestLost() { return {.error = UrlError::networkConnectionLost, .arrives = false}; }
+Fate replyLost() { return {.error = UrlError::networkConnectionLost}; }
+Fate timesOut(bool arrives) { return {.error = UrlError::timedOut, .arrives = arrives}; }
+Fate unreadable() { return {.error = UrlError::badServerResponse}; }
+Fate tooLarge() { return {.error = UrlError::dataLengthExceedsMaximum}; }
+Fate outOfMemory() { return {.isUnheard = true}; }
+Fate answered(int status, std::string body) { return {.reply = UrlReply{status, std::move(body)}}; }
+Fate answeredWithoutBody(int status) { return {.reply = UrlReply{status, std::nullopt}}; }
+}  // namespace fate
+
+struct Network::State : std::enable_shared_from_this<State> {
+    State(std::shared_ptr<Timeline> theTimeline, std::function<Handled(const UrlRequest&)> theServer)
+        : timeline(std::move(theTimeline)), server(std::move(theServer)) {}
+
+    ExchangePtr add(Session session, UrlRequest request, UrlSession::Completion completion);
+    void begin(const ExchangePtr& exchange);
+    void depart(const ExchangePtr& exchange, const Fate& fate);
+    void arrive(const ExchangePtr& exchange, const Fate& fate);
+    void comeBack(const ExchangePtr& exchange, const Fate& fate, Handled handled);
+    void interrupt(const ExchangePtr& exchange);
+    void complete(const ExchangePtr& exchange, Outcome outcome);
+    void close(Session session);
+
+    Fate fateOf(const UrlRequest& request) {
+        if (nextFates.empty()) return usually ? usually(request) : Fate{};
+        auto fate = std::move(nextFates.front());
+        nextFates.pop_front();
+        return fate;
+    }
+    /// The rest of an exchange, which is void if that has ended or begun anew meanwhile.
+    void after(milliseconds delay, const ExchangePtr& exchange, std::function<void()> step) {
+        timeline->post(Lane::NETWORK, delay,
+                       [self = shared_from_this(), exchange, attempt = exchange->attempt, next = std::move(step)] {
+                           if (exchange->attempt == attempt && exchange->stage != Exchange::Stage::DONE) next();
+                       });
+    }
+    milliseconds timeLeft(const Exchange& exchange) const {
+        const auto passed = std::chrono::duration_cast<milliseconds>(timeline->uptime() - exchange.begun);
+        return std::max(milliseconds(exchange.request->timeout) - passed, milliseconds(0));
+    }
+    /// Ends the oldest open request; false if there is none.
+    bool end(Outcome outcome) {
+        const auto exchange = oldest();
+        if (!exchange) return false;
+        if (exchange->isGivenUp) outcome = errorOf(UrlError::cancelled, false);
+        complete(exchange, std::move(outcome));
+        return true;
+    }
+    ExchangePtr oldest() const {
+        for (const auto session : {Session::BACKGROUND, Session::ORDINARY})
+            for (const auto& exchange : open)
+                if (exchange->session == session) return exchange;
+        return nullptr;
+    }
+
+    const std::shared_ptr<Timeline> timeline;
+    const std::function<Handled(const UrlRequest&)> server;
+    std::function<Fate(const UrlRequest&)> usually;
+    std::deque<Fate> nextFates;
+    bool isCut = false;
+    bool isHeld = false;
+    std::deque<ExchangePtr> open;
+    std::map<Session, std::vector<std::shared_ptr<const UrlRequest>>> requests;  // all there ever were
+    std::function<void()> whenAllDelivered;
+};
+
+ExchangePtr Network::State::add(Session session, UrlRequest request, UrlSession::Completion completion) {
+    const auto kept = requests[session].emplace_back(std::make_shared<const UrlRequest>(std::move(request)));
+    auto exchange = std::make_shared<Exchange>(session, kept, std::move(completion));
+    exchange->whenGivenUp = [weak = weak_from_this(), given = std::weak_ptr(exchange)] {
+        const auto state = weak.lock();
+        const auto found = given.lock();
+        if (state && found && !state->isHeld) state->complete(found, errorOf(UrlError::cancelled, false));
+    };
+    open.push_back(exchange);
+    after(milliseconds(0), exchange, [this, exchange] { begin(exchange); });
+    return exchange;
+}
+
+void Network::State::begin(const ExchangePtr& exchange) {
+    if (!isSecure(exchange->request->url)) return complete(exchange, errorOf(UrlError::badUrl, false));
+    if (isHeld) return;
+    if (isCut && exchange->session == Session::ORDINARY)
+        return complete(exchange, errorOf(UrlError::notConnectedToInternet, false));
+    if (isCut) {
+        exchange->stage = Exchange::Stage::WAITING;
+        if (exchange->request->willWait) exchange->request->willWait();
+        return;
+    }
+    exchange->stage = Exchange::Stage::CONNECTING;
+    exchange->begun = timeline->uptime();
+    const auto fate = fateOf(*exchange->request);
+    after(fate.connecting, exchange, [this, exchange, fate] { depart(exchange, fate); });
+}
+
+void Network::State::depart(const ExchangePtr& exchange, const Fate& fate) {
+    if (fate.error && !mayHaveBeenSent(*fate.error)) return complete(exchange, errorOf(*fate.error, false));
+    exchange->stage = Exchange::Stage::LEFT;
+    after(fate.there, exchange, [this, exchange, fate] { arrive(exchange, fate); });
+}
+
+void Network::State::arrive(const ExchangePtr& exchange, const Fate& fate) {
+    Handled handled;
+    if (fate.arrives) handled = server(*exchange->request);
+    if (fate.arrives && fate.isRepeated && exchange->request->idempotency == Idempotency::REPEATABLE)
+        handled = server(*exchange->request);
+    if (fate.reply) handled.reply = *fate.reply;
+    const auto left = timeLeft(*exchange);
+    const bool isLate = fate.error == UrlError::timedOut || handled.delay + fate.back > left;
+    after(isLate ? left : handled.delay + fate.back, exchange, [this, exchange, fate, handled, isLate] {
+        if (isLate) return complete(exchange, errorOf(UrlError::timedOut, true));
+        comeBack(exchange, fate, handled);
+    });
+}
+
+void Network::State::comeBack(const ExchangePtr& exchange, const Fate& fate, Handled handled) {
+    if (fate.isUnheard) exchange->completion = [](const Outcome&) {};
+    if (fate.error) return complete(exchange, errorOf(*fate.error, true));
+    if (handled.isLost) return complete(exchange, errorOf(UrlError::networkConnectionLost, true));
+    if (handled.isCut) {
+        auto error = errorOf(UrlError::networkConnectionLost, true);
+        if (exchange->session == Session::BACKGROUND) error.status = handled.reply.status;
+        return complete(exchange, error);
+    }
+    if (handled.reply.body.value_or("").size() > UrlSession::maximumReplyBytes)
+        return complete(exchange, errorOf(UrlError::dataLengthExceedsMaximum, true));
+    complete(exchange, std::move(handled.reply));
+}
+
+/// The network is gone.
+void Network::State::interrupt(const ExchangePtr& exchange) {
+    if (exchange->stage == Exchange::Stage::LEFT)
+        return complete(exchange, errorOf(UrlError::networkConnectionLost, true));
+    if (exchange->stage != Exchange::Stage::CONNECTING) return;
+    ++exchange->attempt;
+    after(milliseconds(0), exchange, [this, exchange] { begin(exchange); });
+}
+
+void Network::State::complete(const ExchangePtr& exchange, Outcome outcome) {
+    const bool isBackground = exchange->session == Session::BACKGROUND;
+    exchange->stage = Exchange::Stage::DONE;
+    exchange->whenGivenUp = nullptr;
+    std::erase(open, exchange);
+    const bool isLast = isBackground && std::ranges::none_of(open, [](const auto& other) {
+                            return other->session == Session::BACKGROUND;
+                        });
+    timeline->post(Lane::NETWORK, {},
+                   [exchange, result = std::move(outcome), told = isLast ? whenAllDelivered : nullptr]() mutable {
+                       std::exchange(exchange->completion, nullptr)(std::move(result));
+                       if (told) told();
+                   });
+}
+
+/// The session's end: what is open has been told of it when this returns.
+void Network::State::close(Session session) {
+    while (true) {
+        const auto found = std::ranges::find(open, session, [](const auto& exchange) { return exchange->session; });
+        if (found == open.end()) return;
+        const auto exchange = *found;
+        const bool hasLeft = exchange->stage == Exchange::Stage::LEFT;
+        exchange->stage = Exchange::Stage::DONE;
+        open.erase(found);
+        const InLibrary entered;
+        std::exchange(exchange->completion, nullptr)(errorOf(UrlError::cancelled, hasLeft));
+    }
+}
+
+Network::Network(std::shared_ptr<Timeline> timeline, std::function<Handled(const UrlRequest&)> server)
+    : mState(std::make_shared<State>(std::move(timeline), std::move(server))) {}
+Network::~Network() = default;
+
+std::shared_ptr<UrlSession> Network::ordinarySession() {
+    struct Ordinary final : UrlSession {
+        explicit Ordinary(std::shared_ptr<State> network) : state(std::move(network)) {}
+        ~Ordinary() override { state->close(Session::ORDINARY); }
+        void dataTask(UrlRequest request, Completion completion) override {
+            state->add(Session::ORDINARY, std::move(request), std::move(completion));
+        }
+        const std::shared_ptr<State> state;
+    };
+    return std::make_shared<Ordinary>(mState);
+}
+
+std::shared_ptr<BackgroundUrlSession> Network::backgroundSession() {
+    struct Background final : BackgroundUrlSession {
+        explicit Background(std::shared_ptr<State> network) : state(std::move(network)) {}
+        ~Background() override { state->close(Session::BACKGROUND); }
+        std::shared_ptr<DownloadTask> downloadTask(UrlRequest request, Completion completion) override {
+            return state->add(Session::BACKGROUND, std::move(request), std::move(completion));
+        }
+        void onEventsDelivered(std::function<void()> handler) override { state->whenAllDelivered = std::move(handler); }
+        const std::shared_ptr<State> state;
+    };
+    return std::make_shared<Background>(mState);
+}
+
+void Network::cut() {
+    mState->isCut = true;
+    const auto interrupted = mState->open;
+    for (const auto& exchange : interrupted) mState->interrupt(exchange);
+}
+
+void Network::restore() {
+    mState->isCut = false;
+    for (const auto& exchange : mState->open) {
+        if (exchange->stage == Exchange::Stage::WAITING)
+            mState->after(milliseconds(0), exchange, [state = mState.get(), exchange] { state->begin(exchange); });
+    }
+}
+
+bool Network::isCut() const { return mState->isCut; }
+void Network::usually(std::function<Fate(const UrlRequest&)> fate) { mState->usually = std::move(fate); }
+void Network::next(Fate fate) { mState->nextFates.push_back(std::move(fate)); }
+void Network::hold() { mState->isHeld = true; }
+
+bool Network::answer(UrlReply reply) { return mState->end(std::move(reply)); }
+bool Network::fail(UrlError error) { return mState->end(std::move(error)); }
+
+bool Network::fail(UrlError::Code code) { return fail(errorOf(code, mayHaveBeenSent(code))); }
+
+bool Network::leave() {
+    const auto exchange = mState->oldest();
+    if (!exchange || exchange->isGivenUp) return false;
+    exchange->stage = Exchange::Stage::LEFT;
+    return true;
+}
+
+std::vector<UrlRequest> Network::requests(Session session) const {
+    std::vector<UrlRequest> requests;
+    for (const auto& request : mState->requests[session]) requests.push_back(*request);
+    return requests;
+}
+std::size_t Network::open(std::optional<Session> session) const {
+    return std::size_t(std::ranges::count_if(
+        mState->open, [&](const auto& exchange) { return exchange->session == session.value_or(exchange->session); }));
+}
+void Network::forget() { mState->open.clear(); }
+void Network::close() {
+    for (const auto session : {Session::BACKGROUND, Session::ORDINARY}) mState->close(session);
+}
+
+}  // namespace kavio::test
