@@ -1,6 +1,8 @@
 #include "platform/gtk/secure_scene.h"
 
-#include <kavio/platform/platform.h>
+#include "platform/gtk/texts.h"
+
+#include <webkit/webkit.h>
 
 #include <array>
 #include <string>
@@ -11,8 +13,13 @@ void kavio_gtk_register_resource();  // in the storyboard's generated source
 namespace kavio {
 namespace {
 
-// The host application's translation of one of the texts.
-std::string translated(const char* text) { return Platform::current().mainBundle->localizedString(text); }
+// Of a widget and all in it. The page keeps its own direction.
+void setDirection(GtkWidget* widget, GtkTextDirection direction) {
+    gtk_widget_set_direction(widget, direction);
+    for (auto* child = gtk_widget_get_first_child(widget); child; child = gtk_widget_get_next_sibling(child)) {
+        if (!WEBKIT_IS_WEB_VIEW(child)) setDirection(child, direction);
+    }
+}
 
 constexpr const char* storyboard = "/kavio/storyboards/libKavio.ui";
 constexpr const char* identifier = "TDSecureScene";
@@ -73,15 +80,18 @@ void GtkScene::describe(const char* id, GtkAccessibleProperty property, const ch
 
 void GtkScene::translate() {
     auto* close = widget<GtkWidget>("close");
-    const auto closeTip = translated(gtk_widget_get_tooltip_text(close));
-    gtk_button_set_label(GTK_BUTTON(close), translated(gtk_button_get_label(GTK_BUTTON(close))).c_str());
+    const auto closeTip = sceneText(gtk_widget_get_tooltip_text(close));
+    gtk_button_set_label(GTK_BUTTON(close), sceneText(gtk_button_get_label(GTK_BUTTON(close))).c_str());
     gtk_widget_set_tooltip_text(close, closeTip.c_str());
     describe("close", GTK_ACCESSIBLE_PROPERTY_LABEL, closeTip.c_str());
-    gtk_window_set_title(mWindow, translated(gtk_window_get_title(mWindow)).c_str());
+    gtk_window_set_title(mWindow, sceneText(gtk_window_get_title(mWindow)).c_str());
     for (const auto* label : {"failed", "failedHint"}) setText(label, gtk_label_get_text(widget<GtkLabel>(label)));
     describe("failedPage", GTK_ACCESSIBLE_PROPERTY_LABEL, textOf("failed"));
     describe("failedPage", GTK_ACCESSIBLE_PROPERTY_DESCRIPTION, textOf("failedHint"));
-    describe("progress", GTK_ACCESSIBLE_PROPERTY_LABEL, translated("One moment, please…").c_str());
+    // Whoever translated them: the texts say themselves which way they run.
+    setDirection(GTK_WIDGET(mWindow),
+                 isRightToLeft(gtk_window_get_title(mWindow)) ? GTK_TEXT_DIR_RTL : GTK_TEXT_DIR_LTR);
+    describe("progress", GTK_ACCESSIBLE_PROPERTY_LABEL, sceneText("One moment, please…").c_str());
 }
 
 void GtkScene::connect(const std::filesystem::path& authorities) {
@@ -146,7 +156,7 @@ void GtkScene::onPageChanged(const Page& page) {
     const bool isShown = page.phase == Page::Phase::SHOWN && !page.isHidden;
     setText("working", page.isHidden ? "Your card is being checked…" : "One moment, please…");
     for (const auto* id : {"workingPage", "spinner"}) describe(id, GTK_ACCESSIBLE_PROPERTY_LABEL, textOf("working"));
-    gtk_button_set_label(widget<GtkButton>("back"), translated(page.hasArrived ? "Back" : "Try again").c_str());
+    gtk_button_set_label(widget<GtkButton>("back"), sceneText(page.hasArrived ? "Back" : "Try again").c_str());
 
     const bool hasHost = isShown && !page.host.empty();
     const char* host = hasHost ? page.host.c_str() : gtk_window_get_title(mWindow);
@@ -180,7 +190,7 @@ void GtkScene::uncover(GtkWidget* shown) {
 }
 
 void GtkScene::setText(const char* label, const char* text) const {
-    gtk_label_set_text(widget<GtkLabel>(label), translated(text).c_str());
+    gtk_label_set_text(widget<GtkLabel>(label), sceneText(text).c_str());
 }
 
 void GtkScene::askToClose() {
