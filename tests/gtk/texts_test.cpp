@@ -128,5 +128,32 @@ TEST_F(WordsTest, FillTheSceneInTheirOwnDirectionAndLeaveThePageItsOwn) {
     }
 }
 
+void showAll(GtkWidget* widget) {
+    gtk_widget_set_visible(widget, TRUE);
+    for (auto* child = gtk_widget_get_first_child(widget); child; child = gtk_widget_get_next_sibling(child)) {
+        showAll(child);
+    }
+}
+
+TEST_F(WordsTest, LeaveTheSceneSmallEnoughForAPhoneInDoubledText) {
+    g_object_set(gtk_settings_get_default(), "gtk-xft-dpi", 2 * 96 * 1024, nullptr);
+    for (const auto& language : sceneLanguages()) {
+        const InstalledPlatform installed(platformFor({std::string(language.tag)}));
+        const LoggedScene made(*Platform::current().windows);
+        made.runHidden("<p>hidden");
+        Platform::current().windows->keyWindow()->rootViewController()->present(made.scene, true);
+        showAll(GTK_WIDGET(window()));
+        GtkRequisition smallest{};
+        gtk_widget_get_preferred_size(GTK_WIDGET(window()), &smallest, nullptr);
+        EXPECT_LE(smallest.width, 360) << language.tag;
+        // A cover higher than the page below it would reach beyond the screen.
+        for (const auto* cover : {"workingPage", "failedPage"}) {
+            gtk_widget_get_preferred_size(findIn(GTK_WIDGET(window()), cover), &smallest, nullptr);
+            EXPECT_LE(smallest.height, 560) << language.tag << " " << cover;
+        }
+    }
+    gtk_settings_reset_property(gtk_settings_get_default(), "gtk-xft-dpi");
+}
+
 }  // namespace
 }  // namespace kavio::test

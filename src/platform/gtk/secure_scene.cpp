@@ -85,7 +85,8 @@ void GtkScene::translate() {
     gtk_widget_set_tooltip_text(close, closeTip.c_str());
     describe("close", GTK_ACCESSIBLE_PROPERTY_LABEL, closeTip.c_str());
     gtk_window_set_title(mWindow, sceneText(gtk_window_get_title(mWindow)).c_str());
-    for (const auto* label : {"failed", "failedHint"}) setText(label, gtk_label_get_text(widget<GtkLabel>(label)));
+    for (const auto* label : {"title", "failed", "failedHint"})
+        setText(label, gtk_label_get_text(widget<GtkLabel>(label)));
     describe("failedPage", GTK_ACCESSIBLE_PROPERTY_LABEL, textOf("failed"));
     describe("failedPage", GTK_ACCESSIBLE_PROPERTY_DESCRIPTION, textOf("failedHint"));
     // Whoever translated them: the texts say themselves which way they run.
@@ -159,12 +160,13 @@ void GtkScene::onPageChanged(const Page& page) {
     gtk_button_set_label(widget<GtkButton>("back"), sceneText(page.hasArrived ? "Back" : "Try again").c_str());
 
     const bool hasHost = isShown && !page.host.empty();
-    const char* host = hasHost ? page.host.c_str() : gtk_window_get_title(mWindow);
-    gtk_label_set_text(widget<GtkLabel>("host"), host);
-    gtk_widget_set_tooltip_text(widget<GtkWidget>("host"), hasHost ? host : nullptr);
-    describe("webView", GTK_ACCESSIBLE_PROPERTY_LABEL, host);
+    gtk_widget_set_visible(widget<GtkWidget>("address"), hasHost);
+    gtk_label_set_text(widget<GtkLabel>("host"), page.host.c_str());
+    gtk_widget_set_tooltip_text(widget<GtkWidget>("host"), page.host.c_str());
     setText("security", page.isSecure ? "Secure connection" : "The connection is not secure");
-    gtk_widget_set_visible(widget<GtkWidget>("security"), hasHost);
+    std::array<const char*, 2> style{page.isSecure ? "caption" : "caption-heading", nullptr};
+    gtk_widget_set_css_classes(widget<GtkWidget>("security"), style.data());
+    describe("webView", GTK_ACCESSIBLE_PROPERTY_LABEL, hasHost ? page.host.c_str() : textOf("title"));
     describe("webView", GTK_ACCESSIBLE_PROPERTY_DESCRIPTION, hasHost ? textOf("security") : "");
 
     // Nothing that acts has the focus unless the person gives it: a key pressed on the way decides nothing.
