@@ -93,9 +93,8 @@ public:
     }
     /// What the scene shows: "working", "page" or "failed"; "nothing" when there is none.
     static std::string shown() {
-        auto* cover = find("cover");
-        if (!cover || !gtk_widget_get_mapped(find("webView"))) return "nothing";
-        return gtk_widget_get_mapped(cover) ? gtk_stack_get_visible_child_name(GTK_STACK(cover)) : "page";
+        if (!isVisible("webView")) return "nothing";
+        return isVisible("workingPage") ? "working" : isVisible("failedPage") ? "failed" : "page";
     }
     /// The text of one of the scene's labels or buttons; empty if it is not visible.
     static std::string text(const char* id) {

@@ -64,7 +64,8 @@ TEST_F(SceneTest, SaysWhatItDoesAndWhoseThePageIs) {
     present();
     ASSERT_TRUE(until([&] { return !made->log->ends.empty(); }));
     EXPECT_EQ(text("working"), "Your card is being checked…");
-    EXPECT_EQ(text("host"), "Card check");
+    EXPECT_EQ(text("title"), "Card check");
+    EXPECT_FALSE(isVisible("address"));
 
     showPage("<p>Enter your code");
     EXPECT_EQ(text("working"), "One moment, please…");

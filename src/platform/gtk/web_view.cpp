@@ -147,7 +147,8 @@ void GtkWebView::close() {
 }
 
 void GtkWebView::setHidden(bool hidden) {
-    mPage.isHidden = hidden;
+    // A page that ran out of sight is not uncovered, not even until the next one begins.
+    if (std::exchange(mPage.isHidden, hidden) && !hidden) mPage.phase = Page::Phase::WORKING;
     announce();
 }
 
