@@ -124,12 +124,14 @@ TEST(Shapes, AreRememberedOnlyOfOrdinaryObjects) {
 }
 
 TEST(Members, WithoutANameAreTakenForNoOther) {
-    const std::string empty = R"("":7)";
-    std::string many = empty;
-    for (int i = 1; i < 300; ++i) many += "," + empty;
-    for (const auto& nameless : {empty, empty + "," + empty, many}) {
-        const auto list = "[{" + nameless + "},{" + nameless + R"(,"one":1},{"two":2,)" + nameless + R"(},{"one":3,)" +
-                          nameless + "},{" + nameless + "}]";
+    for (const int count : {1, 2, 300}) {
+        std::string nameless = R"("":7)";
+        for (int i = 1; i < count; ++i) nameless += R"(,"":7)";
+        std::string list = "[";
+        for (const auto* object : {"{N},", R"({N,"one":1},)", R"({"two":2,N},)", R"({"one":3,N},)", "{N}]"}) {
+            std::string text = object;
+            list += text.replace(text.find('N'), 1, nameless);
+        }
         for (int time = 0; time < 2; ++time)
             EXPECT_EQ(textOf(*decodeDocument<std::vector<Pair>>(list)), "-- 1- -2 3- -- ");
     }
