@@ -1,6 +1,7 @@
 #include "gtk/gtk_world.h"
 #include "platform/windows_conformance.h"
-#include "support/raw_server.h"
+
+#include <kavio/testing/raw_server.h>
 
 namespace kavio::test {
 namespace {

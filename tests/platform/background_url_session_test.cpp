@@ -1,6 +1,7 @@
 #include "platform/linux/url_session.h"
 #include "platform/test_host.h"
-#include "support/eventually.h"
+
+#include <kavio/testing/eventually.h>
 
 #include <gtest/gtest.h>
 #include <sched.h>

@@ -1,9 +1,9 @@
-#include "support/eventually.h"
 #include "support/fakes/fake_device.h"
-#include "support/temporary_folder.h"
 
 #include <kavio/platform/linux.h>
 #include <kavio/platform/run_loop.h>
+#include <kavio/testing/eventually.h>
+#include <kavio/testing/temporary_folder.h>
 
 #include <gmock/gmock.h>
 

@@ -1,12 +1,10 @@
 #pragma once
 
-#include "sandbox/authority.h"
-#include "support/eventually.h"
-#include "support/raw_server.h"
-#include "support/temporary_folder.h"
-
 #include <kavio/platform/linux.h>
 #include <kavio/platform/url_session.h>
+#include <kavio/testing/eventually.h>
+#include <kavio/testing/raw_server.h>
+#include <kavio/testing/temporary_folder.h>
 
 #include <chrono>
 #include <fstream>
@@ -33,8 +31,8 @@ struct TestHost {
     }
 
     TemporaryFolder folder;
-    sandbox::Authority authority;
-    sandbox::Identity identity = authority.issue({"service.test"});
+    Authority authority;
+    Identity identity = authority.issue({"service.test"});
 };
 
 /// This program's only one.

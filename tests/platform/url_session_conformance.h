@@ -6,7 +6,6 @@
 #include "platform/test_host.h"
 
 #include <gmock/gmock.h>
-#include <zlib.h>
 
 #include <atomic>
 #include <thread>
@@ -14,14 +13,6 @@
 namespace kavio::test {
 
 using UrlSessionFactory = std::shared_ptr<UrlSession> (*)(const UrlSessionConfiguration&);
-
-/// In HTTP's "deflate" encoding.
-inline std::string packed(const std::string& plain) {
-    uLongf size = compressBound(plain.size());
-    std::string bytes(size, '\0');
-    compress(reinterpret_cast<Bytef*>(bytes.data()), &size, reinterpret_cast<const Bytef*>(plain.data()), plain.size());
-    return bytes.substr(0, size);
-}
 
 class UrlSessionConformance : public testing::TestWithParam<UrlSessionFactory> {
 protected:
@@ -64,7 +55,7 @@ TEST_P(UrlSessionConformance, GivesEveryStatusAsAReply) {
              {httpReply(302, "over there", "Location: https://else.test/\r\n"), "302 over there"},
              {"HTTP/1.1 100 Continue\r\n\r\n" + httpReply(200, "late"), "200 late"},
              {"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n4\r\nwiki\r\n0\r\nTrailer: t\r\n\r\n", "200 wiki"},
-             {httpReply(200, packed("unpacked"), "Content-Encoding: deflate\r\n"), "200 unpacked"},
+             {httpReply(200, deflated("unpacked"), "Content-Encoding: deflate\r\n"), "200 unpacked"},
              {httpReply(200, whole), "200 " + whole},
          }) {
         const HostServer server(answering(reply));
@@ -108,11 +99,11 @@ TEST_P(UrlSessionConformance, FollowsRedirectsOnlyOfRepeatableRequestsAndWithinT
 }
 
 TEST_P(UrlSessionConformance, RefusesAHostThatCannotProveWhoItIs) {
-    for (const auto& [identity, reason] : std::vector<std::pair<sandbox::Identity, std::string>>{
+    for (const auto& [identity, reason] : std::vector<std::pair<Identity, std::string>>{
              {service().authority.issue({"service.test"}, std::chrono::hours(-1)), "expired"},
              {service().authority.issue({"else.test"}), "another host"},
-             {sandbox::Authority::selfSigned({"service.test"}), "self-signed"},
-             {sandbox::Authority().issue({"service.test"}), "issuer|signature"},
+             {Authority::selfSigned({"service.test"}), "self-signed"},
+             {Authority().issue({"service.test"}), "issuer|signature"},
          }) {
         const RawServer server(identity, answering(httpReply(200, "")));
         const auto outcome = fetch(*session(server), get(host));
@@ -154,7 +145,7 @@ TEST_P(UrlSessionConformance, NamesWhyNoReplyCame) {
         {"not what its encoding says", -1011, sending(httpReply(200, "plain", encoding))},
         {"too large a body of known length", -1103, flooding(head + "Content-Length: 33554433\r\n\r\n", megabyte)},
         {"a body without end", -1103, flooding(chunked, "100000\r\n" + megabyte + "\r\n")},
-        {"little that unpacks to much", -1103, sending(httpReply(200, packed(std::string(33 << 20, '0')), encoding))},
+        {"little that unpacks to much", -1103, sending(httpReply(200, deflated(std::string(33 << 20, '0')), encoding))},
         {"headers without end", -1103, flooding(head, "X: " + std::string(1000, 'x') + "\r\n")},
         {"interim replies without end", -1103, flooding("", repeated("HTTP/1.1 100 Continue\r\n\r\n", 1000))},
     };

@@ -2,7 +2,8 @@
 
 #include "platform/other_process.h"
 #include "platform/url_session_conformance.h"
-#include "support/eventually.h"
+
+#include <kavio/testing/eventually.h>
 
 #include <tuple>
 
@@ -25,7 +26,7 @@ TEST(UrlSession, TakesUpTlsSessionsSoThatNewConnectionsAreCheap) {
 TEST(UrlSessionHttp2, CarriesRequestsSideBySide) {
     const TemporaryFolder folder;
     const std::string identity = folder.path() / "identity.pem";
-    std::ofstream(identity) << service().identity.pem();
+    std::ofstream(identity) << service().identity.pem;
     std::ofstream(folder.path() / "file") << "from a file";
     const std::string address = abandonedAddress();
     const OtherProcess server([&](int) {  // speaks only HTTP/2, and sends back what is posted to it

@@ -6,10 +6,9 @@
 //   INSTANTIATE_TEST_SUITE_P(Gtk, WebViewConformance, testing::Values(&makeDriver<WebViewDriver>));
 // The second one needs a real web view, with pages in HTML; a scripted one passes the first.
 
-#include "support/deed.h"
-#include "support/logged_scene.h"
-
 #include <kavio/platform/ui.h>
+#include <kavio/testing/deed.h>
+#include <kavio/testing/logged_scene.h>
 
 #include <gmock/gmock.h>
 

@@ -1,9 +1,8 @@
 #pragma once
 
-#include "support/deed.h"
-
 #include <kavio/platform/ui.h>
 #include <kavio/testing/boundary.h>
+#include <kavio/testing/deed.h>
 
 #include <algorithm>
 #include <deque>
