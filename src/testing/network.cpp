@@ -28,18 +28,34 @@ public:
         return isGivenUp;
     }
 
+    /// Tells how it ended, once.
+    void tell() {
+        if (const auto told = std::exchange(completion, nullptr)) told(std::move(outcome));
+    }
+
     const Session session;
     const std::shared_ptr<const UrlRequest> request;
     UrlSession::Completion completion;
     std::function<void()> whenGivenUp;
     Stage stage = Stage::WAITING;
+    Outcome outcome = UrlError{};  // once it is done
     bool isGivenUp = false;
     int attempt = 0;  // steps of an earlier one are void
     std::chrono::nanoseconds begun{0};
 };
 using ExchangePtr = std::shared_ptr<Exchange>;
 
-bool isSecure(const std::string& url) { return url.starts_with("https://") && url.find(' ') == std::string::npos; }
+/// Whether neither URL, method nor headers hold anything that would end them early.
+bool isProper(const UrlRequest& request) {
+    const auto isClean = [](const std::string& text, char least) {
+        return std::ranges::all_of(text,
+                                   [least](char c) { return static_cast<unsigned char>(c) >= least && c != '\x7F'; });
+    };
+    return request.url.starts_with("https://") && isClean(request.url, '!') && isClean(request.method, '!') &&
+           std::ranges::all_of(request.headers, [&](const auto& header) {
+               return isClean(header.first, '!') && isClean(header.second, ' ');
+           });
+}
 
 UrlError errorOf(UrlError::Code code, bool maySent) { return {code, "scripted failure", std::nullopt, maySent}; }
 
@@ -90,6 +106,8 @@ struct Network::State : std::enable_shared_from_this<State> {
     void comeBack(const ExchangePtr& exchange, const Fate& fate, Handled handled);
     void interrupt(const ExchangePtr& exchange);
     void complete(const ExchangePtr& exchange, Outcome outcome);
+    void deliver(const ExchangePtr& exchange);
+    ExchangePtr anyOf(Session session) const;
     void close(Session session);
 
     Fate fateOf(const UrlRequest& request) {
@@ -131,6 +149,7 @@ struct Network::State : std::enable_shared_from_this<State> {
     bool isCut = false;
     bool isHeld = false;
     std::deque<ExchangePtr> open;
+    std::deque<ExchangePtr> untold;  // done, but their completions have not been called yet
     std::map<Session, std::vector<std::shared_ptr<const UrlRequest>>> requests;  // all there ever were
     std::function<void()> whenAllDelivered;
 };
@@ -149,7 +168,7 @@ ExchangePtr Network::State::add(Session session, UrlRequest request, UrlSession:
 }
 
 void Network::State::begin(const ExchangePtr& exchange) {
-    if (!isSecure(exchange->request->url)) return complete(exchange, errorOf(UrlError::badUrl, false));
+    if (!isProper(*exchange->request)) return complete(exchange, errorOf(UrlError::badUrl, false));
     if (isHeld) return;
     if (isCut && exchange->session == Session::ORDINARY)
         return complete(exchange, errorOf(UrlError::notConnectedToInternet, false));
@@ -161,6 +180,9 @@ void Network::State::begin(const ExchangePtr& exchange) {
     exchange->stage = Exchange::Stage::CONNECTING;
     exchange->begun = timeline->uptime();
     const auto fate = fateOf(*exchange->request);
+    const milliseconds left = exchange->request->timeout;
+    if (fate.connecting > left)
+        return after(left, exchange, [this, exchange] { complete(exchange, errorOf(UrlError::timedOut, false)); });
     after(fate.connecting, exchange, [this, exchange, fate] { depart(exchange, fate); });
 }
 
@@ -208,31 +230,43 @@ void Network::State::interrupt(const ExchangePtr& exchange) {
 }
 
 void Network::State::complete(const ExchangePtr& exchange, Outcome outcome) {
-    const bool isBackground = exchange->session == Session::BACKGROUND;
     exchange->stage = Exchange::Stage::DONE;
+    exchange->outcome = std::move(outcome);
     exchange->whenGivenUp = nullptr;
     std::erase(open, exchange);
-    const bool isLast = isBackground && std::ranges::none_of(open, [](const auto& other) {
-                            return other->session == Session::BACKGROUND;
-                        });
-    timeline->post(Lane::NETWORK, {},
-                   [exchange, result = std::move(outcome), told = isLast ? whenAllDelivered : nullptr]() mutable {
-                       std::exchange(exchange->completion, nullptr)(std::move(result));
-                       if (told) told();
-                   });
+    untold.push_back(exchange);
+    timeline->post(Lane::NETWORK, {}, [self = shared_from_this(), exchange] { self->deliver(exchange); });
 }
 
-/// The session's end: what is open has been told of it when this returns.
+/// Does nothing if the end of the session came first.
+void Network::State::deliver(const ExchangePtr& exchange) {
+    if (std::erase(untold, exchange) == 0) return;
+    exchange->tell();
+    if (exchange->session == Session::BACKGROUND && !anyOf(Session::BACKGROUND) && whenAllDelivered) {
+        const auto told = whenAllDelivered;
+        told();
+    }
+}
+
+ExchangePtr Network::State::anyOf(Session session) const {
+    for (const auto* exchanges : {&untold, &open}) {
+        const auto found =
+            std::ranges::find(*exchanges, session, [](const auto& exchange) { return exchange->session; });
+        if (found != exchanges->end()) return *found;
+    }
+    return nullptr;
+}
+
+/// The session's end: whoever waits for an outcome has been told when this returns.
 void Network::State::close(Session session) {
-    while (true) {
-        const auto found = std::ranges::find(open, session, [](const auto& exchange) { return exchange->session; });
-        if (found == open.end()) return;
-        const auto exchange = *found;
-        const bool hasLeft = exchange->stage == Exchange::Stage::LEFT;
-        exchange->stage = Exchange::Stage::DONE;
-        open.erase(found);
+    while (const auto exchange = anyOf(session)) {
+        const auto stage = std::exchange(exchange->stage, Exchange::Stage::DONE);
+        if (stage != Exchange::Stage::DONE)
+            exchange->outcome = errorOf(UrlError::cancelled, stage == Exchange::Stage::LEFT);
+        std::erase(open, exchange);
+        std::erase(untold, exchange);
         const InLibrary entered;
-        std::exchange(exchange->completion, nullptr)(errorOf(UrlError::cancelled, hasLeft));
+        exchange->tell();
     }
 }
 
@@ -305,7 +339,10 @@ std::size_t Network::open(std::optional<Session> session) const {
     return std::size_t(std::ranges::count_if(
         mState->open, [&](const auto& exchange) { return exchange->session == session.value_or(exchange->session); }));
 }
-void Network::forget() { mState->open.clear(); }
+void Network::forget() {
+    mState->open.clear();
+    mState->untold.clear();
+}
 void Network::close() {
     for (const auto session : {Session::BACKGROUND, Session::ORDINARY}) mState->close(session);
 }

@@ -1,13 +1,13 @@
 #pragma once
 
 #include "gtk/page_server.h"
-#include "sandbox/authority.h"
-#include "support/eventually.h"
 #include "support/installed_platform.h"
-#include "support/temporary_folder.h"
 
 #include <kavio/gtk.h>
 #include <kavio/platform/linux.h>
+#include <kavio/testing/authority.h>
+#include <kavio/testing/eventually.h>
+#include <kavio/testing/temporary_folder.h>
 
 #include <gtest/gtest.h>
 #include <gtk/gtk.h>
@@ -49,8 +49,8 @@ inline void xdotool(const std::string& arguments) {
 }
 
 /// An authority that the application gives to the library.
-inline const sandbox::Authority& applicationAuthority() {
-    static const sandbox::Authority authority;
+inline const Authority& applicationAuthority() {
+    static const Authority authority;
     return authority;
 }
 inline UrlSessionConfiguration trustingTheApplicationAuthority() {

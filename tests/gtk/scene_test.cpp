@@ -1,6 +1,7 @@
 #include "gtk/gtk_world.h"
-#include "support/logged_scene.h"
-#include "support/raw_server.h"
+
+#include <kavio/testing/logged_scene.h>
+#include <kavio/testing/raw_server.h>
 
 #include <gmock/gmock.h>
 
@@ -150,9 +151,8 @@ TEST_F(SceneTest, CoversWhatEndsAPageAndNothingElse) {
 
 TEST_F(SceneTest, ShowsNothingThatACertificateDoesNotProve) {
     for (const auto& identity :
-         {sandbox::Authority::selfSigned({"localhost"}), applicationAuthority().issue({"other.example"}),
-          applicationAuthority().issue({"localhost"}, std::chrono::hours(-1)),
-          sandbox::Authority().issue({"localhost"})}) {
+         {Authority::selfSigned({"localhost"}), applicationAuthority().issue({"other.example"}),
+          applicationAuthority().issue({"localhost"}, std::chrono::hours(-1)), Authority().issue({"localhost"})}) {
         const RawServer secure(identity, answering(httpReply(200, "page")));
         const auto port = secure.address().substr(std::string("127.0.0.1").size());
         const auto url = "https://localhost" + port;

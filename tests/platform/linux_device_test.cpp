@@ -1,7 +1,7 @@
 #include "platform/linux/icu.h"
-#include "support/temporary_folder.h"
 
 #include <kavio/platform/linux.h>
+#include <kavio/testing/temporary_folder.h>
 
 #include <gtest/gtest.h>
 #include <unicode/locid.h>
