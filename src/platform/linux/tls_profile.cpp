@@ -1,12 +1,12 @@
 #include "platform/linux/tls_profile.h"
 
+#include "platform/linux/tls_names.h"
 #include "platform/linux/tls_staple.h"
 
+#include <openssl/err.h>
 #include <openssl/ssl.h>
-#include <openssl/x509v3.h>
 
 #include <cstdint>
-#include <memory>
 
 namespace kavio {
 namespace {
@@ -38,35 +38,11 @@ constexpr int securityLevel = 2;
 // server become another one halfway. Middleboxes take the handshake of TLS 1.3 for one that they know.
 constexpr std::uint64_t options = SSL_OP_NO_COMPRESSION | SSL_OP_NO_RENEGOTIATION | SSL_OP_ENABLE_MIDDLEBOX_COMPAT;
 
-// OpenSSL has no verdict for it.
-constexpr int namesNoHost = X509_V_ERR_APPLICATION_VERIFICATION;
-
-bool hasAlternativeName(const X509* certificate) {
-    const std::unique_ptr<GENERAL_NAMES, decltype(&GENERAL_NAMES_free)> names(
-        static_cast<GENERAL_NAMES*>(X509_get_ext_d2i(certificate, NID_subject_alt_name, nullptr, nullptr)),
-        &GENERAL_NAMES_free);
-    for (int i = 0; i < sk_GENERAL_NAME_num(names.get()); ++i) {
-        const int kind = sk_GENERAL_NAME_value(names.get(), i)->type;
-        if (kind == GEN_DNS || kind == GEN_IPADD) return true;
-    }
-    return false;
-}
-
-/// By itself, libcurl looks at the common name if there is no alternative one. An authority's name constraints do not
-/// bind a common name with a wildcard. libcurl compares addresses; it asks the server for no name then.
-int nameVerdict(X509* certificate, const SSL* tls) {
-    if (!hasAlternativeName(certificate)) return namesNoHost;
-    const char* const host = SSL_get_servername(tls, TLSEXT_NAMETYPE_host_name);
-    constexpr unsigned int rules = X509_CHECK_FLAG_NEVER_CHECK_SUBJECT | X509_CHECK_FLAG_NO_PARTIAL_WILDCARDS;
-    if (host == nullptr || X509_check_host(certificate, host, 0, rules, nullptr) == 1) return X509_V_OK;
-    return X509_V_ERR_HOSTNAME_MISMATCH;
-}
-
 /// Called for each certificate of the chain, from the authority's on, with OpenSSL's own verdict.
 int verify(int isValid, X509_STORE_CTX* chain) {
+    if (isValid == 0) ERR_clear_error();  // libcurl looks only at the oldest error, which must be that it is not valid
     if (isValid == 0 || X509_STORE_CTX_get_error_depth(chain) > 0) return isValid;
-    const auto* tls = static_cast<const SSL*>(X509_STORE_CTX_get_ex_data(chain, SSL_get_ex_data_X509_STORE_CTX_idx()));
-    const int verdict = nameVerdict(X509_STORE_CTX_get_current_cert(chain), tls);
+    const int verdict = judgeNames(chain);
     if (verdict != X509_V_OK) X509_STORE_CTX_set_error(chain, verdict);
     return verdict == X509_V_OK ? 1 : 0;
 }
@@ -86,9 +62,7 @@ bool verifyServer(SSL_CTX* context) {
     SSL_CTX_set_verify(context, SSL_VERIFY_PEER, &verify);
     // A certificate is asked about at no third party; the server brings the answer along.
     return SSL_CTX_set_tlsext_status_type(context, TLSEXT_STATUSTYPE_ocsp) == 1 &&
-           SSL_CTX_set_tlsext_status_cb(context, &judgeStaple) == 1 &&
-           // The authorities of OpenSSL's configuration would otherwise replace those of the session.
-           SSL_CTX_set0_verify_cert_store(context, nullptr) == 1;
+           SSL_CTX_set_tlsext_status_cb(context, &judgeStaple) == 1;
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "platform/linux/tls_staple.h"
 
+#include "platform/linux/release.h"
+
 #include <openssl/err.h>
 #include <openssl/ocsp.h>
 #include <openssl/x509v3.h>
@@ -8,11 +10,6 @@
 
 namespace kavio {
 namespace {
-
-template <auto release>
-struct Release {
-    void operator()(auto* object) const { release(object); }
-};
 
 using Response = std::unique_ptr<OCSP_RESPONSE, Release<&OCSP_RESPONSE_free>>;
 using Answers = std::unique_ptr<OCSP_BASICRESP, Release<&OCSP_BASICRESP_free>>;
