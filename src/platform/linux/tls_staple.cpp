@@ -57,7 +57,9 @@ int verdictOf(OCSP_BASICRESP* answers, const X509* certificate, const X509* issu
 
 int verdictOnStaple(SSL* tls) {
     STACK_OF(X509)* const chain = SSL_get0_verified_chain(tls);
-    if (sk_X509_num(chain) < 2) return X509_V_OK;  // the certificate is trusted itself: no authority can revoke it
+    // There is no chain if a TLS session is taken up again, whose server was judged when it began. Where the
+    // certificate is trusted itself, no authority can revoke it.
+    if (sk_X509_num(chain) < 2) return X509_V_OK;
     const X509* const certificate = sk_X509_value(chain, 0);
 
     const unsigned char* bytes = nullptr;
@@ -75,8 +77,7 @@ int verdictOnStaple(SSL* tls) {
 }  // namespace
 
 int judgeStaple(SSL* tls, void*) {
-    // A session that is taken up again brings no certificate; it was checked when the session began.
-    const int verdict = SSL_session_reused(tls) == 1 ? X509_V_OK : verdictOnStaple(tls);
+    const int verdict = verdictOnStaple(tls);
     ERR_clear_error();  // of answers that cannot be read
     if (verdict == X509_V_OK) return 1;
     // libcurl looks at the oldest error, and asks for the verdict if that is a failed verification.
