@@ -1,6 +1,7 @@
 #include "gtk/gtk_world.h"
-#include "support/logged_scene.h"
-#include "support/raw_server.h"
+
+#include <kavio/testing/logged_scene.h>
+#include <kavio/testing/raw_server.h>
 
 #include <cstdio>
 #include <fstream>

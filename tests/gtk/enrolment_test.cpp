@@ -1,9 +1,9 @@
 #include "gtk/enrolling.h"
+#include "gtk/usage.h"
 
 #include <gmock/gmock.h>
 
 #include <filesystem>
-#include <fstream>
 
 namespace kavio::test {
 namespace {
@@ -129,18 +129,6 @@ TEST_F(EnrolmentTest, StaysInTheHandsOfThePersonWhateverThePageDoes) {
     }
 }
 
-std::size_t openFiles() {
-    return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}));
-}
-
-// The process's private memory, in pages.
-std::size_t memory() {
-    std::size_t total = 0;
-    std::size_t resident = 0;
-    std::ifstream("/proc/self/statm") >> total >> resident;
-    return resident;
-}
-
 std::vector<std::string> filesOfTheUser() {
     std::vector<std::string> found;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(std::getenv("HOME"))) {
@@ -151,17 +139,14 @@ std::vector<std::string> filesOfTheUser() {
 
 TEST_F(EnrolmentTest, LeavesNothingBehind) {
     const auto before = filesOfTheUser();  // made by the toolkit
-    std::size_t files = 0;
-    std::size_t pages = 0;
+    Usage early;
     for (std::size_t i = 1; i <= 40; ++i) {
         enrol(i % 4 == 0 ? "4000000000001059" : "4000000000001026");
         expect(success);
-        if (i != 8) continue;  // by then the caches are full
-        files = openFiles();
-        pages = memory();
+        if (i == 8) early = Usage::now();  // by then the caches are full
     }
-    EXPECT_TRUE(until([=] { return openFiles() <= files; })) << openFiles() << " open files, once " << files;
-    EXPECT_LT(memory(), pages * 5 / 4);
+    EXPECT_TRUE(until([&] { return Usage::now().files <= early.files; })) << Usage::now() << ", once " << early;
+    EXPECT_LT(Usage::now().pages, early.pages * 5 / 4);
     EXPECT_EQ(windowCount(), 1U);
     EXPECT_EQ(filesOfTheUser(), before);
 }

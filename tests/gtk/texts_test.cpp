@@ -1,7 +1,8 @@
 #include "platform/gtk/texts.h"
 
 #include "gtk/gtk_world.h"
-#include "support/logged_scene.h"
+
+#include <kavio/testing/logged_scene.h>
 
 #include <gmock/gmock.h>
 
