@@ -2,6 +2,7 @@
 
 #include "network/kavio_network_service.h"
 #include "network/requests.h"
+#include "platform/linux/tls_profile.h"
 #include "repositories/repositories.h"
 #include "storage/kavio_user_defaults.h"
 
@@ -81,7 +82,7 @@ BareExchange::BareExchange(const Setup& setup, const UrlRequest& request) : mReq
         mHeaders.append(std::string(name).append(": ").append(value).c_str());
     CURL* const easy = mEasy.get();
     curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
-    curl_easy_setopt(easy, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
+    curl_easy_setopt(easy, CURLOPT_SSL_CTX_FUNCTION, &applyTlsProfile);
     curl_easy_setopt(easy, CURLOPT_CAPATH, static_cast<char*>(nullptr));
     curl_easy_setopt(easy, CURLOPT_CAINFO, setup.authority().c_str());
     curl_easy_setopt(easy, CURLOPT_CONNECT_TO, mConnectTo.get());

@@ -1,5 +1,5 @@
-# What `cmake --install` installs: a find_package(Kavio) package and pkg-config files. The static libraries and
-# Kavio::gtk are separate components, because they need more to be installed.
+# What `cmake --install` installs: a find_package(Kavio) package and pkg-config files. The static libraries, Kavio::gtk
+# and Kavio::testing are separate components, because they need more to be installed.
 include(CMakePackageConfigHelpers)
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/Kavio)
 
@@ -15,6 +15,11 @@ if(KAVIO_GTK)
   kavio_install(gtk_static kavio_gtk_static)
 endif()
 
+# Of the library for tests only the shared one: an archive would need the service and all that it is built on.
+if(KAVIO_APPS)
+  kavio_install(testing kavio_testing)
+endif()
+
 list(TRANSFORM KAVIO_PLATFORM_PACKAGES REPLACE "(.+)" "  find_dependency(\\1)\n" OUTPUT_VARIABLE find_platform_dependencies)
 list(JOIN find_platform_dependencies "" find_platform_dependencies)
 configure_package_config_file(cmake/KavioConfig.cmake.in ${CMAKE_BINARY_DIR}/KavioConfig.cmake INSTALL_DESTINATION ${package_folder})
@@ -27,4 +32,8 @@ install(FILES ${CMAKE_BINARY_DIR}/kavio.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/p
 if(KAVIO_GTK)
   configure_file(cmake/kavio-gtk.pc.in ${CMAKE_BINARY_DIR}/kavio-gtk.pc @ONLY)
   install(FILES ${CMAKE_BINARY_DIR}/kavio-gtk.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endif()
+if(KAVIO_APPS)
+  configure_file(cmake/kavio-testing.pc.in ${CMAKE_BINARY_DIR}/kavio-testing.pc @ONLY)
+  install(FILES ${CMAKE_BINARY_DIR}/kavio-testing.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endif()

@@ -47,6 +47,8 @@ public:
     virtual void onDeposit(Result result, std::optional<std::int64_t> balance) = 0;
     virtual void onGetOrder(Result result, std::shared_ptr<const Order> order) = 0;
     virtual void onGetTransactions(Result result, std::optional<Orders> transactions) = 0;
+    /// Without a message where the card issuer's page had to give way to another facade's; see
+    /// `Kavio::addCreditCardTDSecure`.
     virtual void onAddCreditCard(Result result, std::shared_ptr<const CreditCard> card) = 0;
     virtual void onRemoveCard(Result result) = 0;
 };

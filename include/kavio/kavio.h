@@ -52,8 +52,8 @@ public:
     /// Stores the API key and the environment for the whole process: the most recent facade wins. The delegate is held
     /// weakly; once it is gone, results are dropped.
     Kavio(std::weak_ptr<KavioDelegate> delegate, std::string apiKey, EnvironmentType environment);
-    /// Safe at any time, even inside a callback or with a request in flight. Nothing is reported afterwards. A card
-    /// issuer's page that is showing stays until the person closes it, unless `release` was called first.
+    /// Safe at any time, even inside a callback or with a request in flight, but on the main thread only, where the
+    /// card issuer's page is taken down that an enrolment of this facade has up. Nothing is reported afterwards.
     ~Kavio();
     Kavio(const Kavio&) = delete;
     Kavio& operator=(const Kavio&) = delete;
@@ -64,8 +64,9 @@ public:
     std::optional<std::string> getVersion() const noexcept;
     /// Build number of the library.
     std::optional<std::string> getBuild() const noexcept;
-    /// Gives up what the facade shares with others and drops the delegate. `caller` is the facade itself. Call it once
-    /// per facade: each call gives up one use of the card issuer's page, and the last one takes the page down.
+    /// Gives up what the facade shares with others, drops the delegate, and takes down the card issuer's page that an
+    /// enrolment of this facade has up. `caller` is the facade itself. Call it once per facade: each call gives up one
+    /// use of the screen for these pages, and the last one takes down whatever page is there.
     void release(const void* caller);
 
     /// Checks whether the stored session is still accepted; reports to `onCheckIsUserLogin`. `FAILURE` "Token is
@@ -119,6 +120,11 @@ public:
     void addCreditCard(std::shared_ptr<const Card> card);
     /// Stores a card, showing the issuer's page if the issuer asks for it; reports to `onAddCreditCard`, always without
     /// a card. Waits for as long as the page is open. After a failure, the same applies as for `addCreditCard`.
+    ///
+    /// Where the page goes before it has ended, the report is `FAILURE` with the effect `UNKNOWN`, and the cause is
+    /// `CANCELED_BY_PERSON` only if the person closed it. It is `PAGE_NOT_SHOWN` where the library took it down: all
+    /// facades share one screen, so the page of one that has something to present on takes the place of another's. The
+    /// same cause is reported if there is no window to present on; then a page that another facade has up stays.
     void addCreditCardTDSecure(TDSPaymentCard paymentCard, TDSCardHolder cardHolder);
     /// Removes the stored card whose `id` is given; reports to `onRemoveCard`.
     void removeCard(std::string id);

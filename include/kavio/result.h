@@ -51,7 +51,7 @@ enum class Cause {
     TIMED_OUT,            ///< no answer within 60 seconds
     UNTRUSTED_SERVICE,    ///< whoever answered could not prove to be the service
     FOLLOWING_TIMED_OUT,  ///< the order was followed for as long as orders are followed
-    PAGE_NOT_SHOWN,       ///< there is no window for the card issuer's page
+    PAGE_NOT_SHOWN,       ///< there is no window for the card issuer's page, or it had to give way to another page
     CANCELED_BY_PERSON,   ///< the person closed the card issuer's page
     STORE_FAILED,         ///< a payment could not be written down, so it was not made
     NOT_MADE,             ///< `settlePayment`: the service has no such payment, and none can arrive

@@ -43,8 +43,8 @@ std::string percentDecoded(std::string_view text) {
     return Platform::current().characters->wellFormed(decoded);
 }
 
-// Puts what the page sent back into the body. If an item is repeated, the last one counts; one without "=" has
-// no value.
+// Copies what the page has sent from the query of its last address to the body. If an item is repeated, the last one
+// counts; one without "=" has no value.
 void readRedirect(const std::string& url, TDSGetCard& body) {
     const auto queryAt = url.find('?');
     if (queryAt == std::string::npos) return;
@@ -77,7 +77,7 @@ std::shared_ptr<ViewController> topMostViewController() {
     return topMost;
 }
 
-// Leaves alone a page that another enrolment has shown since.
+// Does nothing if the page has gone, even if the page of another enrolment is up instead.
 void takeAway(const std::weak_ptr<TDSecureScene>& page, TDSecureSceneController& controller) {
     const auto shown = page.lock();
     if (shown && shown == controller.scene()) contained([&] { controller.close(true); });
@@ -91,11 +91,14 @@ void Kavio::addCreditCardTDSecure(TDSPaymentCard paymentCard, TDSCardHolder card
     });
 }
 
-// Its page is still up only where memory has run out on the way.
+// The page can still be up only if memory ran out on the way. If there is none to take the page away either, it stays
+// until the person closes it.
 Kavio::State::Enrolment::~Enrolment() {
     if (mPage.expired()) return;
-    Platform::current().mainQueue->post(
-        [page = mPage, controller = mTDSecSceneController] { takeAway(page, *controller); });
+    contained([this] {
+        Platform::current().mainQueue->post(
+            [page = mPage, controller = mTDSecSceneController] { takeAway(page, *controller); });
+    });
 }
 
 void Kavio::State::Enrolment::start(TDSCardHolder cardHolder) {
@@ -104,7 +107,8 @@ void Kavio::State::Enrolment::start(TDSCardHolder cardHolder) {
         whileUnderWay(&Enrolment::addCreditCardTDSecureResponse));
 }
 
-// A completion that takes the next step, unless `release` has ended the enrolment: no page may appear then.
+// A completion that takes the next step. Once the facade is released or destroyed, it does nothing: no page may appear
+// then.
 template <class Reply>
 Completion<Reply> Kavio::State::Enrolment::whileUnderWay(void (Enrolment::*step)(APIResult<Reply>)) {
     return mOperation.then<Reply>([self = shared_from_this(), step](State&, const auto& operation, auto reply) {
@@ -151,7 +155,7 @@ void Kavio::State::Enrolment::pageResponse(APIResult<std::string> reply) {
 // The page has ended, so the service is asked what that means.
 void Kavio::State::Enrolment::tdSecureFinished() {
     const auto& url = mTDSecSceneController->mRedirectedUrl;
-    if (!url) return;  // there was no memory for it
+    if (!url) return;  // there was no memory for it; this enrolment ends here and reports that
     TDSGetCard body{.flow = mLastFlow, .card = mLastPaymentCard};
     readRedirect(*url, body);
     mPaymentMethodRepo->getCardTDSecure(body, mOperation.then<TDSGetCardResponseFactory>(
@@ -172,7 +176,7 @@ void Kavio::State::Enrolment::getCardResponse(const APIResult<TDSGetCardResponse
 
 KavioDelegate::Result Kavio::State::Enrolment::outcomeOf(const APIResult<TDSGetCardResponseFactory>& reply) const {
     if (!reply) {
-        // Only an answer from the service can say that the card is not stored: an earlier request has left.
+        // The request to add the card has been sent, so only an answer from the service can say that it is not stored.
         return mOperation.failure(reply.failure(),
                                   reply.failure().status > 0 ? reply.failure().effect : Effect::UNKNOWN);
     }
@@ -195,16 +199,22 @@ void Kavio::State::Enrolment::showNextChallenge(const std::string& url) {
         mOperation.fail(ResultType::FAILURE, Cause::PAGE_NOT_SHOWN, cannotStartPage, Effect::UNKNOWN);
 }
 
-// The person closed the page, or another facade's page took its place.
 void Kavio::State::Enrolment::tdSecureWindowClosed() {
     mOperation.fail(ResultType::FAILURE, Cause::CANCELED_BY_PERSON, "canceled by user", Effect::UNKNOWN);
 }
 
-// False when there is nothing to present on.
+void Kavio::State::Enrolment::tdSecureWindowTaken() {
+    mOperation.fail(ResultType::FAILURE, Cause::PAGE_NOT_SHOWN, std::nullopt, Effect::UNKNOWN);
+}
+
+// False if the page could not be presented: there is nothing to present on, the scene could not be made, or the facade
+// was released meanwhile.
 bool Kavio::State::Enrolment::presentPage(TDSFlowType flow, const std::string& content) {
     mLastFlow = flow;
+    if (!topMostViewController()) return false;
     // There is one screen for all facades: a page that another one has up gives way, and whoever waits for it is told.
-    if (mTDSecSceneController->scene()) mTDSecSceneController->endPage();
+    // That may release this facade, or close the application's windows.
+    mTDSecSceneController->takePage();
     const auto topMost = mOperation.isUnderWay() ? topMostViewController() : nullptr;
     if (!topMost) return false;
     mTDSecSceneController->mUrl = content;
@@ -216,7 +226,7 @@ bool Kavio::State::Enrolment::presentPage(TDSFlowType flow, const std::string& c
     return true;
 }
 
-// Waits for the page that `show` brings up on the scene. If it cannot, nobody waits.
+// Brings up the page with `show`, and lets the facade wait for it to end. If `show` throws, nobody waits.
 template <class Show>
 void Kavio::State::Enrolment::waitForPage(const std::shared_ptr<TDSecureScene>& scene, Show show) {
     const auto facade = mFacade.lock();
@@ -238,8 +248,8 @@ void Kavio::State::closePage() {
     if (shown) shown->closePage();
 }
 
-// Only the first event of a page counts: it may go to the loopback address again and again, and closing it then changes
-// nothing, since the service's answer is on its way.
+// Only the first event of a page counts. After its end it may go to the loopback address again, and the person may
+// close it: neither changes anything, since the service has been asked already.
 void Kavio::State::attachToScene() {
     using Observer = TDSecureSceneController::SceneEvent::Observer;
     const auto observer = [&](void (Enrolment::*step)()) {
@@ -251,6 +261,7 @@ void Kavio::State::attachToScene() {
     };
     mTDSecSceneController->tdSecureFinished->attach(observer(&Enrolment::tdSecureFinished));
     mTDSecSceneController->tdSecureWindowClosed->attach(observer(&Enrolment::tdSecureWindowClosed));
+    mTDSecSceneController->tdSecureWindowTaken->attach(observer(&Enrolment::tdSecureWindowTaken));
 }
 
 }  // namespace kavio

@@ -27,8 +27,10 @@ public:
     void start(TDSCardHolder cardHolder);
     /// Its page has sent the web view to the loopback address.
     void tdSecureFinished();
-    /// The screen of its page is gone.
+    /// The person has closed the screen of its page.
     void tdSecureWindowClosed();
+    /// The screen of its page was taken away, which was not the person's doing.
+    void tdSecureWindowTaken();
     /// Takes its page away if that is still up.
     void closePage() const;
 

@@ -24,6 +24,7 @@ std::shared_ptr<TDSecureSceneController> TDSecureSceneController::make() {
     std::shared_ptr<TDSecureSceneController> made(new TDSecureSceneController);
     made->tdSecureFinished = std::make_shared<SceneEvent>(made);
     made->tdSecureWindowClosed = std::make_shared<SceneEvent>(made);
+    made->tdSecureWindowTaken = std::make_shared<SceneEvent>(made);
     return made;
 }
 
@@ -36,13 +37,12 @@ std::shared_ptr<TDSecureSceneController> TDSecureSceneController::takeUse() {
 void TDSecureSceneController::release(const void* owner) {
     if (mUserCount == 0) return trace(traceTag, [] { return SafeMessage{"released without a user"}; });
     ServiceObject::release(owner);
-    tdSecureFinished->detach(owner);
-    tdSecureWindowClosed->detach(owner);
+    for (const auto& event : {tdSecureFinished, tdSecureWindowClosed, tdSecureWindowTaken}) event->detach(owner);
     if (--mUserCount > 0) return;
 
     const auto last = std::exchange(shared(), nullptr);
     ServiceObject::release(this);
-    endPage();  // the page may be another facade's, when one gives up more uses than it took
+    takePage();  // it may be another facade's, when one gives up more uses than it took
 }
 
 void TDSecureSceneController::loadContent() {
@@ -75,11 +75,15 @@ void TDSecureSceneController::onRedirect(const std::optional<std::string>& url) 
 }
 
 void TDSecureSceneController::onCloseClicked() {
-    contained([this] { endPage(); });
+    contained([this] { closeAndTell(*tdSecureWindowClosed); });
 }
 
-void TDSecureSceneController::endPage() {
-    const auto tell = tdSecureWindowClosed->prepared();  // without the memory for it, the screen stays
+void TDSecureSceneController::takePage() {
+    if (scene()) closeAndTell(*tdSecureWindowTaken);
+}
+
+void TDSecureSceneController::closeAndTell(SceneEvent& event) {
+    const auto tell = event.prepared();  // without the memory for it, the screen stays, and can be closed again
     close(true);
     tell();
 }

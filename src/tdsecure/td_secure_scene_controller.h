@@ -10,8 +10,8 @@
 
 namespace kavio {
 
-/// Runs the issuer's pages in the secure scene, and reports when one has ended and when the person has closed the
-/// screen. All facades of the process share one, for as long as any of them uses it. Main thread only.
+/// Runs the issuer's pages in the secure scene, and reports when one has ended and when the screen has gone before
+/// that. All facades of the process share one, for as long as any of them uses it. Main thread only.
 class TDSecureSceneController final : public AbstractSceneController<TDSecureScene>, public TDSecureSceneDelegate {
 public:
     using SceneEvent = Event<TDSecureSceneController>;
@@ -21,8 +21,11 @@ public:
 
     /// A page has sent the web view to the loopback address, which is `mRedirectedUrl`.
     std::shared_ptr<SceneEvent> tdSecureFinished;
-    /// The screen was closed by the person, or because another page or nobody took its place. It is already gone.
+    /// The person has closed the screen, which is already gone.
     std::shared_ptr<SceneEvent> tdSecureWindowClosed;
+    /// The library has taken the screen away: for another facade's page, or because nobody uses the controller any
+    /// more.
+    std::shared_ptr<SceneEvent> tdSecureWindowTaken;
     /// What the scene loads once its view has loaded: a page's address or, for a fingerprint, an HTML document.
     std::string mUrl;
     TDSFlowType mFlow = TDSFlowType::UNKNOWN;
@@ -30,10 +33,10 @@ public:
     std::optional<std::string> mRedirectedUrl;
 
     void loadContent();
-    /// Closes the screen and tells whoever is still waiting for its page.
-    void endPage();
+    /// Takes the screen away, if there is one, and tells whoever is still waiting for its page.
+    void takePage();
 
-    /// Gives up `owner`'s use, along with what it attached to both events. The last use takes the scene away too.
+    /// Gives up `owner`'s use, along with what it attached to the events. The last use takes the screen away, too.
     void release(const void* owner) override;
 
     void onViewDidLoad() override;
@@ -44,6 +47,7 @@ private:
     TDSecureSceneController() = default;
     static std::shared_ptr<TDSecureSceneController> make();
     static std::shared_ptr<TDSecureSceneController>& shared();
+    void closeAndTell(SceneEvent& event);
 
     int mUserCount = 0;
 };

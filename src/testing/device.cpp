@@ -9,9 +9,11 @@
 namespace kavio::test {
 namespace {
 
+Platform makeRealDevice() { return makeLinuxPlatform({.storeDirectory = "/nonexistent"}); }
+
 /// Its dates, texts and digests are good for any device.
 const Platform& realDevice() {
-    static const Platform real = makeLinuxPlatform({.storeDirectory = "/nonexistent"});
+    static const Platform real = makeRealDevice();
     return real;
 }
 
@@ -126,6 +128,7 @@ Device::Device(Options options)
         return deedsOf(*handled.reply.body);
     };
     const auto& real = realDevice();
+    const auto threads = options.hasThreads ? makeRealDevice() : Platform{};  // which end with this device
     const auto queue = [&](Lane lane, const std::shared_ptr<WorkQueue>& realQueue) {
         return options.hasThreads ? realQueue : std::make_shared<TimelineWorkQueue>(mTimeline, lane);
     };
@@ -134,8 +137,8 @@ Device::Device(Options options)
         .backgroundUrlSession = mNetwork->backgroundSession(),
         .keyValueStores = mStores,
         .mainQueue = std::make_shared<TimelineMainQueue>(mTimeline),
-        .serialQueue = queue(Lane::SERIAL, real.serialQueue),
-        .concurrentQueue = queue(Lane::CONCURRENT, real.concurrentQueue),
+        .serialQueue = queue(Lane::SERIAL, threads.serialQueue),
+        .concurrentQueue = queue(Lane::CONCURRENT, threads.concurrentQueue),
         .mainBundle = mMainBundle,
         .libraryBundle = mLibraryBundle,
         .locale = mLocale,

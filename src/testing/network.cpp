@@ -28,20 +28,36 @@ public:
         return isGivenUp;
     }
 
+    /// Tells how it ended, once.
+    void tell() {
+        if (const auto told = std::exchange(completion, nullptr)) told(outcome);
+    }
+
     const Session session;
     const std::shared_ptr<const UrlRequest> request;
     UrlSession::Completion completion;
     std::function<void()> whenGivenUp;
     Stage stage = Stage::WAITING;
+    Outcome outcome = UrlError{};  // once it is done
     bool isGivenUp = false;
     int attempt = 0;  // steps of an earlier one are void
     Fate fate;
     bool hasArrived = false;
-    std::chrono::nanoseconds begun{0};
+    bool isInterrupted = false;  // lost on its way
 };
 using ExchangePtr = std::shared_ptr<Exchange>;
 
-bool isSecure(const std::string& url) { return url.starts_with("https://") && url.find(' ') == std::string::npos; }
+/// Whether neither URL, method nor headers hold anything that would end them early.
+bool isProper(const UrlRequest& request) {
+    const auto isClean = [](const std::string& text, char least) {
+        return std::ranges::all_of(text,
+                                   [least](char c) { return static_cast<unsigned char>(c) >= least && c != '\x7F'; });
+    };
+    return request.url.starts_with("https://") && isClean(request.url, '!') && isClean(request.method, '!') &&
+           std::ranges::all_of(request.headers, [&](const auto& header) {
+               return isClean(header.first, '!') && isClean(header.second, ' ');
+           });
+}
 
 UrlError errorOf(UrlError::Code code, bool maySent) { return {code, "scripted failure", std::nullopt, maySent}; }
 
@@ -92,6 +108,8 @@ struct Network::State : std::enable_shared_from_this<State> {
     void comeBack(const ExchangePtr& exchange, Handled handled);
     void interrupt(const ExchangePtr& exchange);
     void complete(const ExchangePtr& exchange, Outcome outcome);
+    void deliver(const ExchangePtr& exchange);
+    ExchangePtr anyOf(Session session) const;
     void close(Session session);
 
     Fate fateOf(const UrlRequest& request) {
@@ -106,10 +124,6 @@ struct Network::State : std::enable_shared_from_this<State> {
                        [self = shared_from_this(), exchange, attempt = exchange->attempt, next = std::move(step)] {
                            if (exchange->attempt == attempt && exchange->stage != Exchange::Stage::DONE) next();
                        });
-    }
-    milliseconds timeLeft(const Exchange& exchange) const {
-        const auto passed = std::chrono::duration_cast<milliseconds>(timeline->uptime() - exchange.begun);
-        return std::max(milliseconds(exchange.request->timeout) - passed, milliseconds(0));
     }
     /// Ends the oldest open request; false if there is none.
     bool end(Outcome outcome) {
@@ -133,7 +147,9 @@ struct Network::State : std::enable_shared_from_this<State> {
     std::deque<Fate> nextFates;
     bool isCut = false;
     bool isHeld = false;
-    std::deque<ExchangePtr> open, forgotten;
+    std::deque<ExchangePtr> open;
+    std::deque<ExchangePtr> untold;     // done, but their completions have not been called yet
+    std::deque<ExchangePtr> forgotten;  // of a program that was killed
     std::map<Session, std::vector<std::shared_ptr<const UrlRequest>>> requests;  // all there ever were
     std::function<void()> whenAllDelivered;
 };
@@ -152,7 +168,7 @@ ExchangePtr Network::State::add(Session session, UrlRequest request, UrlSession:
 }
 
 void Network::State::begin(const ExchangePtr& exchange) {
-    if (!isSecure(exchange->request->url)) return complete(exchange, errorOf(UrlError::badUrl, false));
+    if (!isProper(*exchange->request)) return complete(exchange, errorOf(UrlError::badUrl, false));
     if (isHeld) return;
     if (isCut && exchange->session == Session::ORDINARY)
         return complete(exchange, errorOf(UrlError::notConnectedToInternet, false));
@@ -162,8 +178,10 @@ void Network::State::begin(const ExchangePtr& exchange) {
         return;
     }
     exchange->stage = Exchange::Stage::CONNECTING;
-    exchange->begun = timeline->uptime();
     exchange->fate = fateOf(*exchange->request);
+    after(exchange->request->timeout, exchange, [this, exchange] {
+        complete(exchange, errorOf(UrlError::timedOut, exchange->stage == Exchange::Stage::LEFT));
+    });
     after(exchange->fate.connecting, exchange, [this, exchange] { depart(exchange); });
 }
 
@@ -171,11 +189,13 @@ void Network::State::depart(const ExchangePtr& exchange) {
     const auto& fate = exchange->fate;
     if (fate.error && !mayHaveBeenSent(*fate.error)) return complete(exchange, errorOf(*fate.error, false));
     exchange->stage = Exchange::Stage::LEFT;
-    after(fate.there, exchange, [this, exchange] { arrive(exchange); });
+    // It arrives even if nobody waits for its answer any more by then.
+    timeline->post(Lane::NETWORK, fate.there, [self = shared_from_this(), exchange] { self->arrive(exchange); });
 }
 
 void Network::State::arrive(const ExchangePtr& exchange) {
     const auto& fate = exchange->fate;
+    if (exchange->isInterrupted) return;
     exchange->hasArrived = true;
     Handled handled;
     if (fate.arrives) handled = server(*exchange->request);
@@ -183,12 +203,8 @@ void Network::State::arrive(const ExchangePtr& exchange) {
         handled = server(*exchange->request);
     if (fate.reply) handled.reply = *fate.reply;
     handled.isCut = handled.isCut || fate.isCut;
-    const auto left = timeLeft(*exchange);
-    const bool isLate = fate.error == UrlError::timedOut || handled.delay + fate.back > left;
-    after(isLate ? left : handled.delay + fate.back, exchange, [this, exchange, handled, isLate] {
-        if (isLate) return complete(exchange, errorOf(UrlError::timedOut, true));
-        comeBack(exchange, handled);
-    });
+    if (fate.error == UrlError::timedOut) return;
+    after(handled.delay + fate.back, exchange, [this, exchange, handled] { comeBack(exchange, handled); });
 }
 
 void Network::State::comeBack(const ExchangePtr& exchange, Handled handled) {
@@ -208,40 +224,53 @@ void Network::State::comeBack(const ExchangePtr& exchange, Handled handled) {
 
 /// The network is gone.
 void Network::State::interrupt(const ExchangePtr& exchange) {
-    if (exchange->stage == Exchange::Stage::LEFT)
-        return complete(exchange, errorOf(UrlError::networkConnectionLost, true));
+    exchange->isInterrupted = exchange->stage == Exchange::Stage::LEFT;
+    if (exchange->isInterrupted) return complete(exchange, errorOf(UrlError::networkConnectionLost, true));
     if (exchange->stage != Exchange::Stage::CONNECTING) return;
     ++exchange->attempt;
     after(milliseconds(0), exchange, [this, exchange] { begin(exchange); });
 }
 
 void Network::State::complete(const ExchangePtr& exchange, Outcome outcome) {
-    const bool isBackground = exchange->session == Session::BACKGROUND;
     exchange->stage = Exchange::Stage::DONE;
+    exchange->outcome = std::move(outcome);
     exchange->whenGivenUp = nullptr;
     std::erase(open, exchange);
-    const bool isLast = isBackground && std::ranges::none_of(open, [](const auto& other) {
-                            return other->session == Session::BACKGROUND;
-                        });
-    timeline->post(Lane::NETWORK, {}, [self = shared_from_this(), exchange, result = std::move(outcome), isLast] {
-        std::exchange(exchange->completion, nullptr)(result);
-        if (const auto* reply = std::get_if<UrlReply>(&result); reply && self->observer)
-            self->observer(*exchange->request, *reply);
-        if (isLast && self->whenAllDelivered) self->whenAllDelivered();
-    });
+    untold.push_back(exchange);
+    timeline->post(Lane::NETWORK, {}, [self = shared_from_this(), exchange] { self->deliver(exchange); });
 }
 
-/// The session's end: what is open has been told of it when this returns.
+/// Does nothing if the end of the session came first.
+void Network::State::deliver(const ExchangePtr& exchange) {
+    if (std::erase(untold, exchange) == 0) return;
+    exchange->tell();
+    if (const auto* reply = std::get_if<UrlReply>(&exchange->outcome); reply && observer)
+        observer(*exchange->request, *reply);
+    if (exchange->session == Session::BACKGROUND && !anyOf(Session::BACKGROUND) && whenAllDelivered) {
+        const auto told = whenAllDelivered;
+        told();
+    }
+}
+
+ExchangePtr Network::State::anyOf(Session session) const {
+    for (const auto* exchanges : {&untold, &open}) {
+        const auto found =
+            std::ranges::find(*exchanges, session, [](const auto& exchange) { return exchange->session; });
+        if (found != exchanges->end()) return *found;
+    }
+    return nullptr;
+}
+
+/// The session's end: whoever waits for an outcome has been told when this returns.
 void Network::State::close(Session session) {
-    while (true) {
-        const auto found = std::ranges::find(open, session, [](const auto& exchange) { return exchange->session; });
-        if (found == open.end()) return;
-        const auto exchange = *found;
-        const bool hasLeft = exchange->stage == Exchange::Stage::LEFT;
-        exchange->stage = Exchange::Stage::DONE;
-        open.erase(found);
+    while (const auto exchange = anyOf(session)) {
+        const auto stage = std::exchange(exchange->stage, Exchange::Stage::DONE);
+        if (stage != Exchange::Stage::DONE)
+            exchange->outcome = errorOf(UrlError::cancelled, stage == Exchange::Stage::LEFT);
+        std::erase(open, exchange);
+        std::erase(untold, exchange);
         const InLibrary entered;
-        std::exchange(exchange->completion, nullptr)(errorOf(UrlError::cancelled, hasLeft));
+        exchange->tell();
     }
 }
 
@@ -331,6 +360,8 @@ void Network::forget() {
         mState->timeline->post(Lane::NETWORK, exchange->fate.there,
                                [state = mState, exchange] { state->server(*exchange->request); });
     }
+    mState->forgotten.insert(mState->forgotten.end(), mState->untold.begin(), mState->untold.end());
+    mState->untold.clear();
 }
 void Network::close() {
     for (const auto session : {Session::BACKGROUND, Session::ORDINARY}) mState->close(session);

@@ -25,8 +25,8 @@ public:
         begin(url, true);
     }
 
-    void fail() { mShown = "failed", mHasArrived = false, mNext.clear(); }
-    void reload() { mHasArrived ? static_cast<void>(mShown = "page") : begin(mContent, mIsAddress); }
+    void fail() { change("failed"), mHasArrived = false, mNext.clear(); }
+    void reload() { mHasArrived ? change("page") : begin(mContent, mIsAddress); }
     std::string shown() const { return mIsHidden && mShown == "page" ? "working" : mShown; }
     std::string content() const { return mHasArrived ? mContent : ""; }
     void step() {
@@ -50,7 +50,7 @@ private:
     void begin(const std::string& content, bool isAddress) {
         const OutsideLibrary called;
         close();
-        mContent = content, mIsAddress = isAddress, mHasArrived = false, mShown = "working";
+        mContent = content, mIsAddress = isAddress, mHasArrived = false, mHasEnded = false, mShown = "working";
         if (isAddress)
             mNext.push_back({Deed::Kind::GO, content});
         else if (const auto deeds = find(content, false))
@@ -63,15 +63,22 @@ private:
         if (mScreen.browse) return mScreen.browse(content, isAddress);
         return isAddress ? std::nullopt : std::optional<std::vector<Deed>>(std::in_place);
     }
+    void change(const std::string& shown) {
+        if (!mHasEnded) mShown = shown;
+    }
     void follow(const Deed& deed) {
-        if (deed.url.starts_with(loopbackUrl)) return static_cast<void>(mShown = "working");
+        if (deed.url.starts_with(loopbackUrl)) {
+            change("working");
+            mHasEnded = true;
+            return;
+        }
         const bool isPage = deed.kind == Deed::Kind::GO;
         if (const auto deeds = find(deed.url, true)) return isPage ? arrive(deed.url, *deeds) : append(*deeds);
-        if (isPage && deed.url.starts_with("http")) mShown = "failed";
+        if (isPage && deed.url.starts_with("http")) change("failed");
     }
     void arrive(const std::string& content, const std::vector<Deed>& deeds) {
         mNext.clear();
-        mContent = content, mHasArrived = true, mShown = "page";
+        mContent = content, mHasArrived = true, change("page");
         append(deeds);
     }
     void append(const std::vector<Deed>& deeds) { mNext.insert(mNext.end(), deeds.begin(), deeds.end()); }
@@ -92,6 +99,7 @@ private:
     bool mIsAddress = false;
     bool mIsHidden = false;
     bool mHasArrived = false;
+    bool mHasEnded = false;   // by going to the loopback address
     bool mIsWaiting = false;  // for its next deed
     int mLoads = 0;
     std::deque<Deed> mNext;

@@ -63,6 +63,25 @@ const Step enrol = inside([](Kavio& kavio) {
 const auto* challengePage = R"({"type":3,"url":"https://acs.example/c","id":"I"})";
 const auto* fingerprintPage = R"({"type":2,"page":"https://acs.example/f","id":"I"})";
 const Step redirect = inside([](Kavio&) { windows->navigate(loopback); });
+// Of another facade, which shares the screen.
+std::unique_ptr<Kavio> neighbour;
+template <class Call>
+Step insideNeighbour(Call call) {
+    return [call](World&) {
+        const InLibrary entered;
+        call(*neighbour);
+    };
+}
+const Step makeNeighbour = [](World&) {
+    const OutsideLibrary made;
+    neighbour = std::make_unique<Kavio>(std::weak_ptr<KavioDelegate>(), "key", Kavio::EnvironmentType::TEST);
+};
+const Step destroyNeighbour = [](World&) { neighbour.reset(); };
+const Step releaseNeighbour = insideNeighbour([](Kavio& kavio) { kavio.release(&kavio); });
+const Step enrolNeighbour = insideNeighbour([](Kavio& kavio) {
+    kavio.addCreditCardTDSecure({.number = "4111", .month = 7, .year = 2039, .securityCode = 12},
+                                {.name = "Jo", .email = "jo@a.example"});
+});
 // Once more where there was no memory for it.
 const Step close = [](World&) {
     {
@@ -89,6 +108,12 @@ const std::vector<Course> courses{
      true},
     {"logout", {inside([](Kavio& kavio) { kavio.logout(); }), reply("{}")}},
     {"enrolment, closed", {[](World&) { Platform::current().windows = windows; }, enrol, reply(challengePage), close}},
+    {"enrolment, replaced",
+     {makeNeighbour, [](World&) { Platform::current().windows = windows; }, enrol, reply(challengePage), enrolNeighbour,
+      reply(challengePage), close, close, destroyNeighbour}},
+    {"enrolment, taken down",
+     {makeNeighbour, [](World&) { Platform::current().windows = windows; }, enrol, reply(challengePage),
+      releaseNeighbour, releaseNeighbour, close, destroyNeighbour}},
     {"enrolment",
      {[](World&) { Platform::current().windows = windows; }, enrol, reply(fingerprintPage), reply("<html>"), redirect,
       reply(R"({"result":2,"url":"https://acs.example/c"})"), redirect,

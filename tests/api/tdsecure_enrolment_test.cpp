@@ -1,3 +1,4 @@
+#include "memory.h"
 #include "models/json/json_value.h"
 #include "support/world.h"
 
@@ -237,6 +238,8 @@ TEST(TDSecureEnrolment, LeavesThePageOfAnotherFacadeAlone) {
     }
 }
 
+const Report takenDown{"onAddCreditCard", ResultType::FAILURE};
+
 TEST(TDSecureEnrolment, HearsOfItsPageWhenAnotherFacadeIsReleasedTooOften) {
     Enrolment enrolment;
     Kavio other({}, "key", Kavio::EnvironmentType::TEST);
@@ -246,7 +249,8 @@ TEST(TDSecureEnrolment, HearsOfItsPageWhenAnotherFacadeIsReleasedTooOften) {
     other.release(&other);
     EXPECT_FALSE(enrolment.windows->hasScene());
     EXPECT_FALSE(enrolment.kavio().isBusy());
-    EXPECT_THAT(enrolment.reports(), ElementsAre(Report{"onAddCreditCard", ResultType::FAILURE, "canceled by user"}));
+    EXPECT_THAT(enrolment.reports(), ElementsAre(takenDown));
+    EXPECT_THAT(enrolment.outcomes(), ElementsAre("UNKNOWN PAGE_NOT_SHOWN"));
 }
 
 TEST(TDSecureEnrolment, ClosesItsOwnPageAndNoOther) {
@@ -270,9 +274,7 @@ const Report enrolled{"onAddCreditCard", ResultType::SUCCESS};
 
 TEST(TDSecureEnrolment, TakesThePlaceOfThePageThatAnotherFacadeHasUp) {
     for (const auto& [path, seen, reports] : std::vector<std::tuple<std::string, std::string, std::vector<Report>>>{
-             {"call; challenge",
-              "dismiss animated; " + loadChallenge + "; FAILURE canceled by user",
-              {{"onAddCreditCard", ResultType::FAILURE, "canceled by user"}}},
+             {"call; challenge", "dismiss animated; " + loadChallenge + "; FAILURE -", {takenDown}},
              {"call; challenge; redirect", "", {enrolled}},
          }) {
         SCOPED_TRACE(path);
@@ -291,8 +293,22 @@ TEST(TDSecureEnrolment, TakesThePlaceOfThePageThatAnotherFacadeHasUp) {
         enrolment.play("locator");
         EXPECT_FALSE(enrolment.windows->hasScene());
         EXPECT_EQ(enrolment.reports(), reports);
+        EXPECT_EQ(enrolment.outcomes().front(), seen.empty() ? "DONE NONE" : "UNKNOWN PAGE_NOT_SHOWN");
         EXPECT_THAT(delegate->reports, ElementsAre(enrolled));
     }
+}
+
+TEST(TDSecureEnrolment, LeavesAPageUpWhereThereIsNoWindowForItsOwn) {
+    Enrolment enrolment;
+    for (const auto& step : words("call; challenge; no window")) enrolment.play(step);
+    const auto delegate = std::make_shared<RecordingDelegate>();
+    Kavio other(delegate, "key", Kavio::EnvironmentType::TEST);
+    other.addCreditCardTDSecure(card, {});
+    EXPECT_THAT(enrolment.play("challenge"), IsEmpty());
+    EXPECT_THAT(delegate->reports,
+                ElementsAre(Report{"onAddCreditCard", ResultType::FAILURE, "failed to start 3DS authentication"}));
+    EXPECT_THAT(enrolment.play("close"), ElementsAre("dismiss animated", "FAILURE canceled by user"));
+    EXPECT_THAT(enrolment.outcomes(), ElementsAre("UNKNOWN CANCELED_BY_PERSON"));
 }
 
 TEST(TDSecureEnrolment, ShowsItsPageAfterAFacadeThatWentWithItsOwn) {
@@ -321,7 +337,7 @@ TEST(TDSecureEnrolment, MayLoseItsFacadeWhereItTakesThePlaceOfAPage) {
     auto other = std::make_unique<Kavio>(delegate, "key", Kavio::EnvironmentType::TEST);
     other->addCreditCardTDSecure(card, {});
     enrolment.delegate().onReport = [&](const Report&) { other.reset(); };
-    EXPECT_THAT(enrolment.play("challenge"), ElementsAre("dismiss animated", "FAILURE canceled by user"));
+    EXPECT_THAT(enrolment.play("challenge"), ElementsAre("dismiss animated", "FAILURE -"));
     EXPECT_THAT(delegate->reports, IsEmpty());
 }
 
@@ -331,6 +347,19 @@ TEST(TDSecureEnrolment, EndsWhereItsPageCannotBePresented) {
     enrolment.windows->onPresent = [] { throw std::bad_alloc(); };
     EXPECT_THAT(enrolment.play("challenge"),
                 ElementsAre("present animated", "dismiss animated", "FAILURE out of memory"));
+    // Nor is there any memory to take the page away.
+    enrolment.windows->onPresent = [] {
+        failAllocation(1);
+        throw std::bad_alloc();
+    };
+    enrolment.play("call");
+    const auto outcome = [&] {
+        const InLibrary entered;
+        return enrolment.play("challenge");
+    }();
+    EXPECT_TRUE(stopFailing());
+    EXPECT_THAT(outcome, ElementsAre("present animated", "FAILURE out of memory"));
+    EXPECT_THAT(enrolment.play("close"), ElementsAre("dismiss animated"));
     enrolment.windows->onPresent = nullptr;
     EXPECT_THAT(enrolment.play("call"), ElementsAre("ask addCard"));
     EXPECT_EQ(enrolment.play("challenge"), words(loadChallenge));

@@ -1,9 +1,9 @@
 #include "gtk/enrolling.h"
+#include "gtk/usage.h"
 
 #include <gmock/gmock.h>
 
 #include <filesystem>
-#include <fstream>
 
 namespace kavio::test {
 namespace {
@@ -129,18 +129,6 @@ TEST_F(EnrolmentTest, StaysInTheHandsOfThePersonWhateverThePageDoes) {
     }
 }
 
-std::size_t openFiles() {
-    return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}));
-}
-
-// The process's private memory, in pages.
-std::size_t memory() {
-    std::size_t total = 0;
-    std::size_t resident = 0;
-    std::ifstream("/proc/self/statm") >> total >> resident;
-    return resident;
-}
-
 std::vector<std::string> filesOfTheUser() {
     std::vector<std::string> found;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(std::getenv("HOME"))) {
@@ -151,66 +139,16 @@ std::vector<std::string> filesOfTheUser() {
 
 TEST_F(EnrolmentTest, LeavesNothingBehind) {
     const auto before = filesOfTheUser();  // made by the toolkit
-    std::size_t files = 0;
-    std::size_t pages = 0;
+    Usage early;
     for (std::size_t i = 1; i <= 40; ++i) {
         enrol(i % 4 == 0 ? "4000000000001059" : "4000000000001026");
         expect(success);
-        if (i != 8) continue;  // by then the caches are full
-        files = openFiles();
-        pages = memory();
+        if (i == 8) early = Usage::now();  // by then the caches are full
     }
-    EXPECT_TRUE(until([=] { return openFiles() <= files; })) << openFiles() << " open files, once " << files;
-    EXPECT_LT(memory(), pages * 5 / 4);
+    EXPECT_TRUE(until([&] { return Usage::now().files <= early.files; })) << Usage::now() << ", once " << early;
+    EXPECT_LT(Usage::now().pages, early.pages * 5 / 4);
     EXPECT_EQ(windowCount(), 1U);
     EXPECT_EQ(filesOfTheUser(), before);
-}
-
-/// Pictures of the scene for people to look at, in the folder that KAVIO_SCREENSHOTS names; see scripts/screenshots.
-class Looks : public EnrolmentTest {
-protected:
-    /// Takes one once the scene shows `what`, on the course of a test card.
-    void picture(const std::string& card, const std::string& what, const std::string& name) {
-        sandbox.fault("/acs/fingerprint/*", {.status = 200, .body = "<p>goes on for ever"});
-        enrol(card);
-        EXPECT_TRUE(until([&] { return shown() == what; }));
-        take(name);
-        press("Escape");
-        EXPECT_TRUE(until([&] { return shown() == "nothing"; }));
-        sandbox.clearFaults();
-    }
-    void take(const std::string& name) {
-        const auto drawn = std::chrono::steady_clock::now() + std::chrono::seconds(1);
-        EXPECT_TRUE(until([=] { return std::chrono::steady_clock::now() > drawn; }));
-        const auto width = std::to_string(gtk_widget_get_width(GTK_WIDGET(window())));
-        const auto file = (folder / (name + "-" + width + ".png")).string();
-        EXPECT_EQ(std::system(("import -window root " + file).c_str()), 0);
-    }
-    std::filesystem::path folder;
-
-    static void setStyle(bool isDark, int textPercent) {
-        g_object_set(gtk_settings_get_default(), "gtk-application-prefer-dark-theme", isDark, "gtk-xft-dpi",
-                     96 * 1024 * textPercent / 100, nullptr);
-    }
-};
-
-TEST_F(Looks, ArePictured) {
-    const char* wanted = std::getenv("KAVIO_SCREENSHOTS");
-    if (!wanted) GTEST_SKIP() << "nobody asked for pictures";
-    folder = wanted;
-    struct Style {
-        std::string name;
-        bool isDark;
-        int textPercent;
-    };
-    for (const auto& [name, isDark, textPercent] :
-         std::initializer_list<Style>{{"light", false, 100}, {"dark", true, 100}, {"large", false, 175}}) {
-        setStyle(isDark, textPercent);
-        picture("4000000000001026", "working", "hidden-" + name);
-        picture("4000000000001042", "page", "challenge-" + name);
-        picture("4000000000001109", "failed", "failed-" + name);
-    }
-    setStyle(false, 100);
 }
 
 }  // namespace

@@ -1,13 +1,13 @@
 #pragma once
 
 #include "gtk/page_server.h"
-#include "sandbox/authority.h"
-#include "support/eventually.h"
 #include "support/installed_platform.h"
-#include "support/temporary_folder.h"
 
 #include <kavio/gtk.h>
 #include <kavio/platform/linux.h>
+#include <kavio/testing/authority.h>
+#include <kavio/testing/eventually.h>
+#include <kavio/testing/temporary_folder.h>
 
 #include <gtest/gtest.h>
 #include <gtk/gtk.h>
@@ -49,8 +49,8 @@ inline void xdotool(const std::string& arguments) {
 }
 
 /// An authority that the application gives to the library.
-inline const sandbox::Authority& applicationAuthority() {
-    static const sandbox::Authority authority;
+inline const Authority& applicationAuthority() {
+    static const Authority authority;
     return authority;
 }
 inline UrlSessionConfiguration trustingTheApplicationAuthority() {
@@ -93,9 +93,8 @@ public:
     }
     /// What the scene shows: "working", "page" or "failed"; "nothing" when there is none.
     static std::string shown() {
-        auto* cover = find("cover");
-        if (!cover || !gtk_widget_get_mapped(find("webView"))) return "nothing";
-        return gtk_widget_get_mapped(cover) ? gtk_stack_get_visible_child_name(GTK_STACK(cover)) : "page";
+        if (!isVisible("webView")) return "nothing";
+        return isVisible("workingPage") ? "working" : isVisible("failedPage") ? "failed" : "page";
     }
     /// The text of one of the scene's labels or buttons; empty if it is not visible.
     static std::string text(const char* id) {

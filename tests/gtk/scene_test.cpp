@@ -1,10 +1,13 @@
 #include "gtk/gtk_world.h"
-#include "support/logged_scene.h"
-#include "support/raw_server.h"
+
+#include <kavio/testing/logged_scene.h>
+#include <kavio/testing/raw_server.h>
 
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <atomic>
+#include <future>
 
 namespace kavio::test {
 namespace {
@@ -62,7 +65,8 @@ TEST_F(SceneTest, SaysWhatItDoesAndWhoseThePageIs) {
     present();
     ASSERT_TRUE(until([&] { return !made->log->ends.empty(); }));
     EXPECT_EQ(text("working"), "Your card is being checked…");
-    EXPECT_EQ(text("host"), "Card check");
+    EXPECT_EQ(text("title"), "Card check");
+    EXPECT_FALSE(isVisible("address"));
 
     showPage("<p>Enter your code");
     EXPECT_EQ(text("working"), "One moment, please…");
@@ -140,16 +144,15 @@ TEST_F(SceneTest, CoversWhatEndsAPageAndNothingElse) {
         SCOPED_TRACE(address);
         renew();
         showPage("<iframe name=f></iframe><script>onload=()=>f.location='" + address + "'</script>");
-        ASSERT_TRUE(until([&] { return made->log->lastUrl() == address; }));
+        ASSERT_TRUE(until([&, end = address] { return made->log->lastUrl() == end; }));
         EXPECT_EQ(shown() == "page", !isEnd) << shown();
     }
 }
 
 TEST_F(SceneTest, ShowsNothingThatACertificateDoesNotProve) {
     for (const auto& identity :
-         {sandbox::Authority::selfSigned({"localhost"}), applicationAuthority().issue({"other.example"}),
-          applicationAuthority().issue({"localhost"}, std::chrono::hours(-1)),
-          sandbox::Authority().issue({"localhost"})}) {
+         {Authority::selfSigned({"localhost"}), applicationAuthority().issue({"other.example"}),
+          applicationAuthority().issue({"localhost"}, std::chrono::hours(-1)), Authority().issue({"localhost"})}) {
         const RawServer secure(identity, answering(httpReply(200, "page")));
         const auto port = secure.address().substr(std::string("127.0.0.1").size());
         const auto url = "https://localhost" + port;
@@ -166,6 +169,39 @@ TEST_F(SceneTest, GivesAPageUpOfWhichNothingComes) {
     server.serveNothing("/slow");
     show(server.url("/slow"), std::chrono::seconds(1));
     EXPECT_TRUE(until([&] { return shown() == "failed"; }));
+}
+
+TEST_F(SceneTest, WaitsForACertificateNoLongerThanForAPage) {
+    const RawServer silent(applicationAuthority().issue({"localhost"}), [](auto& connection) {
+        if (connection.number() > 0)
+            connection.handshake();
+        else
+            connection.stall();
+    });
+    const auto url = "https://localhost" + silent.address().substr(std::string("127.0.0.1").size());
+    server.servePage("/page", "<script>location = '" + url + "'</script>");
+    show(server.url("/page"), std::chrono::seconds(1));
+    EXPECT_TRUE(until([&] { return shown() == "failed"; }, std::chrono::seconds(10)));
+}
+
+TEST_F(SceneTest, HearsNothingMoreOfTheServersOfAPageThatItGaveUp) {
+    std::promise<void> givingUp;
+    const auto isGivenUp = givingUp.get_future().share();
+    std::atomic<int> open = 0;
+    std::atomic<int> trusting = 0;
+    const RawServer late(applicationAuthority().issue({"localhost"}), [&](auto& connection) {
+        ++open;
+        isGivenUp.wait();
+        if (connection.handshake()) ++trusting;
+        --open;
+    });
+    show("https://localhost" + late.address().substr(std::string("127.0.0.1").size()), std::chrono::seconds(1));
+    EXPECT_TRUE(until([] { return shown() == "failed"; }));
+    EXPECT_GT(open, 0);
+    givingUp.set_value();
+    EXPECT_TRUE(until([&] { return open == 0; }));
+    EXPECT_EQ(trusting, 0);
+    EXPECT_EQ(shown(), "failed");
 }
 
 TEST_F(SceneTest, LoadsAPageAgainThatWebKitLostButOnlyOnce) {

@@ -1,6 +1,8 @@
 #include "gtk/gtk_world.h"
-#include "platform/windows_conformance.h"
-#include "support/raw_server.h"
+
+#include <kavio/testing/conformance/queues.h>
+#include <kavio/testing/conformance/windows.h>
+#include <kavio/testing/raw_server.h>
 
 namespace kavio::test {
 namespace {
@@ -73,6 +75,18 @@ std::unique_ptr<Driver> makeDriver() {
     return std::make_unique<GtkDriver>();
 }
 
+const Port gtkPort{
+    .name = "Gtk",
+    .start =
+        [](const std::filesystem::path& folder) {
+            LinuxPlatformOptions options;
+            options.storeDirectory = folder;
+            return std::make_shared<Platform>(makeGtkPlatform(application(), std::move(options)));
+        },
+    .runUntil = [](Platform&, const std::function<bool()>& done) { return GtkWorld::until(done); },
+};
+
+INSTANTIATE_TEST_SUITE_P(Gtk, MainQueueConformance, testing::Values(gtkPort));
 INSTANTIATE_TEST_SUITE_P(Gtk, WindowsConformance, testing::Values(&makeDriver<WindowsDriver>));
 INSTANTIATE_TEST_SUITE_P(Gtk, WebViewConformance, testing::Values(&makeDriver<WebViewDriver>));
 

@@ -1,11 +1,15 @@
 #include "models/json/decoding_error.h"
 #include "models/json/document.h"
 #include "models/json/json_value.h"
+#include "models/json/object_shape.h"
 #include "models/replies.h"
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <limits>
+#include <tuple>
+#include <type_traits>
 
 namespace kavio::test {
 namespace {
@@ -110,6 +114,42 @@ TEST(Members, AreFoundWhateverObjectWasReadBefore) {
     const auto expected = "12 3- 12 65 7- -- 2- 1- 89 -9 1-[2-[3- ] -4 ] ";
     for (int time = 0; time < 2; ++time) EXPECT_EQ(textOf(*decodeDocument<std::vector<Pair>>(list)), expected);
 }
+
+TEST(Shapes, AreRememberedOnlyOfOrdinaryObjects) {
+    for (const auto& [count, name, expected] : std::vector<std::tuple<std::size_t, std::string, bool>>{
+             {256, "", true}, {257, "", false}, {256, "sixteen letters!", true}, {256, "seventeen letters", false}}) {
+        const std::vector<std::string_view> names(count, name);
+        EXPECT_EQ(ObjectShape(names).isOrdinary(), expected) << count << " of \"" << name << '"';
+    }
+}
+
+TEST(Members, WithoutANameAreTakenForNoOther) {
+    for (const int count : {1, 2, 300}) {
+        std::string nameless = R"("":7)";
+        for (int i = 1; i < count; ++i) nameless += R"(,"":7)";
+        std::string list = "[";
+        for (const auto* object : {"{N},", R"({N,"one":1},)", R"({"two":2,N},)", R"({"one":3,N},)", "{N}]"}) {
+            std::string text = object;
+            list += text.replace(text.find('N'), 1, nameless);
+        }
+        for (int time = 0; time < 2; ++time)
+            EXPECT_EQ(textOf(*decodeDocument<std::vector<Pair>>(list)), "-- 1- -2 3- -- ");
+    }
+}
+
+// A literal as a template's argument.
+template <std::size_t N>
+struct Literal {
+    char text[N]{};
+    consteval Literal(const char (&literal)[N]) { std::copy_n(literal, N, text); }
+};
+template <Literal name>
+concept IsKey = requires {
+    typename std::bool_constant<(Key(name.text), true)>;
+};
+
+static_assert(IsKey<"one"> && IsKey<"">);
+static_assert(!IsKey<"one\0two"> && !IsKey<"\0">, "A key that is cut off would be another one.");
 
 // Something that a record cannot do by mistake, because it does not compile.
 struct Borrowing {

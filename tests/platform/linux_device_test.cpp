@@ -1,7 +1,7 @@
 #include "platform/linux/icu.h"
-#include "support/temporary_folder.h"
 
 #include <kavio/platform/linux.h>
+#include <kavio/testing/temporary_folder.h>
 
 #include <gtest/gtest.h>
 #include <unicode/locid.h>
@@ -20,13 +20,16 @@ namespace {
 TEST(LinuxDevice, SpeaksTheUsersLanguage) {
     const auto former = icu::Locale::getDefault();
     UErrorCode status = U_ZERO_ERROR;
-    for (const auto& [locale, language, germany] :
-         std::vector<std::tuple<icu::Locale, std::optional<std::string>, const char*>>{
-             {{"de", "AT"}, "de", "Deutschland"},
-             {icu::Locale::getRoot(), std::nullopt, "DE"},
+    for (const auto& [locale, language, languages, germany] :
+         std::vector<std::tuple<icu::Locale, std::optional<std::string>, std::vector<std::string>, const char*>>{
+             {{"de", "AT"}, "de", {"de-AT"}, "Deutschland"},
+             {{"pt", "BR"}, "pt", {"pt-BR"}, "Alemanha"},
+             {icu::Locale::createCanonical("sr_RS@latin"), "sr", {"sr-Latn-RS"}, "Немачка"},
+             {icu::Locale::getRoot(), std::nullopt, {}, "DE"},
          }) {
         icu::Locale::setDefault(locale, status);
         EXPECT_EQ(makeIcuLocale()->languageCode(), language);
+        EXPECT_EQ(makeIcuLocale()->languages(), languages);
         EXPECT_EQ(makeIcuLocale()->regionName("DE"), germany);
     }
     icu::Locale::setDefault({"th", "TH"}, status);  // where the calendar is not the Gregorian one

@@ -3,9 +3,9 @@
 #include "platform/linux/openssl.h"
 #include "platform/linux/suite_file.h"
 #include "platform/other_process.h"
-#include "support/temporary_folder.h"
 
 #include <kavio/platform/key_value_store.h>
+#include <kavio/testing/temporary_folder.h>
 
 #include <gmock/gmock.h>
 #include <sqlite3.h>

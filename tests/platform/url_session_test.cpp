@@ -1,31 +1,61 @@
 #include "platform/linux/url_session.h"
 
 #include "platform/other_process.h"
-#include "platform/url_session_conformance.h"
-#include "support/eventually.h"
+#include "platform/test_host.h"
 
+#include <kavio/testing/eventually.h>
+#include <kavio/testing/temporary_folder.h>
+
+#include <fstream>
 #include <tuple>
 
 namespace kavio::test {
-
-INSTANTIATE_TEST_SUITE_P(Linux, UrlSessionConformance, testing::Values(&makeUrlSession));
-
 namespace {
 
 TEST(UrlSession, TakesUpTlsSessionsSoThatNewConnectionsAreCheap) {
-    const HostServer server(meeting([](Connection& connection, const std::string&) {
+    const ServiceServer server(meeting([](Connection& connection, const std::string&) {
         return connection.send(httpReply(200, connection.isResumed() ? "resumed" : "new"));
     }));
-    const auto session = makeUrlSession(service().reaching(server.address()));
+    const auto session = makeUrlSession(configured(server.address()));
     for (const char* expected : {"200 new", "200 resumed", "200 resumed"})
-        EXPECT_EQ(text(fetch(*session, post(host, "body"))), expected);
+        EXPECT_EQ(text(fetch(*session, post(serviceUrl, "body"))), expected);
     EXPECT_EQ(server.received().size(), 3u);
 }
 
+TEST(UrlSession, KeepsAConnectionForQueriesAlone) {
+    const ServiceServer server(answering(httpReply(200, "ok")));
+    const auto session = makeUrlSession(configured(server.address()));
+    for (const auto& request : {get(serviceUrl), post(serviceUrl, "order"), get(serviceUrl)}) fetch(*session, request);
+    EXPECT_EQ(server.received().size(), 2U);
+}
+
+TEST(UrlSession, SaysWhatIsWrongWithACertificate) {
+    for (const auto& [identity, reason] : std::vector<std::pair<Identity, std::string>>{
+             {serviceAuthority().issue({"service.test"}, std::chrono::hours(-1)), "expired"},
+             {serviceAuthority().issue({"else.test"}), "another host"},
+             {Authority::selfSigned({"service.test"}), "self-signed"},
+             {Authority().issue({"service.test"}), "issuer|signature"},
+         }) {
+        const RawServer server(identity, answering(httpReply(200, "")));
+        EXPECT_THAT(text(fetch(*makeUrlSession(configured(server.address())), get(serviceUrl))),
+                    testing::ContainsRegex("^-1202 The .*(" + reason + ").*\\.$"));
+    }
+}
+
+TEST(UrlSession, MayBeDestroyedByACompletionThatComesAtOnce) {
+    for (int i = 0; i < 100; ++i) {
+        auto session = makeUrlSession(configured(""));
+        std::promise<void> ended;
+        session->dataTask(get("no URL"), [&](const Outcome&) { session.reset(), ended.set_value(); });
+        ended.get_future().wait();
+    }
+}
+
 TEST(UrlSessionHttp2, CarriesRequestsSideBySide) {
+    const std::string url = serviceUrl;
     const TemporaryFolder folder;
     const std::string identity = folder.path() / "identity.pem";
-    std::ofstream(identity) << service().identity.pem();
+    std::ofstream(identity) << serviceAuthority().issue({"service.test"}).pem;
     std::ofstream(folder.path() / "file") << "from a file";
     const std::string address = abandonedAddress();
     const OtherProcess server([&](int) {  // speaks only HTTP/2, and sends back what is posted to it
@@ -33,15 +63,15 @@ TEST(UrlSessionHttp2, CarriesRequestsSideBySide) {
                                     address.substr(address.find(':') + 1) + " " + identity + " " + identity;
         return ::execl("/bin/sh", "sh", "-c", command.c_str(), nullptr) == 0;
     });
-    const auto session = makeUrlSession(service().reaching(address));
-    ASSERT_TRUE(eventually([&] { return text(fetch(*session, get(host + "/none"))).starts_with("404 "); }))
+    const auto session = makeUrlSession(configured(address));
+    ASSERT_TRUE(eventually([&] { return text(fetch(*session, get(url + "/none"))).starts_with("404 "); }))
         << "is nghttpd of the package nghttp2-server missing?";
     // More would not fit into HTTP/2's window for a stream, and libcurl 7.88 may stall on several of those at once.
     const std::string body(30'000, 'x');
     std::vector<std::future<Outcome>> outcomes;
     for (int i = 0; i < 20; ++i) {
-        outcomes.push_back(begin(*session, get(host + "/file")));
-        outcomes.push_back(begin(*session, post(host + "/echo", body)));
+        outcomes.push_back(begin(*session, get(url + "/file")));
+        outcomes.push_back(begin(*session, post(url + "/echo", body)));
     }
     for (std::size_t i = 0; i < outcomes.size(); ++i) {
         EXPECT_EQ(text(outcomes[i].get()), i % 2 == 0 ? "200 from a file" : "200 " + body);
@@ -59,7 +89,7 @@ TEST(UrlSessionHttp2, SendsARefusedRequestAgainOnlyIfThatIsRepeatable) {
              {refusal, Idempotency::ONCE, false},
              {goAway, Idempotency::ONCE, false},
          }) {
-        const HostServer server(
+        const ServiceServer server(
             [&, reply = answer](Connection& connection) {
                 if (!connection.handshake()) return;
                 connection.send(settings);
@@ -68,8 +98,8 @@ TEST(UrlSessionHttp2, SendsARefusedRequestAgainOnlyIfThatIsRepeatable) {
                 connection.stall();
             },
             "h2");
-        const auto session = makeUrlSession(service().reaching(server.address()));
-        EXPECT_EQ(errorCode(fetch(*session, post(host, "body", idempotency))), -1005);
+        const auto session = makeUrlSession(configured(server.address()));
+        EXPECT_EQ(errorCode(fetch(*session, post(serviceUrl, "body", idempotency))), -1005);
         const auto received = server.received();
         EXPECT_EQ(received.size() > 1 && received[1].size() >= 73, again);
     }

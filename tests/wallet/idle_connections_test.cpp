@@ -4,14 +4,18 @@
 //   KAVIO_OPERATIONS=2000 KAVIO_IDLE_MS=2000 build/dev/bin/wallet_tests --gtest_filter='IdleConnections*'
 
 #include "sandbox/authority.h"
-#include "support/eventually.h"
 #include "wallet/driven_wallet.h"
+
+#include <kavio/testing/eventually.h>
 
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <netinet/in.h>
+#include <poll.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <fstream>
 #include <map>
 #include <random>
 #include <thread>

@@ -1,7 +1,8 @@
 #pragma once
 
 #include "sandbox/sandbox.h"
-#include "support/temporary_folder.h"
+
+#include <kavio/testing/temporary_folder.h>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>

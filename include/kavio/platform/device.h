@@ -38,6 +38,11 @@ public:
     virtual ~Locale() = default;
     /// ISO 639 code; absent when the locale has none.
     virtual std::optional<std::string> languageCode() const = 0;
+    /// BCP 47 tags of the languages that the user reads, the best first, such as "pt-BR".
+    virtual std::vector<std::string> languages() const {
+        const auto code = languageCode();
+        return code ? std::vector{*code} : std::vector<std::string>();
+    }
     /// Name of an ISO 3166 region in the user's language; absent when `code` is not a region.
     virtual std::optional<std::string> regionName(std::string_view code) const = 0;
 };

@@ -62,7 +62,8 @@ public:
 };
 
 /// How the address begins by which a page says that it has ended: this very device, where nothing has to answer. From
-/// then on the page is out of the person's sight. Any other navigation is the page's own affair.
+/// then on the page is out of the person's sight, whatever else it does, until the next load. Any other navigation is
+/// the page's own affair.
 inline constexpr const char* loopbackUrl = "http://127.0.0.1";
 
 /// Told what the page of a secure scene and the person in front of it do.

@@ -1,6 +1,8 @@
 #include "platform/gtk/secure_scene.h"
 
-#include <kavio/platform/platform.h>
+#include "platform/gtk/texts.h"
+
+#include <webkit/webkit.h>
 
 #include <array>
 #include <string>
@@ -11,8 +13,13 @@ void kavio_gtk_register_resource();  // in the storyboard's generated source
 namespace kavio {
 namespace {
 
-// The host application's translation of one of the texts.
-std::string translated(const char* text) { return Platform::current().mainBundle->localizedString(text); }
+// Of a widget and all in it. The page keeps its own direction.
+void setDirection(GtkWidget* widget, GtkTextDirection direction) {
+    gtk_widget_set_direction(widget, direction);
+    for (auto* child = gtk_widget_get_first_child(widget); child; child = gtk_widget_get_next_sibling(child)) {
+        if (!WEBKIT_IS_WEB_VIEW(child)) setDirection(child, direction);
+    }
+}
 
 constexpr const char* storyboard = "/kavio/storyboards/libKavio.ui";
 constexpr const char* identifier = "TDSecureScene";
@@ -65,14 +72,27 @@ std::shared_ptr<GtkScene> GtkScene::make(const std::filesystem::path& authoritie
 GtkScene::GtkScene(ObjectPointer<GtkBuilder> builder, GtkWindow* window)
     : mBuilder(std::move(builder)), mWindow(window) {}
 
+// Told to screen readers that look at the object, and to those that listen for changes. Relations to labels would not
+// be: GTK tells nobody that a name has changed with its label.
+void GtkScene::describe(const char* id, GtkAccessibleProperty property, const char* text) const {
+    gtk_accessible_update_property(widget<GtkAccessible>(id), property, text, -1);
+}
+
 void GtkScene::translate() {
     auto* close = widget<GtkWidget>("close");
-    const auto closeTip = translated(gtk_widget_get_tooltip_text(close));
-    gtk_button_set_label(GTK_BUTTON(close), translated(gtk_button_get_label(GTK_BUTTON(close))).c_str());
+    const auto closeTip = sceneText(gtk_widget_get_tooltip_text(close));
+    gtk_button_set_label(GTK_BUTTON(close), sceneText(gtk_button_get_label(GTK_BUTTON(close))).c_str());
     gtk_widget_set_tooltip_text(close, closeTip.c_str());
-    gtk_accessible_update_property(GTK_ACCESSIBLE(close), GTK_ACCESSIBLE_PROPERTY_LABEL, closeTip.c_str(), -1);
-    gtk_window_set_title(mWindow, translated(gtk_window_get_title(mWindow)).c_str());
-    for (const auto* label : {"failed", "failedHint"}) setText(label, gtk_label_get_text(widget<GtkLabel>(label)));
+    describe("close", GTK_ACCESSIBLE_PROPERTY_LABEL, closeTip.c_str());
+    gtk_window_set_title(mWindow, sceneText(gtk_window_get_title(mWindow)).c_str());
+    for (const auto* label : {"title", "failed", "failedHint"})
+        setText(label, gtk_label_get_text(widget<GtkLabel>(label)));
+    describe("failedPage", GTK_ACCESSIBLE_PROPERTY_LABEL, textOf("failed"));
+    describe("failedPage", GTK_ACCESSIBLE_PROPERTY_DESCRIPTION, textOf("failedHint"));
+    // Whoever translated them: the texts say themselves which way they run.
+    setDirection(GTK_WIDGET(mWindow),
+                 isRightToLeft(gtk_window_get_title(mWindow)) ? GTK_TEXT_DIR_RTL : GTK_TEXT_DIR_LTR);
+    describe("progress", GTK_ACCESSIBLE_PROPERTY_LABEL, sceneText("One moment, please…").c_str());
 }
 
 void GtkScene::connect(const std::filesystem::path& authorities) {
@@ -136,35 +156,43 @@ void GtkScene::onPageChanged(const Page& page) {
     const bool hasFailed = page.phase == Page::Phase::FAILED;
     const bool isShown = page.phase == Page::Phase::SHOWN && !page.isHidden;
     setText("working", page.isHidden ? "Your card is being checked…" : "One moment, please…");
-    gtk_button_set_label(widget<GtkButton>("back"), translated(page.hasArrived ? "Back" : "Try again").c_str());
+    for (const auto* id : {"workingPage", "spinner"}) describe(id, GTK_ACCESSIBLE_PROPERTY_LABEL, textOf("working"));
+    gtk_button_set_label(widget<GtkButton>("back"), sceneText(page.hasArrived ? "Back" : "Try again").c_str());
+
+    const bool hasHost = isShown && !page.host.empty();
+    gtk_widget_set_visible(widget<GtkWidget>("address"), hasHost);
+    gtk_label_set_text(widget<GtkLabel>("host"), page.host.c_str());
+    gtk_widget_set_tooltip_text(widget<GtkWidget>("host"), page.host.c_str());
+    setText("security", page.isSecure ? "Secure connection" : "The connection is not secure");
+    std::array<const char*, 2> style{page.isSecure ? "caption" : "caption-heading", nullptr};
+    gtk_widget_set_css_classes(widget<GtkWidget>("security"), style.data());
+    describe("webView", GTK_ACCESSIBLE_PROPERTY_LABEL, hasHost ? page.host.c_str() : textOf("title"));
+    describe("webView", GTK_ACCESSIBLE_PROPERTY_DESCRIPTION, hasHost ? textOf("security") : "");
 
     // Nothing that acts has the focus unless the person gives it: a key pressed on the way decides nothing.
     const char* focus = isShown ? "webView" : hasFailed ? "failedPage" : "workingPage";
-    if (std::exchange(mFocus, focus) != focus) uncover(isShown, focus);
+    if (std::exchange(mFocus, focus) != focus) uncover(widget<GtkWidget>(focus));
     auto* progress = widget<GtkProgressBar>("progress");
     gtk_progress_bar_set_fraction(progress, page.progress);
     gtk_widget_set_visible(GTK_WIDGET(progress), page.progress > 0 && !hasFailed && !page.isHidden);
-
-    const bool hasHost = isShown && !page.host.empty();
-    gtk_label_set_text(widget<GtkLabel>("host"), hasHost ? page.host.c_str() : gtk_window_get_title(mWindow));
-    gtk_widget_set_tooltip_text(widget<GtkWidget>("host"), hasHost ? page.host.c_str() : nullptr);
-    setText("security", page.isSecure ? "Secure connection" : "The connection is not secure");
-    gtk_widget_set_visible(widget<GtkWidget>("security"), hasHost);
 }
 
 // The page runs under the cover, too, but neither the person nor a screen reader gets at it there.
-void GtkScene::uncover(bool isShown, const char* focus) {
+void GtkScene::uncover(GtkWidget* shown) {
     auto* view = widget<GtkWidget>("webView");
-    auto* cover = widget<GtkWidget>("cover");
+    const bool isShown = shown == view;
     gtk_widget_set_sensitive(view, isShown);
     gtk_accessible_update_state(GTK_ACCESSIBLE(view), GTK_ACCESSIBLE_STATE_HIDDEN, !isShown, -1);
-    if (!isShown) gtk_stack_set_visible_child(GTK_STACK(cover), widget<GtkWidget>(focus));
-    gtk_widget_set_visible(cover, !isShown);
-    gtk_widget_grab_focus(widget<GtkWidget>(focus));
+    // What has the focus loses it before it goes; otherwise the focus would pass through a button.
+    if (!isShown) gtk_widget_set_visible(gtk_widget_get_parent(shown), TRUE);
+    gtk_widget_grab_focus(shown);
+    for (auto* covering : {widget<GtkWidget>("workingPage"), widget<GtkWidget>("failedPage")}) {
+        gtk_widget_set_visible(gtk_widget_get_parent(covering), covering == shown);
+    }
 }
 
 void GtkScene::setText(const char* label, const char* text) const {
-    gtk_label_set_text(widget<GtkLabel>(label), translated(text).c_str());
+    gtk_label_set_text(widget<GtkLabel>(label), sceneText(text).c_str());
 }
 
 void GtkScene::askToClose() {

@@ -31,7 +31,9 @@ private:
     Widget* widget(const char* id) const {
         return reinterpret_cast<Widget*>(gtk_builder_get_object(mBuilder.get(), id));
     }
-    void uncover(bool isShown, const char* focus);
+    void uncover(GtkWidget* shown);
+    void describe(const char* id, GtkAccessibleProperty property, const char* text) const;
+    const char* textOf(const char* label) const { return gtk_label_get_text(widget<GtkLabel>(label)); }
     void setText(const char* label, const char* text) const;
 
     void onCloseClicked() { askToClose(); }

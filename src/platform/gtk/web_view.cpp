@@ -1,11 +1,10 @@
 #include "platform/gtk/web_view.h"
 
-#include "platform/gtk/tls_probe.h"
-
 #include <webkit/webkit.h>
 
 #include <algorithm>
 #include <array>
+#include <new>
 #include <string_view>
 #include <utility>
 
@@ -148,17 +147,20 @@ void GtkWebView::close() {
 }
 
 void GtkWebView::setHidden(bool hidden) {
-    mPage.isHidden = hidden;
+    // A page that ran out of sight is not uncovered, not even until the next one begins.
+    if (std::exchange(mPage.isHidden, hidden) && !hidden) mPage.phase = Page::Phase::WORKING;
     announce();
 }
 
 void GtkWebView::loadHtml(const std::string& document) {
     auto text = document;
-    std::erase(text, '\0');  // HTML ignores it, but here it would end the document
+    std::erase(text, '\0');                // HTML ignores it, but here it would end the document
+    mPatience = std::chrono::seconds(15);  // the document itself needs no time
     begin([this, text] { webkit_web_view_load_html(mView.get(), text.c_str(), nullptr); });
 }
 
 void GtkWebView::loadUrl(const std::string& url, std::chrono::seconds timeout) {
+    mPatience = timeout;
     begin([this, url, timeout] {
         if (!isPageAddress(url.c_str())) return fail();
         mTimeout = g_timeout_add_seconds(
@@ -190,15 +192,13 @@ void GtkWebView::begin(std::function<void()> load) {
 // The process ends, too: whatever the page goes on doing, such as going to the loopback address again and again, would
 // be taken for the next page's, and a page that never rests would keep the device busy.
 void GtkWebView::endPage() {
-    ++mLoadNumber;
-    if (mProbing) g_cancellable_cancel(mProbing.get());
-    mProbing.reset(g_cancellable_new());
-    mServers.clear();
     stop();
     if (mLoad) webkit_web_view_terminate_web_process(mView.get());
 }
 
 void GtkWebView::stop() {
+    ++mLoadNumber;
+    mServers.clear();
     mMayLoadAgain = false;
     webkit_web_view_stop_loading(mView.get());
     endTimeout();
@@ -218,6 +218,7 @@ void GtkWebView::onTimeout() {
 }
 
 void GtkWebView::change(Page::Phase phase) {
+    if (mPage.phase == Page::Phase::ENDED) return;  // whatever it still does, it stays covered until the next load
     mPage.phase = phase;
     announce();
 }
@@ -250,7 +251,7 @@ void GtkWebView::onNavigation(HeldDecision decision) {
     offer(url);
     if (load != mLoadNumber) return;  // the observer has ended this page
     if (!isWithinReach(url)) return onRefused();
-    if (isEnd(url)) change(Page::Phase::WORKING);  // the page has ended, also if a frame of it says so
+    if (isEnd(url)) change(Page::Phase::ENDED);  // the page has ended, also if a frame of it says so
     useOnceTrusted(std::move(decision), url);
 }
 
@@ -282,17 +283,18 @@ void GtkWebView::useOnceTrusted(HeldDecision decision, const std::string& url) {
     auto& server = mServers[name];
     if (server.wasAsked || name.empty()) return webkit_policy_decision_use(decision.get());
     server.waiting.push_back(std::move(decision));
-    if (server.waiting.size() > 1) return;  // it is being asked
-    probeCertificate(
-        name.c_str(), mAuthorities.get(), mProbing.get(),
-        [weak = weak_from_this(), load = mLoadNumber, name, host = hostOf(url.c_str())](auto* certificate) {
-            const auto self = weak.lock();
-            if (self && self->mLoadNumber == load) self->onProbed(name, host, certificate);
-        });
+    if (server.probe) return;  // it is being asked
+    try {
+        server.probe = std::make_unique<CertificateProbe>(
+            name.c_str(), mAuthorities.get(), mPatience,
+            [this, name, host = hostOf(url.c_str())](auto* certificate) { onProbed(name, host, certificate); });
+    } catch (const std::bad_alloc&) {
+        onProbed(name, {}, nullptr);  // or else the page would wait for an answer that never comes
+    }
 }
 
 void GtkWebView::onProbed(const std::string& server, const std::string& host, GTlsCertificate* certificate) {
-    const auto waiting = std::exchange(mServers[server], {.wasAsked = true, .waiting = {}}).waiting;
+    const auto waiting = std::exchange(mServers[server], {.wasAsked = true, .waiting = {}, .probe = nullptr}).waiting;
     if (certificate) {
         webkit_network_session_allow_tls_certificate_for_host(webkit_web_view_get_network_session(mView.get()),
                                                               certificate, host.c_str());
@@ -316,7 +318,7 @@ void GtkWebView::onLoadChanged(int event) {
         endTimeout();
         // Not before: the address of a page still on its way would be shown above the content of another.
         const char* url = webkit_web_view_get_uri(mView.get());
-        if (isEnd(url)) return change(Page::Phase::WORKING);
+        if (isEnd(url)) return change(Page::Phase::ENDED);
         // WebKit shows this instead of a page at a port that it never connects to, without calling it a failure.
         if (!mPage.isHidden && !mPage.hasArrived && url == std::string_view("about:blank")) return fail();
         mPage.hasArrived = !mPage.isHidden;
@@ -333,7 +335,7 @@ gboolean GtkWebView::onLoadFailed(int, const char* url, GError* error) {
         g_error_matches(error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE);
     if (isOver) return TRUE;
     if (isEnd(url)) {
-        change(Page::Phase::WORKING);
+        change(Page::Phase::ENDED);
     } else if (g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED) && !mPage.hasArrived &&
                std::exchange(mMayLoadAgain, false)) {
         // Not by us: WebKit may lose a load when the previous one ends.
@@ -351,7 +353,8 @@ gboolean GtkWebView::onTlsFailed(const char*, GTlsCertificate*, int) {
     return TRUE;
 }
 
-// Before anything of it is fetched.
+// Before anything of it is fetched. WebKit calls this signal deprecated and has no other for it; the conformance suite
+// tries each kind of content that it has to cover.
 void GtkWebView::onInsecureContent(int) {
     mPage.isSecure = false;
     announce();

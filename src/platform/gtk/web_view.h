@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/gtk/glib_callback.h"
+#include "platform/gtk/tls_probe.h"
 
 #include <kavio/platform/ui.h>
 
@@ -19,7 +19,7 @@ namespace kavio {
 
 /// What a web view shows at a given moment.
 struct Page {
-    enum class Phase { WORKING, SHOWN, FAILED };
+    enum class Phase { WORKING, SHOWN, FAILED, ENDED };
     Phase phase = Phase::WORKING;
     bool isHidden = false;
     /// A page has arrived since the last load was asked for; it is still there behind one that failed later.
@@ -71,13 +71,14 @@ private:
     struct Server {
         bool wasAsked = false;
         std::vector<HeldDecision> waiting;  // until its answer
+        std::unique_ptr<CertificateProbe> probe;
     };
 
     GtkWebView(GtkWidget* view, const std::filesystem::path& authorities);
 
     void begin(std::function<void()> load);
     void endPage();
-    /// Ends the load under way because we want to.
+    /// Ends the load under way because we want to. Nothing that it still waits for goes on.
     void stop();
     void fail();
     void change(Page::Phase phase);
@@ -105,12 +106,12 @@ private:
     const ObjectPointer<GTlsDatabase> mAuthorities;  // null for none
     Page mPage;
     std::function<void()> mLoad;
-    int mLoadNumber = 0;  // navigations, probes and failures belong to one
+    int mLoadNumber = 0;  // each navigation belongs to one
     bool mMayLoadAgain = false;
     bool mIsClosed = false;
     guint mTimeout = 0;
-    std::map<std::string, Server> mServers;
-    ObjectPointer<GCancellable> mProbing;
+    std::chrono::seconds mPatience{0};       // with a server that is asked for its certificate
+    std::map<std::string, Server> mServers;  // of this load
     SignalConnections mConnections;
 };
 

@@ -1,21 +1,18 @@
 #pragma once
 
+#include "platform/linux/release.h"
+
 #include <curl/curl.h>
 
 #include <memory>
 
 namespace kavio {
 
-template <auto release>
-struct CurlRelease {
-    void operator()(auto* handle) const { release(handle); }
-};
-
-using CurlEasy = std::unique_ptr<CURL, CurlRelease<&curl_easy_cleanup>>;
-using CurlMulti = std::unique_ptr<CURLM, CurlRelease<&curl_multi_cleanup>>;
-using CurlShare = std::unique_ptr<CURLSH, CurlRelease<&curl_share_cleanup>>;
-using CurlUrl = std::unique_ptr<CURLU, CurlRelease<&curl_url_cleanup>>;
-using CurlText = std::unique_ptr<char, CurlRelease<&curl_free>>;
+using CurlEasy = std::unique_ptr<CURL, Release<&curl_easy_cleanup>>;
+using CurlMulti = std::unique_ptr<CURLM, Release<&curl_multi_cleanup>>;
+using CurlShare = std::unique_ptr<CURLSH, Release<&curl_share_cleanup>>;
+using CurlUrl = std::unique_ptr<CURLU, Release<&curl_url_cleanup>>;
+using CurlText = std::unique_ptr<char, Release<&curl_free>>;
 
 class CurlList {
 public:
@@ -29,7 +26,7 @@ public:
     curl_slist* get() const { return mHead.get(); }
 
 private:
-    std::unique_ptr<curl_slist, CurlRelease<&curl_slist_free_all>> mHead;
+    std::unique_ptr<curl_slist, Release<&curl_slist_free_all>> mHead;
 };
 
 }  // namespace kavio

@@ -1,5 +1,6 @@
 #include "platform/linux/url_session_exchange.h"
 
+#include "platform/linux/tls_profile.h"
 #include "platform/linux/url_session_connection.h"
 #include "platform/linux/url_session_failure.h"
 
@@ -195,7 +196,7 @@ void UrlExchange::setConnection(Options& options) const {
     options.set(CURLOPT_NOSIGNAL, 1L);
     options.set(CURLOPT_QUICK_EXIT, 1L);  // do not wait for a name look-up that nobody needs any more
     options.set(CURLOPT_PROTOCOLS_STR, "https");
-    options.set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
+    options.set(CURLOPT_SSL_CTX_FUNCTION, &applyTlsProfile);
     options.set(CURLOPT_SSL_VERIFYPEER, 1L);
     options.set(CURLOPT_SSL_VERIFYHOST, 2L);
     const auto pathOrNone = [](const std::string& path) { return path.empty() ? nullptr : path.c_str(); };

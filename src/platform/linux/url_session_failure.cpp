@@ -1,5 +1,7 @@
 #include "platform/linux/url_session_failure.h"
 
+#include "platform/linux/tls_profile.h"
+
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <openssl/x509_vfy.h>
@@ -113,9 +115,7 @@ UrlError::Code classify(CURL* easy, CURLcode code, bool sent) {
 std::string certificateVerdict(CURL* easy) {
     long verdict = X509_V_OK;
     curl_easy_getinfo(easy, CURLINFO_SSL_VERIFYRESULT, &verdict);
-    // If the chain is valid, libcurl checks the name, and leaves no verdict of its own.
-    if (verdict == X509_V_OK || verdict == X509_V_ERR_UNSPECIFIED) return "it was issued for another host";
-    return X509_verify_cert_error_string(verdict);
+    return certificateFault(verdict);
 }
 
 /// Empty if the sentence for the error says it all. Never libcurl's own message, which may quote the request.

@@ -24,7 +24,7 @@ struct SceneLog final : ViewLifecycle, TDSecureSceneDelegate {
     void onDidReceiveMemoryWarning() override {}
     void onRedirect(const std::optional<std::string>& url) override {
         urls.push_back(url.value_or("none"));
-        if (urls.back().starts_with("http://127.0.0.1")) ends.push_back(urls.back());
+        if (urls.back().starts_with(loopbackUrl)) ends.push_back(urls.back());
         if (onLoad) onLoad(urls.back());
     }
     void onCloseClicked() override {

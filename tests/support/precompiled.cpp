@@ -1,0 +1,1 @@
+// The headers that the tests share are compiled with this file.
