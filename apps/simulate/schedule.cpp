@@ -36,11 +36,12 @@ constexpr KindInfo kinds[]{
     {Kind::DESTROY, "DESTROY", 3},
     {Kind::DROP_DELEGATE, "DROP_DELEGATE", 2},
     {Kind::KILL_PROGRAM, "KILL_PROGRAM", 4},
+    {Kind::SWITCH_SERVICE, "SWITCH_SERVICE", 2, 2},  // to the usual one, or to another
     {Kind::CLOSE_PAGE, "CLOSE_PAGE", 3},
     {Kind::ANSWER_CHALLENGE, "ANSWER_CHALLENGE", 3},
     {Kind::CUT, "CUT", 6},
     {Kind::RESTORE, "RESTORE", 8},
-    {Kind::FATE, "FATE", 20, 11},                  // this one of those in world.cpp
+    {Kind::FATE, "FATE", 20, 12},                  // this one of those in world.cpp
     {Kind::SLOWNESS, "SLOWNESS", 6, 3000},         // milliseconds for each way
     {Kind::LATENESS, "LATENESS", 3, 50},           // at most so many milliseconds for work off the main thread
     {Kind::FAULT, "FAULT", 10, 13},                // this one of those in world.cpp

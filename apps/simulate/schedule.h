@@ -29,6 +29,7 @@ enum class Kind {
     DESTROY,
     DROP_DELEGATE,
     KILL_PROGRAM,
+    SWITCH_SERVICE,
     CLOSE_PAGE,
     ANSWER_CHALLENGE,
     // The network.

@@ -37,6 +37,7 @@ Fate fate(std::int64_t number) {
         test::fate::unreadable,
         +[] { return Fate{.isRepeated = true}; },
         +[] { return Fate{.isCut = true}; },
+        +[] { return Fate{.there = 90s}; },
     };
     return fates[std::size_t(number)]();
 }
@@ -114,6 +115,7 @@ private:
     void settle(Facade& facade, std::size_t number);
     std::optional<std::size_t> paymentOf(const UnsettledPayment& unsettled) const;
     void silence(Facade& facade);
+    void destroy(Facade& facade);
     void killProgram();
 
     void calmDown();
@@ -211,12 +213,15 @@ void World::perform(const Step& step) {
             silence(released);
             released.kavio->release(released.kavio.get());
             pass(5s);
-            released.kavio.reset();
-            return;
+            return destroy(released);
         }
         case Kind::DESTROY:
-            silence(facade(step.facade));
-            return facade(step.facade).kavio.reset();
+            return destroy(facade(step.facade));
+        case Kind::SWITCH_SERVICE: {
+            auto& switched = facade(step.facade);
+            destroy(switched);
+            return open(switched, step.value == 0 ? Environment::TEST : Environment::TESTS);
+        }
         case Kind::DROP_DELEGATE: {
             auto& dropped = facade(step.facade);
             // What is under way goes on, but there is nobody to tell.
@@ -301,6 +306,13 @@ void World::settle(Facade& facade, std::size_t number) {
 void World::silence(Facade& facade) {
     for (const auto waiting : facade.ledger->silence())
         if (mPayments[waiting].hasNeverLeft && !mPayments[waiting].told) mPayments[waiting].isGivenUpUnsent = true;
+}
+
+void World::destroy(Facade& facade) {
+    silence(facade);
+    facade.kavio.reset();
+    const bool isAnotherUp = std::ranges::any_of(mFacades, [](const auto& other) { return other.kavio != nullptr; });
+    if (!isAnotherUp && mDevice.screen().hasScene()) throw Violation("a page goes with its facade", "it is still up");
 }
 
 void World::killProgram() {

@@ -1,39 +1,78 @@
 #include "time/reliable_clock.h"
 
+#include "models/ascii_text.h"
 #include "models/date_text.h"
 #include "models/replies.h"
 #include "storage/kavio_user_defaults.h"
+#include "storage/suites.h"
 #include "util/shared_instance.h"
 
 #include <kavio/platform/platform.h>
 
 #include <mutex>
+#include <string>
+#include <string_view>
 
 namespace kavio {
 namespace {
 
-/// Notices when somebody sets the device's clock, by which a sample says nothing about the server's any more: the
-/// clock that nobody can set has gone on steadily. What happened before this process first saw the sample is not known.
+using std::chrono::nanoseconds;
+
+/// Both clocks of the device, read together.
+struct Reading {
+    Date now;
+    nanoseconds uptime;  // nobody can set this one
+};
+
+Reading reading() {
+    const auto& clock = *Platform::current().clock;
+    return {clock.now(), clock.uptime()};
+}
+
+/// When the last time sample was taken, by both clocks. Kept beside the sample, which has only the one that can be set.
+constexpr std::string_view sampleTakenKey = "time_sample_taken";
+constexpr std::string_view sampleUptimeKey = "time_sample_uptime";
+
+void noteSample(const Reading& taken) {
+    recordsSuite()->write({{std::string(sampleTakenKey), taken.now},
+                           {std::string(sampleUptimeKey), std::to_string(taken.uptime.count())}});
+}
+
+/// Absent for a sample that was stored without.
+std::optional<Reading> notedSample(Date taken) {
+    const auto noted = recordsSuite()->values({sampleTakenKey, sampleUptimeKey});
+    const auto uptime = decimalInteger(KeyValueStore::typed<std::string>(noted[1]).value_or(""));
+    if (KeyValueStore::typed<Date>(noted[0]) != taken || !uptime) return std::nullopt;
+    return Reading{taken, nanoseconds(*uptime)};
+}
+
+/// Notices when somebody sets the device's clock, by which a sample says nothing about the server's any more. The note
+/// of a sample is looked up only once.
 class ClockWatch {
 public:
-    bool isSteadySince(Date sampleTaken, Date now, std::chrono::nanoseconds uptime) {
-        const std::lock_guard lock(mMutex);
-        if (sampleTaken != mSampleTaken) {
-            mSampleTaken = sampleTaken;
-            mNow = now;
-            mUptime = uptime;
-        }
-        const std::chrono::duration<double> shift = (now - mNow) - (uptime - mUptime);
+    bool isSteadySince(Date sampleTaken, const Reading& current) {
+        const auto start = startOf(sampleTaken, current);
+        const std::chrono::duration<double> shift = (current.now - start.now) - (current.uptime - start.uptime);
         return abs(shift) <= mostDrift;
     }
 
 private:
     static constexpr std::chrono::seconds mostDrift{5};
 
+    Reading startOf(Date sampleTaken, const Reading& current) {
+        {
+            const std::lock_guard lock(mMutex);
+            if (sampleTaken == mSampleTaken) return mStart;
+        }
+        const auto start = notedSample(sampleTaken).value_or(current);  // without the lock: the store may call the host
+        const std::lock_guard lock(mMutex);
+        mSampleTaken = sampleTaken;
+        return mStart = start;
+    }
+
     std::mutex mMutex;
     std::optional<Date> mSampleTaken;
-    Date mNow;
-    std::chrono::nanoseconds mUptime{0};
+    Reading mStart{};
 };
 
 struct TimeSample {
@@ -46,13 +85,13 @@ struct TimeSample {
 TimeSample timeSample() {
     const auto stored =
         KavioUserDefaults::shared()->defualt->values({keys::serverTime, keys::savedCpuTime, keys::serverExpiredTime});
-    const auto& clock = *Platform::current().clock;
-    const auto now = clock.now();
+    const auto current = reading();
+    const auto now = current.now;
     // One reading of the device's clock for all three, so that without a sample the sum is exactly that reading.
     const auto serverTime = KeyValueStore::typed<Date>(stored[0]).value_or(now);
     const auto savedCpuTime = KeyValueStore::typed<Date>(stored[1]).value_or(now);
     return {serverTime + (now - savedCpuTime), KeyValueStore::typed<Date>(stored[2]), serverTime != savedCpuTime,
-            sharedInstance<ClockWatch>()->isSteadySince(savedCpuTime, now, clock.uptime())};
+            sharedInstance<ClockWatch>()->isSteadySince(savedCpuTime, current)};
 }
 
 }  // namespace
@@ -73,7 +112,9 @@ bool isTimeSampleFresh() {
 
 void storeTimeSample(const std::optional<ServerTimeResponse>& response) {
     const auto defaults = KavioUserDefaults::shared();
-    const auto now = Platform::current().clock->now();
+    const auto taken = reading();
+    const auto now = taken.now;
+    noteSample(taken);  // first: a crash in between leaves a note without a sample, which is harmless
     StoreChanges sample{{std::string(keys::serverTime), response ? response->serverTime : now},
                         {std::string(keys::savedCpuTime), now}};
     if (response) sample.emplace(keys::serverExpiredTime, response->expireTime);

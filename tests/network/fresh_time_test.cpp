@@ -79,6 +79,19 @@ TEST(FreshTime, IsAskedForAfterARefusedSignatureAndAfterLogout) {
     EXPECT_THAT(world.paths(), ElementsAre(order, "/time?", order, "/account/logout?", "/time?"));
 }
 
+TEST(FreshTime, IsAskedForWhenSomebodyHasSetTheDevicesClockWhileTheProgramWasNotRunning) {
+    for (const auto shift : {-200, 0, 200}) {
+        FreshInstall world;
+        world.kavio().getOrder("1");
+        world.answer({200, replies::time("2024")});
+        world.restart();
+        world.advance(std::chrono::minutes(1));
+        world.device().time().setWallClock(world.device().time().now() + seconds(shift));
+        world.kavio().getOrder("1");
+        EXPECT_EQ(world.paths().back(), shift == 0 ? order : "/time?") << shift;
+    }
+}
+
 TEST(FreshTime, IsAskedForWhenSomebodyHasSetTheDevicesClock) {
     for (const auto& [shift, paths] : std::vector<std::pair<seconds, std::vector<std::string>>>{
              {seconds(-6), {order, "/time?"}},
