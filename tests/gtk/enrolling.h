@@ -61,6 +61,7 @@ protected:
     std::vector<Report> expected;  // until now
 
     inline static const Report success{"onAddCreditCard", ResultType::SUCCESS};
+    inline static const Report takenAway{"onAddCreditCard", ResultType::FAILURE};  // by another facade's page
     inline static const Report canceled{"onAddCreditCard", ResultType::FAILURE, "canceled by user"};
     static Report serverError(const std::string& message) {
         return {"onAddCreditCard", ResultType::SERVER_ERROR, message};

@@ -78,7 +78,7 @@ public:
         EXPECT_TRUE(until([] { return shown() == "page"; }));
         begin(facade, page);
         EXPECT_TRUE(until([this] { return isOver(); }));
-        mExpected.push_back({other, canceled});
+        mExpected.push_back({other, takenAway});
         finish(facade, page);
     }
 
