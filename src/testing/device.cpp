@@ -162,8 +162,10 @@ Device::~Device() {
         mNetwork->close();
         mTimeline->run();
     }
+    mNetwork->close();
+    mTimeline->clear();
     const auto own = startOver(std::move(mFormer));
-    mTimeline->forget();
+    mTimeline->clear();  // what that has left
 }
 
 void Device::setLanguage(std::optional<std::string> code) { mLocale->language = std::move(code); }

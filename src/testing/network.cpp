@@ -365,6 +365,7 @@ void Network::forget() {
 }
 void Network::close() {
     for (const auto session : {Session::BACKGROUND, Session::ORDINARY}) mState->close(session);
+    const auto forgotten = std::exchange(mState->forgotten, {});
 }
 
 }  // namespace kavio::test

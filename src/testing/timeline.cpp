@@ -109,6 +109,13 @@ void Timeline::forget() {
     mState->forgotten.merge(mState->waiting);
 }
 
+void Timeline::clear() {
+    decltype(State::waiting) waiting, forgotten;  // destroyed without the lock
+    const std::lock_guard lock(mState->mutex);
+    waiting.swap(mState->waiting);
+    forgotten.swap(mState->forgotten);
+}
+
 std::size_t Timeline::waiting(Lane lane) const {
     const std::lock_guard lock(mState->mutex);
     return std::size_t(std::count_if(mState->waiting.begin(), mState->waiting.end(),

@@ -41,6 +41,8 @@ public:
     /// Nothing that is waiting is going to happen. It is kept as it is until the end, since a program that is killed
     /// destroys nothing.
     void forget();
+    /// Destroys all of it, and what is waiting.
+    void clear();
     /// How much work of `lane` is waiting, due or not.
     std::size_t waiting(Lane lane) const;
     /// Whether this is the main thread: the test's own code, or work on the main lane.
