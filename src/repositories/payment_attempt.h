@@ -40,7 +40,7 @@ private:
     const std::shared_ptr<PaymentJournal> mJournal;
     UnsettledPayment mPayment;
     std::chrono::nanoseconds mBegun{0};  // on the clock that nobody can set
-    const std::string mOwner;  // of the token that the request was made with
+    const std::string mOwner;            // of the token that the request was made with
     std::atomic<bool> mHasWaited = false;
 };
 

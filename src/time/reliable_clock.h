@@ -22,7 +22,8 @@ std::string serverTimeStamp();
 /// set meanwhile.
 bool isServerTimeKnown();
 
-/// Whether the stored time sample is good for more than `TIME_SAMPLE_MARGIN`. Not if somebody has set the device's clock.
+/// Whether the stored time sample is good for more than `TIME_SAMPLE_MARGIN`. Not if somebody has set the device's
+/// clock.
 bool isTimeSampleFresh();
 
 /// Keeps a new time sample; without one, the device's clock stands in for the server's and the expiry stays as it was.
