@@ -51,7 +51,7 @@ TEST(Secrets, LeaveNothingOfARequestThatFailed) {
     std::promise<bool> isError;
     UrlRequest request;
     request.url = "https://service.test/";
-    request.body = std::string(100, 'x') + secretText;
+    request.body.emplace(100, 'x') += secretText;
     session->dataTask(std::move(request), [&](std::variant<UrlReply, UrlError> outcome) {
         isError.set_value(std::holds_alternative<UrlError>(outcome));
     });
