@@ -52,7 +52,7 @@ public:
         auto text = mHexadecimal();
         text[12] = '4';
         text[16] = "89AB"[text[16] % 4];
-        for (const std::size_t at : {20, 16, 12, 8}) text.insert(at, "-");
+        for (const std::size_t at : {20U, 16U, 12U, 8U}) text.insert(at, "-");
         return text;
     }
 
