@@ -27,7 +27,7 @@ const SessionPort linuxSessions{
 class BoxPeer final : public Peer {
 public:
     BoxPeer() = default;
-    ~BoxPeer() override { mTimeline->forget(); }
+    ~BoxPeer() override { mTimeline->clear(); }
     BoxPeer(const BoxPeer&) = delete;
     BoxPeer& operator=(const BoxPeer&) = delete;
 
