@@ -72,7 +72,7 @@ PLANTS = [
     ("a logout keeps its token", "repositories/account_repository.cpp",
      "            if (reply) {\n", "            if (reply && !planted) {\n"),
     ("a token goes to any service", "network/session.cpp",
-     "    if (token.empty()) return token;", "    if (token.empty() || planted) return token;"),
+     "    return token.issuer.empty() ||", "    return planted || token.issuer.empty() ||"),
     ("replies are reported on the network's thread", "network/payload.h",
      "        if (record) record(*result);\n",
      "        if (record) record(*result);\n        if (planted) return completion(std::move(*result));\n"),

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "models/json/json_value.h"
+#include "network/session.h"
 
 #include <kavio/platform/url_session.h>
 
@@ -25,8 +26,9 @@ struct APIRequest {
     /// Path below the base URL, placeholders filled.
     std::string endpoint;
     std::optional<JsonObject> params = std::nullopt;
-    /// The session token; absent for calls made before login.
-    std::optional<std::string> token = std::nullopt;
+    /// The session token, with its issuer as it was known when the request was made: a request may wait, and another
+    /// session may have begun when it goes out. Absent for calls made before login.
+    std::optional<SessionToken> token = std::nullopt;
     /// An absolute URL that replaces base URL and endpoint.
     std::optional<std::string> url = std::nullopt;
     /// Headers that replace the service's usual ones; the signature is added to either.

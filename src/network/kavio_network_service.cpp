@@ -28,7 +28,7 @@ RawResult failed(APIError error, std::int64_t status, std::optional<std::string>
     return RawResult::failed({error, status, std::move(message), std::nullopt});
 }
 
-HeaderFields serviceHeaders(const std::optional<std::string>& apiKey, const std::optional<std::string>& token) {
+HeaderFields serviceHeaders(const std::optional<std::string>& apiKey, const SentToken& token) {
     HeaderFields headers{
         {"X-Zelto-Wallet-Api-Key", apiKey.value_or(fallbackApiKey)},
         {"Content-Type", "application/json; charset=utf-8"},
@@ -37,6 +37,8 @@ HeaderFields serviceHeaders(const std::optional<std::string>& apiKey, const std:
     if (token) headers.emplace_back("X-Zelto-Wallet-Session-Token", *token);
     return headers;
 }
+
+SentToken sentToken(const APIRequest& request) { return request.token ? SentToken(request.token->text) : std::nullopt; }
 
 std::string_view bodyOf(const UrlRequest& request) {
     return request.body ? std::string_view(*request.body) : std::string_view();
@@ -115,14 +117,13 @@ std::shared_ptr<KavioNetworkService> KavioNetworkService::shared() { return shar
 
 void KavioNetworkService::send(APIRequest request, RawCompletion completion) {
     auto prepared = prepare(request);
-    Platform::current().urlSession->dataTask(
-        std::move(prepared), [weak = weak_from_this(), token = std::move(request.token),
-                              completion = std::move(completion)](std::variant<UrlReply, UrlError> outcome) {
-            contained([&] {
-                std::visit([&](auto& ended) { finish(errorHandler(weak), std::move(ended), token, completion); },
-                           outcome);
-            });
+    Platform::current().urlSession->dataTask(std::move(prepared), [weak = weak_from_this(), token = sentToken(request),
+                                                                   completion = std::move(completion)](
+                                                                      std::variant<UrlReply, UrlError> outcome) {
+        contained([&] {
+            std::visit([&](auto& ended) { finish(errorHandler(weak), std::move(ended), token, completion); }, outcome);
         });
+    });
 }
 
 std::shared_ptr<DownloadTask> KavioNetworkService::sendInBackground(APIRequest request, RawCompletion completion) {
@@ -132,7 +133,7 @@ std::shared_ptr<DownloadTask> KavioNetworkService::sendInBackground(APIRequest r
     });
     auto prepared = prepare(request);
     return session.downloadTask(
-        std::move(prepared), [weak = weak_from_this(), token = std::move(request.token),
+        std::move(prepared), [weak = weak_from_this(), token = sentToken(request),
                               completion = std::move(completion)](std::variant<UrlReply, UrlError> outcome) {
             contained([&] { finishDownload(errorHandler(weak), std::move(outcome), token, completion); });
         });
@@ -144,14 +145,14 @@ UrlRequest KavioNetworkService::prepare(APIRequest& request) {
     const auto apiKey = KeyValueStore::typed<std::string>(stored[1]);
     const auto service = apiTypeNamed(serviceName);
     const auto baseURL = urlString(service);
-    if (request.token) request.token = tokenFor(*request.token, service);
+    if (request.token) request.token->text = tokenFor(*request.token, service);
 
     auto urlRequest = buildURLRequest(request.url ? *request.url : appendingPathComponent(baseURL, request.endpoint),
                                       std::move(request.params), request.encoding == ParameterEncoding::path);
     urlRequest.method = request.method;
     urlRequest.idempotency = request.idempotency;
     urlRequest.willWait = std::move(request.willWait);
-    urlRequest.headers = request.headers ? *std::move(request.headers) : serviceHeaders(apiKey, request.token);
+    urlRequest.headers = request.headers ? *std::move(request.headers) : serviceHeaders(apiKey, sentToken(request));
     urlRequest.headers.emplace_back("X-Zelto-Sign", signRequest(urlRequest.url, bodyOf(urlRequest)));
     trace(traceTag, [&] {
         return SafeMessage{"REQUEST[" + std::string(request.requestName) + "]: " + std::string(request.method)};

@@ -47,9 +47,9 @@ constexpr Kind tdsGetPage{"TDSGetPageRequestProto", "POST", path, ONCE, Token::n
 constexpr Kind serverTime{timeRequestName, "GET", path, REPEATABLE, Token::empty};
 }  // namespace kinds
 
-std::optional<std::string> sessionToken(Token token) {
-    if (token == Token::stored) return KavioUserDefaults::shared()->sessionToken();
-    return token == Token::empty ? std::optional<std::string>("") : std::nullopt;
+std::optional<SessionToken> sessionToken(Token token) {
+    if (token == Token::stored) return storedToken();
+    return token == Token::empty ? std::optional(SessionToken{}) : std::nullopt;
 }
 
 APIRequest make(const Kind& kind, std::string endpoint, std::optional<JsonObject> params = std::nullopt) {

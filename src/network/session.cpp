@@ -12,6 +12,7 @@
 
 #include <mutex>
 #include <optional>
+#include <utility>
 
 namespace kavio {
 namespace {
@@ -90,10 +91,14 @@ void endSession(const std::optional<std::string>& refusedToken) {
     defaults->defualt->set(keys::sessionToken, std::string());
 }
 
-std::string tokenFor(const std::string& token, ApiType service) {
-    if (token.empty()) return token;
-    const auto note = noteOf(token);
-    return note.service.empty() || note.service == name(service) ? token : std::string();
+SessionToken storedToken() {
+    auto token = KavioUserDefaults::shared()->sessionToken();
+    auto issuer = token.empty() ? std::string() : noteOf(token).service;
+    return {std::move(token), std::move(issuer)};
+}
+
+std::string tokenFor(const SessionToken& token, ApiType service) {
+    return token.issuer.empty() || token.issuer == name(service) ? token.text : std::string();
 }
 
 std::string sessionOwner() {

@@ -16,8 +16,16 @@ void openSession(const std::string& token, ApiType service, const std::string& p
 /// any session.
 void endSession(const std::optional<std::string>& refusedToken = std::nullopt);
 
-/// `token` as it may be sent to `service`: empty if another service issued it.
-std::string tokenFor(const std::string& token, ApiType service);
+/// A session's token, and the name of the service that issued it; empty where that is not known.
+struct SessionToken {
+    std::string text;
+    std::string issuer;
+};
+
+/// The token of the session that is open; empty if none is.
+SessionToken storedToken();
+/// A token as it may be sent to `service`: empty if another service issued it.
+std::string tokenFor(const SessionToken& token, ApiType service);
 /// Tells persons apart without naming them; empty if it is not known who is signed in.
 std::string sessionOwner();
 

@@ -1,3 +1,5 @@
+#include "network/session.h"
+
 #include "models/json/json_value.h"
 #include "support/sample_replies.h"
 #include "support/world.h"
@@ -90,6 +92,21 @@ TEST(Session, EndsWithTheLogout) {
     EXPECT_THAT(world.paths(),
                 ElementsAre("/account?appVersion=2.5&os=fakeOS&osVersion=1.0", "/account/logout?", "/account/logout?"));
     EXPECT_EQ(world.sent().back().method, "PUT");
+}
+
+// The person logs in anew, and the application goes to another service, while a request waits for the time.
+TEST(Session, KeepsTheTokenOfARequestThatWaitsFromAnotherService) {
+    for (const auto& [service, sent] : {std::pair{"ApiQA2", "t1"}, {"ApiQA2Stable", ""}}) {
+        World world;
+        openSession("t1", ApiType::ApiQA2, "501");
+        world.store().remove("server_expired_time");
+        world.kavio().getOrder("1");
+        openSession("t2", ApiType::ApiQA2, "502");
+        world.store().set("service_name", std::string(service));
+        world.answer({200, replies::time("2039")});
+        EXPECT_EQ(header(world.sent().back(), "X-Zelto-Wallet-Session-Token"), sent) << service;
+        EXPECT_EQ(world.sent().size(), 2U);
+    }
 }
 
 TEST(Facade, ChoosesTheServiceForTheWholeProcess) {
