@@ -1,7 +1,8 @@
 #pragma once
 
 #include "faults.h"
-#include "sandbox.h"
+#include "options.h"
+#include "request.h"
 #include "service.h"
 
 #include <httplib.h>

@@ -2,28 +2,18 @@
 
 #include "faults.h"
 #include "options.h"
+#include "request.h"
 
 #include <nlohmann/json_fwd.hpp>
 
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace kavio::sandbox {
-
-/// A request as it arrived. Header names are in lower case. A header with an empty value is not listed, because the
-/// underlying HTTP server skips it.
-struct Request {
-    std::string method;
-    std::string host;
-    std::string target;  // path and query as sent
-    std::map<std::string, std::string> headers;
-    std::string body;
-};
 
 /// A local stand-in for the payment service, over HTTPS on 127.0.0.1, with its own state and sample data.
 /// Every function may be called on any thread. Tests in its process control it by these, clients through the control

@@ -20,6 +20,7 @@ void Ledger::onGetPaymentMethods(Result result, std::optional<PaymentMethods> li
 
 void Ledger::heard(Callback callback, const KavioResult& result, const Order* order) {
     const auto what = described(callback, result);
+    if (mListen) mListen(what);
     if (mIsSilent) broken("silent after its end", what);
     if (!mTime.isMain()) broken("on the main thread", what);
     if (mOperations.empty()) broken("reported once", what + " for nothing");

@@ -4,6 +4,7 @@
 #include <kavio/testing/device.h>
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -63,10 +64,13 @@ struct Operation {
     std::optional<Order::Status> status{};
 };
 
+using Listener = std::function<void(const std::string& report)>;
+
 /// What the application was told, operation by operation, and the rules that every report must keep. One per facade.
 class Ledger final : public KavioDelegate {
 public:
-    Ledger(const test::Timeline& time, std::vector<Payment>& payments) : mTime(time), mPayments(payments) {}
+    Ledger(const test::Timeline& time, std::vector<Payment>& payments, Listener listen = nullptr)
+        : mTime(time), mPayments(payments), mListen(std::move(listen)) {}
 
     /// Calls an operation that reports to `callback`.
     template <class Call>
@@ -118,6 +122,7 @@ private:
 
     const test::Timeline& mTime;
     std::vector<Payment>& mPayments;
+    const Listener mListen;
     Kavio* mKavio = nullptr;
     std::vector<Operation> mOperations;
     bool mIsSilent = false;

@@ -66,10 +66,51 @@ struct Facade {
     std::unique_ptr<Kavio> kavio;
 };
 
+std::string cardOf(const Facade& facade) {
+    for (const auto& method : facade.ledger->methods)
+        if (method->type == PaymentMethod::PaymentType::CREDIT_CARD) return method->id;
+    return "no card";
+}
+
+/// An operation that needs nothing that the person has seen before.
+struct Question {
+    Kind kind;
+    Callback callback;
+    void (*ask)(Kavio& kavio, std::int64_t value);
+};
+
+void addCard(Kavio& kavio, std::int64_t) {
+    kavio.addCreditCard(std::make_shared<Card>(
+        Card{.pan = "4111111111111111", .month = "12", .year = "2039", .cvv = "123", .email = "a@b.example"}));
+}
+
+void enrol(Kavio& kavio, std::int64_t card) {
+    kavio.addCreditCardTDSecure({.number = cards[std::size_t(card)], .month = 12, .year = 2039, .securityCode = 123},
+                                {.name = "Robin", .email = "a@b.example"});
+}
+
+constexpr Question questions[]{
+    {Kind::ADD_CARD, Callback::ADD_CARD, addCard},
+    {Kind::ENROL, Callback::ADD_CARD, enrol},
+    {Kind::ASK_SESSION, Callback::SESSION, [](Kavio& kavio, std::int64_t) { kavio.isLoggedIn(); }},
+    {Kind::ASK_METHODS, Callback::METHODS, [](Kavio& kavio, std::int64_t) { kavio.getPaymentMethods(); }},
+    {Kind::ASK_MACHINES, Callback::MACHINES, [](Kavio& kavio, std::int64_t) { kavio.getMachines(nullptr); }},
+    {Kind::ASK_TRANSACTIONS, Callback::TRANSACTIONS,
+     [](Kavio& kavio, std::int64_t) { kavio.getTransactions(nullptr); }},
+    {Kind::LOG_OUT, Callback::LOGOUT, [](Kavio& kavio, std::int64_t) { kavio.logout(); }},
+};
+
+/// The two halves of what LOG_IN stands for.
+constexpr Question login{Kind::LOG_IN, Callback::LOGIN,
+                         [](Kavio& kavio, std::int64_t) { kavio.login("49", "151234567"); }};
+constexpr Question verify{Kind::LOG_IN, Callback::VERIFY,
+                          [](Kavio& kavio, std::int64_t) { kavio.verify("123456", "DE", "49", "151234567"); }};
+
 /// One run: the device, up to two facades, and what the person has asked for.
 class World {
 public:
-    explicit World(const Schedule& schedule) : mSchedule(schedule), mDevice({.seed = schedule.seed}) {
+    World(const Schedule& schedule, Listener listen)
+        : mSchedule(schedule), mListen(std::move(listen)), mDevice({.seed = schedule.seed}) {
         mDevice.network().observe(
             [this](const auto& request, const auto& reply) { mTraffic.note(mDevice, request, reply); });
         if (!mDevice.logIn()) throw Violation("the simulation works", "nobody can log in");
@@ -105,12 +146,22 @@ private:
         return facade;
     }
     void open(Facade& facade, Environment environment) {
-        facade.ledger = std::make_shared<Ledger>(mDevice.time(), mPayments);
+        facade.ledger = std::make_shared<Ledger>(mDevice.time(), mPayments, mListen);
         facade.ledger->onLoggedOut = [this] { mTraffic.noteLogout(mDevice); };
         facade.kavio = std::make_unique<Kavio>(facade.ledger, "key", environment);
     }
 
     void perform(const Step& step);
+    void ask(Facade& facade, const Question& question, std::int64_t value);
+    bool personDoes(const Step& step);       // whether it is for the person to do
+    bool applicationDoes(const Step& step);  // whether it is for the application to do
+    void goWrong(Kind kind, std::int64_t value);
+    void restoreNetwork();
+
+    void buy(Facade& facade, std::int64_t machine, PaymentMethod::PaymentType type, const std::string& id);
+    void deposit(Facade& facade);
+    void askOrder(Facade& facade);
+    void forget(Facade& facade, std::size_t number);
     void pay(Facade& facade, bool isDeposit, const std::function<void(Kavio&, std::int64_t amount)>& call);
     void settle(Facade& facade, std::size_t number);
     std::optional<std::size_t> paymentOf(const UnsettledPayment& unsettled) const;
@@ -126,6 +177,7 @@ private:
     std::size_t madeAtService(const Payment& payment) const;
 
     const Schedule& mSchedule;
+    const Listener mListen;
     Device mDevice;
     Traffic mTraffic;
     std::vector<Payment> mPayments;
@@ -136,91 +188,72 @@ private:
 };
 
 void World::perform(const Step& step) {
-    auto& network = mDevice.network();
-    const auto ask = [&](Callback callback, auto call) {
-        auto& asking = facade(step.facade);
-        asking.ledger->perform(*asking.kavio, callback, std::nullopt, call);
-    };
-    const auto wallet = std::make_shared<PaymentMethod>("0", "", PaymentMethod::PaymentType::KAVIO);
-    const auto cardOf = [&](const Facade& from) -> std::string {
-        for (const auto& method : from.ledger->methods)
-            if (method->type == PaymentMethod::PaymentType::CREDIT_CARD) return method->id;
-        return "no card";
-    };
+    const auto* question = std::ranges::find(questions, step.kind, &Question::kind);
+    if (question != std::end(questions)) return ask(facade(step.facade), *question, step.value);
+    if (!personDoes(step) && !applicationDoes(step)) goWrong(step.kind, step.value);
+}
+
+void World::ask(Facade& facade, const Question& question, std::int64_t value) {
+    facade.ledger->perform(*facade.kavio, question.callback, std::nullopt,
+                           [&](Kavio& kavio) { question.ask(kavio, value); });
+}
+
+bool World::personDoes(const Step& step) {
     switch (step.kind) {
         case Kind::BUY:
-            return pay(facade(step.facade), false, [&](Kavio& kavio, std::int64_t amount) {
-                kavio.placeOrder(machines[std::size_t(step.value)], wallet, amount, {});
-            });
+            buy(facade(step.facade), machines[std::size_t(step.value)], PaymentMethod::PaymentType::KAVIO, "0");
+            return true;
         case Kind::BUY_BY_CARD: {
             auto& buying = facade(step.facade);
-            const auto card =
-                std::make_shared<PaymentMethod>(cardOf(buying), "", PaymentMethod::PaymentType::CREDIT_CARD);
-            return pay(buying, false, [&](Kavio& kavio, std::int64_t amount) {
-                kavio.placeOrder(machines[std::size_t(step.value)], card, amount, {});
-            });
+            buy(buying, machines[std::size_t(step.value)], PaymentMethod::PaymentType::CREDIT_CARD, cardOf(buying));
+            return true;
         }
-        case Kind::DEPOSIT: {
-            auto& paying = facade(step.facade);
-            return pay(paying, true, [&](Kavio& kavio, std::int64_t amount) {
-                kavio.deposit(std::make_shared<DepositCard>("0", "", PaymentMethod::PaymentType::KAVIO, 0, "EUR", 2),
-                              double(amount / 100), cardOf(paying));
-            });
-        }
-        case Kind::ADD_CARD:
-            return ask(Callback::ADD_CARD, [](Kavio& kavio) {
-                kavio.addCreditCard(std::make_shared<Card>(Card{
-                    .pan = "4111111111111111", .month = "12", .year = "2039", .cvv = "123", .email = "a@b.example"}));
-            });
-        case Kind::ENROL:
-            return ask(Callback::ADD_CARD, [&](Kavio& kavio) {
-                kavio.addCreditCardTDSecure(
-                    {.number = cards[std::size_t(step.value)], .month = 12, .year = 2039, .securityCode = 123},
-                    {.name = "Robin", .email = "a@b.example"});
-            });
-        case Kind::ASK_SESSION:
-            return ask(Callback::SESSION, [](Kavio& kavio) { kavio.isLoggedIn(); });
-        case Kind::ASK_METHODS:
-            return ask(Callback::METHODS, [](Kavio& kavio) { kavio.getPaymentMethods(); });
-        case Kind::ASK_MACHINES:
-            return ask(Callback::MACHINES, [](Kavio& kavio) { kavio.getMachines(nullptr); });
-        case Kind::ASK_TRANSACTIONS:
-            return ask(Callback::TRANSACTIONS, [](Kavio& kavio) { kavio.getTransactions(nullptr); });
-        case Kind::ASK_ORDER: {
-            const auto id = facade(step.facade).ledger->lastOrder;
-            return ask(Callback::ORDER, [&](Kavio& kavio) { kavio.getOrder(id); });
-        }
+        case Kind::DEPOSIT:
+            deposit(facade(step.facade));
+            return true;
+        case Kind::ASK_ORDER:
+            askOrder(facade(step.facade));
+            return true;
         case Kind::SETTLE:
-            return settle(facade(step.facade), std::size_t(step.value));
-        case Kind::FORGET: {
-            const auto& kavio = *facade(step.facade).kavio;
-            const auto unsettled = kavio.unsettledPayments();
-            if (std::size_t(step.value) >= unsettled.size()) return;
-            const auto& forgotten = unsettled[std::size_t(step.value)];
-            if (facade(step.facade).kavio->forgetPayment(forgotten.id))
-                if (const auto payment = paymentOf(forgotten)) mPayments[*payment].isForgotten = true;
-            return;
-        }
-        case Kind::LOG_OUT:
-            return ask(Callback::LOGOUT, [](Kavio& kavio) { kavio.logout(); });
-        case Kind::LOG_IN: {
-            ask(Callback::LOGIN, [](Kavio& kavio) { kavio.login("49", "151234567"); });
+            settle(facade(step.facade), std::size_t(step.value));
+            return true;
+        case Kind::FORGET:
+            forget(facade(step.facade), std::size_t(step.value));
+            return true;
+        case Kind::LOG_IN:
+            ask(facade(step.facade), login, 0);
             pass(1s);
-            return ask(Callback::VERIFY, [](Kavio& kavio) { kavio.verify("123456", "DE", "49", "151234567"); });
-        }
+            ask(facade(step.facade), verify, 0);
+            return true;
+        case Kind::CLOSE_PAGE:
+            mDevice.screen().pressClose();
+            return true;
+        case Kind::ANSWER_CHALLENGE:
+            mDevice.answerChallenge(step.value == 0 ? "1234" : "0000");
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool World::applicationDoes(const Step& step) {
+    switch (step.kind) {
         case Kind::RELEASE: {
             auto& released = facade(step.facade);
             silence(released);
             released.kavio->release(released.kavio.get());
             pass(5s);
-            return destroy(released);
+            destroy(released);
+            return true;
         }
         case Kind::DESTROY:
-            return destroy(facade(step.facade));
+            destroy(facade(step.facade));
+            return true;
         case Kind::SWITCH_SERVICE: {
             auto& switched = facade(step.facade);
             destroy(switched);
-            return open(switched, step.value == 0 ? Environment::TEST : Environment::TESTS);
+            open(switched, step.value == 0 ? Environment::TEST : Environment::TESTS);
+            return true;
         }
         case Kind::DROP_DELEGATE: {
             auto& dropped = facade(step.facade);
@@ -228,49 +261,81 @@ void World::perform(const Step& step) {
             dropped.ledger->silence();
             dropped.ledger = std::make_shared<Ledger>(mDevice.time(), mPayments);
             dropped.ledger->silence();
-            return;
+            return true;
         }
         case Kind::KILL_PROGRAM:
-            return killProgram();
-        case Kind::CLOSE_PAGE:
-            return mDevice.screen().pressClose();
-        case Kind::ANSWER_CHALLENGE:
-            return static_cast<void>(mDevice.answerChallenge(step.value == 0 ? "1234" : "0000"));
+            killProgram();
+            return true;
+        default:
+            return false;
+    }
+}
+
+void World::goWrong(Kind kind, std::int64_t value) {
+    auto& network = mDevice.network();
+    switch (kind) {
         case Kind::CUT:
             return network.cut();
         case Kind::RESTORE:
-            for (auto& payment : mPayments) payment.hasNeverLeft = payment.isGivenUpUnsent;
-            return network.restore();
+            return restoreNetwork();
         case Kind::FATE:
-            return network.next(fate(step.value));
+            return network.next(fate(value));
         case Kind::SLOWNESS:
-            return network.usually([time = std::chrono::milliseconds(step.value)](const auto&) {
+            return network.usually([time = std::chrono::milliseconds(value)](const auto&) {
                 return Fate{.connecting = time / 3, .there = time, .back = time};
             });
         case Kind::LATENESS:
-            mDevice.time().lateness = [this, most = std::uint64_t(step.value + 1)](test::Lane lane) {
+            mDevice.time().lateness = [this, most = std::uint64_t(value + 1)](test::Lane lane) {
                 return lane == test::Lane::MAIN ? 0ms : std::chrono::milliseconds(mLateness() % most);
             };
             return;
         case Kind::FAULT:
-            return mDevice.service().add(fault(step.value));
+            return mDevice.service().add(fault(value));
         case Kind::CLOCK_OFFSET:
-            return mDevice.service().setClockOffset(std::chrono::seconds(step.value - 50));
+            return mDevice.service().setClockOffset(std::chrono::seconds(value - 50));
         case Kind::END_SESSIONS:
             return mDevice.service().endSessions();
-        case Kind::WALL_CLOCK: {
-            const std::chrono::seconds jump(step.value % 2 == 1 ? -step.value : step.value);
-            return mDevice.time().setWallClock(mDevice.time().now() + jump);
-        }
+        case Kind::WALL_CLOCK:
+            return mDevice.time().setWallClock(mDevice.time().now() +
+                                               std::chrono::seconds(value % 2 == 1 ? -value : value));
+        case Kind::ROOM_ON_DISK:
+            return mDevice.stores().refuseWrites(false);
         case Kind::FULL_DISK:
             mIsDiskUnreliable = true;
             return mDevice.stores().refuseWrites();
-        case Kind::ROOM_ON_DISK:
-            return mDevice.stores().refuseWrites(false);
         case Kind::FAILING_WRITE:
             mIsDiskUnreliable = true;
-            return mDevice.stores().decideWrites([left = step.value]() mutable { return left-- != 0; });
+            return mDevice.stores().decideWrites([left = value]() mutable { return left-- != 0; });
+        default:
+            throw std::logic_error("a step that nobody takes");
     }
+}
+
+void World::restoreNetwork() {
+    for (auto& payment : mPayments) payment.hasNeverLeft = payment.isGivenUpUnsent;
+    mDevice.network().restore();
+}
+
+void World::buy(Facade& facade, std::int64_t machine, PaymentMethod::PaymentType type, const std::string& id) {
+    const auto method = std::make_shared<PaymentMethod>(id, "", type);
+    pay(facade, false, [&](Kavio& kavio, std::int64_t amount) { kavio.placeOrder(machine, method, amount, {}); });
+}
+
+void World::deposit(Facade& facade) {
+    const auto wallet = std::make_shared<DepositCard>("0", "", PaymentMethod::PaymentType::KAVIO, 0, "EUR", 2);
+    pay(facade, true,
+        [&](Kavio& kavio, std::int64_t amount) { kavio.deposit(wallet, double(amount / 100), cardOf(facade)); });
+}
+
+void World::askOrder(Facade& facade) {
+    const auto id = facade.ledger->lastOrder;
+    facade.ledger->perform(*facade.kavio, Callback::ORDER, std::nullopt, [&](Kavio& kavio) { kavio.getOrder(id); });
+}
+
+void World::forget(Facade& facade, std::size_t number) {
+    const auto unsettled = facade.kavio->unsettledPayments();
+    if (number >= unsettled.size() || !facade.kavio->forgetPayment(unsettled[number].id)) return;
+    if (const auto payment = paymentOf(unsettled[number])) mPayments[*payment].isForgotten = true;
 }
 
 void World::pay(Facade& facade, bool isDeposit, const std::function<void(Kavio&, std::int64_t)>& call) {
@@ -357,8 +422,7 @@ void World::calmDown() {
     mDevice.service().clearFaults();
     mDevice.service().setClockOffset(0s);
     mDevice.stores().refuseWrites(false);
-    for (auto& payment : mPayments) payment.hasNeverLeft = payment.isGivenUpUnsent;
-    mDevice.network().restore();
+    restoreNetwork();
     pass(2min);
     while (mDevice.screen().hasScene()) {
         mDevice.screen().pressClose();
@@ -407,8 +471,7 @@ void World::checkMoney() {
         throw Violation("nothing is paid unasked", std::to_string(mDevice.service().orders().size()) + " orders");
 
     auto& asking = facade(0);
-    asking.ledger->perform(*asking.kavio, Callback::METHODS, std::nullopt,
-                           [](Kavio& kavio) { kavio.getPaymentMethods(); });
+    perform({.kind = Kind::ASK_METHODS});
     pass(1s);
     asking.ledger->checkEnd();
     const auto& methods = asking.ledger->methods;
@@ -440,9 +503,9 @@ void World::letGo() {
 
 }  // namespace
 
-std::optional<Failure> run(const Schedule& schedule) {
+std::optional<Failure> run(const Schedule& schedule, const Listener& listen) {
     try {
-        World(schedule).run();
+        World(schedule, listen).run();
         return std::nullopt;
     } catch (const Violation& violation) {
         return Failure{violation.rule, violation.what()};

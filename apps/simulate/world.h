@@ -3,6 +3,7 @@
 #include "ledger.h"
 #include "schedule.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -14,6 +15,7 @@ struct Failure {
 };
 
 /// Runs the schedule on a fresh device, lets everything calm down, and checks every rule. Absent when all hold.
-std::optional<Failure> run(const Schedule& schedule);
+/// `listen` is told every report.
+std::optional<Failure> run(const Schedule& schedule, const Listener& listen = nullptr);
 
 }  // namespace kavio::simulate

@@ -115,10 +115,19 @@ Device::Device(Options options)
       mMainBundle(std::make_shared<SettableBundle>()),
       mLibraryBundle(std::make_shared<SettableBundle>()),
       mLocale(std::make_shared<SettableLocale>()) {
+    describeLibrary();
+    connectScreen();
+    install(options.hasThreads);
+}
+
+void Device::describeLibrary() {
     mLibraryBundle->information = {{"CFBundleShortVersionString", std::string("1.0.0")},
                                    {"CFBundleVersion", std::string("1")},
                                    {"DTPlatformName", std::string("box")},
                                    {"DTPlatformVersion", std::string("1")}};
+}
+
+void Device::connectScreen() {
     mScreen->browse = [service = mService](const std::string& content,
                                            bool isAddress) -> std::optional<std::vector<Deed>> {
         if (!isAddress) return deedsOf(content);
@@ -127,10 +136,13 @@ Device::Device(Options options)
         if (handled.isLost || !handled.reply.body) return std::nullopt;
         return deedsOf(*handled.reply.body);
     };
+}
+
+void Device::install(bool hasThreads) {
     const auto& real = realDevice();
-    const auto threads = options.hasThreads ? makeRealDevice() : Platform{};  // which end with this device
+    const auto threads = hasThreads ? makeRealDevice() : Platform{};  // which end with this device
     const auto queue = [&](Lane lane, const std::shared_ptr<WorkQueue>& realQueue) {
-        return options.hasThreads ? realQueue : std::make_shared<TimelineWorkQueue>(mTimeline, lane);
+        return hasThreads ? realQueue : std::make_shared<TimelineWorkQueue>(mTimeline, lane);
     };
     auto platform = std::make_unique<Platform>(Platform{
         .urlSession = mNetwork->ordinarySession(),

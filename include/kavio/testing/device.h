@@ -85,6 +85,10 @@ private:
     struct RandomTexts;
     struct SettableLocale;
 
+    void describeLibrary();
+    void connectScreen();  // what it shows comes from the service
+    void install(bool hasThreads);
+
     const std::shared_ptr<RandomTexts> mTexts;
     const std::shared_ptr<Timeline> mTimeline;
     const std::shared_ptr<Service> mService;
