@@ -292,7 +292,7 @@ void World::goWrong(Kind kind, std::int64_t value) {
         case Kind::FAULT:
             return mDevice.service().add(fault(value));
         case Kind::CLOCK_OFFSET:
-            return mDevice.service().setClockOffset(std::chrono::seconds(value - 50));
+            return mDevice.service().setClockOffset(std::chrono::seconds(value - 30));
         case Kind::END_SESSIONS:
             return mDevice.service().endSessions();
         case Kind::WALL_CLOCK:
