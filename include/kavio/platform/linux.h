@@ -11,7 +11,9 @@
 
 namespace kavio {
 
-/// How the library's connections are made.
+/// How the library's connections are made. A session has at most six to a host and twelve in all, with those that it
+/// keeps; other requests wait for one. A request that has waited for its whole time-out fails with
+/// `UrlError::timedOut`. Purchases have a session of their own.
 struct UrlSessionConfiguration {
     /// PEM file of certificate authorities to trust instead of the system's; empty for the system's.
     std::filesystem::path certificateAuthorities{};

@@ -24,6 +24,9 @@ namespace {
 using Steady = std::chrono::steady_clock;
 
 constexpr std::size_t maximumIdleHandles = 8;
+// Of a session, with those that are kept. Further requests wait in libcurl, in their order, until one ends.
+constexpr long mostConnectionsToHost = 6;
+constexpr long mostConnections = 12;
 constexpr std::chrono::seconds firstPause{1};
 constexpr std::chrono::seconds longestPause{5};
 
@@ -46,6 +49,13 @@ void initializeLibraries() {
     static const bool done =
         OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr) == 1 && curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
     if (!done) throw std::bad_alloc();
+}
+
+CurlMulti makeMulti() {
+    CurlMulti made(curl_multi_init());
+    curl_multi_setopt(made.get(), CURLMOPT_MAX_HOST_CONNECTIONS, mostConnectionsToHost);
+    curl_multi_setopt(made.get(), CURLMOPT_MAX_TOTAL_CONNECTIONS, mostConnections);
+    return made;
 }
 
 void blockSigpipe() {
@@ -134,6 +144,7 @@ private:
     bool isStopping();
     TaskPointer takeSubmitted();
     TaskPointer takeDue();
+    TaskPointer takeOverdue();
     TaskPointer takeGivenUp();
     TaskPointer takeRunning(CURL* easy);
     TaskPointer takeAny();
@@ -144,7 +155,7 @@ private:
     void end(CURL* easy, CURLcode code);
     void conclude(TaskPointer& task, CURLcode code);
     void wait(TaskPointer& task);
-    int millisecondsToNextResumption() const;
+    int millisecondsToNextDeadline() const;
 
     CurlEasy takeHandle();
     void keepHandle(CurlEasy easy);
@@ -159,6 +170,7 @@ private:
     std::deque<TaskPointer> mSubmitted;  // guarded by mMutex
 
     std::map<CURL*, TaskPointer> mRunning;
+    Steady::time_point mNextOverdue = Steady::time_point::max();  // no task that runs is overdue before
     std::vector<TaskPointer> mWaiting;
     std::vector<CurlEasy> mIdle;
 };
@@ -201,7 +213,7 @@ std::shared_ptr<DownloadTask> UrlEngine::submit(UrlRequest request, Completion c
 UrlEngine::Loop::Loop(UrlConduct conduct) : mConduct(std::move(conduct)) {
     initializeLibraries();
     mTlsSessions.reset(curl_share_init());
-    mMulti.reset(curl_multi_init());
+    mMulti = makeMulti();
     if (!mTlsSessions || !mMulti) throw std::bad_alloc();
     mIdle.reserve(maximumIdleHandles);
     curl_share_setopt(mTlsSessions.get(), CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);
@@ -236,13 +248,14 @@ void UrlEngine::Loop::run() {
     while (!isStopping()) {
         while (auto task = takeSubmitted()) start(std::move(task));
         while (auto task = takeDue()) start(std::move(task));
+        while (auto task = takeOverdue()) complete(std::move(task), urlError(UrlError::timedOut));
         while (mSomeAreGivenUp.exchange(false)) {
             while (auto task = takeGivenUp()) complete(std::move(task), urlError(UrlError::cancelled));
         }
         int running = 0;
         curl_multi_perform(mMulti.get(), &running);
         endFinished();
-        mWakeup.wait(mMulti.get(), millisecondsToNextResumption());
+        mWakeup.wait(mMulti.get(), millisecondsToNextDeadline());
     }
     close();
 }
@@ -268,6 +281,7 @@ void UrlEngine::Loop::start(TaskPointer task) {
 void UrlEngine::Loop::attempt(TaskPointer& task) {
     CURL* const easy = task->easy.get();
     const CURLcode code = task->exchange.prepare(easy);
+    mNextOverdue = std::min(mNextOverdue, task->exchange.connectsBy().value_or(mNextOverdue));
     mRunning.emplace(easy, std::move(task));
     if (code != CURLE_OK) return end(easy, code);
     if (curl_multi_add_handle(mMulti.get(), easy) != CURLM_OK) end(easy, CURLE_FAILED_INIT);
@@ -324,6 +338,20 @@ TaskPointer UrlEngine::Loop::takeDue() {
     return due == mWaiting.end() ? nullptr : takeAt(mWaiting, due);
 }
 
+/// libcurl has no time-out for a request that waits until there may be another connection.
+TaskPointer UrlEngine::Loop::takeOverdue() {
+    const auto now = Steady::now();
+    if (now < mNextOverdue) return nullptr;
+    mNextOverdue = Steady::time_point::max();
+    CURL* overdue = nullptr;
+    for (const auto& [easy, task] : mRunning) {
+        const auto end = task->exchange.connectsBy();
+        if (end && *end <= now) overdue = easy;
+        if (end) mNextOverdue = std::min(mNextOverdue, *end);
+    }
+    return overdue == nullptr ? nullptr : takeRunning(overdue);
+}
+
 /// Anything still in `mSubmitted` is not started.
 TaskPointer UrlEngine::Loop::takeGivenUp() {
     const auto isGivenUp = [](const TaskPointer& task) { return task->exchange.departure()->isGivenUp(); };
@@ -345,12 +373,12 @@ TaskPointer UrlEngine::Loop::takeAny() {
     return takeSubmitted();
 }
 
-int UrlEngine::Loop::millisecondsToNextResumption() const {
-    if (mWaiting.empty()) return INT_MAX;
-    const auto next = std::min_element(mWaiting.begin(), mWaiting.end(),
-                                       [](const auto& a, const auto& b) { return a->resumesAt < b->resumesAt; });
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>((*next)->resumesAt - Steady::now());
-    return static_cast<int>(std::max<std::chrono::milliseconds::rep>(left.count(), 0));
+int UrlEngine::Loop::millisecondsToNextDeadline() const {
+    auto next = mNextOverdue;
+    for (const auto& task : mWaiting) next = std::min(next, task->resumesAt);
+    if (next == Steady::time_point::max()) return INT_MAX;
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(next - Steady::now());
+    return static_cast<int>(std::clamp<std::chrono::milliseconds::rep>(left.count(), 0, INT_MAX));
 }
 
 CurlEasy UrlEngine::Loop::takeHandle() {

@@ -215,9 +215,10 @@ void UrlExchange::setConnection(Options& options) const {
     options.set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
 }
 
-void UrlExchange::setLimits(Options& options) const {
+void UrlExchange::setLimits(Options& options) {
     const auto timeout =
         static_cast<long>(std::clamp<std::chrono::seconds::rep>(mRequest.timeout.count(), 1, longestTimeoutSeconds));
+    mAttempt.connectsBy = std::chrono::steady_clock::now() + std::chrono::seconds(timeout);
     options.set(CURLOPT_CONNECTTIMEOUT, timeout);
     options.set(CURLOPT_LOW_SPEED_LIMIT, 1L);
     options.set(CURLOPT_LOW_SPEED_TIME, timeout);

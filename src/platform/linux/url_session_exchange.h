@@ -6,8 +6,10 @@
 #include <kavio/platform/url_session.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -70,6 +72,11 @@ public:
     /// byte may have left, this happens at most once, and only to a repeatable request.
     bool needsNewConnection(CURLcode code);
     UrlOutcome finish(CURL* easy, CURLcode code);
+    /// Until when the request may be without a connection; absent once it has one.
+    std::optional<std::chrono::steady_clock::time_point> connectsBy() const {
+        const bool hasConnection = mAttempt.sent || !mAttempt.sockets.empty();
+        return hasConnection ? std::nullopt : std::optional(mAttempt.connectsBy);
+    }
     const std::shared_ptr<Departure>& departure() const { return mDeparture; }
     void willWait() const {
         if (mRequest.willWait) mRequest.willWait();
@@ -83,7 +90,7 @@ private:
     bool mayTakeKeptConnection() const { return isRepeatable() && !mKeptConnectionsAreUseless; }
     bool isRepeatable() const { return !mConduct.background && mRequest.idempotency == Idempotency::REPEATABLE; }
     void setConnection(Options& options) const;
-    void setLimits(Options& options) const;
+    void setLimits(Options& options);
     void setRequest(Options& options);
     void setHeaders(Options& options);
     UrlReply takeReply(int status);
@@ -104,6 +111,7 @@ private:
 
     /// What is known about the sending of the request since it was last prepared.
     struct {
+        std::chrono::steady_clock::time_point connectsBy;
         std::vector<curl_socket_t> sockets;
         bool onKeptConnection = false;
         bool refusedStale = false;  // the kept connection was not silent; nothing was sent
