@@ -63,6 +63,7 @@ void Kavio::State::abandon() {
     mIsBusy = false;
     mDelegate.reset();
     closePage();
+    mTDSecSceneController->detach(this);
 }
 
 }  // namespace kavio

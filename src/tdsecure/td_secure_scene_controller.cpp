@@ -37,12 +37,16 @@ std::shared_ptr<TDSecureSceneController> TDSecureSceneController::takeUse() {
 void TDSecureSceneController::release(const void* owner) {
     if (mUserCount == 0) return trace(traceTag, [] { return SafeMessage{"released without a user"}; });
     ServiceObject::release(owner);
-    for (const auto& event : {tdSecureFinished, tdSecureWindowClosed, tdSecureWindowTaken}) event->detach(owner);
+    detach(owner);
     if (--mUserCount > 0) return;
 
     const auto last = std::exchange(shared(), nullptr);
     ServiceObject::release(this);
     takePage();  // it may be another facade's, when one gives up more uses than it took
+}
+
+void TDSecureSceneController::detach(const void* owner) {
+    for (auto* event : {&tdSecureFinished, &tdSecureWindowClosed, &tdSecureWindowTaken}) (*event)->detach(owner);
 }
 
 void TDSecureSceneController::loadContent() {

@@ -36,6 +36,8 @@ public:
     /// Takes the screen away, if there is one, and tells whoever is still waiting for its page.
     void takePage();
 
+    /// Removes what `owner` attached to the events.
+    void detach(const void* owner);
     /// Gives up `owner`'s use, along with what it attached to the events. The last use takes the screen away, too.
     void release(const void* owner) override;
 
