@@ -34,8 +34,9 @@ namespace kavio {
 /// asked for may have happened.
 ///
 /// When memory runs out, an operation ends with `FAILURE` and the cause `OUT_OF_MEMORY`; its effect is then `UNKNOWN`
-/// even if nothing had left yet. If there is no memory for that report either, or for the answer of a function that
-/// returns one, the process ends (`std::terminate`). Only the constructor throws: `std::bad_alloc`.
+/// even if nothing had left yet. If there is no memory for that report either, it waits until there is some, and with
+/// it whichever thread makes it: the process ends (`std::terminate`) after ten seconds of that, and at once if there is
+/// no memory for the answer of a function that returns one. Only the constructor throws: `std::bad_alloc`.
 ///
 /// The library catches nothing that a callback throws, except `std::bad_alloc`, which ends there. An exception from a
 /// report that comes before the operation returns leaves the operation; any other leaves the work on the host's main

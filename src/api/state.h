@@ -104,9 +104,11 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     bool mIsBusy = false;                      // the last operation is under way
 };
 
-/// The report that memory has run out. If there is none for the report either, the process ends here.
+/// The report that memory has run out. It waits until there is some for the report.
 inline KavioDelegate::Result outOfMemory(Effect effect) noexcept {
-    return std::make_shared<const KavioResult>(ResultType::FAILURE, "out of memory", effect, Cause::OUT_OF_MEMORY);
+    return insisted([effect] {
+        return std::make_shared<const KavioResult>(ResultType::FAILURE, "out of memory", effect, Cause::OUT_OF_MEMORY);
+    });
 }
 
 /// One operation, from the gate to its last report. Whatever waits for a reply or a delay holds it, and it holds the
@@ -204,13 +206,15 @@ private:
             : state(std::move(facade)), callback(told), purpose(wanted), number(ownNumber) {}
         ~Course() {
             if (hasEnded || state.expired()) return;
-            Platform::current().mainQueue->post(
-                [weak = state, told = callback, own = number, result = outOfMemory(effect)] {
-                    const auto facade = weak.lock();
-                    if (!facade || !facade->isUnderWay(own)) return;
-                    facade->mIsBusy = false;
-                    facade->tell(told, result, Payload{}...);
-                });
+            insisted([&] {
+                Platform::current().mainQueue->post(
+                    [weak = state, told = callback, own = number, result = outOfMemory(effect)] {
+                        const auto facade = weak.lock();
+                        if (!facade || !facade->isUnderWay(own)) return;
+                        facade->mIsBusy = false;
+                        facade->tell(told, result, Payload{}...);
+                    });
+            });
         }
         Course(const Course&) = delete;
         Course& operator=(const Course&) = delete;

@@ -129,7 +129,9 @@ void KavioNetworkService::send(APIRequest request, RawCompletion completion) {
 std::shared_ptr<DownloadTask> KavioNetworkService::sendInBackground(APIRequest request, RawCompletion completion) {
     auto& session = *Platform::current().backgroundUrlSession;
     session.onEventsDelivered([weak = weak_from_this()] {
-        if (const auto self = weak.lock()) self->backgroundEventsDelivered();
+        contained([&] {
+            if (const auto self = weak.lock()) self->backgroundEventsDelivered();
+        });
     });
     auto prepared = prepare(request);
     return session.downloadTask(

@@ -1,5 +1,6 @@
 #include "network/send_with_fresh_time.h"
 
+#include "models/json/json_value.h"
 #include "models/replies.h"
 #include "network/requests.h"
 #include "network/response_classification.h"
@@ -45,6 +46,14 @@ std::optional<APIFailure> givenUp() {
     return connectionFailure({UrlError::cancelled, "cancelled", std::nullopt, false});
 }
 
+/// What is dropped for want of memory must not ask for some.
+struct WaitingRequest {
+    APIRequest request;
+    ~WaitingRequest() {
+        if (request.params) wipe(*request.params);
+    }
+};
+
 /// Calls `next` once the time sample is good for `request`, or once an attempt to renew it has failed.
 void withFreshTime(const APIRequest& request, const std::shared_ptr<KavioNetworkService>& transport,
                    std::function<void()> next) {
@@ -61,13 +70,14 @@ void withFreshTime(const APIRequest& request, const std::shared_ptr<KavioNetwork
 void withFreshTime(APIRequest request, RawCompletion completion, BeforeSending prepare,
                    std::function<void(KavioNetworkService&, APIRequest, const RawCompletion&)> send) {
     const auto transport = KavioNetworkService::shared();
-    const auto kept = std::make_shared<APIRequest>(std::move(request));
+    const auto kept = std::make_shared<WaitingRequest>();
+    kept->request = std::move(request);
     withFreshTime(
-        *kept, transport,
+        kept->request, transport,
         [transport, kept, completion = std::move(completion), prepare = std::move(prepare), send = std::move(send)] {
             if (auto failure = prepare ? prepare() : std::nullopt)
                 return completion(RawResult::failed(*std::move(failure)));
-            send(*transport, std::move(*kept), completion);
+            send(*transport, std::move(kept->request), completion);
         });
 }
 

@@ -18,6 +18,7 @@
 #include <functional>
 #include <iterator>
 #include <memory>
+#include <new>
 #include <random>
 #include <string>
 #include <tuple>
@@ -416,12 +417,22 @@ struct Trial {
 
 using Repair = std::function<void()>;
 
+/// False if memory was missing.
+bool hasMemory(const std::function<void()>& work) {
+    try {
+        work();
+        return true;
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+}
+
 void openIt(Trial& trial, Fault fault, const Repair& plan, const Repair& repair) {
     trial.suite.reset();
     plan();
-    trial.suite = trial.store.suite();
+    const bool hadMemory = hasMemory([&] { trial.suite = trial.store.suite(); });
     repair();
-    trial.isReported = !trial.suite;  // if it failed for ever
+    trial.isReported = hadMemory && !trial.suite;  // if it failed for ever
     if (fault != Fault::FOR_EVER) {
         ASSERT_TRUE(trial.suite);
         EXPECT_EQ(trial.suite->string("a"), "old");
@@ -440,7 +451,8 @@ void readIt(Trial& trial, Fault, const Repair& plan, const Repair& repair) {
 
 void writeIt(Trial& trial, Fault, const Repair& plan, const Repair& repair) {
     plan();
-    const bool isKept = trial.suite->set("a", "new");
+    bool isKept = false;
+    hasMemory([&] { isKept = trial.suite->set("a", "new"); });
     const auto seen = trial.suite->string("a");
     repair();
     if (isKept) trial.expected = "new";

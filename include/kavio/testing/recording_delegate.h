@@ -72,6 +72,7 @@ public:
 
 private:
     static std::string shown(const std::shared_ptr<const Order>& order) {
+        const OutsideLibrary called;
         return order ? order->id + " " + std::string(name(order->status)) : "none";
     }
     template <class List>

@@ -79,6 +79,11 @@ std::optional<std::string> serialise(JsonObject object, int indent) {
     }
 }
 
+void wipe(JsonObject& object) noexcept {
+    for (auto& [key, value] : object) wipeAll(value);
+    object.clear();
+}
+
 const JsonValue* find(const JsonObject& object, std::string_view key) {
     const auto found = object.find(key);
     return found == object.end() ? nullptr : &found->second;

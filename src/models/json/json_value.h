@@ -19,6 +19,10 @@ static_assert(std::is_same_v<JsonObject, JsonValue::object_t>);
 /// unless it is indented.
 std::optional<std::string> serialise(JsonObject object, int indent = 0);
 
+/// Leaves nothing of the object in memory. It takes no memory, unlike the destructor of an object with objects or lists
+/// in it, which ends the program if there is none.
+void wipe(JsonObject& object) noexcept;
+
 /// The member `key`; null when it is missing.
 const JsonValue* find(const JsonObject& object, std::string_view key);
 /// The member if it has that type; absent if it is missing or has another type.

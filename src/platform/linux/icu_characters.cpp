@@ -23,11 +23,13 @@ public:
         UErrorCode status = U_ZERO_ERROR;
         UText utf8 = UTEXT_INITIALIZER;
         utext_openUTF8(&utf8, text.data(), static_cast<std::int64_t>(text.size()), &status);
+        expectMemory(status);
         const std::lock_guard lock(mMutex);
         mBoundaries->setText(&utf8, status);
         mBoundaries->first();
         const auto end = mBoundaries->next(static_cast<std::int32_t>(std::min<std::size_t>(count, INT32_MAX)));
         utext_close(&utf8);
+        expectMemory(status);
         return end == icu::BreakIterator::DONE ? text : text.substr(0, static_cast<std::size_t>(end));
     }
 
@@ -38,8 +40,8 @@ public:
 private:
     static std::unique_ptr<icu::BreakIterator> makeBoundaries() {
         UErrorCode status = U_ZERO_ERROR;
-        return std::unique_ptr<icu::BreakIterator>(
-            icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+        auto* const made = icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status);
+        return owned(made, status);
     }
 
     mutable std::mutex mMutex;

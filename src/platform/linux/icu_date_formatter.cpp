@@ -34,13 +34,13 @@ bool hasLongNumber(const icu::UnicodeString& text) {
 std::unique_ptr<icu::SimpleDateFormat> makeFormat(const DateFormat& format) {
     UErrorCode status = U_ZERO_ERROR;
     const auto locale = format.locale ? icu::Locale(format.locale->c_str()) : icu::Locale::getDefault();
-    auto made = std::make_unique<icu::SimpleDateFormat>(toIcu(format.pattern), locale, status);
+    auto made = owned(new icu::SimpleDateFormat(toIcu(format.pattern), locale, status), status);
     if (U_FAILURE(status)) return nullptr;
 
-    std::unique_ptr<icu::TimeZone> zone(format.timeZone ? icu::TimeZone::createTimeZone(toIcu(*format.timeZone))
-                                                        : icu::TimeZone::createDefault());
+    auto zone = owned(format.timeZone ? icu::TimeZone::createTimeZone(toIcu(*format.timeZone))
+                                      : icu::TimeZone::createDefault());
     // Whatever calendar the locale prefers: the service's dates are Gregorian.
-    auto calendar = std::make_unique<icu::GregorianCalendar>(zone.release(), locale, status);
+    auto calendar = owned(new icu::GregorianCalendar(zone.release(), locale, status), status);
     if (U_FAILURE(status)) return nullptr;
     made->adoptCalendar(calendar.release());
     made->setLenient(false);
@@ -71,7 +71,7 @@ public:
         if (icuFormat == nullptr) return {};
 
         UErrorCode status = U_ZERO_ERROR;
-        const std::unique_ptr<icu::Calendar> calendar(icuFormat->getCalendar()->clone());
+        const auto calendar = owned(icuFormat->getCalendar()->clone());
         calendar->setTime(milliseconds, status);  // refuses what is out of range, where a lenient one would clamp it
         if (U_FAILURE(status)) return {};
         icu::UnicodeString text;

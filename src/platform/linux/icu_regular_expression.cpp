@@ -16,6 +16,7 @@ public:
         UErrorCode status = U_ZERO_ERROR;
         const auto input = toIcu(text);
         icu::RegexMatcher matcher(toIcu(pattern), input, 0, status);
+        expectMemory(status);
         if (U_FAILURE(status)) return Invalid{u_errorName(status)};
         matcher.setTimeLimit(timeLimit, status);
         matcher.setStackLimit(stackLimit, status);
@@ -28,6 +29,7 @@ public:
             }
             found.push_back(std::move(match));
         }
+        expectMemory(status);
         if (U_FAILURE(status)) found.clear();
         return found;
     }

@@ -2,17 +2,22 @@
 
 #include "platform/linux/hexadecimal.h"
 
+#include <openssl/err.h>
 #include <openssl/evp.h>
 #include <openssl/rand.h>
 
 #include <array>
-#include <stdexcept>
+#include <new>
 
 namespace kavio {
 namespace {
 
-/// Entropy or an algorithm is missing: as when out of memory, there is no sensible way to go on.
-[[noreturn]] void fail(const char* what) { throw std::runtime_error(what); }
+/// With our arguments OpenSSL fails for want of memory, or of something that is just as vital, such as entropy.
+void check(bool succeeded) {
+    if (succeeded) return;
+    ERR_clear_error();
+    throw std::bad_alloc();
+}
 
 const unsigned char* unsignedBytes(std::string_view bytes) {
     return reinterpret_cast<const unsigned char*>(bytes.data());
@@ -20,9 +25,11 @@ const unsigned char* unsignedBytes(std::string_view bytes) {
 
 class OpensslDigest final : public Digest {
 public:
+    OpensslDigest() { check(mSha1 != nullptr); }
+
     Sha1 sha1(std::string_view bytes) const override {
         Sha1 digest{};
-        if (EVP_Digest(bytes.data(), bytes.size(), digest.data(), nullptr, mSha1.get(), nullptr) != 1) fail("no SHA-1");
+        check(EVP_Digest(bytes.data(), bytes.size(), digest.data(), nullptr, mSha1.get(), nullptr) == 1);
         return digest;
     }
 
@@ -50,7 +57,7 @@ class OpensslUuid final : public Uuid {
 public:
     std::string make() const override {
         std::array<unsigned char, 16> bytes{};
-        if (RAND_bytes(bytes.data(), static_cast<int>(bytes.size())) != 1) fail("no random bytes");
+        check(RAND_bytes(bytes.data(), static_cast<int>(bytes.size())) == 1);
         bytes[6] = static_cast<unsigned char>((bytes[6] & 0x0F) | 0x40);  // version 4: random
         bytes[8] = static_cast<unsigned char>((bytes[8] & 0x3F) | 0x80);  // variant 1: RFC 4122
 

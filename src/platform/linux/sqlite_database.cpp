@@ -23,6 +23,8 @@ bool SqliteError::mayBeDamage() const {
 
 bool SqliteError::isUnknownSchema() const { return (mCode & 0xFF) == SQLITE_ERROR; }
 
+bool SqliteError::isLackOfMemory() const { return (mCode & 0xFF) == SQLITE_NOMEM || mCode == SQLITE_IOERR_NOMEM; }
+
 bool SqliteError::isBusy() const { return (mCode & 0xFF) == SQLITE_BUSY; }
 
 SqliteDatabase::SqliteDatabase(const char* name, int flags) {
@@ -152,6 +154,9 @@ bool SqliteStatement::step() {
 
 std::string SqliteStatement::text(int column) {
     const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(mStatement.get(), column));
+    if (text == nullptr && sqlite3_errcode(sqlite3_db_handle(mStatement.get())) == SQLITE_NOMEM) {
+        throw SqliteError(SQLITE_NOMEM);
+    }
     if (text == nullptr) return {};
     return {text, static_cast<std::size_t>(sqlite3_column_bytes(mStatement.get(), column))};
 }

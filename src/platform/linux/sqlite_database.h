@@ -5,23 +5,26 @@
 #include <sqlite3.h>
 
 #include <cstdint>
+#include <exception>
 #include <filesystem>
 #include <memory>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
 namespace kavio {
 
-class SqliteError : public std::runtime_error {
+/// Takes no memory, which may be what is missing.
+class SqliteError : public std::exception {
 public:
-    explicit SqliteError(int code) : std::runtime_error(sqlite3_errstr(code)), mCode(code) {}
+    explicit SqliteError(int code) noexcept : mCode(code) {}
+    const char* what() const noexcept override { return sqlite3_errstr(mCode); }
     /// Whether the file may be to blame. The cause may also be a disk that could not be read, or lack of memory.
     bool mayBeDamage() const;
     /// Whether a table or column that a statement names is missing. Nothing else can be wrong with our statements,
     /// which are fixed.
     bool isUnknownSchema() const;
+    bool isLackOfMemory() const;
     /// Whether another process held the file for too long.
     bool isBusy() const;
 

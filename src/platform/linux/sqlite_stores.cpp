@@ -12,7 +12,9 @@
 #include <cstdlib>
 #include <map>
 #include <mutex>
+#include <new>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -27,6 +29,19 @@ std::filesystem::path userDataFolder() {
     }
     const auto* user = ::getpwuid(::geteuid());
     return user == nullptr ? std::filesystem::path() : std::filesystem::path(user->pw_dir) / ".local/share";
+}
+
+/// Whether another process holds the file, for longer than we are ready to wait.
+bool isBusy(const std::exception& failure) {
+    const auto* error = dynamic_cast<const SqliteError*>(&failure);
+    return error != nullptr && error->isBusy();
+}
+
+bool isLackOfMemory(const std::exception& failure) {
+    if (const auto* error = dynamic_cast<const SqliteError*>(&failure)) return error->isLackOfMemory();
+    if (const auto* error = dynamic_cast<const std::system_error*>(&failure))
+        return error->code() == std::errc::not_enough_memory;
+    return dynamic_cast<const std::bad_alloc*>(&failure) != nullptr;
 }
 
 /// Passing failures rarely come twice, and two fresh files that also prove damaged are enough.
@@ -74,35 +89,40 @@ public:
 private:
     using Work = std::function<void(SuiteFile&)>;
 
+    enum class Outcome { DONE, FAILED, OUT_OF_MEMORY };
+
     /// Runs `work` on the file and, if it fails, again: on its successor if it was set aside. False if that does
     /// not help.
     bool use(const Work& work) const {
         std::vector<std::filesystem::path> reports;
-        const bool succeeded = useLocked(work, reports);
+        const auto outcome = useLocked(work, reports);
         for (const auto& setAside : reports) report(setAside);
-        return succeeded;
+        if (outcome == Outcome::OUT_OF_MEMORY) throw std::bad_alloc();
+        return outcome == Outcome::DONE;
     }
 
-    bool useLocked(const Work& work, std::vector<std::filesystem::path>& reports) const {
+    Outcome useLocked(const Work& work, std::vector<std::filesystem::path>& reports) const {
         const std::lock_guard lock(mMutex);
+        auto outcome = Outcome::FAILED;
         for (int left = mostAttempts; left > 0; --left) {
+            outcome = Outcome::FAILED;
             try {
                 if (!mFile) mFile = std::make_unique<SuiteFile>(mPath, mDigest);
                 work(*mFile);
-                return true;
+                return Outcome::DONE;
             } catch (const SuiteFile::Moved& moved) {
                 mFile.reset();
                 if (!moved.setAside.empty()) reports.push_back(moved.setAside);
             } catch (const SuiteFile::Unusable&) {
                 mFile.reset();
                 if (!mIsUnusable.exchange(true)) reports.emplace_back();
-                return false;
-            } catch (const SqliteError& error) {
-                if (error.isBusy()) return false;  // for longer than we are ready to wait
-            } catch (const std::exception&) {      // NOLINT(bugprone-empty-catch): the next attempt may do better
+                return Outcome::FAILED;
+            } catch (const std::exception& failure) {  // the next attempt may do better
+                if (isBusy(failure)) return Outcome::FAILED;
+                if (isLackOfMemory(failure)) outcome = Outcome::OUT_OF_MEMORY;
             }
         }
-        return false;
+        return outcome;
     }
 
     void report(const std::filesystem::path& setAside) const {
@@ -143,7 +163,8 @@ public:
         try {
             const auto suite = openSuite(makePrivateFolder(mDirectory) / fileName, mDigest, mOnDamaged);
             return suite->isUsable() ? suite : nullptr;  // if not, it has reported itself
-        } catch (const std::exception&) {
+        } catch (const std::exception& failure) {
+            if (isLackOfMemory(failure)) throw std::bad_alloc();  // it says nothing about the file
             reportUnusable(mDirectory / fileName);
             return nullptr;
         }

@@ -82,6 +82,7 @@ void SuiteFile::look() {
 }
 
 bool SuiteFile::write(const StoreChanges& changes) {
+    if (mDatabase.isReadOnly()) mIsPrepared = false;
     refresh();
     if (holds(changes)) return true;
     try {
@@ -108,6 +109,8 @@ bool SuiteFile::holds(const StoreChanges& changes) const {
 
 // EXTRA, because if a power cut undoes the removal of the journal, that journal would undo the write too.
 void SuiteFile::prepare() {
+    // SQLite opens a file for reading where it cannot for writing, even if that is only for want of a descriptor.
+    if (mDatabase.isReadOnly()) mDatabase = SqliteDatabase(openable(mPath));
     const bool isDiskReadOnly = mDatabase.isReadOnly();  // nothing in the file has been read yet
     const bool isEmpty = mDatabase.text("PRAGMA page_count") == "0";
     if (!isEmpty) rowsOf(mDatabase);  // before anything changes a file that may not be ours

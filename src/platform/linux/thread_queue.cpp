@@ -5,6 +5,8 @@
 #include <condition_variable>
 #include <deque>
 #include <mutex>
+#include <new>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -71,15 +73,21 @@ public:
         const std::lock_guard lock(mShared->mutex);
         if (mShared->stopping) return;  // posted by something that a dropped block held
         // Before the work is accepted: starting a thread may throw, and then the work must not run.
-        if (mShared->pending.size() >= mShared->idle && mThreads.size() < mLimit) {
-            auto& thread = mThreads.emplace_back(serve, mShared);
-            ::pthread_setname_np(thread.native_handle(), mName.c_str());
-        }
+        if (mShared->pending.size() >= mShared->idle && mThreads.size() < mLimit) addThread();
         mShared->pending.push_back(std::move(work));
         mShared->changed.notify_one();
     }
 
 private:
+    void addThread() {
+        try {
+            auto& thread = mThreads.emplace_back(serve, mShared);
+            ::pthread_setname_np(thread.native_handle(), mName.c_str());
+        } catch (const std::system_error&) {  // there is no memory for one
+            if (mThreads.empty()) throw std::bad_alloc();
+        }
+    }
+
     const std::string mName;
     const std::size_t mLimit;
     const std::shared_ptr<Shared> mShared = std::make_shared<Shared>();

@@ -19,7 +19,10 @@ using Features = std::unique_ptr<TLS_FEATURE, Release<&TLS_FEATURE_free>>;
 constexpr long toleratedClockSkew = 300;  // seconds
 
 bool mustBeStapled(const X509* certificate) {
-    const Features features(static_cast<TLS_FEATURE*>(X509_get_ext_d2i(certificate, NID_tlsfeature, nullptr, nullptr)));
+    constexpr int isAbsent = -1;
+    int found = 0;
+    const Features features(static_cast<TLS_FEATURE*>(X509_get_ext_d2i(certificate, NID_tlsfeature, &found, nullptr)));
+    if (!features) return found != isAbsent;  // what cannot be read might demand it
     for (int i = 0; i < sk_ASN1_INTEGER_num(features.get()); ++i) {
         if (ASN1_INTEGER_get(sk_ASN1_INTEGER_value(features.get(), i)) == TLSEXT_TYPE_status_request) return true;
     }

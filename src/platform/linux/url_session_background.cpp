@@ -11,26 +11,27 @@ namespace {
 class OpenTasks {
 public:
     void setHandler(std::function<void()> handler) {
+        auto shared = std::make_shared<const std::function<void()>>(std::move(handler));
         const std::lock_guard lock(mMutex);
-        mHandler = std::move(handler);
+        mHandler.swap(shared);
     }
     void add() {
         const std::lock_guard lock(mMutex);
         ++mCount;
     }
     void remove() {
-        std::function<void()> handler;
+        std::shared_ptr<const std::function<void()>> handler;
         {
             const std::lock_guard lock(mMutex);
             if (--mCount == 0) handler = mHandler;
         }
-        if (handler) handler();
+        if (handler && *handler) (*handler)();
     }
 
 private:
     std::mutex mMutex;
     std::size_t mCount = 0;
-    std::function<void()> mHandler;
+    std::shared_ptr<const std::function<void()>> mHandler;  // shared, as a copy might take memory
 };
 
 class CurlBackgroundUrlSession : public BackgroundUrlSession {

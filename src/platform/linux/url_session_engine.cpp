@@ -3,6 +3,10 @@
 #include "platform/linux/url_session_failure.h"
 
 #include <openssl/crypto.h>
+#include <openssl/decoder.h>
+#include <openssl/evp.h>
+#include <openssl/kdf.h>
+#include <openssl/rand.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
@@ -15,6 +19,7 @@
 #include <map>
 #include <mutex>
 #include <new>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -43,11 +48,34 @@ struct Task {
 
 using TaskPointer = std::unique_ptr<Task>;
 
+template <class Algorithm>
+bool canFetch(Algorithm* (*fetch)(OSSL_LIB_CTX*, const char*, const char*), void (*release)(Algorithm*),
+              const char* name) {
+    auto* const algorithm = fetch(nullptr, name, nullptr);
+    release(algorithm);
+    return algorithm != nullptr;
+}
+
+/// OpenSSL loads all algorithms of a kind when it needs the first one, and begins to draw random numbers when it needs
+/// some. What it has no memory for then is missing until the process ends, so this is not left to the middle of an
+/// operation.
+bool prepareOpenssl() {
+    unsigned char random = 0;
+    return RAND_bytes(&random, 1) == 1 && canFetch(EVP_MD_fetch, EVP_MD_free, "SHA256") &&
+           canFetch(EVP_CIPHER_fetch, EVP_CIPHER_free, "AES-128-GCM") &&
+           canFetch(EVP_MAC_fetch, EVP_MAC_free, "HMAC") && canFetch(EVP_KDF_fetch, EVP_KDF_free, "HKDF") &&
+           canFetch(EVP_RAND_fetch, EVP_RAND_free, "CTR-DRBG") && canFetch(EVP_KEYMGMT_fetch, EVP_KEYMGMT_free, "EC") &&
+           canFetch(EVP_KEYEXCH_fetch, EVP_KEYEXCH_free, "X25519") &&
+           canFetch(EVP_SIGNATURE_fetch, EVP_SIGNATURE_free, "ECDSA") &&
+           canFetch(EVP_ASYM_CIPHER_fetch, EVP_ASYM_CIPHER_free, "RSA") &&
+           canFetch(EVP_KEM_fetch, EVP_KEM_free, "RSA") && canFetch(OSSL_DECODER_fetch, OSSL_DECODER_free, "EC");
+}
+
 void initializeLibraries() {
     // A session may live until the process ends, and OpenSSL's exit handler would then pull its tables from under the
     // network thread. If another library has already used OpenSSL, it is too late to ask for no handler.
-    static const bool done =
-        OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr) == 1 && curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+    static const bool done = OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr) == 1 && prepareOpenssl() &&
+                             curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
     if (!done) throw std::bad_alloc();
 }
 
@@ -70,6 +98,12 @@ void blockSigpipe() {
 bool isNetworkMissing(const UrlOutcome& outcome) {
     const auto* error = std::get_if<UrlError>(&outcome);
     return error != nullptr && error->code == UrlError::notConnectedToInternet;
+}
+
+bool isDistrust(const UrlOutcome& outcome) {
+    const auto* error = std::get_if<UrlError>(&outcome);
+    return error != nullptr &&
+           (error->code == UrlError::serverCertificateUntrusted || error->code == UrlError::secureConnectionFailed);
 }
 
 /// Ends the network thread's wait. libcurl's own way takes a trip through a pair of sockets at every hand-over.
@@ -157,6 +191,7 @@ private:
     void wait(TaskPointer& task);
     int millisecondsToNextDeadline() const;
 
+    void renewAfterDistrust();
     CurlEasy takeHandle();
     void keepHandle(CurlEasy easy);
 
@@ -169,6 +204,7 @@ private:
     bool mStopping = false;              // guarded by mMutex
     std::deque<TaskPointer> mSubmitted;  // guarded by mMutex
 
+    bool mHaveDistrusted = false;
     std::map<CURL*, TaskPointer> mRunning;
     Steady::time_point mNextOverdue = Steady::time_point::max();  // no task that runs is overdue before
     std::vector<TaskPointer> mWaiting;
@@ -192,8 +228,11 @@ private:
     const std::shared_ptr<Departure> mDeparture;
 };
 
-UrlEngine::UrlEngine(UrlConduct conduct)
-    : mLoop(std::make_shared<Loop>(std::move(conduct))), mThread([loop = mLoop] { loop->run(); }) {}
+UrlEngine::UrlEngine(UrlConduct conduct) try
+    : mLoop(std::make_shared<Loop>(std::move(conduct))), mThread([loop = mLoop] { loop->run(); }) {
+} catch (const std::system_error&) {  // there is no memory for a thread
+    throw std::bad_alloc();
+}
 
 UrlEngine::~UrlEngine() {
     mLoop->stop();
@@ -255,6 +294,7 @@ void UrlEngine::Loop::run() {
         int running = 0;
         curl_multi_perform(mMulti.get(), &running);
         endFinished();
+        if (mHaveDistrusted && mRunning.empty()) renewAfterDistrust();
         mWakeup.wait(mMulti.get(), millisecondsToNextDeadline());
     }
     close();
@@ -305,6 +345,7 @@ void UrlEngine::Loop::conclude(TaskPointer& task, CURLcode code) {
     if (code == CURLE_OK && exchange.followRedirect(easy)) return start(std::move(task));
     if (exchange.needsNewConnection(code)) return start(std::move(task));
     auto outcome = exchange.finish(easy, code);
+    mHaveDistrusted |= isDistrust(outcome);
     if (mConduct.background && isNetworkMissing(outcome) && !exchange.departure()->hasLeft()) return wait(task);
     keepHandle(std::move(task->easy));
     complete(std::move(task), std::move(outcome));
@@ -379,6 +420,15 @@ int UrlEngine::Loop::millisecondsToNextDeadline() const {
     if (next == Steady::time_point::max()) return INT_MAX;
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(next - Steady::now());
     return static_cast<int>(std::clamp<std::chrono::milliseconds::rep>(left.count(), 0, INT_MAX));
+}
+
+/// Where memory ran out while OpenSSL looked at an authority's certificate, it takes that for a bad one from then on,
+/// and libcurl keeps it for as long as the handle.
+void UrlEngine::Loop::renewAfterDistrust() {
+    auto renewed = makeMulti();
+    if (!renewed) return;
+    mMulti = std::move(renewed);
+    mHaveDistrusted = false;
 }
 
 CurlEasy UrlEngine::Loop::takeHandle() {

@@ -8,7 +8,10 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <iterator>
+#include <new>
 #include <string>
 #include <system_error>
 
@@ -136,11 +139,14 @@ std::string reason(CURL* easy, CURLcode code, bool sent) {
 
 }  // namespace
 
-UrlError urlError(UrlError::Code code) {
-    for (const auto& sentence : sentences) {
-        if (sentence.code == code) return {code, sentence.text, {}};
+UrlError urlError(UrlError::Code code) noexcept {
+    const auto known = std::ranges::find(sentences, code, &Sentence::code);
+    UrlError error{code, {}, {}};
+    try {
+        if (known != std::end(sentences)) error.description = known->text;
+    } catch (const std::bad_alloc&) {  // NOLINT(bugprone-empty-catch)
     }
-    return {code, {}, {}};
+    return error;
 }
 
 UrlError describeFailure(CURL* easy, CURLcode code, bool sent) {

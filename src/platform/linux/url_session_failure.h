@@ -9,7 +9,7 @@ namespace kavio {
 /// Says why an exchange on `easy` ended with `code`. `sent`: a byte of the request may have left before that.
 UrlError describeFailure(CURL* easy, CURLcode code, bool sent);
 
-/// The error for `code` when nothing more is known about it.
-UrlError urlError(UrlError::Code code);
+/// The error for `code` when nothing more is known about it; without memory for a sentence, it has none.
+UrlError urlError(UrlError::Code code) noexcept;
 
 }  // namespace kavio
