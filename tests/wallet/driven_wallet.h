@@ -1,21 +1,15 @@
 #pragma once
 
 #include "platform/other_process.h"
+#include "support/from_environment.h"
 #include "wallet/wallet_process.h"
 
 #include <unistd.h>
 
-#include <cstdlib>
 #include <optional>
 #include <string>
 
 namespace kavio::test {
-
-/// How long a test that can run for a long time does; in the suite it is short.
-inline int fromEnvironment(const char* name, int otherwise) {
-    const char* value = std::getenv(name);
-    return value == nullptr ? otherwise : std::atoi(value);
-}
 
 /// kavio-wallet --jsonl, asked line by line. It is killed when this goes.
 class DrivenWallet {
