@@ -122,7 +122,9 @@ public:
         ::kill(all.begin()->first, SIGKILL);
     }
     /// The processes that pages run in or may run in next, each with whether it is busy; the oldest is the first.
-    static std::map<pid_t, bool> webProcesses() {
+    static std::map<pid_t, bool> webProcesses() { return processes("WebKitWeb"); }
+    /// Those of WebKit whose name begins so.
+    static std::map<pid_t, bool> processes(std::string_view beginning) {
         std::map<pid_t, bool> found;
         for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
             std::string name;
@@ -130,7 +132,8 @@ public:
             pid_t process = 0;
             pid_t parent = 0;
             std::ifstream(entry.path() / "stat") >> process >> name >> state >> parent;
-            if (parent == ::getpid() && name.starts_with("(WebKitWeb") && state != "Z") found[process] = state == "R";
+            if (parent == ::getpid() && name.starts_with("(" + std::string(beginning)) && state != "Z")
+                found[process] = state == "R";
         }
         return found;
     }

@@ -32,6 +32,9 @@ class RandomEnrolments : public Enrolling {
 public:
     RandomEnrolments() {
         kavio.reset();  // it has signed the person in for the others
+        // WebKit never forgets a page that goes on while its download begins, nor one that ends while the process of
+        // its service worker starts.
+        std::erase_if(pages, [](const auto& page) { return page.name == "download" || page.name == "service-worker"; });
         for (std::size_t i = 0; i < mFacades.size(); ++i) renew(i);
     }
 
@@ -71,8 +74,8 @@ public:
     /// Takes the place of the other facade's page, which waits for a person.
     void overtake(std::size_t facade, const GalleryPage& page) {
         const auto other = 1 - facade;
-        const auto* overtaken = &anyOf(sandbox::galleryPages());
-        while (overtaken->person != Person::pressEnter) overtaken = &anyOf(sandbox::galleryPages());
+        const auto* overtaken = &anyOf(pages);
+        while (overtaken->person != Person::pressEnter) overtaken = &anyOf(pages);
         SCOPED_TRACE(overtaken->name);
         begin(other, *overtaken);
         EXPECT_TRUE(until([] { return shown() == "page"; }));
@@ -82,15 +85,18 @@ public:
         finish(facade, page);
     }
 
-    /// What is in use between two enrolments, when the processes of their pages are gone.
+    /// What is in use between two enrolments, when all processes are gone. The one for the network goes with the last
+    /// session, so it would stay if WebKit still held a page.
     static Usage atRest() {
-        EXPECT_TRUE(until([] { return webProcesses().empty(); })) << webProcesses().size() << " web processes";
+        EXPECT_TRUE(until([] { return processes("WebKit").empty(); }))
+            << webProcesses().size() << " web processes of " << processes("WebKit").size();
         return Usage::now();
     }
     void dropFacades() { mFacades = {}; }
     void expectAllTold() const { EXPECT_EQ(mTold, mExpected); }
 
     std::mt19937 mRandom;
+    std::vector<GalleryPage> pages{sandbox::galleryPages().begin(), sandbox::galleryPages().end()};
 
 private:
     void renew(std::size_t facade) {
@@ -158,7 +164,7 @@ TEST_F(RandomEnrolments, EndInTheirReportsAndLeaveNothingBehind) {
     Usage early;
     for (unsigned i = 1; i <= count && !HasFailure(); ++i) {
         const auto& course = anyOf(courses);
-        const auto& page = anyOf(sandbox::galleryPages());
+        const auto& page = anyOf(pages);
         SCOPED_TRACE(std::to_string(i) + ": " + std::string(page.name) + ", " + course.name);
         (this->*course.deed)(mRandom() % 2, page);
         if (isLong && i == count / 4) early = atRest();
@@ -167,8 +173,8 @@ TEST_F(RandomEnrolments, EndInTheirReportsAndLeaveNothingBehind) {
     EXPECT_EQ(shown(), "nothing");
     EXPECT_EQ(windowCount(), 1U);
     expectAllTold();
-    if (!isLong) return;
     const auto last = atRest();
+    if (!isLong) return;
     std::cout << "at first " << early << ", at last " << last << std::endl;
     EXPECT_TRUE(until([&] { return Usage::now().files <= early.files && Usage::now().threads <= early.threads; }));
     EXPECT_LT(last.pages, early.pages * 5 / 4);

@@ -29,8 +29,8 @@ ObjectPointer<GtkBuilder> loadScene() {
     // A resource that registers itself would be dropped where the library is linked statically.
     static const bool registered = (kavio_gtk_register_resource(), GtkWebView::registerTypes(), true);
     static_cast<void>(registered);
-    // The session is not part of the scene's tree, and a window of another name would stay around unseen.
-    std::array<const char*, 3> objects{"session", identifier, nullptr};
+    // Session and context are not part of the scene's tree, and a window of another name would stay around unseen.
+    std::array<const char*, 4> objects{"session", "context", identifier, nullptr};
     ObjectPointer<GtkBuilder> builder(gtk_builder_new());
     GError* error = nullptr;
     if (gtk_builder_add_objects_from_resource(builder.get(), storyboard, objects.data(), &error)) return builder;

@@ -114,6 +114,7 @@ void refuseFreedoms(WebKitWebView* view) {
 
 void GtkWebView::registerTypes() {
     g_type_ensure(WEBKIT_TYPE_WEB_VIEW);
+    g_type_ensure(WEBKIT_TYPE_WEB_CONTEXT);
     g_type_ensure(WEBKIT_TYPE_NETWORK_SESSION);
 }
 
