@@ -137,6 +137,7 @@ void GtkScene::showAbove(GtkWindow* parent) {
 void GtkScene::dismiss(bool) {
     GtkWindow* window = std::exchange(mWindow, nullptr);
     if (!window) return;
+    g_clear_handle_id(&mAskingAgain, g_source_remove);
     mConnections.clear();
     mWebView->close();
     if (mIsShown) tell(&ViewLifecycle::onViewWillDisappear);
@@ -198,6 +199,19 @@ void GtkScene::setText(const char* label, const char* text) const {
 void GtkScene::askToClose() {
     const auto self = weak_from_this().lock();  // whoever is asked may let go of it
     if (const auto asked = delegate.lock()) asked->onCloseClicked();
+}
+
+void GtkScene::onUnrealized() {
+    askToClose();
+    if (!mWindow || mAskingAgain) return;
+    // Where there was no memory to answer, nobody else is left to ask.
+    mAskingAgain = g_timeout_add(
+        100,
+        [](gpointer self) -> gboolean {
+            guarded([&] { static_cast<GtkScene*>(self)->askToClose(); });
+            return G_SOURCE_CONTINUE;  // until it is dismissed
+        },
+        this);
 }
 
 gboolean GtkScene::onCloseRequest() {

@@ -40,7 +40,7 @@ private:
     gboolean onCloseRequest();
     gboolean onKeyPressed(guint key, guint code, int modifiers);
     /// The host application has destroyed the window, perhaps with all its windows: to the library, the person left.
-    void onUnrealized() { askToClose(); }
+    void onUnrealized();
     void askToClose();
     void onBackClicked() { mWebView->goBack(); }
 
@@ -48,6 +48,7 @@ private:
     GtkWindow* mWindow;
     std::shared_ptr<GtkWebView> mWebView;
     bool mIsShown = false;
+    guint mAskingAgain = 0;   // a timer
     std::string_view mFocus;  // which widget was given it
     SignalConnections mConnections;
 };
