@@ -384,6 +384,22 @@ TEST(TDSecureEnrolment, EndsAPageAtTheLoopbackAddressOnlyAndHoldsNothingUp) {
     EXPECT_EQ(enrolment.sent().size(), 2U);
 }
 
+TEST(TDSecureEnrolment, WaitsForThePersonAsLongAsItTakes) {
+    // Also while the device sleeps. The service's time is known for a day.
+    for (const auto& [hours, next] : std::map<int, std::string>{{1, "ask getLocator"}, {25, "ask time?"}}) {
+        SCOPED_TRACE(hours);
+        Enrolment enrolment;
+        for (const auto* event : {"call", "challenge", "navigation"}) enrolment.play(event);
+        enrolment.windows->log.clear();
+        enrolment.advance(std::chrono::hours(hours));
+        EXPECT_THAT(enrolment.windows->log, IsEmpty());
+        EXPECT_THAT(enrolment.reports(), IsEmpty());
+        EXPECT_THAT(enrolment.play("redirect"), ElementsAre(next));
+        if (next == "ask time?") enrolment.answer({503, ""});
+        EXPECT_THAT(enrolment.play("locator"), ElementsAre("dismiss animated", "SUCCESS -"));
+    }
+}
+
 TEST(TDSecureEnrolment, TellsTheServiceOfTheCardAndTheIssuerOfTheTransaction) {
     for (const auto& [holder, encoded] : std::vector<std::pair<TDSCardHolder, std::string>>{
              {{"Jo", "jo@a.example", {}, {}, {}, {}, {}, {}}, R"({"name":"Jo","email":"jo@a.example"})"},

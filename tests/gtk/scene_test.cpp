@@ -60,6 +60,21 @@ TEST_F(SceneTest, OpensANewWindowOfThePersonsInItself) {
     }
 }
 
+TEST_F(SceneTest, StaysWithThePageWhenThePersonFollowsALinkToAnApp) {
+    for (const std::string link : {"kavio-test-bank://approve?payment=1", "intent://approve#Intent;end"}) {
+        SCOPED_TRACE(link);
+        renew();
+        showPage("<a href='" + link + "' style='position:fixed;inset:0'>Open your bank's app</a>");
+        ASSERT_TRUE(until([] { return shown() == "page"; }));
+        int tries = 10;
+        const auto isFollowed = [&] { return made->log->lastUrl() == link; };
+        do click("webView");  // a click before the page is drawn misses
+        while (!until(isFollowed, std::chrono::seconds(2)) && --tries > 0);
+        EXPECT_TRUE(isFollowed());
+        EXPECT_EQ(shown() + " of " + text("host"), "page of localhost");
+    }
+}
+
 TEST_F(SceneTest, SaysWhatItDoesAndWhoseThePageIs) {
     made->runHidden("<title>fingerprint</title><script>location='http://127.0.0.1/?z2=1'</script>");
     present();
@@ -172,16 +187,16 @@ TEST_F(SceneTest, GivesAPageUpOfWhichNothingComes) {
 }
 
 TEST_F(SceneTest, WaitsForACertificateNoLongerThanForAPage) {
-    const RawServer silent(applicationAuthority().issue({"localhost"}), [](auto& connection) {
-        if (connection.number() > 0)
-            connection.handshake();
-        else
-            connection.stall();
-    });
-    const auto url = "https://localhost" + silent.address().substr(std::string("127.0.0.1").size());
-    server.servePage("/page", "<script>location = '" + url + "'</script>");
-    show(server.url("/page"), std::chrono::seconds(1));
-    EXPECT_TRUE(until([&] { return shown() == "failed"; }, std::chrono::seconds(10)));
+    for (const auto slowly : {&RawServer::Connection::stall, &RawServer::Connection::dripHandshake}) {
+        const RawServer slow(applicationAuthority().issue({"localhost"}), [&](auto& connection) {
+            connection.number() > 0 ? static_cast<void>(connection.handshake()) : (connection.*slowly)();
+        });
+        const auto url = "https://localhost" + slow.address().substr(std::string("127.0.0.1").size());
+        server.servePage("/page", "<script>location = '" + url + "'</script>");
+        renew();
+        show(server.url("/page"), std::chrono::seconds(1));
+        EXPECT_TRUE(until([&] { return shown() == "failed"; }, std::chrono::seconds(10)));
+    }
 }
 
 TEST_F(SceneTest, HearsNothingMoreOfTheServersOfAPageThatItGaveUp) {

@@ -63,6 +63,8 @@ public:
         bool hearsWithin(std::chrono::milliseconds limit);
         /// Does nothing more until the peer leaves or the server ends.
         void stall();
+        /// Begins to answer a handshake, but sends only a byte now and then, until the peer leaves or the server ends.
+        void dripHandshake();
 
     private:
         struct Tls;
