@@ -23,7 +23,6 @@ namespace {
 
 using Steady = std::chrono::steady_clock;
 
-constexpr std::size_t maximumIdleHandles = 8;
 constexpr std::chrono::seconds firstPause{1};
 constexpr std::chrono::seconds longestPause{5};
 
@@ -146,8 +145,7 @@ private:
     void wait(TaskPointer& task);
     int millisecondsToNextResumption() const;
 
-    CurlEasy takeHandle();
-    void keepHandle(CurlEasy easy);
+    CurlEasy makeHandle() const;
 
     const UrlConduct mConduct;
     CurlShare mTlsSessions;  // what makes a new connection to a known host cheap
@@ -160,7 +158,6 @@ private:
 
     std::map<CURL*, TaskPointer> mRunning;
     std::vector<TaskPointer> mWaiting;
-    std::vector<CurlEasy> mIdle;
 };
 
 /// A request in the engine, for whoever made it.
@@ -203,7 +200,6 @@ UrlEngine::Loop::Loop(UrlConduct conduct) : mConduct(std::move(conduct)) {
     mTlsSessions.reset(curl_share_init());
     mMulti.reset(curl_multi_init());
     if (!mTlsSessions || !mMulti) throw std::bad_alloc();
-    mIdle.reserve(maximumIdleHandles);
     curl_share_setopt(mTlsSessions.get(), CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);
 }
 
@@ -252,7 +248,6 @@ void UrlEngine::Loop::run() {
 /// still asks of libcurl on its way out is refused, as there is no handle.
 void UrlEngine::Loop::close() {
     cancelAll();
-    mIdle.clear();
     mMulti.reset();  // here, where SIGPIPE is blocked: it says goodbye on open connections
     mTlsSessions.reset();
     OPENSSL_thread_stop();
@@ -260,7 +255,7 @@ void UrlEngine::Loop::close() {
 
 void UrlEngine::Loop::start(TaskPointer task) {
     if (task->exchange.departure()->isGivenUp()) return complete(std::move(task), urlError(UrlError::cancelled));
-    if (!task->easy) task->easy = takeHandle();
+    task->easy = makeHandle();
     if (!task->easy) return complete(std::move(task), urlError(UrlError::cannotConnectToHost));
     endedByLackOfMemory(task, [this](TaskPointer& started) { attempt(started); });
 }
@@ -292,7 +287,6 @@ void UrlEngine::Loop::conclude(TaskPointer& task, CURLcode code) {
     if (exchange.needsNewConnection(code)) return start(std::move(task));
     auto outcome = exchange.finish(easy, code);
     if (mConduct.background && isNetworkMissing(outcome) && !exchange.departure()->hasLeft()) return wait(task);
-    keepHandle(std::move(task->easy));
     complete(std::move(task), std::move(outcome));
 }
 
@@ -353,19 +347,10 @@ int UrlEngine::Loop::millisecondsToNextResumption() const {
     return static_cast<int>(std::max<std::chrono::milliseconds::rep>(left.count(), 0));
 }
 
-CurlEasy UrlEngine::Loop::takeHandle() {
-    if (mIdle.empty()) {
-        CurlEasy made(curl_easy_init());
-        if (made) curl_easy_setopt(made.get(), CURLOPT_SHARE, mTlsSessions.get());
-        return made;
-    }
-    auto easy = std::move(mIdle.back());
-    mIdle.pop_back();
-    return easy;
-}
-
-void UrlEngine::Loop::keepHandle(CurlEasy easy) {
-    if (mIdle.size() < maximumIdleHandles) mIdle.push_back(std::move(easy));
+CurlEasy UrlEngine::Loop::makeHandle() const {
+    CurlEasy made(curl_easy_init());
+    if (made) curl_easy_setopt(made.get(), CURLOPT_SHARE, mTlsSessions.get());
+    return made;
 }
 
 }  // namespace kavio
