@@ -151,7 +151,7 @@ void SuiteFile::load() {
 
 SuiteFile::Values SuiteFile::read(SqliteDatabase& database) const {
     auto rows = rowsOf(database);
-    if (database.text("PRAGMA quick_check(1)") != "ok") throw SqliteError(SQLITE_CORRUPT);
+    if (database.text("PRAGMA integrity_check(1)") != "ok") throw SqliteError(SQLITE_CORRUPT);
     Values values;
     while (rows.step()) {
         auto key = rows.text(0);
