@@ -3,6 +3,8 @@
 #include <kavio/platform/platform.h>
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 
 namespace kavio {
 namespace {
@@ -108,11 +110,13 @@ std::optional<Milliseconds> ordinary(Date date) {
     constexpr auto first = std::chrono::sys_days(std::chrono::year(firstOrdinaryYear) / 1 / 1);
     constexpr auto end = std::chrono::sys_days(std::chrono::year(lastOrdinaryYear + 1) / 1 / 1);
     if (!(date >= first && date < end)) return std::nullopt;
-    // A double cannot hold most milliseconds exactly, so 0.25 may be a little less, but to the microsecond it is right.
-    // Seconds are kept apart: microseconds since 1970 are too many for a double.
+    // A double cannot hold most milliseconds exactly, so 0.25 may be a little less: by less than half a microsecond or,
+    // in the far future, than the distance between two doubles. Seconds are kept apart: with them, a sum is less exact.
+    const double count = date.time_since_epoch().count();
+    const Date::duration less(std::max(5e-7, std::nextafter(count, std::numeric_limits<double>::infinity()) - count));
     const auto second = std::chrono::floor<seconds>(date);
-    const auto fraction = std::chrono::round<std::chrono::microseconds>(date - second);
-    return std::min(second + std::chrono::floor<milliseconds>(fraction), Milliseconds(end) - milliseconds(1));
+    return std::min(second + std::chrono::floor<milliseconds>(date - second + less),
+                    Milliseconds(end) - milliseconds(1));
 }
 
 /// The first digits of year, month, day, hour, minute, second and millisecond, as many as `layout` has room for.

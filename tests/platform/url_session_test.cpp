@@ -29,6 +29,16 @@ TEST(UrlSession, KeepsAConnectionForQueriesAlone) {
     EXPECT_EQ(server.received().size(), 2U);
 }
 
+TEST(UrlSession, DoesNotContinueAHeaderOfTheReplyBefore) {
+    const ServiceServer server(answering([](const std::string& request) -> std::string {
+        if (request.find("/first") != std::string::npos) return httpReply(200, "ok", "X-Last: a\r\n");
+        return "HTTP/1.1 200 OK\r\n continued: a\r\nContent-Length: 2\r\n\r\nok";
+    }));
+    const auto session = makeUrlSession(configured(server.address()));
+    EXPECT_EQ(text(fetch(*session, get(std::string(serviceUrl) + "/first"))), "200 ok");
+    EXPECT_EQ(text(fetch(*session, get(std::string(serviceUrl) + "/second"))), "-1011 The reply is malformed.");
+}
+
 TEST(UrlSession, SaysWhatIsWrongWithACertificate) {
     for (const auto& [identity, reason] : std::vector<std::pair<Identity, std::string>>{
              {serviceAuthority().issue({"service.test"}, std::chrono::hours(-1)), "expired"},

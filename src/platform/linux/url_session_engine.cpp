@@ -28,7 +28,6 @@ namespace {
 
 using Steady = std::chrono::steady_clock;
 
-constexpr std::size_t maximumIdleHandles = 8;
 // Of a session, with those that are kept. Further requests wait in libcurl, in their order, until one ends.
 constexpr long mostConnectionsToHost = 6;
 constexpr long mostConnections = 12;
@@ -192,8 +191,7 @@ private:
     int millisecondsToNextDeadline() const;
 
     void renewAfterDistrust();
-    CurlEasy takeHandle();
-    void keepHandle(CurlEasy easy);
+    CurlEasy makeHandle() const;
 
     const UrlConduct mConduct;
     CurlShare mTlsSessions;  // what makes a new connection to a known host cheap
@@ -208,7 +206,6 @@ private:
     std::map<CURL*, TaskPointer> mRunning;
     Steady::time_point mNextOverdue = Steady::time_point::max();  // no task that runs is overdue before
     std::vector<TaskPointer> mWaiting;
-    std::vector<CurlEasy> mIdle;
 };
 
 /// A request in the engine, for whoever made it.
@@ -254,7 +251,6 @@ UrlEngine::Loop::Loop(UrlConduct conduct) : mConduct(std::move(conduct)) {
     mTlsSessions.reset(curl_share_init());
     mMulti = makeMulti();
     if (!mTlsSessions || !mMulti) throw std::bad_alloc();
-    mIdle.reserve(maximumIdleHandles);
     curl_share_setopt(mTlsSessions.get(), CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);
 }
 
@@ -305,7 +301,6 @@ void UrlEngine::Loop::run() {
 /// still asks of libcurl on its way out is refused, as there is no handle.
 void UrlEngine::Loop::close() {
     cancelAll();
-    mIdle.clear();
     mMulti.reset();  // here, where SIGPIPE is blocked: it says goodbye on open connections
     mTlsSessions.reset();
     OPENSSL_thread_stop();
@@ -313,7 +308,7 @@ void UrlEngine::Loop::close() {
 
 void UrlEngine::Loop::start(TaskPointer task) {
     if (task->exchange.departure()->isGivenUp()) return complete(std::move(task), urlError(UrlError::cancelled));
-    if (!task->easy) task->easy = takeHandle();
+    task->easy = makeHandle();
     if (!task->easy) return complete(std::move(task), urlError(UrlError::cannotConnectToHost));
     endedByLackOfMemory(task, [this](TaskPointer& started) { attempt(started); });
 }
@@ -347,7 +342,6 @@ void UrlEngine::Loop::conclude(TaskPointer& task, CURLcode code) {
     auto outcome = exchange.finish(easy, code);
     mHaveDistrusted |= isDistrust(outcome);
     if (mConduct.background && isNetworkMissing(outcome) && !exchange.departure()->hasLeft()) return wait(task);
-    keepHandle(std::move(task->easy));
     complete(std::move(task), std::move(outcome));
 }
 
@@ -431,19 +425,10 @@ void UrlEngine::Loop::renewAfterDistrust() {
     mHaveDistrusted = false;
 }
 
-CurlEasy UrlEngine::Loop::takeHandle() {
-    if (mIdle.empty()) {
-        CurlEasy made(curl_easy_init());
-        if (made) curl_easy_setopt(made.get(), CURLOPT_SHARE, mTlsSessions.get());
-        return made;
-    }
-    auto easy = std::move(mIdle.back());
-    mIdle.pop_back();
-    return easy;
-}
-
-void UrlEngine::Loop::keepHandle(CurlEasy easy) {
-    if (mIdle.size() < maximumIdleHandles) mIdle.push_back(std::move(easy));
+CurlEasy UrlEngine::Loop::makeHandle() const {
+    CurlEasy made(curl_easy_init());
+    if (made) curl_easy_setopt(made.get(), CURLOPT_SHARE, mTlsSessions.get());
+    return made;
 }
 
 }  // namespace kavio

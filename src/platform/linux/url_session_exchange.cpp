@@ -167,7 +167,6 @@ UrlExchange::UrlExchange(UrlRequest request, const UrlConduct& conduct)
 UrlExchange::~UrlExchange() { forgetBody(); }
 
 CURLcode UrlExchange::prepare(CURL* easy) {
-    curl_easy_reset(easy);
     if (!isWellFormed(mRequest)) return CURLE_URL_MALFORMAT;
     mHeaderLines = {};
     mBody.clear();
@@ -301,9 +300,11 @@ bool UrlExchange::followRedirect(CURL* easy) {
 
 UrlOutcome UrlExchange::finish(CURL* easy, CURLcode code) {
     const int status = responseStatus(easy);
-    const bool hasHead = mHeadIsWhole && status >= 200;  // a 1xx only means that the reply is still to come
+    const bool isStatus = status <= 999;                             // libcurl reads "HTTP/2 2002"
+    const bool hasHead = mHeadIsWhole && status >= 200 && isStatus;  // a 1xx only means that the reply is still to come
     if (code == CURLE_OK && hasHead) return takeReply(status);
-    if (code == CURLE_OK) code = CURLE_PARTIAL_FILE;  // libcurl accepts a head that breaks off
+    // libcurl accepts a head that breaks off.
+    if (code == CURLE_OK) code = isStatus ? CURLE_PARTIAL_FILE : CURLE_WEIRD_SERVER_REPLY;
     UrlError error =
         mTooLarge ? urlError(UrlError::dataLengthExceedsMaximum) : describeFailure(easy, code, mDeparture->hasLeft());
     if (mConduct.background && hasHead) error.status = status;

@@ -56,7 +56,7 @@ private:
     std::atomic<State> mState = State::OPEN;
 };
 
-/// One request and what comes back for it, on one of libcurl's easy handles. Belongs to the network thread.
+/// One request and what comes back for it, on libcurl's easy handles. Belongs to the network thread.
 class UrlExchange {
 public:
     UrlExchange(UrlRequest request, const UrlConduct& conduct);
@@ -64,7 +64,9 @@ public:
     UrlExchange(const UrlExchange&) = delete;
     UrlExchange& operator=(const UrlExchange&) = delete;
 
-    /// Sets everything that `easy` needs to carry out the request. The exchange must not move until that is done.
+    /// Sets everything that `easy`, a new handle, needs to carry out the request. The exchange must not move until that
+    /// is done. libcurl 7.88 does not forget all of an earlier reply: a header that goes on in the next one is written
+    /// to memory that has been freed.
     CURLcode prepare(CURL* easy);
     /// Whether the reply is a redirect to follow; the request is then the one to `prepare` next.
     bool followRedirect(CURL* easy);

@@ -84,7 +84,8 @@ UrlError::Code classify(CURL* easy, CURLcode code, bool sent) {
         case CURLE_WEIRD_SERVER_REPLY:
         case CURLE_BAD_CONTENT_ENCODING:
             return UrlError::badServerResponse;
-        case CURLE_UNSUPPORTED_PROTOCOL:  // also: a reply without a status line
+        case CURLE_UNSUPPORTED_PROTOCOL:   // also: a reply without a status line
+        case CURLE_BAD_FUNCTION_ARGUMENT:  // also: a head whose first header goes on from none
             return sent ? UrlError::badServerResponse : UrlError::badUrl;
         case CURLE_OUT_OF_MEMORY:  // also: a header line over libcurl's limit
             return sent ? UrlError::dataLengthExceedsMaximum : UrlError::cannotConnectToHost;
@@ -95,7 +96,6 @@ UrlError::Code classify(CURL* easy, CURLcode code, bool sent) {
     if (sent) return UrlError::networkConnectionLost;
     switch (code) {
         case CURLE_URL_MALFORMAT:
-        case CURLE_BAD_FUNCTION_ARGUMENT:
             return UrlError::badUrl;
         case CURLE_COULDNT_RESOLVE_PROXY:
         case CURLE_COULDNT_RESOLVE_HOST:
@@ -127,6 +127,7 @@ std::string reason(CURL* easy, CURLcode code, bool sent) {
         case CURLE_OPERATION_TIMEDOUT:
         case CURLE_OUT_OF_MEMORY:
         case CURLE_ABORTED_BY_CALLBACK:
+        case CURLE_BAD_FUNCTION_ARGUMENT:
             return "";
         case CURLE_COULDNT_CONNECT:
             return sent ? "" : std::generic_category().message(connectErrno(easy));
