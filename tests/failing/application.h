@@ -43,7 +43,7 @@ public:
     /// What is made already stays.
     void start();
     template <class Operation>
-    void call(Operation operation) {
+    void call(Operation&& operation) {
         const InLibrary entered;
         operation(*kavio);
     }

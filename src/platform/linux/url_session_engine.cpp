@@ -7,6 +7,7 @@
 #include <openssl/evp.h>
 #include <openssl/kdf.h>
 #include <openssl/rand.h>
+#include <openssl/ssl.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
@@ -55,12 +56,12 @@ bool canFetch(Algorithm* (*fetch)(OSSL_LIB_CTX*, const char*, const char*), void
     return algorithm != nullptr;
 }
 
-/// OpenSSL loads all algorithms of a kind when it needs the first one, and begins to draw random numbers when it needs
-/// some. What it has no memory for then is missing until the process ends, so this is not left to the middle of an
-/// operation.
+/// OpenSSL prepares much when it is first needed, such as all algorithms of a kind. What it has no memory for then is
+/// missing until the process ends, so this is not left to the middle of an operation.
 bool prepareOpenssl() {
     unsigned char random = 0;
-    return RAND_bytes(&random, 1) == 1 && canFetch(EVP_MD_fetch, EVP_MD_free, "SHA256") &&
+    return OPENSSL_init_ssl(0, nullptr) == 1 && SSL_get_ex_data_X509_STORE_CTX_idx() >= 0 &&
+           RAND_bytes(&random, 1) == 1 && canFetch(EVP_MD_fetch, EVP_MD_free, "SHA256") &&
            canFetch(EVP_CIPHER_fetch, EVP_CIPHER_free, "AES-128-GCM") &&
            canFetch(EVP_MAC_fetch, EVP_MAC_free, "HMAC") && canFetch(EVP_KDF_fetch, EVP_KDF_free, "HKDF") &&
            canFetch(EVP_RAND_fetch, EVP_RAND_free, "CTR-DRBG") && canFetch(EVP_KEYMGMT_fetch, EVP_KEYMGMT_free, "EC") &&
