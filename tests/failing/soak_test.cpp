@@ -130,7 +130,12 @@ TEST(Soak, StaysFlat) {
     const auto& last = figures.back();
     EXPECT_LE(last.at("descriptors"), early.at("descriptors").get<int>() + 2);
     EXPECT_LE(last.at("threads"), early.at("threads"));
-    EXPECT_LE(last.at("heap").get<int>(), early.at("heap").get<int>() + 100);
+    // The least of three, as an open connection takes some.
+    const auto leastHeap = [&](std::size_t first) {
+        const auto heap = [&](std::size_t at) { return figures.at(at).at("heap").get<int>(); };
+        return std::min({heap(first), heap(first + 1), heap(first + 2)});
+    };
+    EXPECT_LE(leastHeap(7), leastHeap(0) + 100);
 }
 
 }  // namespace
