@@ -100,10 +100,9 @@ bool isNetworkMissing(const UrlOutcome& outcome) {
     return error != nullptr && error->code == UrlError::notConnectedToInternet;
 }
 
-bool isDistrust(const UrlOutcome& outcome) {
-    const auto* error = std::get_if<UrlError>(&outcome);
-    return error != nullptr &&
-           (error->code == UrlError::serverCertificateUntrusted || error->code == UrlError::secureConnectionFailed);
+/// Whether lack of memory may be why no connection was made.
+bool isDistrust(CURLcode code) {
+    return code == CURLE_PEER_FAILED_VERIFICATION || code == CURLE_SSL_CONNECT_ERROR || code == CURLE_OUT_OF_MEMORY;
 }
 
 /// Ends the network thread's wait. libcurl's own way takes a trip through a pair of sockets at every hand-over.
@@ -340,8 +339,8 @@ void UrlEngine::Loop::conclude(TaskPointer& task, CURLcode code) {
     UrlExchange& exchange = task->exchange;
     if (code == CURLE_OK && exchange.followRedirect(easy)) return start(std::move(task));
     if (exchange.needsNewConnection(code)) return start(std::move(task));
+    mHaveDistrusted |= isDistrust(code);
     auto outcome = exchange.finish(easy, code);
-    mHaveDistrusted |= isDistrust(outcome);
     if (mConduct.background && isNetworkMissing(outcome) && !exchange.departure()->hasLeft()) return wait(task);
     complete(std::move(task), std::move(outcome));
 }
@@ -420,7 +419,7 @@ int UrlEngine::Loop::millisecondsToNextDeadline() const {
 /// Where memory ran out while OpenSSL looked at an authority's certificate, it takes that for a bad one from then on,
 /// and libcurl keeps it for as long as the handle.
 void UrlEngine::Loop::renewAfterDistrust() {
-    auto renewed = makeMulti();
+    auto renewed = mMulti ? makeMulti() : nullptr;  // none where a completion has destroyed the engine
     if (!renewed) return;
     mMulti = std::move(renewed);
     mHaveDistrusted = false;
