@@ -53,7 +53,7 @@ void tryInput(Input input) {
     for (int i = 0; i < mostSteps && !input.isEmpty() && step(world, input.line()); ++i) {
     }
     // The person closes what is left, and the service fails from now on.
-    for (int i = 0; i < mostSteps && !world.reports().size(); ++i) {
+    for (int i = 0; i < mostSteps && world.reports().empty(); ++i) {
         if (world.device().network().open() > 0) {
             world.answer({500, ""});
         } else {

@@ -29,7 +29,7 @@ std::string unescaped(std::string_view text) {
 }
 
 std::string makePath(std::string_view component) {
-    const auto url = appendingPathComponent(base, component);
+    auto url = appendingPathComponent(base, component);
     must(isUrl(url), "whatever the path, there is a URL");
     must(url.starts_with(std::string(base) + "/") && url.find_first_of("?#") == std::string::npos,
          "a path stays a path of its service");
@@ -39,7 +39,7 @@ std::string makePath(std::string_view component) {
 }
 
 std::string addQuery(const std::string& url, const std::string& query) {
-    const auto whole = settingQuery(url, query);
+    auto whole = settingQuery(url, query);
     const auto start = whole.find('?');
     const auto end = std::min(whole.find('#'), whole.size());
     must(start < end && unescaped(std::string_view(whole).substr(start + 1, end - start - 1)) == query,
