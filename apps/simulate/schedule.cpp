@@ -41,10 +41,10 @@ constexpr KindInfo kinds[]{
     {Kind::ANSWER_CHALLENGE, "ANSWER_CHALLENGE", 3},
     {Kind::CUT, "CUT", 6},
     {Kind::RESTORE, "RESTORE", 8},
-    {Kind::FATE, "FATE", 20, 12},                 // this one of those in world.cpp
+    {Kind::FATE, "FATE", 20, 12},                 // this one of those in mishaps.cpp
     {Kind::SLOWNESS, "SLOWNESS", 6, 3000},        // milliseconds for each way
     {Kind::LATENESS, "LATENESS", 3, 50},          // at most so many milliseconds for work off the main thread
-    {Kind::FAULT, "FAULT", 10, 13},               // this one of those in world.cpp
+    {Kind::FAULT, "FAULT", 10, 13},               // this one of those in mishaps.cpp
     {Kind::CLOCK_OFFSET, "CLOCK_OFFSET", 2, 60},  // seconds, and never a minute from one to another
     {Kind::END_SESSIONS, "END_SESSIONS", 2},
     {Kind::WALL_CLOCK, "WALL_CLOCK", 2, 7200},  // seconds forward, or back when odd

@@ -1,5 +1,7 @@
 #include "world.h"
 
+#include "mishaps.h"
+#include "questions.h"
 #include "traffic.h"
 
 #include <algorithm>
@@ -19,48 +21,6 @@ using Environment = Kavio::EnvironmentType;
 /// Orders at the first ones end well, at the others in every way that there is.
 constexpr std::array<std::int64_t, 12> machines{42100107, 42100178, 42100107, 42100178, 42100107, 42102343,
                                                 42102488, 42102833, 42102904, 42102973, 42103042, 1234};
-/// The README's cards for 3-D Secure.
-constexpr std::array cards{"4000000000001018", "4000000000001026", "4000000000001034",
-                           "4000000000001042", "4000000000001067", "4000000000001075",
-                           "4000000000001117", "4000000000001133", "4000000000001141"};
-
-Fate fate(std::int64_t number) {
-    const std::array fates{
-        test::fate::noHost,
-        test::fate::noConnection,
-        test::fate::untrusted,
-        test::fate::notSecure,
-        test::fate::requestLost,
-        test::fate::replyLost,
-        +[] { return test::fate::timesOut(true); },
-        +[] { return test::fate::timesOut(false); },
-        test::fate::unreadable,
-        +[] { return Fate{.isRepeated = true}; },
-        +[] { return Fate{.isCut = true}; },
-        +[] { return Fate{.there = 90s}; },
-    };
-    return fates[std::size_t(number)]();
-}
-
-ServiceFault fault(std::int64_t number) {
-    const std::array faults{
-        ServiceFault{.path = "*", .status = 500},
-        ServiceFault{.path = "*", .status = 503, .takesEffect = true},
-        ServiceFault{.path = "*", .status = 400},
-        ServiceFault{.path = "*", .status = 404, .body = R"({"message":null})"},
-        ServiceFault{.path = "*", .status = 401},
-        ServiceFault{.path = "*", .status = 406, .body = "<html>"},
-        ServiceFault{.path = "*", .status = 417},
-        ServiceFault{.path = "*", .status = 426},
-        ServiceFault{.path = "*", .delay = 10s, .times = 3},
-        ServiceFault{.path = "*", .isLost = true, .takesEffect = true},
-        ServiceFault{.path = "/orders/*", .body = R"({"id":1,"status":"somethingNew","amount":99999999999999})"},
-        ServiceFault{.path = "/time", .body = "{}"},
-        ServiceFault{.path = "*", .body = "null", .takesEffect = true},
-    };
-    return faults[std::size_t(number)];
-}
-
 struct Facade {
     std::shared_ptr<Ledger> ledger;
     std::unique_ptr<Kavio> kavio;
@@ -71,40 +31,6 @@ std::string cardOf(const Facade& facade) {
         if (method->type == PaymentMethod::PaymentType::CREDIT_CARD) return method->id;
     return "no card";
 }
-
-/// An operation that needs nothing that the person has seen before.
-struct Question {
-    Kind kind;
-    Callback callback;
-    void (*ask)(Kavio& kavio, std::int64_t value);
-};
-
-void addCard(Kavio& kavio, std::int64_t) {
-    kavio.addCreditCard(std::make_shared<Card>(
-        Card{.pan = "4111111111111111", .month = "12", .year = "2039", .cvv = "123", .email = "a@b.example"}));
-}
-
-void enrol(Kavio& kavio, std::int64_t card) {
-    kavio.addCreditCardTDSecure({.number = cards[std::size_t(card)], .month = 12, .year = 2039, .securityCode = 123},
-                                {.name = "Robin", .email = "a@b.example"});
-}
-
-constexpr Question questions[]{
-    {Kind::ADD_CARD, Callback::ADD_CARD, addCard},
-    {Kind::ENROL, Callback::ADD_CARD, enrol},
-    {Kind::ASK_SESSION, Callback::SESSION, [](Kavio& kavio, std::int64_t) { kavio.isLoggedIn(); }},
-    {Kind::ASK_METHODS, Callback::METHODS, [](Kavio& kavio, std::int64_t) { kavio.getPaymentMethods(); }},
-    {Kind::ASK_MACHINES, Callback::MACHINES, [](Kavio& kavio, std::int64_t) { kavio.getMachines(nullptr); }},
-    {Kind::ASK_TRANSACTIONS, Callback::TRANSACTIONS,
-     [](Kavio& kavio, std::int64_t) { kavio.getTransactions(nullptr); }},
-    {Kind::LOG_OUT, Callback::LOGOUT, [](Kavio& kavio, std::int64_t) { kavio.logout(); }},
-};
-
-/// The two halves of what LOG_IN stands for.
-constexpr Question login{Kind::LOG_IN, Callback::LOGIN,
-                         [](Kavio& kavio, std::int64_t) { kavio.login("49", "151234567"); }};
-constexpr Question verify{Kind::LOG_IN, Callback::VERIFY,
-                          [](Kavio& kavio, std::int64_t) { kavio.verify("123456", "DE", "49", "151234567"); }};
 
 /// One run: the device, up to two facades, and what the person has asked for.
 class World {
@@ -188,8 +114,7 @@ private:
 };
 
 void World::perform(const Step& step) {
-    const auto* question = std::ranges::find(questions, step.kind, &Question::kind);
-    if (question != std::end(questions)) return ask(facade(step.facade), *question, step.value);
+    if (const auto* question = questionOf(step.kind)) return ask(facade(step.facade), *question, step.value);
     if (!personDoes(step) && !applicationDoes(step)) goWrong(step.kind, step.value);
 }
 
