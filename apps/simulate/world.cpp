@@ -267,7 +267,7 @@ void World::pay(Facade& facade, bool isDeposit, const std::function<void(Kavio&,
     const auto number = std::int64_t(mPayments.size());
     mPayments.push_back({.amount = isDeposit ? 20'000 + 100 * number : 101 + number,
                          .isDeposit = isDeposit,
-                         .hasNeverLeft = mDevice.network().isCut()});
+                         .hasNeverLeft = !isDeposit && mDevice.network().isCut()});
     const auto payment = mPayments.size() - 1;
     if (facade.kavio->isBusy()) mPayments[payment].isGivenUpUnsent = true;  // refused: it must never be made
     facade.ledger->perform(*facade.kavio, isDeposit ? Callback::DEPOSIT : Callback::PLACE_ORDER, payment,
@@ -292,7 +292,8 @@ void World::settle(Facade& facade, std::size_t number) {
         *facade.kavio, callback, known, [&](Kavio& kavio) { kavio.settlePayment(payment.id); }, true);
 }
 
-/// The application lets go of a facade. A purchase that cannot have left yet must never be made then.
+/// The application lets go of a facade. A purchase that cannot have left yet must never be made then; a deposit, which
+/// does not wait for a network, goes on.
 void World::silence(Facade& facade) {
     for (const auto waiting : facade.ledger->silence())
         if (mPayments[waiting].hasNeverLeft && !mPayments[waiting].told) mPayments[waiting].isGivenUpUnsent = true;
