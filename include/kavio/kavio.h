@@ -157,6 +157,7 @@ public:
     bool forgetPayment(const std::string& id);
 
 private:
+    friend class AsyncKavio;
     struct State;
     std::shared_ptr<State> mState;
 };

@@ -52,11 +52,12 @@ enum class Cause {
     UNTRUSTED_SERVICE,    ///< whoever answered could not prove to be the service
     FOLLOWING_TIMED_OUT,  ///< the order was followed for as long as orders are followed
     PAGE_NOT_SHOWN,       ///< there is no window for the card issuer's page, or it had to give way to another page
-    CANCELED_BY_PERSON,   ///< the person closed the card issuer's page
+    CANCELED_BY_PERSON,   ///< the person closed the card issuer's page, or gave up a purchase that had not left yet
     STORE_FAILED,         ///< a payment could not be written down, so it was not made
     NOT_MADE,             ///< `settlePayment`: the service has no such payment, and none can arrive
     NOT_CERTAIN,          ///< `settlePayment`: the outcome of the payment cannot be told, or not yet
     OUT_OF_MEMORY,        ///< memory ran out on the way
+    RELEASED,             ///< the wallet was released first; only told to who waits for an `Operation`
 };
 
 /// The enumerator's own name, such as "UNKNOWN".

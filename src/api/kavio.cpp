@@ -64,6 +64,7 @@ void Kavio::State::abandon() {
     mDelegate.reset();
     closePage();
     mTDSecSceneController->detach(this);
+    if (const auto listener = mListener.lock()) listener->abandon();
 }
 
 }  // namespace kavio

@@ -106,9 +106,24 @@ void Kavio::State::giveUpPurchase() {
     contained([&] { PaymentJournal::shared()->strikeOut(purchase->paymentId); });
 }
 
+void Kavio::State::cancelPurchase() {
+    if (mPurchase && mPurchase->sending->cancel()) mPurchase->isCanceled = true;
+}
+
+std::shared_ptr<void> Kavio::State::cancelPurchaseWhen(std::stop_token stop) {
+    const auto cancel = [weak = weak_from_this(), own = mLastOperation] {
+        const auto state = weak.lock();
+        if (state && state->isUnderWay(own)) state->cancelPurchase();
+    };
+    auto onAnyThread = [cancel] { insisted([&] { Platform::current().mainQueue->post(cancel); }); };
+    return std::make_shared<std::stop_callback<decltype(onAnyThread)>>(std::move(stop), std::move(onAnyThread));
+}
+
 void Kavio::State::placeOrderResponse(const OrderOperation& operation, APIResult<OrderModel> reply) {
     if (operation.isSuperseded()) return;  // a late reply to a purchase that `release` has ended
-    mPurchase.reset();
+    const auto purchase = std::exchange(mPurchase, std::nullopt);
+    if (purchase && purchase->isCanceled)
+        return operation.fail(ResultType::FAILURE, Cause::CANCELED_BY_PERSON, "canceled by user");
     if (!reply) return operation.fail(reply.failure());
     follow(operation, orderOf(std::move(reply).payload()));
 }
@@ -119,7 +134,7 @@ void Kavio::State::follow(const OrderOperation& operation, std::shared_ptr<const
     mPollingCounter = 0;
     mWhyNotFollowed = Cause::FOLLOWING_TIMED_OUT;
     scheduleNextPoll(operation);
-    operation.report(std::move(placed), std::move(order));
+    operation.report(placed, std::move(order));
 }
 
 // The order of a payment that was in doubt is followed as after its purchase, unless it is already over.
@@ -152,7 +167,7 @@ void Kavio::State::scheduleNextPoll(const OrderOperation& operation) {
 void Kavio::State::poll(const OrderOperation& operation) {
     if (operation.isSuperseded()) return;
     ++mPollingCounter;
-    if (!mLastOrder) return operation.end();
+    if (!mLastOrder) return operation.endSilently();
     mPurchaseRepo->order(mLastOrder->id, true, operation.then<OrderModel>(&State::pollResponse));
 }
 
@@ -171,10 +186,12 @@ void Kavio::State::pollResponse(const OrderOperation& operation, APIResult<Order
     if (changed) mLastOrder = order;
     if (goesOn) {
         scheduleNextPoll(operation);  // may report TIMEOUT, and the delegate may then destroy the facade
-    } else {
+    } else if (changed) {
         operation.end();
+    } else {
+        operation.endSilently();
     }
-    if (changed) operation.report(std::move(news), std::move(order));
+    if (changed) operation.report(news, std::move(order));
 }
 
 void Kavio::getOrder(std::string orderId) {

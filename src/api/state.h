@@ -19,8 +19,10 @@
 #include <memory>
 #include <new>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <utility>
+#include <variant>
 
 namespace kavio {
 
@@ -31,6 +33,22 @@ enum class Purpose { ASK, CHANGE };
 struct PendingPurchase {
     std::shared_ptr<Sending> sending;
     std::string paymentId;
+    bool isCanceled = false;  // nothing of it has left, or ever will
+};
+
+using AnyPayload = std::variant<std::monostate, std::optional<PaymentMethods>, std::optional<Machines>,
+                                std::optional<Products>, std::optional<Orders>, std::shared_ptr<const Order>,
+                                std::shared_ptr<const CreditCard>, std::optional<std::int64_t>>;
+
+/// Who waits for one operation, besides the delegate. Told after it.
+class Listener {
+public:
+    virtual ~Listener() = default;
+    virtual void report(const KavioDelegate::Result& result, const AnyPayload& payload, bool isLast) = 0;
+    /// Nothing more will be reported. More than once, perhaps.
+    virtual void end() = 0;
+    /// The facade is let go of.
+    virtual void abandon() = 0;
 };
 
 /// What a facade knows. Used on the main thread; no locks.
@@ -58,12 +76,17 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     /// The gate of every operation: calls `work` with it, unless another one is under way, which is reported as `BUSY`.
     template <class... Payload, class Work>
     void perform(Callback<Payload...> callback, Purpose purpose, Work work);
-    /// Calls the delegate, if it still exists.
+    /// Calls the delegate, if it still exists, and who else waits.
     template <class... Payload>
-    void tell(Callback<Payload...> callback, KavioDelegate::Result result, Payload... payload) const;
+    void tell(Callback<Payload...> callback, const std::shared_ptr<Listener>& listener, bool isLast,
+              const KavioDelegate::Result& result, Payload... payload) const;
 
     /// Gives up a purchase that has not left yet; one that has left goes on.
     void giveUpPurchase();
+    /// The same, but it is reported.
+    void cancelPurchase();
+    /// Does that when `stop` is requested, on any thread, for as long as what is returned is kept.
+    std::shared_ptr<void> cancelPurchaseWhen(std::stop_token stop);
     /// Finds out what became of the payment; `found` ends the operation for one that was made.
     template <class Asked>
     void settle(const Asked& operation, const JournalEntry& entry,
@@ -100,6 +123,8 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     std::int64_t mPollingCounter = 0;
     Cause mWhyNotFollowed = Cause::FOLLOWING_TIMED_OUT;
     std::optional<PendingPurchase> mPurchase;  // until it is answered
+    std::shared_ptr<Listener> mNextListener;   // of the operation that is being started
+    std::weak_ptr<Listener> mListener;         // of the last operation
     std::int64_t mLastOperation = 0;           // the number of the last operation
     bool mIsBusy = false;                      // the last operation is under way
 };
@@ -117,8 +142,9 @@ inline KavioDelegate::Result outOfMemory(Effect effect) noexcept {
 template <class... Payload>
 class Kavio::State::Operation {
 public:
-    Operation(std::weak_ptr<State> state, Callback<Payload...> callback, Purpose purpose, std::int64_t number)
-        : mCourse(std::make_shared<Course>(std::move(state), callback, purpose, number)) {}
+    Operation(std::weak_ptr<State> state, Callback<Payload...> callback, std::shared_ptr<Listener> listener,
+              Purpose purpose, std::int64_t number)
+        : mCourse(std::make_shared<Course>(std::move(state), callback, std::move(listener), purpose, number)) {}
 
     bool isUnderWay() const {
         const auto state = mCourse->state.lock();
@@ -132,6 +158,11 @@ public:
     void end() const {
         mCourse->hasEnded = true;
         if (isUnderWay()) mCourse->state.lock()->mIsBusy = false;
+    }
+    /// Ends without another report.
+    void endSilently() const {
+        end();
+        if (mCourse->listener) mCourse->listener->end();
     }
 
     // Results are made before anything changes, since memory may run out.
@@ -156,21 +187,21 @@ public:
 
     /// Tells the delegate. Always the last thing that is done: the delegate may start the next operation, or destroy
     /// the facade.
-    void report(KavioDelegate::Result result, Payload... payload) const {
+    void report(const KavioDelegate::Result& result, Payload... payload) const {
         if (const auto state = mCourse->state.lock())
-            state->tell(mCourse->callback, std::move(result), std::move(payload)...);
+            state->tell(mCourse->callback, mCourse->listener, mCourse->hasEnded, result, std::move(payload)...);
     }
     void succeed(Payload... payload) const {
-        auto result = success();
+        const auto result = success();
         end();
-        report(std::move(result), std::move(payload)...);
+        report(result, std::move(payload)...);
     }
     /// As `failure` says.
     template <class... Why>
     void fail(Why&&... why) const {
-        auto result = failure(std::forward<Why>(why)...);
+        const auto result = failure(std::forward<Why>(why)...);
         end();
-        report(std::move(result), Payload{}...);
+        report(result, Payload{}...);
     }
 
     /// A completion that calls `handler` with the state, this operation and the reply.
@@ -202,17 +233,22 @@ public:
 private:
     /// What all who hold the operation share. The last of them may be on any thread.
     struct Course {
-        Course(std::weak_ptr<State> facade, Callback<Payload...> told, Purpose wanted, std::int64_t ownNumber)
-            : state(std::move(facade)), callback(told), purpose(wanted), number(ownNumber) {}
+        Course(std::weak_ptr<State> facade, Callback<Payload...> told, std::shared_ptr<Listener> waiting,
+               Purpose wanted, std::int64_t ownNumber)
+            : state(std::move(facade)),
+              callback(told),
+              listener(std::move(waiting)),
+              purpose(wanted),
+              number(ownNumber) {}
         ~Course() {
             if (hasEnded || state.expired()) return;
             insisted([&] {
                 Platform::current().mainQueue->post(
-                    [weak = state, told = callback, own = number, result = outOfMemory(effect)] {
+                    [weak = state, told = callback, waiting = listener, own = number, result = outOfMemory(effect)] {
                         const auto facade = weak.lock();
                         if (!facade || !facade->isUnderWay(own)) return;
                         facade->mIsBusy = false;
-                        facade->tell(told, result, Payload{}...);
+                        facade->tell(told, waiting, true, result, Payload{}...);
                     });
             });
         }
@@ -221,6 +257,7 @@ private:
 
         const std::weak_ptr<State> state;
         const Callback<Payload...> callback;
+        const std::shared_ptr<Listener> listener;
         const Purpose purpose;
         const std::int64_t number;
         Effect effect = purpose == Purpose::CHANGE ? Effect::UNKNOWN : Effect::NONE;
@@ -238,26 +275,36 @@ private:
 };
 
 template <class... Payload>
-void Kavio::State::tell(Callback<Payload...> callback, KavioDelegate::Result result, Payload... payload) const {
-    if (const auto delegate = mDelegate.lock()) ((*delegate).*callback)(std::move(result), std::move(payload)...);
+void Kavio::State::tell(Callback<Payload...> callback, const std::shared_ptr<Listener>& listener, bool isLast,
+                        const KavioDelegate::Result& result, Payload... payload) const {
+    const auto waiting = listener;  // the delegate may destroy all else
+    const auto delegate = mDelegate.lock();
+    if (!waiting) {
+        if (delegate) ((*delegate).*callback)(result, std::move(payload)...);
+        return;
+    }
+    if (delegate) ((*delegate).*callback)(result, payload...);
+    waiting->report(result, AnyPayload(std::move(payload)...), isLast);
 }
 
 template <class... Payload, class Work>
 void Kavio::State::perform(Callback<Payload...> callback, Purpose purpose, Work work) {
+    const auto listener = std::exchange(mNextListener, nullptr);
     std::optional<Operation<Payload...>> operation;
     KavioDelegate::Result refusal;
     try {
         if (mIsBusy) {
             refusal = std::make_shared<const KavioResult>(ResultType::BUSY, std::nullopt, Effect::NONE, Cause::BUSY);
         } else {
-            operation.emplace(weak_from_this(), callback, purpose, mLastOperation + 1);
+            operation.emplace(weak_from_this(), callback, listener, purpose, mLastOperation + 1);
         }
     } catch (const std::bad_alloc&) {
         refusal = outOfMemory(Effect::NONE);
     }
-    if (refusal) return tell(callback, std::move(refusal), Payload{}...);
+    if (refusal) return tell(callback, listener, true, refusal, Payload{}...);
     mIsBusy = true;
     ++mLastOperation;
+    mListener = listener;
     contained([&] { work(*operation); });
 }
 

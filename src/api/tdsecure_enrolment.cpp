@@ -168,10 +168,10 @@ void Kavio::State::Enrolment::getCardResponse(const APIResult<TDSGetCardResponse
     const auto payload = reply ? reply.payload() : std::nullopt;
     const auto* challenge = payload ? std::get_if<TDSGetCardChallengeResponse>(&payload->reply) : nullptr;
     if (challenge && mOperation.isUnderWay()) return showNextChallenge(challenge->url);
-    auto outcome = outcomeOf(reply);
+    const auto outcome = outcomeOf(reply);
     mOperation.end();
     closePage();
-    mOperation.report(std::move(outcome), nullptr);
+    mOperation.report(outcome, nullptr);
 }
 
 KavioDelegate::Result Kavio::State::Enrolment::outcomeOf(const APIResult<TDSGetCardResponseFactory>& reply) const {

@@ -58,6 +58,7 @@ Failure explain(const KavioResult& result) {
         case Cause::NOT_MADE:
         case Cause::NOT_CERTAIN:
         case Cause::OUT_OF_MEMORY:
+        case Cause::RELEASED:
             break;
     }
     return failure(ExitStatus::FAILED, "That did not work");
