@@ -149,7 +149,8 @@ void GtkWebView::close() {
 
 void GtkWebView::setHidden(bool hidden) {
     // A page that ran out of sight is not uncovered, not even until the next one begins.
-    if (std::exchange(mPage.isHidden, hidden) && !hidden) mPage.phase = Page::Phase::WORKING;
+    const bool isUncovered = std::exchange(mPage.isHidden, hidden) && !hidden;
+    if (isUncovered && mPage.phase != Page::Phase::ENDED) mPage.phase = Page::Phase::WORKING;
     announce();
 }
 

@@ -197,6 +197,14 @@ TEST_P(WindowsConformance, KeepsAPageThatHasEndedCoveredUntilTheNextLoad) {
     EXPECT_EQ(driver->shown(), "working");
     made->show(late);
     EXPECT_TRUE(becomes("page"));
+
+    // Nor is it the next load that the view is not to be hidden any more: that may never come.
+    made->runHidden(driver->document({{Kind::FRAME, pageEnd}, {Kind::GO, late}}));
+    EXPECT_TRUE(driver->runUntil([&] { return made->log->ends.size() == 2; }));
+    made->scene->webView()->setHidden(false);
+    made->log->urls.clear();
+    EXPECT_TRUE(driver->runUntil([&] { return made->log->lastUrl() == framed; }));
+    EXPECT_EQ(driver->shown(), "working");
 }
 
 TEST_P(WindowsConformance, StaysWithThePageThatGoesWhereItMayNot) {
