@@ -1,5 +1,6 @@
 // kavio-scene-bench: the time from the reply to a card until the issuer's page shows, with Kavio::gtk and in a bare
-// WebKitGTK program. It needs a display; docs/gtk.md says how to give it one of its own.
+// WebKitGTK program that makes its view when the reply comes. It needs a display; docs/gtk.md says how to give it one
+// of its own.
 
 #include "sandbox/pages.h"
 
@@ -60,15 +61,19 @@ private:
     Clock::time_point mPainted;
 };
 
-/// Answers every request with the same challenge, and records when.
+/// Answers every request with the same challenge, and records when. For a card the service has to ask the issuer, so
+/// that takes time.
 class ChallengingSession final : public UrlSession {
 public:
-    explicit ChallengingSession(std::string url) : mUrl(std::move(url)) {}
+    ChallengingSession(std::string url, std::chrono::milliseconds serviceTime)
+        : mUrl(std::move(url)), mServiceTime(serviceTime) {}
     ~ChallengingSession() override { join(); }
 
-    void dataTask(UrlRequest, Completion completion) override {
+    void dataTask(UrlRequest request, Completion completion) override {
         join();
-        mThread = std::thread([this, completion = std::move(completion)] {
+        const bool isForCard = request.url.ends_with("/addCard");
+        mThread = std::thread([this, isForCard, completion = std::move(completion)] {
+            if (isForCard) std::this_thread::sleep_for(mServiceTime);
             auto body = fmt::format(R"({{"type":3,"id":"I","url":"{}"}})", mUrl);
             answered = Clock::now();
             completion(UrlReply{200, std::move(body)});
@@ -85,16 +90,21 @@ private:
     }
 
     const std::string mUrl;
+    const std::chrono::milliseconds mServiceTime;
     std::thread mThread;
 };
+
+void runFor(std::chrono::milliseconds time) {
+    for (const auto end = Clock::now() + time; Clock::now() < end;) {
+        if (!g_main_context_iteration(nullptr, FALSE)) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+}
 
 GtkWindow* showHostWindow(GtkApplication* application) {
     auto* window = GTK_WINDOW(gtk_application_window_new(application));
     gtk_window_present(window);
     while (!gtk_widget_get_mapped(GTK_WIDGET(window))) g_main_context_iteration(nullptr, TRUE);
-    for (const auto settled = Clock::now() + std::chrono::milliseconds(300); Clock::now() < settled;) {
-        g_main_context_iteration(nullptr, FALSE);
-    }
+    runFor(std::chrono::milliseconds(300));  // until it has settled
     return window;
 }
 
@@ -102,11 +112,11 @@ void waitFor(const Issuer& issuer) {
     while (!issuer.isPainted) g_main_context_iteration(nullptr, TRUE);
 }
 
-std::string timeLibrary(GtkApplication* application, const Issuer& issuer) {
+std::string timeLibrary(GtkApplication* application, const Issuer& issuer, std::chrono::milliseconds serviceTime) {
     LinuxPlatformOptions options;
     options.storeDirectory = std::filesystem::temp_directory_path() / fmt::format("kavio-scene-bench-{}", getpid());
     auto platform = makeGtkPlatform(application, options);
-    const auto session = std::make_shared<ChallengingSession>(issuer.url());
+    const auto session = std::make_shared<ChallengingSession>(issuer.url(), serviceTime);
     platform.urlSession = session;
     Platform::install(std::move(platform));
     const auto delegate = std::make_shared<QuietDelegate>();
@@ -117,7 +127,8 @@ std::string timeLibrary(GtkApplication* application, const Issuer& issuer) {
     return issuer.timesSince(session->answered);
 }
 
-std::string timeBare(GtkWindow* host, const Issuer& issuer) {
+std::string timeBare(GtkWindow* host, const Issuer& issuer, std::chrono::milliseconds serviceTime) {
+    runFor(serviceTime);
     const auto start = Clock::now();
     auto* session = webkit_network_session_new_ephemeral();
     auto* view = g_object_new(WEBKIT_TYPE_WEB_VIEW, "network-session", session, nullptr);
@@ -133,13 +144,14 @@ std::string timeBare(GtkWindow* host, const Issuer& issuer) {
 }
 
 /// One run in a fresh process, as when a program has just started.
-int runOnce(std::string_view kind) {
+int runOnce(std::string_view kind, std::chrono::milliseconds serviceTime) {
     if (gtk_init_check() == FALSE) return std::fputs("kavio-scene-bench: there is no display\n", stderr), 1;
     auto* application = gtk_application_new(nullptr, G_APPLICATION_NON_UNIQUE);
     g_application_register(G_APPLICATION(application), nullptr, nullptr);
     const Issuer issuer;
     auto* host = showHostWindow(application);
-    fmt::print("{}\n", kind == "library" ? timeLibrary(application, issuer) : timeBare(host, issuer));
+    fmt::print("{}\n",
+               kind == "library" ? timeLibrary(application, issuer, serviceTime) : timeBare(host, issuer, serviceTime));
     std::fflush(stdout);
     std::_Exit(0);
 }
@@ -147,9 +159,9 @@ int runOnce(std::string_view kind) {
 struct Times {
     std::vector<double> navigation;
     std::vector<double> visible;
-    void add(const char* kind) {
+    void add(const char* kind, int serviceTime) {
         const auto program = std::filesystem::read_symlink("/proc/self/exe").string();
-        std::FILE* output = popen(fmt::format("'{}' {}", program, kind).c_str(), "r");
+        std::FILE* output = popen(fmt::format("'{}' {} {}", program, kind, serviceTime).c_str(), "r");
         double asked = 0;
         double painted = 0;
         if (std::fscanf(output, "%lf %lf", &asked, &painted) != 2) throw std::runtime_error("a run failed");
@@ -164,21 +176,25 @@ double median(std::vector<double> values) {
     return values[values.size() / 2];
 }
 
-void printRow(const char* name, const std::vector<double>& library, const std::vector<double>& bare) {
-    fmt::print("| {} | {:.0f} ms | {:.0f} ms | {:.2f} |\n", name, median(library), median(bare),
+void printRow(int serviceTime, const char* name, const std::vector<double>& library, const std::vector<double>& bare) {
+    fmt::print("| {} ms | {} | {:.0f} ms | {:.0f} ms | {:.2f} |\n", serviceTime, name, median(library), median(bare),
                median(library) / median(bare));
 }
 
 int compare() {
-    Times library;
-    Times bare;
-    for (int run = 0; run < 13; ++run) {
-        library.add("library");
-        bare.add("bare");
+    fmt::print(
+        "| the service answers in | from then to | Kavio::gtk | bare WebKitGTK | ratio |\n"
+        "| --- | --- | --- | --- | --- |\n");
+    for (const int serviceTime : {0, 200, 500}) {
+        Times library;
+        Times bare;
+        for (int run = 0; run < 13; ++run) {
+            library.add("library", serviceTime);
+            bare.add("bare", serviceTime);
+        }
+        printRow(serviceTime, "the request for the page", library.navigation, bare.navigation);
+        printRow(serviceTime, "the painted challenge", library.visible, bare.visible);
     }
-    fmt::print("| from the reply to the card to | Kavio::gtk | bare WebKitGTK | ratio |\n| --- | --- | --- | --- |\n");
-    printRow("the request for the page", library.navigation, bare.navigation);
-    printRow("the painted challenge", library.visible, bare.visible);
     return 0;
 }
 
@@ -186,7 +202,7 @@ int compare() {
 
 int main(int argc, char** argv) {
     try {
-        return argc == 2 ? runOnce(argv[1]) : compare();
+        return argc == 3 ? runOnce(argv[1], std::chrono::milliseconds(std::stoi(argv[2]))) : compare();
     } catch (const std::exception& error) {
         fmt::print(stderr, "kavio-scene-bench: {}\n", error.what());
         return 1;

@@ -11,8 +11,8 @@ import sys
 # fault is on.
 PLANTS = [
     ("the busy flag is forgotten", "api/state.h",
-     "if (isUnderWay()) mCourse->state.lock()->mIsBusy = false;",
-     "if (isUnderWay() && !planted) mCourse->state.lock()->mIsBusy = false;"),
+     "if (isUnderWay()) mCourse->state.lock()->becomeIdle();",
+     "if (isUnderWay() && !planted) mCourse->state.lock()->becomeIdle();"),
     ("nothing counts as under way", "api/state.h",
      "    mIsBusy = true;\n", "    mIsBusy = !planted;\n"),
     ("a busy facade takes another operation", "api/state.h",

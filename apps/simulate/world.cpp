@@ -425,6 +425,7 @@ void World::letGo() {
     for (const auto lane : {test::Lane::MAIN, test::Lane::SERIAL, test::Lane::CONCURRENT, test::Lane::NETWORK})
         if (mDevice.time().waiting(lane) > 0) throw Violation("nothing is left", "work");
     if (mDevice.screen().hasScene()) throw Violation("nothing is left", "a scene");
+    if (mDevice.screen().preparedScene() != "gone") throw Violation("nothing is left", "a prepared scene");
 }
 
 }  // namespace

@@ -58,9 +58,14 @@ void Kavio::release(const void* caller) {
     state->abandon();
 }
 
+void Kavio::State::becomeIdle() {
+    mIsBusy = false;
+    mPrepared.reset();
+}
+
 void Kavio::State::abandon() {
     giveUpPurchase();
-    mIsBusy = false;
+    becomeIdle();
     mDelegate.reset();
     closePage();
     mTDSecSceneController->detach(this);

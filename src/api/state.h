@@ -68,6 +68,8 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     explicit State(std::weak_ptr<KavioDelegate> delegate) : mDelegate(std::move(delegate)) {}
     /// Listens to what happens to the issuer's pages, until `release`.
     void attachToScene();
+    /// The last operation is not under way any more, and needs nothing that was prepared for it.
+    void becomeIdle();
     /// Ends what is under way, without a report: the application has let go of the facade.
     void abandon();
     /// Takes away the page that an enrolment of this facade has up, if any. Nobody waits for it any more.
@@ -118,8 +120,9 @@ struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::S
     const std::shared_ptr<TDSecureSceneController> mTDSecSceneController = TDSecureSceneController::takeUse();
     std::shared_ptr<const Order> mLastOrder;
     std::optional<std::string> mLastChallenge;
-    std::shared_ptr<Enrolment> mEnrolment;  // the one that waits for its page
-    std::weak_ptr<Enrolment> mShown;        // the last one that has shown a page
+    std::shared_ptr<TDSecureScene> mPrepared;  // for the first page of the enrolment under way
+    std::shared_ptr<Enrolment> mEnrolment;     // the one that waits for its page
+    std::weak_ptr<Enrolment> mShown;           // the last one that has shown a page
     std::int64_t mPollingCounter = 0;
     Cause mWhyNotFollowed = Cause::FOLLOWING_TIMED_OUT;
     std::optional<PendingPurchase> mPurchase;  // until it is answered
@@ -157,7 +160,7 @@ public:
     }
     void end() const {
         mCourse->hasEnded = true;
-        if (isUnderWay()) mCourse->state.lock()->mIsBusy = false;
+        if (isUnderWay()) mCourse->state.lock()->becomeIdle();
     }
     /// Ends without another report.
     void endSilently() const {
@@ -247,7 +250,7 @@ private:
                     [weak = state, told = callback, waiting = listener, own = number, result = outOfMemory(effect)] {
                         const auto facade = weak.lock();
                         if (!facade || !facade->isUnderWay(own)) return;
-                        facade->mIsBusy = false;
+                        facade->becomeIdle();
                         facade->tell(told, waiting, true, result, Payload{}...);
                     });
             });

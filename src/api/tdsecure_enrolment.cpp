@@ -5,6 +5,8 @@
 
 #include <kavio/platform/platform.h>
 
+#include <utility>
+
 namespace kavio {
 namespace {
 
@@ -105,6 +107,14 @@ void Kavio::State::Enrolment::start(TDSCardHolder cardHolder) {
     mPaymentMethodRepo->addCardTDSecure(
         {mLastPaymentCard, Platform::current().uuid->make(), {.holder = std::move(cardHolder)}},
         whileUnderWay(&Enrolment::addCreditCardTDSecureResponse));
+    prepareScene();
+}
+
+// While the service is being asked. A page takes most of its time to start, and most cards have one.
+void Kavio::State::Enrolment::prepareScene() const {
+    const auto facade = mFacade.lock();
+    const auto windows = Platform::current().windows;
+    if (facade && windows && mOperation.isUnderWay()) facade->mPrepared = windows->prepareScene();
 }
 
 // A completion that takes the next step. Once the facade is released or destroyed, it does nothing: no page may appear
@@ -215,11 +225,12 @@ bool Kavio::State::Enrolment::presentPage(TDSFlowType flow, const std::string& c
     // There is one screen for all facades: a page that another one has up gives way, and whoever waits for it is told.
     // That may release this facade, or close the application's windows.
     mTDSecSceneController->takePage();
+    const auto facade = mFacade.lock();
     const auto topMost = mOperation.isUnderWay() ? topMostViewController() : nullptr;
-    if (!topMost) return false;
+    if (!facade || !topMost) return false;
     mTDSecSceneController->mUrl = content;
     mTDSecSceneController->mFlow = flow;
-    const auto scene = mTDSecSceneController->createScene();
+    const auto scene = mTDSecSceneController->createScene(std::exchange(facade->mPrepared, nullptr));
     if (!scene) return false;
     scene->delegate = mTDSecSceneController;
     waitForPage(scene, [&] { topMost->present(scene, true); });

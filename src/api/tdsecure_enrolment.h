@@ -38,6 +38,7 @@ private:
     template <class Reply>
     Completion<Reply> whileUnderWay(void (Enrolment::*step)(APIResult<Reply>));
 
+    void prepareScene() const;
     void addCreditCardTDSecureResponse(APIResult<TDSAddCardResponseFactory> reply);
     void startFingerprint(const TDSAddCardFingerprintResponse& fingerprint);
     void pageResponse(APIResult<std::string> reply);

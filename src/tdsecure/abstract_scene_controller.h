@@ -15,11 +15,11 @@ class AbstractSceneController : public ServiceObject,
                                 public ViewLifecycle,
                                 public std::enable_shared_from_this<AbstractSceneController<Scene>> {
 public:
-    /// The scene, which is made if there is none. Null if it cannot be made.
-    std::shared_ptr<Scene> createScene() {
+    /// The scene. If there is none, it is `prepared` or, where that is null, made. Null if it cannot be made.
+    std::shared_ptr<Scene> createScene(std::shared_ptr<Scene> prepared = nullptr) {
         if (mScene) return mScene;
         const auto windows = Platform::current().windows;
-        mScene = windows ? windows->makeScene() : nullptr;
+        mScene = prepared || !windows ? std::move(prepared) : windows->makeScene();
         if (mScene) mScene->lifecycleDelegate = this->weak_from_this();
         return mScene;
     }

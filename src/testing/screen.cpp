@@ -179,6 +179,11 @@ std::shared_ptr<Window> Screen::keyWindow() const {
 }
 
 std::shared_ptr<TDSecureScene> Screen::makeScene() { return std::make_shared<Scene>(shared_from_this()); }
+std::shared_ptr<TDSecureScene> Screen::prepareScene() {
+    auto scene = std::make_shared<Scene>(shared_from_this());
+    mPrepared = scene;
+    return scene;
+}
 
 void Screen::note(std::string_view what, std::string_view more) {
     const OutsideLibrary called;
@@ -187,6 +192,11 @@ void Screen::note(std::string_view what, std::string_view more) {
 
 Screen::Scene* Screen::top() const { return mPresented.empty() ? nullptr : mPresented.back(); }
 bool Screen::hasScene() const { return top() != nullptr; }
+std::string Screen::preparedScene() const {
+    const auto prepared = mPrepared.lock();
+    if (!prepared) return "gone";
+    return std::count(mPresented.begin(), mPresented.end(), prepared.get()) > 0 ? "presented" : "waiting";
+}
 std::string Screen::content() const { return hasScene() ? top()->view()->content() : ""; }
 std::string Screen::shown() const { return hasScene() ? top()->view()->shown() : "nothing"; }
 bool Screen::navigate(const std::optional<std::string>& url) { return hasScene() && top()->view()->navigate(url); }

@@ -177,6 +177,39 @@ TEST(TDSecureEnrolment, DoesInEachStateWhatEachEventAsksFor) {
     }
 }
 
+TEST(TDSecureEnrolment, PreparesTheSceneOfItsFirstPageAndLetsItGoWhereThereIsNone) {
+    const std::vector<std::pair<std::string, std::string>> courses{
+        {"", "gone"},
+        {"call", "waiting"},
+        {"call; call", "waiting"},
+        {"call; frictionless", "gone"},
+        {"call; error", "gone"},
+        {"call; refusal", "gone"},
+        {"call; null", "gone"},
+        {"call; release", "gone"},
+        {"call; destroy", "gone"},
+        {"call; drop delegate", "waiting"},
+        {"call; drop delegate; error", "gone"},
+        {"call; fingerprint", "waiting"},
+        {"call; fingerprint; no text", "gone"},
+        {"call; fingerprint; release", "gone"},
+        {"call; fingerprint; page", "presented"},
+        {"call; fingerprint; page; redirect; another challenge", "presented"},
+        {"call; fingerprint; page; redirect; close; another challenge", "gone"},
+        {"call; challenge", "presented"},
+        {"no window; call; challenge", "gone"},
+        {"call; challenge; close", "gone"},
+        {"call; challenge; close; call", "waiting"},
+        {"call; challenge; redirect; locator; call; challenge", "presented"},
+    };
+    for (const auto& [path, expected] : courses) {
+        SCOPED_TRACE(path);
+        Enrolment enrolment;
+        for (const auto& event : words(path)) enrolment.play(event);
+        EXPECT_EQ(enrolment.windows->preparedScene(), expected);
+    }
+}
+
 TEST(TDSecureEnrolment, IsSilentOnceFacadeOrDelegateIsGone) {
     for (const auto& state : states()) {
         for (const std::string end : {"release", "destroy", "drop delegate"}) {

@@ -3,7 +3,9 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <functional>
 
 namespace kavio::test {
 namespace {
@@ -135,6 +137,43 @@ std::vector<std::string> filesOfTheUser() {
         found.push_back(entry.path());
     }
     return found;
+}
+
+TEST_F(EnrolmentTest, LeavesNothingOfAPageThatNeverCame) {
+    const auto before = filesOfTheUser();
+    const Report busy{"onAddCreditCard", ResultType::BUSY};
+    for (const auto& [number, report] :
+         {std::pair("4000000000001018", success),
+          std::pair("4000000000001117", serverError("the card's bank cannot be reached"))}) {
+        enrol(number);
+        enrol(number);
+        expect(busy);
+        expect(report);
+        EXPECT_EQ(windowCount(), 1U);
+    }
+
+    // What the process of the page may have come to when the facade goes.
+    using Condition = std::function<bool()>;
+    const auto isThere = [] { return !webProcesses().empty(); };
+    const auto isReady = [] {
+        const auto all = webProcesses();
+        return !all.empty() && std::ranges::none_of(all, [](const auto& process) { return process.second; });
+    };
+    sandbox.fault("*/addCard", {.delay = std::chrono::hours(1)});
+    for (const auto& hasComeSoFar : {Condition([] { return true; }), Condition(isThere), Condition(isReady)}) {
+        for (const bool isReleased : {true, false, true, false}) {
+            EXPECT_TRUE(until([] { return processes("WebKit").empty(); }));
+            auto facade = std::make_unique<Kavio>(std::weak_ptr<KavioDelegate>(), "key", Kavio::EnvironmentType::TEST);
+            enrol(*facade, "4000000000001042");
+            EXPECT_EQ(windowCount(), 2U);
+            EXPECT_TRUE(until(hasComeSoFar));
+            isReleased ? facade->release(facade.get()) : facade.reset();
+            EXPECT_EQ(windowCount(), 1U);
+        }
+    }
+    sandbox.clearFaults();
+    EXPECT_TRUE(until([] { return processes("WebKit").empty(); })) << processes("WebKit").size();
+    EXPECT_EQ(filesOfTheUser(), before);
 }
 
 TEST_F(EnrolmentTest, LeavesNothingBehind) {

@@ -8,6 +8,20 @@
 #include <algorithm>
 #include <atomic>
 #include <future>
+#include <new>
+
+namespace {
+bool hasMemoryForProbes = true;
+}
+
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker's names
+extern "C" GSocketClient* __real_g_socket_client_new();
+/// What the library calls in place of that one.
+extern "C" __attribute__((visibility("default"))) GSocketClient* __wrap_g_socket_client_new() {
+    if (!hasMemoryForProbes) throw std::bad_alloc();
+    return __real_g_socket_client_new();
+}
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace kavio::test {
 namespace {
@@ -197,6 +211,18 @@ TEST_F(SceneTest, WaitsForACertificateNoLongerThanForAPage) {
         show(server.url("/page"), std::chrono::seconds(1));
         EXPECT_TRUE(until([&] { return shown() == "failed"; }, std::chrono::seconds(10)));
     }
+}
+
+TEST_F(SceneTest, GoesOnWithoutACertificateThatItHasNoMemoryToAskFor) {
+    const RawServer secure(applicationAuthority().issue({"localhost"}),
+                           answering(httpReply(200, "page", "Content-Type: text/html\r\nConnection: close\r\n")));
+    hasMemoryForProbes = false;
+    show("https://localhost" + secure.address().substr(std::string("127.0.0.1").size()));
+    EXPECT_TRUE(until([] { return shown() == "failed"; }));
+    EXPECT_THAT(secure.requests(), IsEmpty());
+    hasMemoryForProbes = true;
+    click("back");
+    EXPECT_TRUE(until([] { return shown() == "page"; }));
 }
 
 TEST_F(SceneTest, HearsNothingMoreOfTheServersOfAPageThatItGaveUp) {

@@ -133,6 +133,10 @@ public:
     virtual std::shared_ptr<Window> keyWindow() const = 0;
     /// A new scene for the card issuer's pages; null when it cannot be made.
     virtual std::shared_ptr<TDSecureScene> makeScene() = 0;
+    /// The same, made before it is known whether a page will come: what takes a page long to start, such as a process,
+    /// starts now. Until the scene is presented, the person sees nothing of it, and nothing is asked of the network. It
+    /// is often let go unused, and leaves nothing behind then. Null where nothing is to be gained.
+    virtual std::shared_ptr<TDSecureScene> prepareScene() { return nullptr; }
 };
 
 }  // namespace kavio

@@ -44,7 +44,8 @@ struct SceneLog final : ViewLifecycle, TDSecureSceneDelegate {
 
 /// A scene with whoever it tells.
 struct LoggedScene {
-    explicit LoggedScene(Windows& windows) : scene(windows.makeScene()) {
+    explicit LoggedScene(Windows& windows) : LoggedScene(windows.makeScene()) {}
+    explicit LoggedScene(std::shared_ptr<TDSecureScene> made) : scene(std::move(made)) {
         scene->lifecycleDelegate = log;
         scene->delegate = log;
     }

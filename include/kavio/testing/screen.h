@@ -25,6 +25,7 @@ public:
 
     std::shared_ptr<Window> keyWindow() const override;
     std::shared_ptr<TDSecureScene> makeScene() override;
+    std::shared_ptr<TDSecureScene> prepareScene() override;
 
     bool hasKeyWindow = true;
     /// What goes wrong where a scene is presented.
@@ -39,6 +40,8 @@ public:
 
     /// Whether a scene is on the screen.
     bool hasScene() const;
+    /// What has become of the scene that was prepared last: "waiting", "presented"; "gone" when there is none.
+    std::string preparedScene() const;
     /// The address or document of the page that is there; empty if there is none.
     std::string content() const;
     /// What the top-most scene shows: "working", "page", "failed"; "nothing" when there is none.
@@ -62,6 +65,7 @@ private:
 
     const std::shared_ptr<Timeline> mTimeline;
     std::vector<Scene*> mPresented;  // each above the one before
+    std::weak_ptr<Scene> mPrepared;  // the last one
 };
 
 }  // namespace kavio::test

@@ -82,6 +82,12 @@ public:
 
     std::shared_ptr<TDSecureScene> makeScene() override { return GtkScene::make(mAuthorities); }
 
+    std::shared_ptr<TDSecureScene> prepareScene() override {
+        auto scene = GtkScene::make(mAuthorities);
+        if (scene) scene->prepare();
+        return scene;
+    }
+
 private:
     const ObjectPointer<GtkApplication> mApplication;
     const std::filesystem::path mAuthorities;

@@ -19,6 +19,8 @@ public:
     void present(const std::shared_ptr<ViewController>& scene, bool animated) override;
     void dismiss(bool animated) override;
     void showAbove(GtkWindow* parent);
+    /// Starts what its first page will run in.
+    void prepare() const { mWebView->prepare(); }
 
     void onNavigation(const std::optional<std::string>& url) override;
     void onPageChanged(const Page& page) override;

@@ -147,9 +147,17 @@ void GtkWebView::close() {
     endPage();
 }
 
+// By a message that nobody there listens to. A script would do as well, but if the page is closed while that is on its
+// way, WebKit may wait for its result for ever, and hold view and session until then.
+void GtkWebView::prepare() {
+    webkit_web_view_send_message_to_page(mView.get(), webkit_user_message_new("prepare", nullptr), nullptr, nullptr,
+                                         nullptr);
+}
+
 void GtkWebView::setHidden(bool hidden) {
     // A page that ran out of sight is not uncovered, not even until the next one begins.
-    if (std::exchange(mPage.isHidden, hidden) && !hidden) mPage.phase = Page::Phase::WORKING;
+    const bool isUncovered = std::exchange(mPage.isHidden, hidden) && !hidden;
+    if (isUncovered && mPage.phase != Page::Phase::ENDED) mPage.phase = Page::Phase::WORKING;
     announce();
 }
 

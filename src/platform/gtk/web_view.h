@@ -56,6 +56,8 @@ public:
     void setHidden(bool hidden) override;
     void loadHtml(const std::string& document) override;
     void loadUrl(const std::string& url, std::chrono::seconds timeout) override;
+    /// Starts the process of the first page, which would otherwise start with its load.
+    void prepare();
     /// Leaves a failed page, for the one behind it or, without one, by trying again.
     void goBack();
     /// Ends the page and its process. Nothing is loaded afterwards, and nobody is told of anything.

@@ -108,6 +108,36 @@ TEST_P(WindowsConformance, PresentsASceneOnceAndTellsOfEachStep) {
     EXPECT_FALSE(topMost(*driver->windows())->presentedViewController());
 }
 
+TEST_P(WindowsConformance, ShowsAPreparedSceneNoEarlierThanAnyOther) {
+    SCOPED_TRACE(
+        "Promise: Nothing is seen of a scene that is prepared, nor told of it, until it is presented. Then it is a "
+        "scene "
+        "like any other. Those that are let go before leave the others alone.");
+    if (!driver->windows()->prepareScene()) GTEST_SKIP() << "nothing is to be gained here";
+    const auto below = presented();
+    const LoggedScene made(driver->windows()->prepareScene());
+    auto unused = driver->windows()->prepareScene();
+    const auto page = driver->serve("/below", {});
+    below->show(page);
+    EXPECT_TRUE(becomes("page"));
+    unused.reset();
+    EXPECT_FALSE(topMost(*driver->windows())->presentedViewController());
+    EXPECT_EQ(driver->shown(), "page");
+    EXPECT_EQ(made.log->events, std::vector<std::string>{});
+
+    topMost(*driver->windows())->present(made.scene, true);
+    EXPECT_EQ(made.log->events, (std::vector<std::string>{"did load", "will appear", "did appear"}));
+    made.runHidden(driver->document({{Kind::GO, pageEnd}}));
+    EXPECT_TRUE(driver->runUntil([&] { return !made.log->ends.empty(); }));
+    EXPECT_EQ(made.log->ends, std::vector<std::string>{pageEnd});
+    made.log->urls.clear();
+    const auto next = driver->serve("/next", {});
+    made.show(next);
+    EXPECT_TRUE(becomes("page"));
+    EXPECT_EQ(made.log->urls, std::vector<std::string>{next});
+    EXPECT_EQ(below->log->urls, std::vector<std::string>{page});
+}
+
 TEST_P(WindowsConformance, TakesASceneAwayThatNobodyHolds) {
     SCOPED_TRACE("Promise: A scene that nobody holds any more is dismissed.");
     auto scene = driver->windows()->makeScene();
@@ -197,6 +227,14 @@ TEST_P(WindowsConformance, KeepsAPageThatHasEndedCoveredUntilTheNextLoad) {
     EXPECT_EQ(driver->shown(), "working");
     made->show(late);
     EXPECT_TRUE(becomes("page"));
+
+    // Nor is it the next load that the view is not to be hidden any more: that may never come.
+    made->runHidden(driver->document({{Kind::FRAME, pageEnd}, {Kind::GO, late}}));
+    EXPECT_TRUE(driver->runUntil([&] { return made->log->ends.size() == 2; }));
+    made->scene->webView()->setHidden(false);
+    made->log->urls.clear();
+    EXPECT_TRUE(driver->runUntil([&] { return made->log->lastUrl() == framed; }));
+    EXPECT_EQ(driver->shown(), "working");
 }
 
 TEST_P(WindowsConformance, StaysWithThePageThatGoesWhereItMayNot) {
@@ -356,12 +394,19 @@ TEST_P(WebViewConformance, IsSeenByTheFirstScript) {
     SCOPED_TRACE("Promise: A document is visible from its first script on.");
     const std::string html = finish + "<script>finish(document.hidden + document.visibilityState)</script>";
     const auto page = driver->serveHtml("/page", html);
-    for (int i = 0; i < 6; ++i) {
-        const LoggedScene made(*driver->windows());
+    // Those that are prepared are ready by the time of the later ones, and still starting at the time of the first.
+    std::vector<std::shared_ptr<TDSecureScene>> scenes(8);
+    for (std::size_t i = 0; i < scenes.size(); ++i) {
+        if (i % 4 < 2) scenes[i] = driver->windows()->prepareScene();
+        if (!scenes[i]) scenes[i] = driver->windows()->makeScene();
+    }
+    for (std::size_t i = 0; i < scenes.size(); ++i) {
+        SCOPED_TRACE(i);
+        const LoggedScene made(scenes[i]);
         made.log->onReady = [&] { i % 2 == 0 ? made.show(page) : made.runHidden(html); };
         topMost(*driver->windows())->present(made.scene, true);
         EXPECT_TRUE(ends(made));
-        EXPECT_EQ(made.log->ends.back(), "http://127.0.0.1/?falsevisible");
+        EXPECT_EQ(made.log->ends, std::vector<std::string>{"http://127.0.0.1/?falsevisible"});
     }
 }
 
