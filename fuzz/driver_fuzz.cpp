@@ -1,7 +1,7 @@
 // Lines that a program sends to `kavio-wallet --jsonl`, on a device in a box.
 
+#include "driver/driver.h"
 #include "fuzz.h"
-#include "jsonl/driver.h"
 
 #include <kavio/testing/device.h>
 
@@ -16,12 +16,10 @@ using namespace std::chrono_literals;
 using Lines = std::vector<std::string>;
 
 /// Waits in the box's time, and not for as many years as a line may say.
-wallet::Program programOn(const test::Device& device, Lines& written) {
-    return {.runUntil =
-                [&](const auto& done, auto limit) {
-                    return device.time().runUntil(done, std::min<std::chrono::milliseconds>(limit, 10min));
-                },
-            .write = [&](const std::string& line) { written.push_back(line); }};
+driver::RunUntil clockOf(const test::Device& device) {
+    return [&](const auto& done, auto limit) {
+        return device.time().runUntil(done, std::min<std::chrono::milliseconds>(limit, 10min));
+    };
 }
 
 void check(const std::string& line) {
@@ -42,10 +40,10 @@ void tryInput(Input input) {
 
     test::Device device;
     Lines written;
-    wallet::Facades facades(programOn(device, written));
+    driver::Facades facades([&](const std::string& line) { written.push_back(line); });
     facades.create("main", "key", Kavio::EnvironmentType::TEST);
     std::istringstream lines(text);
-    wallet::drive(lines, facades);
+    driver::drive(lines, facades, clockOf(device));
     for (const auto& line : written) check(line);
 
     // Whatever was asked for comes to an end, and each line after that is answered as ever.
@@ -54,7 +52,7 @@ void tryInput(Input input) {
     std::istringstream last(R"({"op":"create","apiKey":"k","environment":"TEST","facade":"f"}
         {"op":"isBusy","facade":"f"}
         )");
-    wallet::drive(last, facades);
+    driver::drive(last, facades, clockOf(device));
     must(written.size() == 3 && written[1].find("false") != std::string::npos, "the driver goes on");
 }
 

@@ -1,7 +1,7 @@
 #include "command_line/start.h"
+#include "driver/driver.h"
 #include "host/host.h"
 #include "host/output.h"
-#include "jsonl/driver.h"
 #include "options.h"
 #include "people/command.h"
 #include "people/interruption.h"
@@ -72,12 +72,9 @@ std::unique_ptr<Host> makeHost(const CommandLine& line) {
 }
 
 int serve(Host& host, const Options& options) {
-    Facades facades{{
-        .runUntil = [&](const auto& done, auto limit) { return host.runUntil(done, limit); },
-        .write = writeLine,
-    }};
+    driver::Facades facades{writeLine};
     if (!options.withoutFacade) facades.create("main", options.apiKey, options.environment);
-    drive(std::cin, facades);
+    driver::drive(std::cin, facades, [&](const auto& done, auto limit) { return host.runUntil(done, limit); });
     // At once, as when an application quits, without waiting for work under way.
     std::_Exit(EXIT_SUCCESS);
 }

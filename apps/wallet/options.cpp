@@ -1,7 +1,6 @@
 #include "options.h"
 
-#include "command_line/numbers.h"
-#include "json/names.h"
+#include "driver/names.h"
 
 #include <CLI/CLI.hpp>
 
@@ -11,15 +10,11 @@ namespace {
 
 /// Empty for "HOST:PORT", otherwise what is wrong.
 std::string checkAddress(const std::string& address) {
-    const auto colon = address.rfind(':');
-    const bool hasHost = colon != std::string::npos && colon > 0;
-    const bool isAddress =
-        hasHost && command_line::numberFrom<std::uint16_t>(address.substr(colon + 1)).value_or(0) != 0;
-    return isAddress ? std::string{} : "'" + address + "' is not HOST:PORT";
+    return driver::isAddress(address) ? std::string{} : "'" + address + "' is not HOST:PORT";
 }
 
 Kavio::EnvironmentType required(const std::string& name) {
-    if (const auto environment = environmentNamed(name)) return *environment;
+    if (const auto environment = driver::environmentNamed(name)) return *environment;
     throw CLI::ValidationError("--environment", "'" + name + "' is not TEST, TESTS or PROD");
 }
 

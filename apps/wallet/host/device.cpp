@@ -9,14 +9,8 @@
 namespace kavio::wallet {
 
 LinuxPlatformOptions deviceOptions(const Options& options, std::shared_ptr<MainQueue> mainQueue) {
-    LinuxPlatformOptions device;
-    device.session.connectTo = options.connectTo;
-    device.session.certificateAuthorities = options.certificateAuthorities;
-    device.storeDirectory = options.storeDirectory;
+    auto device = driver::deviceOptions(options, std::move(mainQueue));
     device.information.emplace("CFBundleIdentifier", std::string("kavio-wallet"));  // whatever name it is started under
-    if (options.kavioKey) device.information.emplace("KavioKey", *options.kavioKey);
-    if (options.bundleVersion) device.information.emplace("CFBundleVersion", *options.bundleVersion);
-    device.mainQueue = std::move(mainQueue);
     device.onStoreDamaged = [](const std::filesystem::path& damaged, const std::filesystem::path& setAside) {
         writeText(stderr, setAside.empty()
                               ? fmt::format("kavio-wallet: {} cannot be used, so changes made now will be lost\n",

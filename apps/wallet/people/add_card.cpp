@@ -1,5 +1,5 @@
 #include "command_line/numbers.h"
-#include "json/arguments.h"
+#include "driver/arguments.h"
 #include "people/command.h"
 #include "people/terminal.h"
 #include "people/text.h"
@@ -10,6 +10,9 @@
 #include <utility>
 
 namespace kavio::wallet {
+
+using driver::Refused;
+using driver::Value;
 
 namespace {
 
@@ -35,21 +38,21 @@ const Fields secureFields{
     {"email", "E-mail address"},
 };
 
-Input valueOf(const Field& field, const std::string& text) {
+driver::Input valueOf(const Field& field, const std::string& text) {
     if (!field.isInteger) return text;
     if (const auto number = command_line::numberFrom<std::int64_t>(text)) return *number;
     throw Refused(fmt::format("\"{}\" must be an integer", field.member));
 }
 
 /// Reads the card as an object with the fields' members, line by line or, if not from a terminal, as one JSON object.
-Input readCard(Fields fields) {
-    Input card = Input::object();
+driver::Input readCard(Fields fields) {
+    auto card = driver::Input::object();
     for (const auto& field : fields) {
         const auto line = readLine(field.prompt, field.echo);
         if (!line) throw Refused(fmt::format("\"{}\" is missing", field.member));
         const auto begin = std::min(line->find_first_not_of(" \t"), line->size());
         if (card.empty() && !isInputTerminal() && line->substr(begin).starts_with('{'))
-            return parseLine(*line + readRest());
+            return driver::parseLine(*line + readRest());
         card[std::string{field.member}] = valueOf(field, *line);
     }
     return card;

@@ -1,5 +1,5 @@
 #include "command_line/numbers.h"
-#include "json/dates.h"
+#include "driver/dates.h"
 #include "people/command.h"
 #include "people/money.h"
 #include "people/text.h"
@@ -63,8 +63,8 @@ struct Search {
 
 /// A date as shown in the table of orders, or as ISO text in UTC.
 Date dateOf(const std::string& text) {
-    if (const auto date = dateFromIso(text)) return *date;
-    if (const auto date = dateFromLocalTime(text); date && isoText(*date)) return *date;
+    if (const auto date = driver::dateFromIso(text)) return *date;
+    if (const auto date = dateFromLocalTime(text); date && driver::isoText(*date)) return *date;
     throw Failure(ExitStatus::USAGE, fmt::format("'{}' is not a date such as 2024-03-05.", text));
 }
 

@@ -17,7 +17,7 @@ constexpr std::chrono::milliseconds slice{250};
 Session::Session(Host& host, const Options& options, bool asJson)
     : mHost(host),
       mIsJson(asJson),
-      mDelegate(std::make_shared<Reporter>([this](const Report& report) { take(report); })),
+      mDelegate(std::make_shared<driver::Reporter>([this](const Report& report) { take(report); })),
       mKavio(mDelegate, options.apiKey, options.environment) {}
 
 Report Session::ask(std::string what, const Operation& operation, WhenClockIsWrong policy) {
@@ -54,14 +54,14 @@ void Session::show(const Table& table, std::string_view whenEmpty) const {
     if (!mIsJson) writeText(stdout, table.text(outputWidth()));
 }
 
-void Session::answer(std::string_view question, const Json& value) const {
-    if (mIsJson) writeText(stdout, lineOf(answerOf(question, "main", value)) + '\n');
+void Session::answer(std::string_view question, const driver::Json& value) const {
+    if (mIsJson) writeText(stdout, driver::lineOf(driver::answerOf(question, "main", value)) + '\n');
 }
 
 void Session::warn(std::string_view sentence) const { writeText(stderr, fmt::format("kavio-wallet: {}\n", sentence)); }
 
 void Session::take(const Report& report) {
-    if (mIsJson) writeText(stdout, lineOf(eventOf(report, "main")) + '\n');
+    if (mIsJson) writeText(stdout, driver::lineOf(driver::eventOf(report, "main")) + '\n');
     mReports.push_back(report);
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "driver/reporter.h"
 #include "host/host.h"
 #include "host/options.h"
-#include "json/reporter.h"
 #include "people/failure.h"
 #include "people/table.h"
 
@@ -15,6 +15,10 @@
 #include <vector>
 
 namespace kavio::wallet {
+
+using driver::CardReport;
+using driver::OrderReport;
+using driver::Report;
 
 /// Whether an operation that the service refused because of the clock is started once more: the library then asks for
 /// the time first. For operations that only ask, and for those that do no harm when done twice.
@@ -60,7 +64,7 @@ public:
     /// Says `whenEmpty` instead of showing a table without rows.
     void show(const Table& table, std::string_view whenEmpty) const;
     /// For programs only: the answer to a question that no callback answers.
-    void answer(std::string_view question, const Json& value) const;
+    void answer(std::string_view question, const driver::Json& value) const;
     /// For problems other than the command's own outcome.
     void warn(std::string_view sentence) const;
 
@@ -70,7 +74,7 @@ private:
     Host& mHost;
     const bool mIsJson;
     std::deque<Report> mReports;
-    std::shared_ptr<Reporter> mDelegate;
+    std::shared_ptr<driver::Reporter> mDelegate;
     Kavio mKavio;
 };
 

@@ -1,7 +1,7 @@
 #include "terminal.h"
 
+#include "driver/line_reader.h"
 #include "host/output.h"
-#include "json/line_reader.h"
 
 #include <fmt/format.h>
 #include <sys/ioctl.h>
@@ -52,10 +52,10 @@ private:
 };
 
 std::optional<std::string> nextLine() {
-    auto line = LineReader{std::cin}.next();
+    auto line = driver::LineReader{std::cin}.next();
     if (!line) return std::nullopt;
-    if (line->text.ends_with('\r')) line->text.pop_back();
-    return std::move(line->text);
+    if (line->ends_with('\r')) line->pop_back();
+    return line;
 }
 
 }  // namespace
@@ -80,10 +80,10 @@ std::optional<std::string> readLine(std::string_view prompt, Echo echo) {
 
 std::string readRest() {
     std::string text;
-    while (text.size() < LineReader::maximumBytes) {
-        const auto line = LineReader{std::cin}.next();
+    while (text.size() < driver::LineReader::maximumBytes) {
+        const auto line = driver::LineReader{std::cin}.next();
         if (!line) break;
-        text += line->text + '\n';
+        text += *line + '\n';
     }
     return text;
 }

@@ -1,4 +1,4 @@
-#include "json/objects.h"
+#include "driver/objects.h"
 #include "people/command.h"
 #include "people/money.h"
 #include "people/payment.h"

@@ -1,13 +1,13 @@
-#include "stored_value.h"
+#include "driver/stored_value.h"
 
-#include "json/dates.h"
-#include "json/objects.h"
+#include "driver/dates.h"
+#include "driver/objects.h"
 
 #include <kavio/platform/platform.h>
 
 #include <string_view>
 
-namespace kavio::wallet {
+namespace kavio::driver {
 
 namespace {
 
@@ -60,4 +60,4 @@ std::optional<StoredValue> storedValueIn(const Arguments& arguments) {
     return *std::move(bytes);
 }
 
-}  // namespace kavio::wallet
+}  // namespace kavio::driver

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "json/arguments.h"
-#include "json/json.h"
+#include "driver/arguments.h"
+#include "driver/json.h"
 
 #include <kavio/platform/key_value_store.h>
 
 #include <optional>
 
-namespace kavio::wallet {
+namespace kavio::driver {
 
 /// A text, {"date": ISO text}, {"data": base64 text}, or null for a missing value.
 Json toJson(const std::optional<StoredValue>& value);
@@ -15,4 +15,4 @@ Json toJson(const std::optional<StoredValue>& value);
 /// Reads the member "value", which has the same form; absent for null. Throws `Refused` if it is missing or malformed.
 std::optional<StoredValue> storedValueIn(const Arguments& arguments);
 
-}  // namespace kavio::wallet
+}  // namespace kavio::driver

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "json/json.h"
+#include "driver/json.h"
 
 #include <kavio/delegate.h>
 
@@ -8,7 +8,7 @@
 #include <string_view>
 #include <variant>
 
-namespace kavio::wallet {
+namespace kavio::driver {
 
 using OrderReport = std::shared_ptr<const Order>;
 using CardReport = std::shared_ptr<const CreditCard>;
@@ -56,4 +56,4 @@ private:
     const Sink mSink;
 };
 
-}  // namespace kavio::wallet
+}  // namespace kavio::driver

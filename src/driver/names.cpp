@@ -1,6 +1,6 @@
-#include "names.h"
+#include "driver/names.h"
 
-namespace kavio::wallet {
+namespace kavio::driver {
 
 std::optional<Kavio::EnvironmentType> environmentNamed(std::string_view name) {
     using enum Kavio::EnvironmentType;
@@ -18,4 +18,4 @@ std::optional<PaymentMethod::PaymentType> paymentTypeNamed(std::string_view text
     return std::nullopt;
 }
 
-}  // namespace kavio::wallet
+}  // namespace kavio::driver

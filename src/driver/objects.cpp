@@ -1,8 +1,8 @@
-#include "objects.h"
+#include "driver/objects.h"
 
 namespace kavio {
 
-using wallet::Json;
+using driver::Json;
 
 namespace {
 

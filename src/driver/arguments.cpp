@@ -1,14 +1,14 @@
-#include "arguments.h"
+#include "driver/arguments.h"
 
-#include "json/dates.h"
-#include "json/names.h"
+#include "driver/dates.h"
+#include "driver/names.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <utility>
 
-namespace kavio::wallet {
+namespace kavio::driver {
 
 namespace {
 
@@ -227,4 +227,4 @@ void read(const Value& value, std::vector<std::shared_ptr<const RemoteVendProduc
     }
 }
 
-}  // namespace kavio::wallet
+}  // namespace kavio::driver

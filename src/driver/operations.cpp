@@ -1,8 +1,8 @@
-#include "operations.h"
+#include "driver/operations.h"
 
-#include "json/names.h"
-#include "json/objects.h"
-#include "jsonl/stored_value.h"
+#include "driver/names.h"
+#include "driver/objects.h"
+#include "driver/stored_value.h"
 
 #include <kavio/user_defaults.h>
 
@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-namespace kavio::wallet {
+namespace kavio::driver {
 
 namespace {
 
@@ -91,9 +91,10 @@ void destroy(Facades& facades, const Call& call) { facades.held(call).kavio.rese
 
 void dropDelegate(Facades& facades, const Call& call) { facades.held(call).delegate.reset(); }
 
-void sleep(Facades& facades, const Call& call) {
-    const auto duration = call.arguments.required<std::chrono::milliseconds>("milliseconds");
-    facades.program.runUntil([] { return false; }, duration);
+void doNothing(Facades&, const Call&) {}
+
+std::chrono::milliseconds sleep(const Arguments& arguments) {
+    return arguments.required<std::chrono::milliseconds>("milliseconds");
 }
 
 void forgetPayment(Facades& facades, const Call& call) {
@@ -121,7 +122,7 @@ const std::vector<Operation>& operations() {
         {"release", {}, release},
         {"destroy", {}, destroy},
         {"dropDelegate", {}, dropDelegate},
-        {"sleep", {}, sleep},
+        {"sleep", {}, doNothing, sleep},
         {"storeGet", {}, storeGet},
         {"storeSet", {}, storeSet},
         {"forgetPayment", {}, forgetPayment},
@@ -159,4 +160,4 @@ const Operation& operationNamed(const std::string& name) {
     return *found;
 }
 
-}  // namespace kavio::wallet
+}  // namespace kavio::driver

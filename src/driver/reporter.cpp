@@ -1,12 +1,12 @@
-#include "reporter.h"
+#include "driver/reporter.h"
 
-#include "json/objects.h"
+#include "driver/objects.h"
 
 #include <kavio/threads_manager.h>
 
 #include <utility>
 
-namespace kavio::wallet {
+namespace kavio::driver {
 
 namespace {
 
@@ -66,4 +66,4 @@ void Reporter::onAddCreditCard(Result result, CardReport card) {
 }
 void Reporter::onRemoveCard(Result result) { mSink({"onRemoveCard", result}); }
 
-}  // namespace kavio::wallet
+}  // namespace kavio::driver

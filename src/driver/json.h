@@ -2,7 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
-namespace kavio::wallet {
+namespace kavio::driver {
 
 /// JSON for output: members stay in the order in which they were added.
 using Json = nlohmann::ordered_json;
@@ -10,4 +10,4 @@ using Json = nlohmann::ordered_json;
 /// One line without its line end. Bytes that are not UTF-8 are replaced, never refused.
 inline std::string lineOf(const Json& json) { return json.dump(-1, ' ', false, Json::error_handler_t::replace); }
 
-}  // namespace kavio::wallet
+}  // namespace kavio::driver

@@ -1,4 +1,4 @@
-#include "dates.h"
+#include "driver/dates.h"
 
 #include <fmt/format.h>
 
@@ -6,7 +6,7 @@
 #include <cmath>
 #include <cstdio>
 
-namespace kavio::wallet {
+namespace kavio::driver {
 
 using namespace std::chrono;
 
@@ -35,4 +35,4 @@ std::optional<Date> dateFromIso(std::string_view text) {
     return isoText(date) == text ? std::optional{date} : std::nullopt;
 }
 
-}  // namespace kavio::wallet
+}  // namespace kavio::driver

@@ -1,12 +1,13 @@
 #pragma once
 
-#include "jsonl/facades.h"
+#include "driver/facades.h"
 
+#include <chrono>
 #include <functional>
 #include <string_view>
 #include <vector>
 
-namespace kavio::wallet {
+namespace kavio::driver {
 
 /// Something that a line can ask for.
 struct Operation {
@@ -15,9 +16,11 @@ struct Operation {
     std::vector<std::string_view> callbacks;
     /// Reads all of its arguments before doing anything.
     std::function<void(Facades&, const Call&)> run;
+    /// How long the next line is held back, whatever is reported; null for not at all.
+    std::function<std::chrono::milliseconds(const Arguments&)> pause = nullptr;
 };
 
 /// Throws `Refused` when no operation has that name.
 const Operation& operationNamed(const std::string& name);
 
-}  // namespace kavio::wallet
+}  // namespace kavio::driver

@@ -1,9 +1,8 @@
 #pragma once
 
-#include "json/arguments.h"
-#include "json/reporter.h"
+#include "driver/arguments.h"
+#include "driver/reporter.h"
 
-#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
@@ -11,16 +10,7 @@
 #include <string_view>
 #include <utility>
 
-namespace kavio::wallet {
-
-/// What the driver needs of the program around it.
-struct Program {
-    /// Runs the main queue until `done` returns true, which is asked after each piece of work, or until `limit` has
-    /// passed. Returns the last answer of `done`.
-    std::function<bool(const std::function<bool()>& done, std::chrono::milliseconds limit)> runUntil;
-    /// Writes one line of output at once.
-    std::function<void(const std::string& line)> write;
-};
+namespace kavio::driver {
 
 /// One line of input that names an operation.
 struct Call {
@@ -38,7 +28,8 @@ public:
         std::unique_ptr<Kavio> kavio;
     };
 
-    explicit Facades(Program theProgram);
+    /// `write` writes one line of output at once.
+    explicit Facades(std::function<void(const std::string& line)> write);
 
     /// Replaces a facade of the same name.
     void create(std::string name, std::string apiKey, Kavio::EnvironmentType environment);
@@ -50,14 +41,13 @@ public:
     void write(const Json& event) const;
     void answer(const Call& call, const Json& value) const;
 
-    const Program program;
-
 private:
     /// A facade and the name of one of its callbacks.
     using Callback = std::pair<std::string, std::string_view>;
 
+    const std::function<void(const std::string& line)> mWrite;
     std::map<std::string, Held> mFacades;
     std::map<Callback, std::uint64_t> mReports;
 };
 
-}  // namespace kavio::wallet
+}  // namespace kavio::driver

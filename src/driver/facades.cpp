@@ -1,10 +1,10 @@
-#include "facades.h"
+#include "driver/facades.h"
 
 #include <fmt/format.h>
 
-namespace kavio::wallet {
+namespace kavio::driver {
 
-Facades::Facades(Program theProgram) : program(std::move(theProgram)) {}
+Facades::Facades(std::function<void(const std::string& line)> write) : mWrite(std::move(write)) {}
 
 void Facades::create(std::string name, std::string apiKey, Kavio::EnvironmentType environment) {
     auto delegate = std::make_shared<Reporter>([this, name](const Report& report) {
@@ -28,8 +28,8 @@ std::uint64_t Facades::reports(const std::string& facade, std::string_view callb
     return found == mReports.end() ? 0 : found->second;
 }
 
-void Facades::write(const Json& event) const { program.write(lineOf(event)); }
+void Facades::write(const Json& event) const { mWrite(lineOf(event)); }
 
 void Facades::answer(const Call& call, const Json& value) const { write(answerOf(call.op, call.facade, value)); }
 
-}  // namespace kavio::wallet
+}  // namespace kavio::driver

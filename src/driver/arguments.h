@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kavio::wallet {
+namespace kavio::driver {
 
 using Input = nlohmann::json;
 
@@ -81,4 +81,4 @@ void read(const Value& value, std::shared_ptr<const RemoteVendProduct>& result);
 void read(const Value& value, std::shared_ptr<const TransactionFilter>& result);
 void read(const Value& value, std::vector<std::shared_ptr<const RemoteVendProduct>>& result);
 
-}  // namespace kavio::wallet
+}  // namespace kavio::driver
