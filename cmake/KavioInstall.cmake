@@ -1,5 +1,5 @@
-# What `cmake --install` installs: a find_package(Kavio) package and pkg-config files. The static libraries, Kavio::gtk
-# and Kavio::testing are separate components, because they need more to be installed.
+# What `cmake --install` installs: a find_package(Kavio) package and pkg-config files. The static libraries, Kavio::gtk,
+# Kavio::c and Kavio::testing are separate components, because they need more to be installed.
 include(CMakePackageConfigHelpers)
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/Kavio)
 
@@ -13,6 +13,10 @@ kavio_install(static kavio_static)
 if(KAVIO_GTK)
   kavio_install(gtk kavio_gtk)
   kavio_install(gtk_static kavio_gtk_static)
+endif()
+
+if(KAVIO_C)
+  kavio_install(c kavio-c)
 endif()
 
 # Of the library for tests only the shared one: an archive would need the service and all that it is built on.
@@ -45,6 +49,9 @@ endfunction()
 kavio_pkg_config(kavio "Kavio" "${PROJECT_DESCRIPTION}" "")
 if(KAVIO_GTK)
   kavio_pkg_config(kavio-gtk "Kavio for GTK" "The card issuer's page for Kavio, on GTK 4 and WebKitGTK" "kavio = ${PROJECT_VERSION} gtk4")
+endif()
+if(KAVIO_C)
+  kavio_pkg_config(kavio-c "Kavio for C" "Kavio for other languages: operations and reports as lines of JSON" "")
 endif()
 if(KAVIO_APPS)
   kavio_pkg_config(kavio-testing "Kavio for tests" "A device in a box for the tests of applications, and what ports of Kavio must do"
