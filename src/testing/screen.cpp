@@ -210,6 +210,7 @@ void Screen::endPageProcess() {
     if (hasScene()) top()->view()->fail();
 }
 void Screen::forget() {
+    mPrepared.reset();
     for (auto* scene : std::exchange(mPresented, {})) scene->lifecycleDelegate.reset(), scene->delegate.reset();
 }
 void Screen::step() {
