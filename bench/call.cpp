@@ -2,8 +2,6 @@
 // libcurl. The service is another process and does not count.
 
 #include "exchanges.h"
-#include "models/json/document.h"
-#include "models/machine_model.h"
 
 #include <benchmark/benchmark.h>
 
@@ -22,15 +20,9 @@ void bareCall(benchmark::State& state, const Setup& setup) {
     for (auto _ : state) exchange.run();
 }
 
-/// The least that any library on top of libcurl must do: sign each request and decode each reply.
-void signedBareCall(benchmark::State& state, const Setup& setup) {
-    BareExchange exchange(setup, preparedRequest());
-    if (exchange.run() != 200) state.SkipWithError("The service refused the request.");
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(preparedRequest());
-        exchange.run();
-        benchmark::DoNotOptimize(decodeDocument<Machines>(exchange.body()));
-    }
+/// So many at once, from the first to the last report.
+void callsAtOnce(benchmark::State& state) {
+    for (auto _ : state) lookUpMachines(std::size_t(state.range(0)));
 }
 
 /// `make` returns the object that is to make its first exchange.
@@ -71,8 +63,13 @@ void registerCalls(const Setup& setup) {
     add("wholeCall", 10, wholeCall);
     add("sessionCall", 10, [setup](auto& state) { sessionCall(state, setup); });
     add("bareCall", 10, [setup](auto& state) { bareCall<BareExchange>(state, setup); });
-    add("signedBareCall", 10, [setup](auto& state) { signedBareCall(state, setup); });
     add("threadedBareCall", 10, [setup](auto& state) { bareCall<ThreadedBareExchange>(state, setup); });
+    for (const int calls : {1, 10, 100, 1000})
+        benchmark::RegisterBenchmark("callsAtOnce", callsAtOnce)
+            ->Arg(calls)
+            ->UseRealTime()
+            ->Iterations(1)
+            ->Repetitions(30);
     add("firstCallOfSession", 1, [=](auto& state) {
         firstCall(
             state, [=](const UrlRequest&) { return std::make_unique<LibraryExchange>(setup); },

@@ -6,7 +6,7 @@
 #include "network/response_classification.h"
 #include "network/session.h"
 #include "network/url_request.h"
-#include "storage/kavio_user_defaults.h"
+#include "time/reliable_clock.h"
 #include "util/contained.h"
 #include "util/shared_instance.h"
 #include "util/trace.h"
@@ -142,20 +142,19 @@ std::shared_ptr<DownloadTask> KavioNetworkService::sendInBackground(APIRequest r
 }
 
 UrlRequest KavioNetworkService::prepare(APIRequest& request) {
-    const auto stored = KavioUserDefaults::shared()->defualt->values({keys::serviceName, keys::apiKey});
-    const auto serviceName = KeyValueStore::typed<std::string>(stored[0]);
-    const auto apiKey = KeyValueStore::typed<std::string>(stored[1]);
-    const auto service = apiTypeNamed(serviceName);
-    const auto baseURL = urlString(service);
-    if (request.token) request.token->text = tokenFor(*request.token, service);
+    const auto& stored = request.stored;
+    const auto baseURL = urlString(stored.service);
+    if (request.token) request.token->text = tokenFor(*request.token, stored.service);
 
     auto urlRequest = buildURLRequest(request.url ? *request.url : appendingPathComponent(baseURL, request.endpoint),
                                       std::move(request.params), request.encoding == ParameterEncoding::path);
     urlRequest.method = request.method;
     urlRequest.idempotency = request.idempotency;
     urlRequest.willWait = std::move(request.willWait);
-    urlRequest.headers = request.headers ? *std::move(request.headers) : serviceHeaders(apiKey, sentToken(request));
-    urlRequest.headers.emplace_back("X-Zelto-Sign", signRequest(urlRequest.url, bodyOf(urlRequest)));
+    urlRequest.headers =
+        request.headers ? *std::move(request.headers) : serviceHeaders(stored.apiKey, sentToken(request));
+    urlRequest.headers.emplace_back("X-Zelto-Sign",
+                                    signRequest(urlRequest.url, bodyOf(urlRequest), serverTimeStamp(stored.sample)));
     trace(traceTag, [&] {
         return SafeMessage{"REQUEST[" + std::string(request.requestName) + "]: " + std::string(request.method)};
     });

@@ -82,31 +82,36 @@ struct TimeSample {
     bool isSteady;    // nobody has set the device's clock since
 };
 
-TimeSample timeSample() {
-    const auto stored =
-        KavioUserDefaults::shared()->defualt->values({keys::serverTime, keys::savedCpuTime, keys::serverExpiredTime});
+TimeSample timeSample(const StoredSample& stored) {
     const auto current = reading();
     const auto now = current.now;
     // One reading of the device's clock for all three, so that without a sample the sum is exactly that reading.
-    const auto serverTime = KeyValueStore::typed<Date>(stored[0]).value_or(now);
-    const auto savedCpuTime = KeyValueStore::typed<Date>(stored[1]).value_or(now);
-    return {serverTime + (now - savedCpuTime), KeyValueStore::typed<Date>(stored[2]), serverTime != savedCpuTime,
+    const auto serverTime = stored.serverTime.value_or(now);
+    const auto savedCpuTime = stored.savedCpuTime.value_or(now);
+    return {serverTime + (now - savedCpuTime), stored.expiry, serverTime != savedCpuTime,
             sharedInstance<ClockWatch>()->isSteadySince(savedCpuTime, current)};
 }
 
 }  // namespace
 
-Date serverNow() { return timeSample().serverNow; }
+StoredSample storedSample() {
+    const auto stored =
+        KavioUserDefaults::shared()->defualt->values({keys::serverTime, keys::savedCpuTime, keys::serverExpiredTime});
+    return {KeyValueStore::typed<Date>(stored[0]), KeyValueStore::typed<Date>(stored[1]),
+            KeyValueStore::typed<Date>(stored[2])};
+}
 
-std::string serverTimeStamp() { return DateText::stamp(serverNow()); }
+Date serverNow(const StoredSample& sample) { return timeSample(sample).serverNow; }
+
+std::string serverTimeStamp(const StoredSample& sample) { return DateText::stamp(serverNow(sample)); }
 
 bool isServerTimeKnown() {
-    const auto sample = timeSample();
+    const auto sample = timeSample(storedSample());
     return sample.isOfServer && sample.isSteady && sample.expiry && sample.serverNow < *sample.expiry;
 }
 
-bool isTimeSampleFresh() {
-    const auto sample = timeSample();
+bool isTimeSampleFresh(const StoredSample& stored) {
+    const auto sample = timeSample(stored);
     return sample.isSteady && sample.expiry && sample.serverNow < *sample.expiry - TIME_SAMPLE_MARGIN;
 }
 
