@@ -17,11 +17,9 @@ struct Document::Parser {
 
 namespace {
 
-// A parser keeps its buffers, which are several times the size of what it parsed. Buffers for more than this much text
-// are freed when the thread next parses a text that needs less than half of them.
-constexpr std::size_t keptCapacity = std::size_t{2} * 1024 * 1024;
-
-bool isOversized(std::size_t capacity, std::size_t needed) { return capacity > keptCapacity && capacity / 2 > needed; }
+// A parser's buffers are several times the size of what it has parsed. One that has parsed more than this much text goes
+// with its document; others are kept for the next one.
+constexpr std::size_t keptCapacity = std::size_t{1024} * 1024;
 
 }  // namespace
 
@@ -43,7 +41,7 @@ Document::Document(const std::string& json) : mParser(std::move(idleParser())) {
 }
 
 void Document::parse(const std::string& json) {
-    if (!mParser || isOversized(mParser->parser.capacity(), json.size())) mParser = std::make_unique<Parser>();
+    if (!mParser) mParser = std::make_unique<Parser>();
     const auto outcome = [this](const std::string& text) { return mParser->parser.parse(text).get(mParser->root); };
     const bool isOrdinary = !mayHoldSurrogates(json);
     auto error = outcome(isOrdinary ? json : toleratedText(json));
@@ -51,7 +49,9 @@ void Document::parse(const std::string& json) {
     if (error != simdjson::SUCCESS) throw DecodingError(simdjson::error_message(error));
 }
 
-Document::~Document() { idleParser() = std::move(mParser); }
+Document::~Document() {
+    if (mParser && mParser->parser.capacity() <= keptCapacity) idleParser() = std::move(mParser);
+}
 
 void Document::chooseParser() { static_cast<void>(simdjson::get_active_implementation()->name()); }
 
