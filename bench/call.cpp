@@ -48,6 +48,15 @@ void sessionCall(benchmark::State& state, const Setup& setup) {
     for (auto _ : state) exchange.run(request);
 }
 
+/// A request that is sent once takes a new connection each time, as any does after the service has closed the kept one.
+void resumedCall(benchmark::State& state, const Setup& setup) {
+    LibraryExchange exchange(setup);
+    auto request = preparedRequest();
+    request.idempotency = Idempotency::ONCE;
+    if (exchange.run(request) != 200) state.SkipWithError("The service refused the request.");
+    for (auto _ : state) exchange.run(request);
+}
+
 /// Many short runs, because a call waits for another process, and whatever runs meanwhile evicts our caches.
 template <class Benchmark>
 void add(const char* name, int iterations, Benchmark work) {
@@ -62,6 +71,7 @@ void add(const char* name, int iterations, Benchmark work) {
 void registerCalls(const Setup& setup) {
     add("wholeCall", 10, wholeCall);
     add("sessionCall", 10, [setup](auto& state) { sessionCall(state, setup); });
+    add("resumedCall", 1, [setup](auto& state) { resumedCall(state, setup); });
     add("bareCall", 10, [setup](auto& state) { bareCall<BareExchange>(state, setup); });
     add("threadedBareCall", 10, [setup](auto& state) { bareCall<ThreadedBareExchange>(state, setup); });
     for (const int calls : {1, 10, 100, 1000})
