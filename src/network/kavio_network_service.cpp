@@ -29,11 +29,11 @@ RawResult failed(APIError error, std::int64_t status, std::optional<std::string>
 }
 
 HeaderFields serviceHeaders(const std::optional<std::string>& apiKey, const SentToken& token) {
-    HeaderFields headers{
-        {"X-Zelto-Wallet-Api-Key", apiKey.value_or(fallbackApiKey)},
-        {"Content-Type", "application/json; charset=utf-8"},
-        {"lang", Platform::current().locale->languageCode().value_or("en")},
-    };
+    HeaderFields headers;
+    headers.reserve(5);  // with the signature
+    headers.emplace_back("X-Zelto-Wallet-Api-Key", apiKey ? *apiKey : fallbackApiKey);
+    headers.emplace_back("Content-Type", "application/json; charset=utf-8");
+    headers.emplace_back("lang", Platform::current().locale->languageCode().value_or("en"));
     if (token) headers.emplace_back("X-Zelto-Wallet-Session-Token", *token);
     return headers;
 }
@@ -146,8 +146,9 @@ UrlRequest KavioNetworkService::prepare(APIRequest& request) {
     const auto baseURL = urlString(stored.service);
     if (request.token) request.token->text = tokenFor(*request.token, stored.service);
 
-    auto urlRequest = buildURLRequest(request.url ? *request.url : appendingPathComponent(baseURL, request.endpoint),
-                                      std::move(request.params), request.encoding == ParameterEncoding::path);
+    auto urlRequest =
+        buildURLRequest(request.url ? *std::move(request.url) : appendingPathComponent(baseURL, request.endpoint),
+                        std::move(request.params), request.encoding == ParameterEncoding::path);
     urlRequest.method = request.method;
     urlRequest.idempotency = request.idempotency;
     urlRequest.willWait = std::move(request.willWait);
