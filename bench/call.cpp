@@ -2,8 +2,6 @@
 // libcurl. The service is another process and does not count.
 
 #include "exchanges.h"
-#include "models/json/document.h"
-#include "models/machine_model.h"
 
 #include <benchmark/benchmark.h>
 
@@ -22,15 +20,9 @@ void bareCall(benchmark::State& state, const Setup& setup) {
     for (auto _ : state) exchange.run();
 }
 
-/// The least that any library on top of libcurl must do: sign each request and decode each reply.
-void signedBareCall(benchmark::State& state, const Setup& setup) {
-    BareExchange exchange(setup, preparedRequest());
-    if (exchange.run() != 200) state.SkipWithError("The service refused the request.");
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(preparedRequest());
-        exchange.run();
-        benchmark::DoNotOptimize(decodeDocument<Machines>(exchange.body()));
-    }
+/// So many at once, from the first to the last report.
+void callsAtOnce(benchmark::State& state) {
+    for (auto _ : state) lookUpMachines(std::size_t(state.range(0)));
 }
 
 /// `make` returns the object that is to make its first exchange.
@@ -56,6 +48,15 @@ void sessionCall(benchmark::State& state, const Setup& setup) {
     for (auto _ : state) exchange.run(request);
 }
 
+/// A request that is sent once takes a new connection each time, as any does after the service has closed the kept one.
+void resumedCall(benchmark::State& state, const Setup& setup) {
+    LibraryExchange exchange(setup);
+    auto request = preparedRequest();
+    request.idempotency = Idempotency::ONCE;
+    if (exchange.run(request) != 200) state.SkipWithError("The service refused the request.");
+    for (auto _ : state) exchange.run(request);
+}
+
 /// Many short runs, because a call waits for another process, and whatever runs meanwhile evicts our caches.
 template <class Benchmark>
 void add(const char* name, int iterations, Benchmark work) {
@@ -70,9 +71,15 @@ void add(const char* name, int iterations, Benchmark work) {
 void registerCalls(const Setup& setup) {
     add("wholeCall", 10, wholeCall);
     add("sessionCall", 10, [setup](auto& state) { sessionCall(state, setup); });
+    add("resumedCall", 1, [setup](auto& state) { resumedCall(state, setup); });
     add("bareCall", 10, [setup](auto& state) { bareCall<BareExchange>(state, setup); });
-    add("signedBareCall", 10, [setup](auto& state) { signedBareCall(state, setup); });
     add("threadedBareCall", 10, [setup](auto& state) { bareCall<ThreadedBareExchange>(state, setup); });
+    for (const int calls : {1, 10, 100, 1000})
+        benchmark::RegisterBenchmark("callsAtOnce", callsAtOnce)
+            ->Arg(calls)
+            ->UseRealTime()
+            ->Iterations(1)
+            ->Repetitions(30);
     add("firstCallOfSession", 1, [=](auto& state) {
         firstCall(
             state, [=](const UrlRequest&) { return std::make_unique<LibraryExchange>(setup); },

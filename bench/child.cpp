@@ -1,5 +1,6 @@
 #include "child.h"
 
+#include "allocations.h"
 #include "exchanges.h"
 
 #include <kavio/kavio.h>
@@ -67,6 +68,25 @@ double idleBytes(const Setup& setup) {
     return privateBytes() - before;
 }
 
+double since(std::chrono::steady_clock::time_point before) {
+    return std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - before).count();
+}
+
+/// Once the store is there, as it is from the second start of a program on.
+double readinessTime(const Setup& setup) {
+    const auto before = std::chrono::steady_clock::now();
+    Platform::install(platform(setup));
+    const Kavio facade({}, "key", Kavio::EnvironmentType::PROD);
+    return since(before);
+}
+
+double bareReadinessTime() {
+    const auto before = std::chrono::steady_clock::now();
+    curl_global_init(CURL_GLOBAL_DEFAULT);
+    const CurlMulti multi(curl_multi_init());
+    return since(before);
+}
+
 double start(const Setup& setup) {
     Platform::install(platform(setup));
     Kavio facade({}, "key", Kavio::EnvironmentType::PROD);
@@ -87,6 +107,11 @@ double figureOf(const std::string& measurement, const Setup& setup) {
     }
     if (measurement == "idle") return idleBytes(setup);
     if (measurement == "start") return start(setup);
+    if (measurement == "ready") return readinessTime(setup);
+    if (measurement == "bare-ready") return bareReadinessTime();
+    if (measurement == "text") return residenceOfLargeReply().text;
+    if (measurement == "peak") return residenceOfLargeReply().peak;
+    if (measurement == "stays") return residenceOfLargeReply().stays;
     throw std::invalid_argument(measurement);
 }
 

@@ -10,6 +10,8 @@ namespace kavio::bench {
 /// - "library-call", "bare-call": processor time of the first HTTPS call, in nanoseconds
 /// - "idle": private memory of the platform and an idle facade, in bytes
 /// - "start": a facade begins its first request
+/// - "ready", "bare-ready": time until the platform and a facade, or libcurl alone, are ready, in nanoseconds
+/// - "text", "peak", "stays": see `Residence`, in bytes
 constexpr const char* childFlag = "--child";
 
 /// In the child: writes the figure to standard output.

@@ -3,12 +3,17 @@
 #include "allocations.h"
 #include "models/json/document.h"
 #include "models/machine_model.h"
+#include "network/payload.h"
 #include "plain_decoder.h"
 
 #include <benchmark/benchmark.h>
+#include <malloc.h>
 #include <simdjson.h>
 
 #include <algorithm>
+#include <fstream>
+#include <stdexcept>
+#include <string>
 #include <string_view>
 #include <thread>
 #include <vector>
@@ -85,6 +90,18 @@ void bareParse(benchmark::State& state) {
     measure(state, [&parser](const std::string& reply) { return parser.parse(reply).error(); });
 }
 
+double processStatus(std::string_view key) {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);)
+        if (line.starts_with(key)) return std::stod(line.substr(key.size())) * 1024;
+    throw std::runtime_error("The system does not tell the memory of a process.");
+}
+
+double bytesInUse() {
+    const auto counts = ::mallinfo2();
+    return static_cast<double>(counts.uordblks + counts.hblkhd);
+}
+
 BENCHMARK(bareParse)->Arg(500);
 BENCHMARK_CAPTURE(measure, decodePlainly, decodePlainly)->Name("decodePlainly")->Arg(500);
 BENCHMARK_CAPTURE(measure, decodeMachines, decodeMachines)
@@ -104,6 +121,19 @@ double decodingBytes(std::int64_t machines) {
     // On a new thread, which has no buffers from before.
     std::thread([&] { bytes = allocatedBytes([&] { benchmark::DoNotOptimize(decodeMachines(reply)); }); }).join();
     return static_cast<double>(bytes);
+}
+
+Residence residenceOfLargeReply() {
+    auto reply = machinesReply(10000);
+    const auto text = static_cast<double>(reply.size());
+    ::malloc_trim(0);
+    const auto resident = processStatus("VmRSS:") - text;
+    const auto inUse = bytesInUse() - static_cast<double>(reply.capacity());
+    std::ofstream("/proc/self/clear_refs") << "5";  // the peak starts from here
+    const auto result = decoded<Machines>(RawResult::success(std::move(reply)));
+    const auto objects = bytesInUse() - inUse;
+    if (!result) throw std::runtime_error("The large reply was not read.");
+    return {text, processStatus("VmHWM:") - resident, processStatus("VmRSS:") - resident - objects};
 }
 
 }  // namespace kavio::bench

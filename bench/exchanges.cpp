@@ -1,11 +1,14 @@
 #include "exchanges.h"
 
+#include "models/json/document.h"
+#include "models/machine_model.h"
 #include "network/kavio_network_service.h"
 #include "network/requests.h"
 #include "platform/linux/tls_profile.h"
 #include "repositories/repositories.h"
 #include "storage/kavio_user_defaults.h"
 
+#include <kavio/kavio.h>
 #include <kavio/platform/linux.h>
 
 #include <future>
@@ -76,6 +79,23 @@ Machines lookUpMachine() {
     return resultOf<Machines>([](auto done) { MachineRepository().machines(query, std::move(done)); });
 }
 
+void lookUpMachines(std::size_t facades) {
+    struct Counter final : QuietDelegate {
+        void onGetMachines(Result result, std::optional<Machines>) override {
+            if (result->type == ResultType::SUCCESS) ++answered;
+        }
+        std::size_t answered = 0;
+    };
+    const auto counter = std::make_shared<Counter>();
+    std::vector<std::unique_ptr<Kavio>> asking;
+    for (std::size_t i = 0; i < facades; ++i) {
+        asking.push_back(std::make_unique<Kavio>(counter, "key", Kavio::EnvironmentType::PROD));
+        asking.back()->getMachines(std::make_shared<MachineFilter>(MachineFilter{.value = "42100107"}));
+    }
+    mainQueue()->runUntil([&] { return counter->answered == facades; }, std::chrono::seconds(30));
+    if (counter->answered != facades) throw std::runtime_error("Some of the calls at once have failed.");
+}
+
 BareExchange::BareExchange(const Setup& setup, const UrlRequest& request) : mRequest(request) {
     mConnectTo.append(("::" + setup.address).c_str());
     for (const auto& [name, value] : request.headers)
@@ -114,7 +134,12 @@ long BareExchange::run() {
 
 long ThreadedBareExchange::run() {
     std::promise<long> status;
-    mThread->async([&] { status.set_value(mExchange.run()); });
+    mThread->async([&] {
+        preparedRequest();
+        const auto answer = mExchange.run();
+        decodeDocument<Machines>(mExchange.body());
+        status.set_value(answer);
+    });
     return status.get_future().get();
 }
 

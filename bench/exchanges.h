@@ -20,6 +20,8 @@ APIRequest machineRequest();
 UrlRequest preparedRequest();
 /// The same for an application: signed, sent, decoded, and reported on the main thread.
 Machines lookUpMachine();
+/// So many look-ups at once, each by a facade of its own.
+void lookUpMachines(std::size_t facades);
 
 /// A request made directly with libcurl, with those of the library's settings that affect what is sent.
 class BareExchange {
@@ -39,7 +41,8 @@ private:
     std::string mBody;
 };
 
-/// The same for a caller who must not be blocked: on a network thread, with as little as possible beyond that.
+/// The least that any library on top of libcurl must do for a caller who must not be blocked: on a network thread, it
+/// signs the request, sends it and decodes the reply.
 class ThreadedBareExchange {
 public:
     ThreadedBareExchange(const Setup& setup, const UrlRequest& request) : mExchange(setup, request) {}

@@ -13,6 +13,7 @@
 #include <array>
 #include <cstdlib>
 #include <filesystem>
+#include <memory>
 #include <string>
 
 namespace kavio::bench {
@@ -33,15 +34,21 @@ void prepareRequest(benchmark::State& state) {
     }
 }
 
-/// Digests of the texts that `prepareRequest` signs: the URL, the start of the body, the time, and these three digests.
+/// Digests, as cheaply as OpenSSL gives them, of the texts that `prepareRequest` signs: the URL, the start of the body,
+/// the time, and these three digests.
 void bareDigests(benchmark::State& state) {
     const auto request = preparedRequest();
     const std::array texts{request.url, request.body.value_or("").substr(0, 32), serverTimeStamp(),
                            std::string(60, 'd')};
     std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
+    const std::unique_ptr<EVP_MD, decltype(&EVP_MD_free)> sha1(EVP_MD_fetch(nullptr, "SHA1", nullptr), &EVP_MD_free);
+    const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> context(EVP_MD_CTX_new(), &EVP_MD_CTX_free);
     for (auto _ : state) {
-        for (const auto& text : texts)
-            EVP_Digest(text.data(), text.size(), digest.data(), nullptr, EVP_sha1(), nullptr);
+        for (const auto& text : texts) {
+            EVP_DigestInit_ex2(context.get(), sha1.get(), nullptr);
+            EVP_DigestUpdate(context.get(), text.data(), text.size());
+            EVP_DigestFinal_ex(context.get(), digest.data(), nullptr);
+        }
         benchmark::DoNotOptimize(digest);
     }
 }

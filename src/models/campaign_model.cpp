@@ -1,6 +1,7 @@
 #include "models/campaign_model.h"
 
 #include "models/date_text.h"
+#include "models/unkept_list.h"
 
 #include <cstdint>
 #include <memory>
@@ -8,7 +9,6 @@
 #include <string>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 namespace kavio {
 
@@ -47,7 +47,7 @@ struct CampainModel {
     std::string_view created;
     std::optional<std::string_view> expiration;
     std::optional<std::string_view> imageUrl;
-    std::optional<std::vector<std::int64_t>> fullTreeOperators;
+    std::optional<UnkeptList<std::int64_t>> fullTreeOperators;
     std::int64_t punchCardId;
     std::optional<std::string_view> updatedDate;
     std::shared_ptr<const LookAndFeelModel> lookAndFeel;

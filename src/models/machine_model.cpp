@@ -2,6 +2,7 @@
 
 #include "models/campaign_model.h"
 #include "models/date_text.h"
+#include "models/unkept_list.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -9,7 +10,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace kavio {
 namespace {
@@ -40,7 +40,7 @@ struct MachineModel {  // NOLINT(clang-analyzer-optin.performance.Padding)
     double latitude;
     double longitude;
     std::int64_t decimalPlace;
-    std::vector<double> fullTreeOperatorsField;
+    UnkeptList<double> fullTreeOperatorsField;
     std::string_view createdDateStr;  // "lastOrderDT"
     std::optional<std::int32_t> reviewsCount;
     std::optional<float> reviewsAvg;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "models/json/json_value.h"
-#include "network/session.h"
+#include "network/stored_state.h"
 
 #include <kavio/platform/url_session.h>
 
@@ -29,6 +29,8 @@ struct APIRequest {
     /// The session token, with its issuer as it was known when the request was made: a request may wait, and another
     /// session may have begun when it goes out. Absent for calls made before login.
     std::optional<SessionToken> token = std::nullopt;
+    /// The store when the request was made, or when it has waited.
+    StoredState stored{};
     /// An absolute URL that replaces base URL and endpoint.
     std::optional<std::string> url = std::nullopt;
     /// Headers that replace the service's usual ones; the signature is added to either.

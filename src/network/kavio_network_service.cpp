@@ -6,7 +6,7 @@
 #include "network/response_classification.h"
 #include "network/session.h"
 #include "network/url_request.h"
-#include "storage/kavio_user_defaults.h"
+#include "time/reliable_clock.h"
 #include "util/contained.h"
 #include "util/shared_instance.h"
 #include "util/trace.h"
@@ -29,11 +29,11 @@ RawResult failed(APIError error, std::int64_t status, std::optional<std::string>
 }
 
 HeaderFields serviceHeaders(const std::optional<std::string>& apiKey, const SentToken& token) {
-    HeaderFields headers{
-        {"X-Zelto-Wallet-Api-Key", apiKey.value_or(fallbackApiKey)},
-        {"Content-Type", "application/json; charset=utf-8"},
-        {"lang", Platform::current().locale->languageCode().value_or("en")},
-    };
+    HeaderFields headers;
+    headers.reserve(5);  // with the signature
+    headers.emplace_back("X-Zelto-Wallet-Api-Key", apiKey ? *apiKey : fallbackApiKey);
+    headers.emplace_back("Content-Type", "application/json; charset=utf-8");
+    headers.emplace_back("lang", Platform::current().locale->languageCode().value_or("en"));
     if (token) headers.emplace_back("X-Zelto-Wallet-Session-Token", *token);
     return headers;
 }
@@ -142,20 +142,20 @@ std::shared_ptr<DownloadTask> KavioNetworkService::sendInBackground(APIRequest r
 }
 
 UrlRequest KavioNetworkService::prepare(APIRequest& request) {
-    const auto stored = KavioUserDefaults::shared()->defualt->values({keys::serviceName, keys::apiKey});
-    const auto serviceName = KeyValueStore::typed<std::string>(stored[0]);
-    const auto apiKey = KeyValueStore::typed<std::string>(stored[1]);
-    const auto service = apiTypeNamed(serviceName);
-    const auto baseURL = urlString(service);
-    if (request.token) request.token->text = tokenFor(*request.token, service);
+    const auto& stored = request.stored;
+    const auto baseURL = urlString(stored.service);
+    if (request.token) request.token->text = tokenFor(*request.token, stored.service);
 
-    auto urlRequest = buildURLRequest(request.url ? *request.url : appendingPathComponent(baseURL, request.endpoint),
-                                      std::move(request.params), request.encoding == ParameterEncoding::path);
+    auto urlRequest =
+        buildURLRequest(request.url ? *std::move(request.url) : appendingPathComponent(baseURL, request.endpoint),
+                        std::move(request.params), request.encoding == ParameterEncoding::path);
     urlRequest.method = request.method;
     urlRequest.idempotency = request.idempotency;
     urlRequest.willWait = std::move(request.willWait);
-    urlRequest.headers = request.headers ? *std::move(request.headers) : serviceHeaders(apiKey, sentToken(request));
-    urlRequest.headers.emplace_back("X-Zelto-Sign", signRequest(urlRequest.url, bodyOf(urlRequest)));
+    urlRequest.headers =
+        request.headers ? *std::move(request.headers) : serviceHeaders(stored.apiKey, sentToken(request));
+    urlRequest.headers.emplace_back("X-Zelto-Sign",
+                                    signRequest(urlRequest.url, bodyOf(urlRequest), serverTimeStamp(stored.sample)));
     trace(traceTag, [&] {
         return SafeMessage{"REQUEST[" + std::string(request.requestName) + "]: " + std::string(request.method)};
     });

@@ -4,6 +4,7 @@
 #include "models/json/document.h"
 #include "network/network_service_protocol.h"
 #include "util/contained.h"
+#include "util/spare_memory.h"
 #include "util/trace.h"
 
 #include <kavio/platform/platform.h>
@@ -34,8 +35,10 @@ APIResult<T> decoded(RawResult raw) {
         return raw;
     } else {
         if (!raw.payload()) return APIResult<T>::success(std::nullopt);
+        const SpareMemory spare(raw.payload()->size());
+        const auto body = std::move(raw).payload();  // which is gone before
         try {
-            return APIResult<T>::success(decodeDocument<T>(*raw.payload()));
+            return APIResult<T>::success(decodeDocument<T>(*body));
         } catch (const DecodingError& error) {
             trace("KavioNetworkService",
                   [&] { return SafeMessage{"failed to parse a reply, error: " + std::string(error.what())}; });

@@ -34,7 +34,10 @@ std::string_view bytesOf(const Digest::Sha1& digest) {
 }  // namespace
 
 std::string signRequest(std::string_view url, std::string_view body) {
-    const auto stamp = serverTimeStamp();
+    return signRequest(url, body, serverTimeStamp());
+}
+
+std::string signRequest(std::string_view url, std::string_view body, std::string_view stamp) {
     const auto urlDigest = sha1(signedUrl(url));
     const auto& characters = *Platform::current().characters;
     auto wellFormed = characters.wellFormed(body);
@@ -49,7 +52,7 @@ std::string signRequest(std::string_view url, std::string_view body) {
 
     std::string token(bytesOf(urlDigest).substr(0, 1));
     token += bytesOf(all);
-    return urlTokenEncode(token) + stamp.substr(stamp.size() - std::min<std::size_t>(4, stamp.size()));
+    return urlTokenEncode(token).append(stamp.substr(stamp.size() - std::min<std::size_t>(4, stamp.size())));
 }
 
 std::string urlTokenEncode(std::string_view bytes) {

@@ -47,19 +47,21 @@ constexpr Kind tdsGetPage{"TDSGetPageRequestProto", "POST", path, ONCE, Token::n
 constexpr Kind serverTime{timeRequestName, "GET", path, REPEATABLE, Token::empty};
 }  // namespace kinds
 
-std::optional<SessionToken> sessionToken(Token token) {
-    if (token == Token::stored) return storedToken();
+std::optional<SessionToken> sessionToken(Token token, const StoredState& stored) {
+    if (token == Token::stored) return stored.session;
     return token == Token::empty ? std::optional(SessionToken{}) : std::nullopt;
 }
 
 APIRequest make(const Kind& kind, std::string endpoint, std::optional<JsonObject> params = std::nullopt) {
+    auto stored = storedState();
     return {.requestName = kind.name,
             .method = kind.method,
             .encoding = kind.encoding,
             .idempotency = kind.idempotency,
             .endpoint = std::move(endpoint),
             .params = std::move(params),
-            .token = sessionToken(kind.token)};
+            .token = sessionToken(kind.token, stored),
+            .stored = std::move(stored)};
 }
 
 // "2.3.1" of a host with build 45 is sent as "2.3145"; a version of any other form is sent as it is.

@@ -54,14 +54,16 @@ struct WaitingRequest {
     }
 };
 
-/// Calls `next` once the time sample is good for `request`, or once an attempt to renew it has failed.
-void withFreshTime(const APIRequest& request, const std::shared_ptr<KavioNetworkService>& transport,
+/// Calls `next` once the time sample is good for the request, or once an attempt to renew it has failed.
+void withFreshTime(const std::shared_ptr<WaitingRequest>& kept, const std::shared_ptr<KavioNetworkService>& transport,
                    std::function<void()> next) {
-    if (request.requestName == timeRequestName || isTimeSampleFresh()) return next();
-    transport->send(timeRequest(), [next = std::move(next)](RawResult raw) {
+    const auto& request = kept->request;
+    if (request.requestName == timeRequestName || isTimeSampleFresh(request.stored.sample)) return next();
+    transport->send(timeRequest(), [kept, next = std::move(next)](RawResult raw) {
         // On the network's thread: the store syncs its writes to disk, and the main thread need not wait for that.
         const auto result = decoded<ServerTimeResponse>(std::move(raw));
         storeTimeSample(result ? result.payload() : std::nullopt);
+        kept->request.stored = storedState();
         next();
     });
 }
@@ -73,7 +75,7 @@ void withFreshTime(APIRequest request, RawCompletion completion, BeforeSending p
     const auto kept = std::make_shared<WaitingRequest>();
     kept->request = std::move(request);
     withFreshTime(
-        kept->request, transport,
+        kept, transport,
         [transport, kept, completion = std::move(completion), prepare = std::move(prepare), send = std::move(send)] {
             if (auto failure = prepare ? prepare() : std::nullopt)
                 return completion(RawResult::failed(*std::move(failure)));

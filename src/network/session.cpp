@@ -91,8 +91,7 @@ void endSession(const std::optional<std::string>& refusedToken) {
     defaults->defualt->set(keys::sessionToken, std::string());
 }
 
-SessionToken storedToken() {
-    auto token = KavioUserDefaults::shared()->sessionToken();
+SessionToken withIssuer(std::string token) {
     auto issuer = token.empty() ? std::string() : noteOf(token).service;
     return {std::move(token), std::move(issuer)};
 }

@@ -22,8 +22,8 @@ struct SessionToken {
     std::string issuer;
 };
 
-/// The token of the session that is open; empty if none is.
-SessionToken storedToken();
+/// The token of the session that is open, with what is known of it.
+SessionToken withIssuer(std::string token);
 /// A token as it may be sent to `service`: empty if another service issued it.
 std::string tokenFor(const SessionToken& token, ApiType service);
 /// Tells persons apart without naming them; empty if it is not known who is signed in.

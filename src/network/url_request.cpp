@@ -1,5 +1,7 @@
 #include "network/url_request.h"
 
+#include <utility>
+
 namespace kavio {
 namespace {
 
@@ -8,10 +10,9 @@ constexpr std::string_view queryCharacters = "!$&'()*+,-./:;=?@_~";
 
 bool isAsciiLetterOrDigit(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9'); }
 
-std::string percentEscaped(std::string_view text, std::string_view allowed) {
+void appendEscaped(std::string& escaped, std::string_view text, std::string_view allowed) {
     constexpr std::string_view digits = "0123456789ABCDEF";
-    std::string escaped;
-    escaped.reserve(text.size());
+    escaped.reserve(escaped.size() + text.size());
     for (const char c : text) {
         if (isAsciiLetterOrDigit(c) || allowed.find(c) != std::string_view::npos) {
             escaped += c;
@@ -20,7 +21,6 @@ std::string percentEscaped(std::string_view text, std::string_view allowed) {
             escaped += {'%', digits[byte >> 4U], digits[byte & 0xFU]};
         }
     }
-    return escaped;
 }
 
 // A text as it is, anything else as JSON writes it: digits, true, false.
@@ -33,13 +33,20 @@ std::string plainDescription(const JsonValue& value) {
 std::string appendingPathComponent(std::string_view base, std::string_view component) {
     while (base.ends_with('/')) base.remove_suffix(1);
     while (component.starts_with('/')) component.remove_prefix(1);
-    return std::string(base) + "/" + percentEscaped(component, pathCharacters);
+    std::string url;
+    url.reserve(base.size() + 1 + component.size());
+    url.append(base).append("/");
+    appendEscaped(url, component, pathCharacters);
+    return url;
 }
 
 std::string settingQuery(std::string_view url, std::string_view query) {
     const auto fragmentAt = std::min(url.find('#'), url.size());
     const auto head = url.substr(0, std::min(url.find('?'), fragmentAt));
-    return std::string(head) + "?" + percentEscaped(query, queryCharacters) + std::string(url.substr(fragmentAt));
+    std::string whole(head);
+    whole += '?';
+    appendEscaped(whole, query, queryCharacters);
+    return whole.append(url.substr(fragmentAt));
 }
 
 std::string queryText(const std::optional<JsonObject>& params) {
@@ -67,13 +74,13 @@ bool isUrl(std::string_view text) {
     return true;
 }
 
-UrlRequest buildURLRequest(std::string_view url, std::optional<JsonObject> params, bool inQuery) {
+UrlRequest buildURLRequest(std::string url, std::optional<JsonObject> params, bool inQuery) {
     UrlRequest request;
     request.timeout = REQUEST_TIMEOUT;
     if (inQuery) {
         request.url = settingQuery(url, queryText(params));
     } else {
-        request.url = std::string(url);
+        request.url = std::move(url);
         if (params && !params->empty()) request.body = serialise(*std::move(params));
     }
     return request;

@@ -27,6 +27,6 @@ bool isUrl(std::string_view text);
 
 /// The request for `url`, with `params` as its query or as its JSON body. Without parameters there is no body, and the
 /// query is empty, so that the URL ends with "?".
-UrlRequest buildURLRequest(std::string_view url, std::optional<JsonObject> params, bool inQuery);
+UrlRequest buildURLRequest(std::string url, std::optional<JsonObject> params, bool inQuery);
 
 }  // namespace kavio

@@ -75,40 +75,39 @@ private:
     Reading mStart{};
 };
 
-struct TimeSample {
-    Date serverNow;
-    std::optional<Date> expiry;
-    bool isOfServer;  // what stands in for a sample has the device's time twice
-    bool isSteady;    // nobody has set the device's clock since
-};
+// One reading of the device's clock for all that is missing, so that without a sample the sum is exactly that reading.
+Date serverTimeAt(Date now, const StoredSample& sample) {
+    return sample.serverTime.value_or(now) + (now - sample.savedCpuTime.value_or(now));
+}
 
-TimeSample timeSample() {
-    const auto stored =
-        KavioUserDefaults::shared()->defualt->values({keys::serverTime, keys::savedCpuTime, keys::serverExpiredTime});
+/// Whether the sample does not expire within `margin`, and nobody has set the device's clock since it was taken.
+bool isGoodFor(std::chrono::seconds margin, const StoredSample& sample) {
     const auto current = reading();
-    const auto now = current.now;
-    // One reading of the device's clock for all three, so that without a sample the sum is exactly that reading.
-    const auto serverTime = KeyValueStore::typed<Date>(stored[0]).value_or(now);
-    const auto savedCpuTime = KeyValueStore::typed<Date>(stored[1]).value_or(now);
-    return {serverTime + (now - savedCpuTime), KeyValueStore::typed<Date>(stored[2]), serverTime != savedCpuTime,
-            sharedInstance<ClockWatch>()->isSteadySince(savedCpuTime, current)};
+    if (!sample.expiry || serverTimeAt(current.now, sample) >= *sample.expiry - margin) return false;
+    return !sample.savedCpuTime || sharedInstance<ClockWatch>()->isSteadySince(*sample.savedCpuTime, current);
 }
 
 }  // namespace
 
-Date serverNow() { return timeSample().serverNow; }
+StoredSample storedSample() {
+    const auto stored =
+        KavioUserDefaults::shared()->defualt->values({keys::serverTime, keys::savedCpuTime, keys::serverExpiredTime});
+    return {KeyValueStore::typed<Date>(stored[0]), KeyValueStore::typed<Date>(stored[1]),
+            KeyValueStore::typed<Date>(stored[2])};
+}
 
-std::string serverTimeStamp() { return DateText::stamp(serverNow()); }
+Date serverNow(const StoredSample& sample) { return serverTimeAt(reading().now, sample); }
+
+std::string serverTimeStamp(const StoredSample& sample) { return DateText::stamp(serverNow(sample)); }
 
 bool isServerTimeKnown() {
-    const auto sample = timeSample();
-    return sample.isOfServer && sample.isSteady && sample.expiry && sample.serverNow < *sample.expiry;
+    const auto sample = storedSample();
+    // What stands in for a sample has the device's time twice.
+    const bool isOfServer = sample.serverTime && sample.serverTime != sample.savedCpuTime;
+    return isOfServer && isGoodFor(std::chrono::seconds(0), sample);
 }
 
-bool isTimeSampleFresh() {
-    const auto sample = timeSample();
-    return sample.isSteady && sample.expiry && sample.serverNow < *sample.expiry - TIME_SAMPLE_MARGIN;
-}
+bool isTimeSampleFresh(const StoredSample& sample) { return isGoodFor(TIME_SAMPLE_MARGIN, sample); }
 
 void storeTimeSample(const std::optional<ServerTimeResponse>& response) {
     const auto defaults = KavioUserDefaults::shared();

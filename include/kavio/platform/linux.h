@@ -20,6 +20,10 @@ struct UrlSessionConfiguration {
     /// "HOST:PORT" that every connection goes to, whatever host the URL names; URL, `Host` header, TLS server name and
     /// certificate check keep the URL's own host. For a service on this machine. Empty for none.
     std::string connectTo{};
+    /// While a person reads, for up to two minutes after the last request, a connection that the service has closed is
+    /// made anew at once, and so is one that has become too old to be trusted. The next query then need not wait for a
+    /// connection. For that, the service gets a request that asks for nothing: "OPTIONS /". Purchases are not affected.
+    bool warmsConnection = false;
 };
 
 /// What a host may set before the library's first use. The defaults are a desktop's.

@@ -12,16 +12,15 @@ namespace kavio {
 
 struct Document::Parser {
     simdjson::dom::parser parser;
+    simdjson::dom::document document;
     simdjson::dom::element root;
 };
 
 namespace {
 
-// A parser keeps its buffers, which are several times the size of what it parsed. Buffers for more than this much text
-// are freed when the thread next parses a text that needs less than half of them.
-constexpr std::size_t keptCapacity = std::size_t{2} * 1024 * 1024;
-
-bool isOversized(std::size_t capacity, std::size_t needed) { return capacity > keptCapacity && capacity / 2 > needed; }
+// The buffers are several times the size of what has been parsed. Those for more than this much text go: what only
+// parsing needs before the values are read, the rest with the document. Others are kept for the next one.
+constexpr std::size_t keptCapacity = std::size_t{1024} * 1024;
 
 }  // namespace
 
@@ -43,15 +42,21 @@ Document::Document(const std::string& json) : mParser(std::move(idleParser())) {
 }
 
 void Document::parse(const std::string& json) {
-    if (!mParser || isOversized(mParser->parser.capacity(), json.size())) mParser = std::make_unique<Parser>();
-    const auto outcome = [this](const std::string& text) { return mParser->parser.parse(text).get(mParser->root); };
+    if (!mParser) mParser = std::make_unique<Parser>();
+    auto& parser = mParser->parser;
+    const auto outcome = [&](const std::string& text) {
+        return parser.parse_into_document(mParser->document, text).get(mParser->root);
+    };
     const bool isOrdinary = !mayHoldSurrogates(json);
     auto error = outcome(isOrdinary ? json : toleratedText(json));
     if (error == simdjson::NUMBER_ERROR && isOrdinary) error = outcome(toleratedText(json));
     if (error != simdjson::SUCCESS) throw DecodingError(simdjson::error_message(error));
+    if (parser.capacity() > keptCapacity) parser = simdjson::dom::parser();
 }
 
-Document::~Document() { idleParser() = std::move(mParser); }
+Document::~Document() {
+    if (mParser && mParser->document.capacity() <= keptCapacity) idleParser() = std::move(mParser);
+}
 
 void Document::chooseParser() { static_cast<void>(simdjson::get_active_implementation()->name()); }
 

@@ -1,12 +1,15 @@
 #include "platform/linux/openssl.h"
 
 #include "platform/linux/hexadecimal.h"
+#include "platform/linux/release.h"
 
 #include <openssl/err.h>
 #include <openssl/evp.h>
 #include <openssl/rand.h>
 
 #include <array>
+#include <memory>
+#include <mutex>
 #include <new>
 
 namespace kavio {
@@ -25,20 +28,22 @@ const unsigned char* unsignedBytes(std::string_view bytes) {
 
 class OpensslDigest final : public Digest {
 public:
-    OpensslDigest() { check(mSha1 != nullptr); }
+    OpensslDigest() { check(mSha1 && mContext); }
 
     Sha1 sha1(std::string_view bytes) const override {
         Sha1 digest{};
-        check(EVP_Digest(bytes.data(), bytes.size(), digest.data(), nullptr, mSha1.get(), nullptr) == 1);
+        const std::lock_guard lock(mMutex);
+        check(EVP_DigestInit_ex2(mContext.get(), mSha1.get(), nullptr) == 1 &&
+              EVP_DigestUpdate(mContext.get(), bytes.data(), bytes.size()) == 1 &&
+              EVP_DigestFinal_ex(mContext.get(), digest.data(), nullptr) == 1);
         return digest;
     }
 
 private:
-    struct Free {
-        void operator()(EVP_MD* algorithm) const { EVP_MD_free(algorithm); }
-    };
-    // Kept, because looking the algorithm up takes longer than hashing a short text.
-    std::unique_ptr<EVP_MD, Free> mSha1{EVP_MD_fetch(nullptr, "SHA1", nullptr)};
+    // Kept, because to look the algorithm up and to make a context take longer than hashing a short text.
+    const std::unique_ptr<EVP_MD, Release<&EVP_MD_free>> mSha1{EVP_MD_fetch(nullptr, "SHA1", nullptr)};
+    const std::unique_ptr<EVP_MD_CTX, Release<&EVP_MD_CTX_free>> mContext{EVP_MD_CTX_new()};
+    mutable std::mutex mMutex;  // of the context
 };
 
 class OpensslBase64 final : public Base64 {

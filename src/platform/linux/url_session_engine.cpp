@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <climits>
@@ -34,6 +35,8 @@ constexpr long mostConnectionsToHost = 6;
 constexpr long mostConnections = 12;
 constexpr std::chrono::seconds firstPause{1};
 constexpr std::chrono::seconds longestPause{5};
+constexpr std::chrono::minutes longestReading{2};
+constexpr std::chrono::seconds shortestKept{3};
 
 struct Task {
     Task(UrlRequest request, const UrlConduct& conduct, UrlEngine::Completion whenDone)
@@ -116,16 +119,64 @@ public:
     Wakeup& operator=(const Wakeup&) = delete;
 
     void signal() const { eventfd_write(mDescriptor, 1); }
-    /// Waits for a signal, for what the open exchanges wait for, or until the time is up.
-    void wait(CURLM* multi, int milliseconds) const {
-        curl_waitfd signalled{mDescriptor, CURL_WAIT_POLLIN, 0};
-        curl_multi_wait(multi, &signalled, 1, milliseconds, nullptr);
+    /// Waits for a signal, for what the open exchanges wait for, or until the time is up. True if there is something to
+    /// read from `idle`, which may be no socket.
+    bool wait(CURLM* multi, curl_socket_t idle, int milliseconds) const {
+        std::array<curl_waitfd, 2> watched{{{mDescriptor, CURL_WAIT_POLLIN, 0}, {idle, CURL_WAIT_POLLIN, 0}}};
+        curl_multi_wait(multi, watched.data(), idle == CURL_SOCKET_BAD ? 1 : 2, milliseconds, nullptr);
         eventfd_t count = 0;
-        if (signalled.revents != 0) eventfd_read(mDescriptor, &count);
+        if (watched[0].revents != 0) eventfd_read(mDescriptor, &count);
+        return watched[1].revents != 0;
     }
 
 private:
     const int mDescriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+};
+
+/// The connection that a session keeps warm for the next query: the one that was used last. It is watched only while
+/// libcurl has nothing to do, so that it cannot close the socket meanwhile.
+class KeptConnection {
+public:
+    /// The application has made this request.
+    void expectAnother(const UrlRequest& request) {
+        mRoot = request.url.substr(0, request.url.find('/', std::string_view("https://").size())) + '/';
+        mUntil = Steady::now() + longestReading;
+        mIsRenewed = false;
+    }
+    void use() { mSocket = CURL_SOCKET_BAD; }
+    void release(CURL* easy) {
+        mSocket = CURL_SOCKET_BAD;
+        curl_easy_getinfo(easy, CURLINFO_ACTIVESOCKET, &mSocket);
+        mIdleSince = Steady::now();
+    }
+
+    curl_socket_t socket() const { return mSocket; }
+    Steady::time_point oldAt() const {
+        return mSocket == CURL_SOCKET_BAD ? Steady::time_point::max() : mIdleSince + longestIdle;
+    }
+    /// A request that makes it anew, if that is due; `isEnded` says that the service has ended it. A service that ends
+    /// the new one at once keeps no connections, and is not asked again.
+    std::optional<UrlRequest> renewal(bool isEnded) {
+        const auto now = Steady::now();
+        if (!isEnded && now < oldAt()) return std::nullopt;
+        mSocket = CURL_SOCKET_BAD;
+        const bool isNotKept = mIsRenewed && now - mIdleSince < shortestKept;
+        if (now > mUntil || isNotKept) return std::nullopt;
+        mIsRenewed = true;
+        UrlRequest request;
+        request.url = mRoot;
+        request.method = "OPTIONS";
+        request.timeout = longestIdle;
+        request.idempotency = Idempotency::REPEATABLE;
+        return request;
+    }
+
+private:
+    std::string mRoot;
+    Steady::time_point mUntil;
+    curl_socket_t mSocket = CURL_SOCKET_BAD;
+    Steady::time_point mIdleSince;
+    bool mIsRenewed = false;
 };
 
 template <class Container>
@@ -182,6 +233,8 @@ private:
     TaskPointer takeRunning(CURL* easy);
     TaskPointer takeAny();
 
+    void begin(TaskPointer task);
+    void warm(bool isEnded);
     void start(TaskPointer task);
     void attempt(TaskPointer& task);
     void endFinished();
@@ -202,6 +255,7 @@ private:
     bool mStopping = false;              // guarded by mMutex
     std::deque<TaskPointer> mSubmitted;  // guarded by mMutex
 
+    KeptConnection mKept;
     bool mHaveDistrusted = false;
     std::map<CURL*, TaskPointer> mRunning;
     Steady::time_point mNextOverdue = Steady::time_point::max();  // no task that runs is overdue before
@@ -281,7 +335,7 @@ void UrlEngine::Loop::stop() {
 void UrlEngine::Loop::run() {
     blockSigpipe();
     while (!isStopping()) {
-        while (auto task = takeSubmitted()) start(std::move(task));
+        while (auto task = takeSubmitted()) begin(std::move(task));
         while (auto task = takeDue()) start(std::move(task));
         while (auto task = takeOverdue()) complete(std::move(task), urlError(UrlError::timedOut));
         while (mSomeAreGivenUp.exchange(false)) {
@@ -291,9 +345,25 @@ void UrlEngine::Loop::run() {
         curl_multi_perform(mMulti.get(), &running);
         endFinished();
         if (mHaveDistrusted && mRunning.empty()) renewAfterDistrust();
-        mWakeup.wait(mMulti.get(), millisecondsToNextDeadline());
+        const auto idle = mRunning.empty() ? mKept.socket() : CURL_SOCKET_BAD;
+        const bool isEnded = mWakeup.wait(mMulti.get(), idle, millisecondsToNextDeadline());
+        if (mRunning.empty()) warm(isEnded);
     }
     close();
+}
+
+void UrlEngine::Loop::begin(TaskPointer task) {
+    endedByLackOfMemory(task, [this](TaskPointer& submitted) {
+        if (mConduct.warmsConnection) mKept.expectAnother(submitted->exchange.request());
+        start(std::move(submitted));
+    });
+}
+
+/// What becomes of it is of no interest: the next query makes its own connection, if need be.
+void UrlEngine::Loop::warm(bool isEnded) try {
+    if (auto request = mKept.renewal(isEnded))
+        start(std::make_unique<Task>(*std::move(request), mConduct, [](const UrlOutcome&) {}));
+} catch (const std::bad_alloc&) {  // NOLINT(bugprone-empty-catch): likewise
 }
 
 /// Leaves the thread nothing to do in libcurl and OpenSSL. After a completion has destroyed the engine, the process may
@@ -315,6 +385,7 @@ void UrlEngine::Loop::start(TaskPointer task) {
 
 void UrlEngine::Loop::attempt(TaskPointer& task) {
     CURL* const easy = task->easy.get();
+    mKept.use();
     const CURLcode code = task->exchange.prepare(easy);
     mNextOverdue = std::min(mNextOverdue, task->exchange.connectsBy().value_or(mNextOverdue));
     mRunning.emplace(easy, std::move(task));
@@ -325,7 +396,10 @@ void UrlEngine::Loop::attempt(TaskPointer& task) {
 void UrlEngine::Loop::endFinished() {
     int left = 0;
     while (const CURLMsg* message = curl_multi_info_read(mMulti.get(), &left)) {
-        if (message->msg == CURLMSG_DONE) end(message->easy_handle, message->data.result);
+        if (message->msg != CURLMSG_DONE) continue;
+        mKept.use();
+        if (mConduct.warmsConnection && message->data.result == CURLE_OK) mKept.release(message->easy_handle);
+        end(message->easy_handle, message->data.result);
     }
 }
 
@@ -409,7 +483,7 @@ TaskPointer UrlEngine::Loop::takeAny() {
 }
 
 int UrlEngine::Loop::millisecondsToNextDeadline() const {
-    auto next = mNextOverdue;
+    auto next = mRunning.empty() ? mKept.oldAt() : mNextOverdue;
     for (const auto& task : mWaiting) next = std::min(next, task->resumesAt);
     if (next == Steady::time_point::max()) return INT_MAX;
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(next - Steady::now());
@@ -421,6 +495,7 @@ int UrlEngine::Loop::millisecondsToNextDeadline() const {
 void UrlEngine::Loop::renewAfterDistrust() {
     auto renewed = mMulti ? makeMulti() : nullptr;  // none where a completion has destroyed the engine
     if (!renewed) return;
+    mKept.use();
     mMulti = std::move(renewed);
     mHaveDistrusted = false;
 }

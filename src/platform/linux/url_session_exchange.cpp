@@ -22,8 +22,6 @@ namespace {
 
 constexpr std::size_t maximumHeaderBytes = 300'000;
 constexpr int maximumRedirects = 10;
-// A mobile network forgets idle connections without notice, and what is sent on one is lost.
-constexpr long maximumIdleSeconds = 30;
 constexpr long longestTimeoutSeconds = 24L * 60 * 60;
 // Bodies are small, and libcurl's default buffer is so large that the heap returns it and takes it again each time.
 constexpr long uploadBufferBytes = 16L * 1024;
@@ -144,7 +142,9 @@ struct UrlExchange::Callbacks {
 };
 
 UrlConduct::UrlConduct(const UrlSessionConfiguration& configuration, bool isBackground)
-    : authorityFile(configuration.certificateAuthorities), background(isBackground) {
+    : authorityFile(configuration.certificateAuthorities),
+      background(isBackground),
+      warmsConnection(configuration.warmsConnection && !isBackground) {
     // Reading all of the system's authorities takes longer than everything else in an exchange. From a folder, OpenSSL
     // reads only the one that it needs; from a file, libcurl at least keeps what it has read, if it has no folder to
     // look into.
@@ -205,7 +205,7 @@ void UrlExchange::setConnection(Options& options) const {
         options.set(CURLOPT_CONNECT_TO, mConduct.connectTo.get());
         options.set(CURLOPT_PROXY, "");
     }
-    options.set(CURLOPT_MAXAGE_CONN, maximumIdleSeconds);
+    options.set(CURLOPT_MAXAGE_CONN, static_cast<long>(longestIdle.count()));
     // A request that is sent once never takes a kept connection. However alive that looks, its end may already be
     // on its way, and then nobody could tell whether the request has arrived. Resumed TLS sessions keep new
     // connections cheap.

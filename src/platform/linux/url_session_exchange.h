@@ -18,6 +18,9 @@ namespace kavio {
 
 using UrlOutcome = std::variant<UrlReply, UrlError>;
 
+/// A mobile network forgets idle connections without notice, and what is sent on one is lost.
+inline constexpr std::chrono::seconds longestIdle{30};
+
 /// How all requests of a session are sent.
 struct UrlConduct {
     UrlConduct(const UrlSessionConfiguration& configuration, bool isBackground);
@@ -28,6 +31,8 @@ struct UrlConduct {
     CurlList connectTo;
     /// As a background session promises: each request on its own connection, and at most once.
     bool background;
+    /// As `UrlSessionConfiguration::warmsConnection` says.
+    bool warmsConnection;
 };
 
 /// Whether a request leaves the device or is given up: decided once, by whoever comes first. Safe from any thread.
@@ -80,6 +85,7 @@ public:
         return hasConnection ? std::nullopt : std::optional(mAttempt.connectsBy);
     }
     const std::shared_ptr<Departure>& departure() const { return mDeparture; }
+    const UrlRequest& request() const { return mRequest; }
     void willWait() const {
         if (mRequest.willWait) mRequest.willWait();
     }
