@@ -52,7 +52,7 @@ public:
 };
 
 /// What a facade knows. Used on the main thread; no locks.
-struct Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::State> {
+struct [[gnu::visibility("hidden")]] Kavio::State final : ServiceObject, std::enable_shared_from_this<Kavio::State> {
     template <class... Payload>
     using Callback = void (KavioDelegate::*)(KavioDelegate::Result, Payload...);
     template <class... Payload>
