@@ -17,8 +17,8 @@
 #include <utility>
 #include <vector>
 
-/// Operations as values: each function of `AsyncKavio` returns an `Operation`, which a program awaits in a coroutine,
-/// gives a callback, or takes a future from.
+// Operations as values: each function of `AsyncKavio` returns an `Operation`, which a program awaits in a coroutine,
+// gives a callback, or takes a future from.
 
 namespace kavio {
 
@@ -39,19 +39,25 @@ struct Outcome {
 template <class Payload>
 class Progress {
 public:
-    using Waiter = std::function<bool()>;  // whether it has what it waits for
+    /// Returns whether it has what it waits for.
+    using Waiter = std::function<bool()>;
 
+    /// Whether nothing more will be reported.
     bool isOver() const { return mIsOver; }
+    /// All reports so far, in order.
     const std::vector<Outcome<Payload>>& reports() const { return mReports; }
     /// The next report for `Operation::next`, if there is one.
     bool hasUntaken() const { return mTaken < mReports.size(); }
+    /// Takes that report; there must be one.
     const Outcome<Payload>& take() { return mReports[mTaken++]; }
 
     /// Keeps `waiter` until it has what it waits for.
     void wait(Waiter waiter) {
         if (!waiter()) mWaiters.push_back(std::move(waiter));
     }
+    /// Takes note of a report, and calls nobody yet.
     void add(Outcome<Payload> report) { mReports.push_back(std::move(report)); }
+    /// No report follows; calls nobody yet.
     void end() noexcept { mIsOver = true; }
     /// Calls those who wait; the last thing that is done. Whoever is called may wait again.
     void tell() {
@@ -80,6 +86,7 @@ private:
 template <class Payload = Nothing>
 class Operation {
 public:
+    /// For the library.
     explicit Operation(std::shared_ptr<Progress<Payload>> progress) : mProgress(std::move(progress)) {}
 
     /// Whether nothing more will be reported.
@@ -180,8 +187,8 @@ private:
 
 /// What became of a payment that was in doubt: the order of a purchase, or the balance after a deposit.
 struct Settlement {
-    std::shared_ptr<const Order> order;
-    std::optional<std::int64_t> balance;
+    std::shared_ptr<const Order> order;   ///< null for a deposit
+    std::optional<std::int64_t> balance;  ///< in the currency's smallest unit; absent for a purchase
 };
 
 /// A wallet whose operations are values; each of them is what `Kavio` says of the function of its name. Use it from the
@@ -200,6 +207,8 @@ public:
     /// As `Kavio::release`; whatever is under way ends with the cause `RELEASED`.
     void release();
 
+    ///@{
+    /// As the function of its name in `Kavio`, with the payload of the callback that this reports to.
     Operation<> isLoggedIn();
     Operation<> login(std::string countryCode, std::string phoneNumber);
     Operation<> verify(std::string otp, std::string country, std::string countryCode, std::string phoneNumber);
@@ -210,6 +219,7 @@ public:
     Operation<std::optional<Products>> getMachineProducts(std::int64_t machineId);
     Operation<std::optional<Orders>> getTransactions(std::shared_ptr<const TransactionFilter> filter);
     Operation<std::shared_ptr<const Order>> getOrder(std::string orderId);
+    ///@}
 
     /// Reports once when the order is placed and once at each change of its status, and is over when the order is, or
     /// is not followed any further. A change after `TIMEOUT` reaches only the delegate.
@@ -220,12 +230,15 @@ public:
         std::int64_t kavioId, std::shared_ptr<const PaymentMethod> paymentMethod, std::int64_t amount,
         std::optional<std::vector<std::shared_ptr<const RemoteVendProduct>>> products, std::stop_token stop = {});
 
+    ///@{
+    /// As the function of its name in `Kavio`, with the payload of the callback that this reports to.
     Operation<std::shared_ptr<const CreditCard>> addCreditCard(std::shared_ptr<const Card> card);
     Operation<std::shared_ptr<const CreditCard>> addCreditCardTDSecure(TDSPaymentCard paymentCard,
                                                                        TDSCardHolder cardHolder);
     Operation<> removeCard(std::string id);
     Operation<std::optional<std::int64_t>> deposit(std::shared_ptr<const DepositCard> depositCard, double amount,
                                                    std::string chargedCardId);
+    ///@}
     /// A purchase that was made is followed as after `placeOrder`.
     Operation<Settlement> settlePayment(std::string id);
 
@@ -243,21 +256,28 @@ private:
 /// What it throws leaves the report that it waited for, as from a callback.
 class Task {
 public:
+    /// What the compiler asks of a coroutine's type.
     struct promise_type {
+        ///@{
+        /// The coroutine starts at once, keeps its frame until the `Task` ends, and lets exceptions out.
         Task get_return_object() { return Task(std::coroutine_handle<promise_type>::from_promise(*this)); }
         std::suspend_never initial_suspend() noexcept { return {}; }
         std::suspend_always final_suspend() noexcept { return {}; }
         void return_void() {}
         void unhandled_exception() { throw; }
+        ///@}
     };
 
+    /// Takes the coroutine over.
     Task(Task&& other) noexcept : mCoroutine(std::exchange(other.mCoroutine, nullptr)) {}
     Task(const Task&) = delete;
     Task& operator=(const Task&) = delete;
+    /// Ends the coroutine, even where it waits.
     ~Task() {
         if (mCoroutine) mCoroutine.destroy();
     }
 
+    /// Whether the coroutine has run to its end.
     bool isDone() const { return mCoroutine.done(); }
 
 private:

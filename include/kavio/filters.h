@@ -15,9 +15,11 @@ namespace kavio {
 struct KAVIO_API MachineFilter {
     /// A machine's code, or the text of a QR code.
     const std::optional<std::string> value = std::nullopt;
+    ///@{
     /// Degrees.
     const std::optional<double> latitude = std::nullopt;
     const std::optional<double> longitude = std::nullopt;
+    ///@}
     /// The country of the position, such as "DE".
     const std::optional<std::string> country = std::nullopt;
     /// Metres.
@@ -29,6 +31,7 @@ struct KAVIO_API MachineFilter {
     /// The most machines to list; 50 for a `value` when absent.
     const std::optional<std::int64_t> limit = std::nullopt;
 
+    /// One line per member, for logs and tests.
     std::string debugDescription() const;
 };
 
@@ -36,13 +39,17 @@ struct KAVIO_API MachineFilter {
 struct KAVIO_API TransactionFilter {
     /// A `Machine`'s `id`, not its `kavioId`.
     const std::optional<std::int64_t> machineId = std::nullopt;
+    ///@{
+    /// As in `PaymentMethod`; only orders paid with it.
     const std::optional<std::string> paymentMethodId = std::nullopt;
     const std::optional<PaymentMethod::PaymentType> paymentType = std::nullopt;
+    ///@}
     /// The most orders to list.
     const std::optional<std::int64_t> limit = std::nullopt;
     /// Sent in UTC, rounded down to the millisecond.
     const std::optional<Date> transactionsBefore = std::nullopt;
 
+    /// One line per member, for logs and tests.
     std::string debugDescription() const;
 };
 

@@ -18,6 +18,7 @@
 #include <string>
 #include <vector>
 
+/// What an application uses, and what a device must bring.
 namespace kavio {
 
 /// The wallet: the one object that an application creates and talks to. Use it from the main thread.
@@ -46,6 +47,7 @@ namespace kavio {
 /// Amounts are whole numbers of the currency's smallest unit, except in `deposit`.
 class KAVIO_API Kavio {
 public:
+    /// Which of the service's environments to use. Only `PROD` is the real one.
     enum class EnvironmentType { TEST = 0, TESTS = 1, PROD = 2 };
     /// Absent for a value that names no environment.
     static std::optional<EnvironmentType> environmentType(std::int64_t rawValue);

@@ -12,6 +12,7 @@ namespace kavio {
 
 /// An unattended vending point of an operator. Immutable.
 struct KAVIO_API Machine {
+    /// What a machine offers, by the service's codes.
     enum class MachineType {
         HOT_DRINKS = 0,
         COLD_DRINKS = 1,
@@ -58,18 +59,23 @@ struct KAVIO_API Machine {
     const std::int64_t id;
     /// Identifies the machine to `Kavio::placeOrder`; 0 when it has none.
     const std::int64_t kavioId;
-    const std::optional<std::string> operatorName;
-    const bool isWalletAllowed;
+    const std::optional<std::string> operatorName;  ///< absent when the service sent none
+    const bool isWalletAllowed;                     ///< whether the wallet's balance can pay there
+    ///@{
     /// Degrees.
     const double latitude;
     const double longitude;
+    ///@}
     /// Also `OTHER` for a type that this version does not know.
     const MachineType type;
-    const Campaigns campaigns;
+    const Campaigns campaigns;  ///< empty when it takes part in none
+    ///@{
+    /// As the service words it; absent when it sent none.
     const std::optional<std::string> name;
     const std::optional<std::string> country;
     const std::optional<std::string> city;
-    const std::optional<std::string> hwSerial;
+    ///@}
+    const std::optional<std::string> hwSerial;  ///< the serial number of its payment device
     /// Whether an order may name products.
     const bool supportRemoteVend;
     /// As the service sends it; 0 when it sends nothing.
@@ -77,6 +83,7 @@ struct KAVIO_API Machine {
     /// Whether the machine is in service.
     const bool machineStatus;
 
+    /// One line per member, for logs and tests.
     std::string debugDescription() const;
 };
 

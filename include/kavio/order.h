@@ -12,6 +12,7 @@ namespace kavio {
 
 /// One payment at a machine, one top-up, or one cashback. Immutable.
 struct KAVIO_API Order {
+    /// How far the order has come, by the service's codes; `isFinal` tells which of them end it.
     enum class Status {
         UNKNOWN = 0,
         COMPLETED = 1,
@@ -25,20 +26,21 @@ struct KAVIO_API Order {
     /// Absent for a code that names no status.
     static std::optional<Status> orderStatus(std::int64_t rawValue);
 
-    const std::string id;
+    const std::string id;  ///< for `Kavio::getOrder`
     /// "vending", "prePaidDeposit" or "balanceDeposit".
     const std::string type;
-    const Status status;
+    const Status status;  ///< `UNKNOWN` also for one that this version does not know
     /// "balance", "ecommerce" (a credit card), "prepaid", "paypal", "gpay", "cashback" or "unknown".
     const std::string paymentSource;
     /// In the currency's smallest unit; -1 when the service sent none.
     const std::int64_t amount;
-    const Date date;
-    const std::optional<std::string> currency;
-    const std::int64_t itemsCount;
+    const Date date;                            ///< of its creation; now, if what the service sent cannot be read
+    const std::optional<std::string> currency;  ///< ISO code
+    const std::int64_t itemsCount;              ///< how many items it names
     /// In the currency's smallest unit; -1 when the service sent none.
     const std::int64_t endingBalance;
 
+    /// One line per member, for logs and tests.
     std::string debugDescription() const;
 };
 

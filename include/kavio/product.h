@@ -11,10 +11,14 @@ namespace kavio {
 
 /// What a machine sells. Immutable.
 struct KAVIO_API Product {
+    ///@{
+    /// As the service sends it; `codeInMap` is what an order names.
     const std::int64_t machineProductId;
     const std::int64_t id;
     const std::optional<std::string> name;
     const std::optional<std::string> department;
+    ///@}
+    ///@{
     /// This and the other prices are in whole units of the machine's currency, such as 1.5 for EUR 1.50; `preapidPrice`
     /// is in its smallest unit.
     const std::optional<double> cashPrice;
@@ -22,6 +26,8 @@ struct KAVIO_API Product {
     const std::optional<double> exPrepaidPrice;
     const std::optional<double> machinePrice;
     const std::optional<std::int64_t> preapidPrice;
+    ///@}
+    ///@{
     /// As the service sends it.
     const std::optional<double> commissionValue;
     const std::optional<std::string> paCode;
@@ -29,13 +35,14 @@ struct KAVIO_API Product {
     const std::optional<std::int64_t> opRowCode;
     const std::optional<std::int64_t> opColCode;
     const std::optional<std::string> imageUrl;
-    /// As the service sends it.
     const std::optional<std::int64_t> ageVerification;
     const bool memberType;
     const std::optional<std::string> image;
+    ///@}
     /// Position in the machine; a `RemoteVendProduct` asks for the product by it.
     const std::optional<std::int64_t> codeInMap;
-    // Stock and sales, as the service sends them.
+    ///@{
+    /// Stock and sales, as the service sends them.
     const std::optional<std::int64_t> missingProduct;
     const bool vendOut;
     const std::optional<double> retailPrice;
@@ -46,7 +53,9 @@ struct KAVIO_API Product {
     const std::optional<Date> lastSaleDt;
     const std::optional<Date> lastSaleMdbDt;
     const std::optional<bool> slowMover;
+    ///@}
 
+    /// One line per member, for logs and tests.
     std::string debugDescription() const;
 };
 
@@ -54,9 +63,10 @@ struct KAVIO_API Product {
 struct KAVIO_API RemoteVendProduct {
     /// The product's position in the machine, `Product::codeInMap`.
     const std::int64_t codeInMap;
-    const std::int64_t quantity;
-    const std::int64_t pulseLineNumber;
+    const std::int64_t quantity;         ///< how many of it
+    const std::int64_t pulseLineNumber;  ///< passed on to the service as it is; 0 for a machine without pulse lines
 
+    /// One line per member, for logs and tests.
     std::string debugDescription() const;
 };
 

@@ -60,23 +60,27 @@ enum class Cause {
     RELEASED,             ///< the wallet was released first; only told to who waits for an `Operation`
 };
 
+///@{
 /// The enumerator's own name, such as "UNKNOWN".
 KAVIO_API std::string_view name(Effect effect);
 KAVIO_API std::string_view name(Cause cause);
+///@}
 
 /// The outcome of one operation. Immutable.
 class KAVIO_API KavioResult {
 public:
+    /// Sets the members of the same names.
     KavioResult(ResultType type, std::optional<std::string> message, Effect effect = Effect::NONE,
                 Cause cause = Cause::NONE);
 
-    const ResultType type;
+    const ResultType type;  ///< how the operation ended
     /// For people; absent on success and on `BUSY`, and on any failure about which there is nothing to say. Its wording
     /// may change; programs should look at `cause`.
     const std::optional<std::string> message;
-    const Effect effect;
-    const Cause cause;
+    const Effect effect;  ///< whether it has taken effect
+    const Cause cause;    ///< why it did not succeed
 
+    /// Type and message, for logs and tests.
     std::string debugDescription() const;
 };
 

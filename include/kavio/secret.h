@@ -16,17 +16,24 @@ public:
     SecretText() = default;
     /// A text that is moved in leaves nothing behind either.
     SecretText(std::string text) noexcept;
+    ///@{
+    /// Copies the text, which stays the caller's to wipe.
     SecretText(std::string_view text) : mText(text) {}
     SecretText(const char* text) : mText(text) {}
+    ///@}
     SecretText(const SecretText&) = default;
+    /// Leaves nothing behind.
     SecretText(SecretText&& other) noexcept : SecretText(std::move(other.mText)) {}
+    /// Wipes what was there before.
     SecretText& operator=(SecretText other) noexcept {
         mText.swap(other.mText);
         return *this;
     }
     ~SecretText();
 
+    /// The text, which is wiped with this object.
     const std::string& text() const { return mText; }
+    /// The same.
     operator const std::string&() const { return mText; }
     bool operator==(const SecretText&) const = default;
 
@@ -37,11 +44,13 @@ private:
 /// The same for a number, such as a security code.
 class KAVIO_API SecretNumber {
 public:
+    /// Copies the number, which stays the caller's to wipe.
     SecretNumber(std::int64_t number = 0) : mNumber(number) {}
     SecretNumber(const SecretNumber&) = default;
     SecretNumber& operator=(const SecretNumber&) = default;
     ~SecretNumber();
 
+    /// The number.
     operator std::int64_t() const { return mNumber; }
 
 private:

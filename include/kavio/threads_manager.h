@@ -12,7 +12,9 @@ class KAVIO_API ThreadsManager {
 public:
     ThreadsManager() = delete;
 
+    /// Whether the caller is on the thread of the platform's main queue.
     static bool isMainThread();
+    /// The caller's own thread.
     static std::thread::id getCurrentThread();
     /// On the main thread runs `block` before returning; elsewhere posts it to the main queue and returns.
     static void runOnMainThread(std::function<void()> block);

@@ -15,11 +15,12 @@ namespace kavio {
 /// A purchase or a top-up that was started and is not known to be over: it may have been paid, or may still be. Written
 /// to the device's store before its first byte leaves, so that it outlasts the program.
 struct UnsettledPayment {
+    /// What was started: a purchase, or a top-up.
     enum class Kind { ORDER, DEPOSIT };
 
     /// The library's own identifier, for `settlePayment` and `forgetPayment`; not the order's.
     std::string id = {};
-    Kind kind = Kind::ORDER;
+    Kind kind = Kind::ORDER;  ///< what was started
     /// By the service's clock.
     Date startedAt = {};
     /// The machine of a purchase.
@@ -30,7 +31,7 @@ struct UnsettledPayment {
     std::optional<std::string> currency = std::nullopt;
     /// What pays for a purchase, or what a deposit adds to.
     std::string paymentMethodId = {};
-    PaymentMethod::PaymentType paymentType = PaymentMethod::PaymentType::UNKNOWN;
+    PaymentMethod::PaymentType paymentType = PaymentMethod::PaymentType::UNKNOWN;  ///< the type of that
     /// The stored card that pays for a deposit.
     std::optional<std::string> chargedCardId = std::nullopt;
     /// Known once the service has answered the purchase.

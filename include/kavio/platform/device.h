@@ -17,9 +17,11 @@ namespace kavio {
 /// Information values and localized strings of a program or library.
 class KAVIO_API Bundle {
 public:
+    /// What a property list can hold in one place.
     using Value = std::variant<std::string, std::int64_t, double, bool>;
 
     virtual ~Bundle() = default;
+    /// The value for `key`, such as "CFBundleVersion"; absent when there is none.
     virtual std::optional<Value> informationValue(std::string_view key) const = 0;
     /// The text for `key` in the user's language, or `key` itself.
     virtual std::string localizedString(std::string_view key) const = 0;
@@ -63,9 +65,9 @@ public:
 /// The library itself reads and writes dates in the years 1583 to 9999 in these forms; the formatter gets only
 /// the others.
 struct DateFormat {
-    std::string pattern;
-    std::optional<std::string> locale;
-    std::optional<std::string> timeZone;
+    std::string pattern;                  ///< one of the above
+    std::optional<std::string> locale;    ///< such as "en_US_POSIX"
+    std::optional<std::string> timeZone;  ///< such as "UTC"
 };
 
 /// Dates as text. Parsing is strict and must use the whole text. A fraction of a second may have up to nine digits, and
@@ -75,6 +77,7 @@ struct DateFormat {
 class KAVIO_API DateFormatter {
 public:
     virtual ~DateFormatter() = default;
+    /// Absent for a text that is not a date in this format.
     virtual std::optional<Date> parse(const DateFormat& format, std::string_view text) const = 0;
     /// Empty for a date that the calendar cannot represent.
     virtual std::string format(const DateFormat& format, Date date) const = 0;
@@ -88,8 +91,9 @@ class KAVIO_API RegularExpression {
 public:
     /// Group 0 is the whole match; a group that took no part is empty.
     using Match = std::vector<std::string>;
+    /// The engine refuses the pattern.
     struct Invalid {
-        std::string description;
+        std::string description;  ///< why
     };
 
     virtual ~RegularExpression() = default;
@@ -109,14 +113,18 @@ public:
     virtual std::string wellFormed(std::string_view text) const = 0;
 };
 
+/// Hashes of bytes.
 class KAVIO_API Digest {
 public:
+    /// The 20 bytes of a SHA-1 digest.
     using Sha1 = std::array<std::uint8_t, 20>;
 
     virtual ~Digest() = default;
+    /// The SHA-1 digest of `bytes`.
     virtual Sha1 sha1(std::string_view bytes) const = 0;
 };
 
+/// Bytes as text.
 class KAVIO_API Base64 {
 public:
     virtual ~Base64() = default;
@@ -124,6 +132,7 @@ public:
     virtual std::string encode(std::string_view bytes) const = 0;
 };
 
+/// Identifiers that nobody else has.
 class KAVIO_API Uuid {
 public:
     virtual ~Uuid() = default;
@@ -131,6 +140,7 @@ public:
     virtual std::string make() const = 0;
 };
 
+/// The device's two clocks.
 class KAVIO_API Clock {
 public:
     virtual ~Clock() = default;

@@ -17,18 +17,23 @@
 
 namespace kavio {
 
+/// Any bytes, zeros included.
 using Bytes = std::vector<std::uint8_t>;
 /// A text, a date or bytes. When memory runs out while it is copied or assigned nothing changes, which a variant alone
 /// does not promise, nor every standard library survive.
 class StoredValue : public std::variant<std::string, Date, Bytes> {
 public:
+    /// What a value can be.
     using Alternatives = std::variant<std::string, Date, Bytes>;
     using Alternatives::Alternatives;
+    ///@{
+    /// When memory runs out, nothing has changed.
     StoredValue(const StoredValue& other)
         : Alternatives(std::visit([](const auto& value) { return Alternatives(value); },
                                   static_cast<const Alternatives&>(other))) {}
     StoredValue(StoredValue&&) noexcept = default;
     StoredValue& operator=(const StoredValue& other) { return *this = StoredValue(other); }
+    ///@}
     StoredValue& operator=(StoredValue&&) noexcept = default;
     ~StoredValue() = default;
 };
@@ -45,6 +50,7 @@ using StoreChanges = std::map<std::string, std::optional<StoredValue>, std::less
 class KAVIO_API KeyValueStore {
 public:
     virtual ~KeyValueStore() = default;
+    /// The value of `key`; absent if it has none.
     virtual std::optional<StoredValue> value(std::string_view key) const = 0;
     /// The values of several keys, in their order. A store that has to look for other processes' writes looks only
     /// once, so all the values are of the same moment.
@@ -55,17 +61,23 @@ public:
     }
     /// The keys that have a value, in no particular order.
     virtual std::vector<std::string> keys() const = 0;
+    /// Makes all of `changes`, or none of them; false for none.
     virtual bool write(const StoreChanges& changes) = 0;
     /// Whether what was written outlasts the process. False where values live in memory for want of a better place.
     virtual bool isKept() const { return true; }
 
+    /// Writes one value; returns what `write` does.
     bool set(std::string_view key, StoredValue value) { return write({{std::string(key), std::move(value)}}); }
+    /// Removes one value, if there is one; returns what `write` does.
     bool remove(std::string_view key) { return write({{std::string(key), std::nullopt}}); }
+    ///@{
     /// The value when it is of that type; a value of another type reads as missing.
     std::optional<std::string> string(std::string_view key) const { return typed<std::string>(value(key)); }
     std::optional<Date> date(std::string_view key) const { return typed<Date>(value(key)); }
     std::optional<Bytes> data(std::string_view key) const { return typed<Bytes>(value(key)); }
+    ///@}
 
+    /// `found` if it is a `T`.
     template <class T>
     static std::optional<T> typed(std::optional<StoredValue> found) {
         if (!found || !std::holds_alternative<T>(*found)) return std::nullopt;

@@ -28,7 +28,7 @@ struct UrlSessionConfiguration {
 
 /// What a host may set before the library's first use. The defaults are a desktop's.
 struct LinuxPlatformOptions {
-    UrlSessionConfiguration session{};
+    UrlSessionConfiguration session{};  ///< how the library's connections are made
     /// Folder of the key/value suites, which hold the session. Empty for one of the application's own, so that the
     /// wallets of two vendors share nothing: `$XDG_DATA_HOME/kavio/IDENTIFIER`
     /// (`~/.local/share/kavio/IDENTIFIER`), where IDENTIFIER is the information value "CFBundleIdentifier" or,

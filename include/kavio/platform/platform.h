@@ -13,14 +13,16 @@ namespace kavio {
 
 /// Everything the library needs from a device. Only `windows` may be null.
 struct KAVIO_API Platform {
-    std::shared_ptr<UrlSession> urlSession;
-    std::shared_ptr<BackgroundUrlSession> backgroundUrlSession;
-    std::shared_ptr<KeyValueStores> keyValueStores;
-    std::shared_ptr<MainQueue> mainQueue;
-    std::shared_ptr<WorkQueue> serialQueue;
-    std::shared_ptr<WorkQueue> concurrentQueue;
-    std::shared_ptr<Bundle> mainBundle;
-    std::shared_ptr<Bundle> libraryBundle;
+    std::shared_ptr<UrlSession> urlSession;                      ///< carries out everything but purchases
+    std::shared_ptr<BackgroundUrlSession> backgroundUrlSession;  ///< carries out purchases
+    std::shared_ptr<KeyValueStores> keyValueStores;              ///< where the library keeps its state
+    std::shared_ptr<MainQueue> mainQueue;                        ///< where reports are made
+    std::shared_ptr<WorkQueue> serialQueue;                      ///< runs one piece of work at a time
+    std::shared_ptr<WorkQueue> concurrentQueue;                  ///< runs work side by side
+    std::shared_ptr<Bundle> mainBundle;                          ///< the application's
+    std::shared_ptr<Bundle> libraryBundle;                       ///< the library's own
+    ///@{
+    /// The device's own.
     std::shared_ptr<Locale> locale;
     std::shared_ptr<DateFormatter> dateFormatter;
     std::shared_ptr<RegularExpression> regularExpression;
@@ -29,6 +31,7 @@ struct KAVIO_API Platform {
     std::shared_ptr<Base64> base64;
     std::shared_ptr<Uuid> uuid;
     std::shared_ptr<Clock> clock;
+    ///@}
     /// Null on a device without windows: what needs one reports that it could not start.
     std::shared_ptr<Windows> windows;
 

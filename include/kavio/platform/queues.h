@@ -13,9 +13,11 @@ namespace kavio {
 class KAVIO_API MainQueue {
 public:
     virtual ~MainQueue() = default;
+    /// Runs `work` as soon as it is its turn.
     virtual void post(std::function<void()> work) = 0;
     /// Runs `work` once `delay` has passed on the monotonic clock, never sooner.
     virtual void postAfter(std::chrono::milliseconds delay, std::function<void()> work) = 0;
+    /// Whether the caller is on the main thread.
     virtual bool isMainThread() const = 0;
 };
 
@@ -25,6 +27,7 @@ public:
 class KAVIO_API WorkQueue {
 public:
     virtual ~WorkQueue() = default;
+    /// Runs `work` on a thread of the queue, and returns at once.
     virtual void async(std::function<void()> work) = 0;
 };
 

@@ -21,6 +21,7 @@ public:
 
     /// Runs work until `stop` is called, from any thread.
     void run();
+    /// Ends `run` once the work under way is done. Safe from any thread.
     void stop();
     /// Runs work until `done`, which is asked after each piece of work, returns true, or until `limit` has passed.
     /// Returns the last answer of `done`.

@@ -53,11 +53,15 @@ public:
 class KAVIO_API ViewLifecycle {
 public:
     virtual ~ViewLifecycle() = default;
+    ///@{
+    /// The view is made, or is about to be seen, is seen, is about to go, or has gone.
     virtual void onViewDidLoad() = 0;
     virtual void onViewWillAppear() = 0;
     virtual void onViewDidAppear() = 0;
     virtual void onViewWillDisappear() = 0;
     virtual void onViewDidDisappear() = 0;
+    ///@}
+    /// The device is short of memory.
     virtual void onDidReceiveMemoryWarning() = 0;
 };
 
@@ -98,9 +102,11 @@ public:
 /// One screen of the library. Its delegate may load another page or dismiss it inside any of these calls.
 class KAVIO_API AbstractScene : public ViewController {
 public:
+    /// Told of each step; nobody if it is gone.
     std::weak_ptr<ViewLifecycle> lifecycleDelegate;
 
 protected:
+    /// Calls `event` of the lifecycle delegate, if there is one.
     void tell(void (ViewLifecycle::*event)()) const {
         if (const auto told = lifecycleDelegate.lock()) ((*told).*event)();
     }
@@ -110,6 +116,7 @@ protected:
 /// the page.
 class KAVIO_API TDSecureScene : public AbstractScene {
 public:
+    /// Told of navigations and of the close button; nobody if it is gone.
     std::weak_ptr<TDSecureSceneDelegate> delegate;
 
     /// Null once the scene is dismissed.
@@ -118,6 +125,7 @@ public:
     void load(const std::string& content, bool hidden) const;
 };
 
+/// A window of the host application.
 class KAVIO_API Window {
 public:
     virtual ~Window() = default;

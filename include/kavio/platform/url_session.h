@@ -23,31 +23,34 @@ enum class Idempotency {
     ONCE,
 };
 
+/// Names with their values.
 using HeaderFields = std::vector<std::pair<std::string, std::string>>;
 
+/// What to ask of a server.
 struct UrlRequest {
-    std::string method = "GET";
+    std::string method = "GET";  ///< such as "POST"
     /// Absolute URL, already percent-escaped. Any scheme other than https is refused with `UrlError::badUrl`.
     std::string url{};
-    HeaderFields headers{};
+    HeaderFields headers{};  ///< besides those that HTTP itself needs
     /// May hold a card number, so the session wipes it when it is done with it.
     std::optional<std::string> body{};
     /// After this long without progress, the request fails with `UrlError::timedOut`.
     std::chrono::seconds timeout{60};
-    Idempotency idempotency = Idempotency::ONCE;
+    Idempotency idempotency = Idempotency::ONCE;  ///< whether it may be sent again
     /// A background session calls this, on its thread, each time before it begins to wait for a network.
     std::function<void()> willWait = nullptr;
 };
 
 /// A reply of any HTTP status: 404 and 500 are replies too.
 struct UrlReply {
-    int status = 0;
+    int status = 0;  ///< such as 200
     /// Absent only where the platform knows that there was none; an empty body is present and empty.
     std::optional<std::string> body;
 };
 
 /// Why no reply came.
 struct UrlError {
+    /// The reasons that the library tells apart.
     enum Code : int {
         cancelled = -999,
         badUrl = -1000,
@@ -61,7 +64,7 @@ struct UrlError {
         secureConnectionFailed = -1200,
         serverCertificateUntrusted = -1202,
     };
-    int code = cancelled;
+    int code = cancelled;  ///< a `Code`
     /// A sentence for people that names the reason and no request data.
     std::string description;
     /// Download tasks only: the status, if the reply was lost after its head had arrived.
@@ -87,10 +90,13 @@ struct UrlError {
 /// - Destroying the session completes what is still open with `UrlError::cancelled`, and returns when that is done.
 class KAVIO_API UrlSession {
 public:
+    /// Takes the reply, or why there is none.
     using Completion = std::function<void(std::variant<UrlReply, UrlError>)>;
+    /// The most bytes that the body of a reply may have once it is decoded.
     static constexpr std::uint64_t maximumReplyBytes = 32ULL * 1024 * 1024;
 
     virtual ~UrlSession() = default;
+    /// Sends `request` and returns at once; `completion` gets the outcome.
     virtual void dataTask(UrlRequest request, Completion completion) = 0;
 };
 
@@ -109,9 +115,11 @@ public:
 /// Replies are kept in memory: an order that was placed must not look like a failure because a disk is full.
 class KAVIO_API BackgroundUrlSession {
 public:
+    /// As of an ordinary session.
     using Completion = UrlSession::Completion;
 
     virtual ~BackgroundUrlSession() = default;
+    /// Sends `request` once there is a route, and returns at once; `completion` gets the outcome.
     virtual std::shared_ptr<DownloadTask> downloadTask(UrlRequest request, Completion completion) = 0;
     /// `handler` is called, on the session's thread, each time the last open task has been completed.
     virtual void onEventsDelivered(std::function<void()> handler) = 0;

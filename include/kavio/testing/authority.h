@@ -15,12 +15,13 @@ namespace kavio::test {
 
 /// What a server presents to its clients: certificate and key, in PEM.
 struct Identity {
-    std::string pem;
+    std::string pem;  ///< both, one after the other
 };
 
 /// A certificate authority for one run.
 class KAVIO_API Authority {
 public:
+    /// How long a certificate is valid unless a test says otherwise.
     static constexpr std::chrono::hours year{365 * 24};
 
     Authority();

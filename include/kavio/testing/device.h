@@ -18,6 +18,7 @@
 #include <string_view>
 #include <vector>
 
+/// A device in a box for the tests of applications, and the suites that judge a port.
 namespace kavio::test {
 
 /// A bundle whose values a test sets.
@@ -25,7 +26,9 @@ struct KAVIO_API SettableBundle final : Bundle {
     std::optional<Value> informationValue(std::string_view key) const override;
     std::string localizedString(std::string_view key) const override;
 
+    /// What `informationValue` gives.
     std::map<std::string, Value, std::less<>> information;
+    /// What `localizedString` gives; any other text stays as it is.
     std::map<std::string, std::string, std::less<>> strings;
 };
 
@@ -37,6 +40,7 @@ struct KAVIO_API SettableBundle final : Bundle {
 /// are the real ones.
 class KAVIO_API Device {
 public:
+    /// What a device is like.
     struct Options {
         /// Two devices with the same seed and the same test do exactly the same.
         std::uint64_t seed = 1;
@@ -46,20 +50,26 @@ public:
         std::chrono::milliseconds orderStep{1000};
     };
     Device() : Device(Options{}) {}
+    /// Makes it the process's platform.
     explicit Device(Options options);
     /// Ends what is open.
     ~Device();
     Device(const Device&) = delete;
     Device& operator=(const Device&) = delete;
 
+    ///@{
+    /// Its parts, through which a test says what happens.
     Timeline& time() const { return *mTimeline; }
     Network& network() const { return *mNetwork; }
     Service& service() const { return *mService; }
     MemoryStores& stores() const { return *mStores; }
     Screen& screen() const { return *mScreen; }
+    ///@}
+    ///@{
     /// The application's, and the library's own.
     SettableBundle& mainBundle() const { return *mMainBundle; }
     SettableBundle& libraryBundle() const { return *mLibraryBundle; }
+    ///@}
     /// ISO 639 code of the person's language; absent for a locale without one.
     void setLanguage(std::optional<std::string> code);
     /// Takes the screen away: a device without windows.
@@ -74,11 +84,14 @@ public:
     bool logIn(const Person& person = {});
     /// Sends the code that the card issuer's page asks for. False if no page asks for one.
     bool answerChallenge(const std::string& code = "1234");
+    ///@{
     /// The program is killed, in the middle of whatever it is doing, and starts again: what was stored is there, all
     /// else is lost. The facades go with it.
     void killProgram(std::vector<std::unique_ptr<Kavio>> facades = {});
     void killProgram(std::unique_ptr<Kavio> facade);
+    ///@}
 
+    /// What the library has been given.
     const Platform& platform() const { return *mPlatform; }
 
 private:

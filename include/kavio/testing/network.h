@@ -16,10 +16,12 @@ namespace kavio::test {
 
 /// How a request fares.
 struct Fate {
+    ///@{
     /// Until it leaves the device, until it has reached the service, and until the reply is back.
     std::chrono::milliseconds connecting{0};
     std::chrono::milliseconds there{0};
     std::chrono::milliseconds back{0};
+    ///@}
     /// What it ends with instead of a reply.
     std::optional<UrlError::Code> error{};
     /// Whether the service sees it. With an error after which nothing can have left, it never does.
@@ -36,25 +38,31 @@ struct Fate {
 
 /// The usual fates.
 namespace fate {
+///@{
 /// No such host; nobody listens; the certificate is not the service's; TLS fails. Nothing leaves the device.
 KAVIO_API Fate noHost();
 KAVIO_API Fate noConnection();
 KAVIO_API Fate untrusted();
 KAVIO_API Fate notSecure();
+///@}
 /// The connection ends while the request is on its way: the service never sees it.
 KAVIO_API Fate requestLost();
 /// The service has acted, but its reply does not arrive.
 KAVIO_API Fate replyLost();
 /// No answer comes until the request's time is up, whether the service has acted or not.
 KAVIO_API Fate timesOut(bool arrives = true);
+///@{
 /// What comes back is not HTTP; or is more than a reply may hold.
 KAVIO_API Fate unreadable();
 KAVIO_API Fate tooLarge();
+///@}
 /// The reply arrives, but there is no memory left to say so.
 KAVIO_API Fate outOfMemory();
+///@{
 /// The service acts, and these come back instead of its answer.
 KAVIO_API Fate answered(int status, std::string body);
 KAVIO_API Fate answeredWithoutBody(int status);
+///@}
 }  // namespace fate
 
 /// Whether a request that ended with `code` may have reached the service.
@@ -62,31 +70,40 @@ KAVIO_API bool mayHaveBeenSent(UrlError::Code code);
 
 /// What a server makes of a request.
 struct Handled {
-    UrlReply reply;
-    std::chrono::milliseconds delay{0};
+    UrlReply reply;                      ///< what it answers
+    std::chrono::milliseconds delay{0};  ///< how long it takes to
+    ///@{
     /// The connection is closed instead of the reply, or within it.
     bool isLost = false;
     bool isCut = false;
+    ///@}
 };
 
 /// The network of a device in a box. Unless a test says otherwise, each request reaches the server and is answered
 /// without time passing; but nothing happens before the timeline runs. For the thread that lets it run.
 class KAVIO_API Network {
 public:
+    /// The two sessions of the platform: purchases are made with the background one.
     enum class Session { ORDINARY, BACKGROUND };
 
+    /// `server` is asked about each request that arrives.
     Network(std::shared_ptr<Timeline> timeline, std::function<Handled(const UrlRequest&)> server);
     ~Network();
     Network(const Network&) = delete;
     Network& operator=(const Network&) = delete;
 
+    ///@{
+    /// A new session; all of them share this network.
     std::shared_ptr<UrlSession> ordinarySession();
     std::shared_ptr<BackgroundUrlSession> backgroundSession();
+    ///@}
 
     /// The device loses its route to the network: what is under way is lost with its connection, ordinary requests
     /// fail, those of the background session wait.
     void cut();
+    /// The route is back, and the requests that waited for it leave.
     void restore();
+    /// Whether the device has no route.
     bool isCut() const;
     /// What happens to the next request for which nothing has been said yet.
     void next(Fate fate);
@@ -101,11 +118,13 @@ public:
     /// before the others. A request leaves when the test says so or answers it; one that was given up before that gets
     /// `UrlError::cancelled` instead of the test's answer.
     void hold();
-    /// False if none is open.
+    ///@{
+    /// Ends the oldest open request, with a reply or an error. False if none is open.
     bool answer(UrlReply reply);
     bool answer(int status, std::string body) { return answer({status, std::move(body)}); }
     bool fail(UrlError error);
     bool fail(UrlError::Code code);
+    ///@}
     /// Lets the oldest open request leave, so that it can no longer be given up. False if there is none, or it was
     /// given up.
     bool leave();

@@ -22,6 +22,7 @@ public:
     LoopbackSocket(const LoopbackSocket&) = delete;
     LoopbackSocket& operator=(const LoopbackSocket&) = delete;
 
+    /// The socket's own, which this object closes.
     int descriptor() const { return mDescriptor; }
     /// "127.0.0.1:PORT"
     std::string address() const;
@@ -39,6 +40,7 @@ public:
     /// What a script can do. Once the peer has left, reading gives nothing more and sending fails.
     class KAVIO_API Connection {
     public:
+        /// For `RawServer` itself.
         Connection(State& server, std::size_t number, int socket);
         ~Connection();
         Connection(const Connection&) = delete;
@@ -52,6 +54,7 @@ public:
         std::string read(std::size_t count);
         /// Returns the head, and as much body as its "Content-Length" says; nothing if the peer leaves before the end.
         std::string readRequest();
+        /// False if the peer has left.
         bool send(std::string_view bytes);
         /// Ends TLS properly and, if `hangUp`, the connection too.
         void sayGoodbye(bool hangUp);
@@ -102,8 +105,10 @@ KAVIO_API std::string deflated(std::string_view plain);
 
 /// After the handshake, passes each request of a connection to `meet`, for as long as that returns true.
 KAVIO_API RawServer::Script meeting(std::function<bool(RawServer::Connection&, const std::string& request)> meet);
-/// Answers all requests of a connection, each with what `answer` makes of its text.
+///@{
+/// Answers all requests of a connection, each with what `answer` makes of its text, or with the same reply.
 KAVIO_API RawServer::Script answering(std::function<std::string(const std::string& request)> answer);
 KAVIO_API RawServer::Script answering(const std::string& reply);
+///@}
 
 }  // namespace kavio::test

@@ -14,14 +14,15 @@ namespace kavio::test {
 
 /// One call of a delegate: which callback, the result, and the payload as a short text ("none" if absent).
 struct Report {
-    std::string callback;
-    ResultType type;
-    std::optional<std::string> message = std::nullopt;
-    std::string payload = "none";
+    std::string callback;                               ///< such as "onLogin"
+    ResultType type;                                    ///< of the result
+    std::optional<std::string> message = std::nullopt;  ///< of the result
+    std::string payload = "none";                       ///< such as a count, or an order's number and status
 
     bool operator==(const Report&) const = default;
 };
 
+/// As a test's failure shows it.
 inline std::ostream& operator<<(std::ostream& out, const Report& report) {
     return out << report.callback << " " << name(report.type) << " \"" << report.message.value_or("none") << "\" "
                << report.payload;
@@ -30,10 +31,10 @@ inline std::ostream& operator<<(std::ostream& out, const Report& report) {
 /// Keeps every report in order. `onReport` runs inside the callback, as an application's own code would.
 class RecordingDelegate final : public KavioDelegate, public std::enable_shared_from_this<RecordingDelegate> {
 public:
-    std::vector<Report> reports;
-    std::vector<std::string> outcomes;  // effect and cause of each report, such as "NONE BUSY"
-    std::function<void(const Report&)> onReport;
-    PaymentMethods paymentMethods;  // of the last report that carried some
+    std::vector<Report> reports;                  ///< in the order in which they came
+    std::vector<std::string> outcomes;            ///< effect and cause of each report, such as "NONE BUSY"
+    std::function<void(const Report&)> onReport;  ///< called with each report; may destroy this object
+    PaymentMethods paymentMethods;                ///< of the last `onGetPaymentMethods`
 
     /// Drops the reports so far.
     void forget() { reports.clear(), outcomes.clear(); }

@@ -27,6 +27,7 @@ public:
     std::shared_ptr<TDSecureScene> makeScene() override;
     std::shared_ptr<TDSecureScene> prepareScene() override;
 
+    /// Whether the person is using a window of the application.
     bool hasKeyWindow = true;
     /// What goes wrong where a scene is presented.
     std::function<void()> onPresent;
@@ -48,9 +49,11 @@ public:
     std::string shown() const;
     /// Makes the page that the top-most scene shows navigate there; false if nobody is told.
     bool navigate(const std::optional<std::string>& url);
+    /// The button that closes the top-most scene.
     void pressClose();
     /// The button that a page which has failed leaves to the person.
     void pressBack();
+    /// The process that runs the page ends, as in a crash.
     void endPageProcess();
     /// Nothing is shown any more, and nobody is told, as when the program is killed.
     void forget();

@@ -18,17 +18,20 @@ namespace kavio::test {
 /// Whose phone the device is. The service knows everybody: a person has a wallet of 50.00, two cards and two prepaid
 /// cards. The currency follows the country.
 struct Person {
+    ///@{
+    /// As `Kavio::login` and `Kavio::verify` take them.
     std::string countryCode = "49";
     std::string phoneNumber = "151234567";
     std::string country = "DE";
+    ///@}
 };
 
 /// A purchase or a deposit, as the service has it.
 struct ServiceOrder {
-    std::string id;
-    std::string status;
-    std::int64_t amount = 0;   // smallest currency unit
-    std::int64_t machine = 0;  // its Kavio ID; 0 for a deposit
+    std::string id;            ///< as in `Order`
+    std::string status;        ///< the service's own word, such as "completed"
+    std::int64_t amount = 0;   ///< smallest currency unit
+    std::int64_t machine = 0;  ///< its Kavio ID; 0 for a deposit
     bool operator==(const ServiceOrder&) const = default;
 };
 
@@ -38,9 +41,12 @@ struct ServiceFault {
     std::string path;
     /// Only requests of this method; empty for all.
     std::string method{};
+    ///@{
     /// Absent for what the service answers.
     std::optional<int> status{};
     std::optional<std::string> body{};
+    ///@}
+    /// How much later the reply comes.
     std::chrono::milliseconds delay{0};
     /// The reply is lost with its connection.
     bool isLost = false;
@@ -55,22 +61,27 @@ struct ServiceFault {
 /// docs/sandbox.md; the one-time code is "123456", the code on a challenge page "1234".
 class KAVIO_API Service {
 public:
+    /// What can differ from one service to the next.
     struct Options {
         /// How long an order stays in each status.
         std::chrono::milliseconds orderStep{1000};
         /// Where the texts come from that nobody can guess, such as session tokens.
         std::function<std::string()> unguessableText;
     };
+    /// It takes the time from `timeline`.
     Service(std::shared_ptr<const Timeline> timeline, Options options);
     ~Service();
     Service(const Service&) = delete;
     Service& operator=(const Service&) = delete;
 
+    /// What the service makes of a request, which takes effect at once.
     Handled handle(const UrlRequest& request);
     /// Sends a form of an issuer's page; where the answer leads. Absent if it leads nowhere.
     std::optional<std::string> submit(const std::string& page, const std::map<std::string, std::string>& fields);
 
+    /// Adds a fault for the requests to come.
     void add(ServiceFault fault);
+    /// Takes back all faults.
     void clearFaults();
     /// Shifts the service's clock from the device's, as far as clients see it.
     void setClockOffset(std::chrono::seconds offset);

@@ -7,6 +7,7 @@
 
 namespace kavio::test {
 
+/// All bytes of a file; none if it cannot be read.
 KAVIO_API std::string contents(const std::filesystem::path& file);
 
 /// A fresh folder, in memory if the system offers that, which is removed afterwards with everything in it.
@@ -17,6 +18,7 @@ public:
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
+    /// Where it is.
     const std::filesystem::path& path() const { return mPath; }
 
 private:

@@ -19,6 +19,7 @@
 
 namespace kavio::test {
 
+/// What a background session promises that takes no bytes to judge.
 class BackgroundSessionConformance : public SessionFixture {
 protected:
     Watched& place(const UrlRequest& request, std::function<void()> then = nullptr) {
@@ -133,6 +134,7 @@ TEST_P(BackgroundSessionConformance, CancelsWhatWaitsWhenItIsDestroyed) {
     if (!isPermitted) GTEST_SKIP() << "To be without a route needs privileges.";
 }
 
+/// What a background session says on real connections.
 class BackgroundSessionWireConformance : public testing::TestWithParam<SessionPort> {
 protected:
     std::shared_ptr<BackgroundUrlSession> session(const RawServer& server) const {

@@ -18,6 +18,7 @@
 
 namespace kavio::test {
 
+/// What the small parts of a device promise: bundles, locale, dates, texts, digests, clock.
 class DeviceConformance : public PortConformance {
 protected:
     const DateFormat wholeDate{"yyyy-MM-dd'T'HH:mm:ss.SSS", "en_US_POSIX", "UTC"};

@@ -20,7 +20,7 @@ namespace kavio::test {
 
 /// A port, as the suites see it. A part that its platform does not have is skipped.
 struct Port {
-    std::string name;
+    std::string name;  ///< shown with each test
     /// Makes the platform afresh, as a program does that starts. What it stores is in `folder`: the same folder is the
     /// same device, later or, if it `sharesStores`, at the same time.
     std::function<std::shared_ptr<Platform>(const std::filesystem::path& folder)> start;
@@ -28,6 +28,7 @@ struct Port {
     std::function<bool(Platform& platform, const std::function<bool()>& done)> runUntil{};
     /// What is in the application's bundle, among other things.
     std::map<std::string, Bundle::Value> information{};
+    /// Texts of the library that the bundle translates, and what to.
     std::map<std::string, std::string> translations{};
     /// Whether programs that use one folder see each other's values.
     bool sharesStores = false;
@@ -35,6 +36,7 @@ struct Port {
     std::function<void(Platform& platform, bool fail)> failWrites{};
 };
 
+/// Its name.
 inline std::ostream& operator<<(std::ostream& out, const Port& port) { return out << port.name; }
 
 /// What the suites of a platform share.

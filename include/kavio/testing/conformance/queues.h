@@ -18,6 +18,7 @@
 
 namespace kavio::test {
 
+/// What the main queue promises.
 class MainQueueConformance : public PortConformance {
 protected:
     bool runUntil(const std::function<bool()>& done) const { return port().runUntil(*platform, done); }
@@ -85,6 +86,7 @@ TEST_P(MainQueueConformance, RunsWorkOfAnyThreadOnTheMainThreadAlone) {
     EXPECT_TRUE(std::ranges::is_sorted(ran)) << "Work of one thread must run in the order in which it was posted.";
 }
 
+/// What the background queues promise.
 class WorkQueueConformance : public PortConformance {};
 
 TEST_P(WorkQueueConformance, SerialQueueRunsOneAtATimeInOrderOnAnotherThread) {

@@ -25,8 +25,8 @@ namespace kavio::test {
 
 /// A port's sessions, as the suites see them.
 struct SessionPort {
-    std::string name;
-    SessionFactory factory{};
+    std::string name;          ///< shown with each test
+    SessionFactory factory{};  ///< for sessions with real connections
     /// Runs `test` where the device has no route to the network; false if that is not permitted. Unset where tests
     /// cannot do this.
     std::function<bool(const std::function<void()>& test)> withoutRoute{};
@@ -34,8 +34,10 @@ struct SessionPort {
     std::function<std::unique_ptr<Peer>()> makePeer{};
 };
 
+/// Its name.
 inline std::ostream& operator<<(std::ostream& out, const SessionPort& port) { return out << port.name; }
 
+/// How a request ended.
 using Outcome = std::variant<UrlReply, UrlError>;
 
 /// "200 BODY", or "-1001 REASON".
@@ -67,6 +69,8 @@ inline std::string ending(const Outcome& outcome) {
     return error->mayHaveBeenSent ? said : said + " unsent";
 }
 
+///@{
+/// A request with no headers, and with time enough for a busy machine.
 inline UrlRequest get(std::string url, Idempotency idempotency = Idempotency::REPEATABLE) {
     return {"GET", std::move(url), {}, {}, patience, idempotency};
 }
@@ -74,10 +78,12 @@ inline UrlRequest get(std::string url, Idempotency idempotency = Idempotency::RE
 inline UrlRequest post(std::string url, std::string body, Idempotency idempotency = Idempotency::ONCE) {
     return {"POST", std::move(url), {}, std::move(body), patience, idempotency};
 }
+///@}
 
 /// A request on its way, and what its session has said of it.
 class Watched {
 public:
+    /// `name` is what failures call it.
     explicit Watched(std::string name) : mName(std::move(name)) {}
     /// Takes the outcome; `then` is what else the completion does, before that.
     UrlSession::Completion completion(std::function<void()> then = nullptr) {
@@ -99,7 +105,9 @@ public:
         return call();
     }
 
+    /// Whether its completion has been called.
     bool isCompleted() const { return times() > 0; }
+    /// How often.
     std::size_t times() const {
         const std::lock_guard lock(mMutex);
         return mOutcomes.size();
@@ -109,7 +117,9 @@ public:
         const std::lock_guard lock(mMutex);
         return mOutcomes.empty() ? "nothing" : ending(mOutcomes.front());
     }
+    /// Whether the session has let go of the completion.
     bool isReleased() const { return mToken.expired(); }
+    /// Fails the test unless the completion was called once, not inside the call, and released.
     void judge() const {
         EXPECT_EQ(times(), 1U) << "The completion of " << mName << " must be called exactly once.";
         EXPECT_FALSE(mWasInside) << "The completion of " << mName << " was called inside the call that takes it.";
@@ -117,6 +127,7 @@ public:
             << "The completion of " << mName << " is still held though it has been called.";
     }
 
+    /// Null for a request of an ordinary session.
     std::shared_ptr<DownloadTask> task;
 
 private:
@@ -128,6 +139,7 @@ private:
     std::atomic<std::thread::id> mCaller;
 };
 
+/// With which session a request is carried out.
 enum class Manner { ORDINARY, BACKGROUND };
 
 /// One peer, the sessions that reach it, and the requests that they carry out.
@@ -190,21 +202,25 @@ private:
     std::shared_ptr<BackgroundUrlSession> mBackgroundSession;
 };
 
+/// For failures.
 inline const char* nameOf(Manner manner) {
     return manner == Manner::ORDINARY ? "with the ordinary session" : "with the background session";
 }
 
 // For the suites that look at bytes.
 
+/// One connection of a server that a script treats.
 using Connection = RawServer::Connection;
 
 /// What a server does after a request, before it closes the connection.
 using Ending = std::function<void(Connection&)>;
 
+/// Sends `bytes`, and closes the connection.
 inline Ending sending(std::string bytes) {
     return [bytes = std::move(bytes)](Connection& connection) { connection.send(bytes); };
 }
 
+/// Sends `bytes`, and then nothing until the client leaves.
 inline Ending stallingAfter(std::string bytes) {
     return [bytes = std::move(bytes)](Connection& connection) { connection.send(bytes), connection.stall(); };
 }
@@ -218,6 +234,7 @@ RawServer::Script endingAs(const std::vector<Case>& cases) {
     });
 }
 
+/// Fulfils `promise`, and fails the test if it is called twice.
 inline UrlSession::Completion fulfilling(std::shared_ptr<std::promise<Outcome>> promise) {
     return [promise = std::move(promise), isDone = std::make_shared<std::atomic<bool>>(false)](Outcome outcome) {
         if (isDone->exchange(true))
@@ -227,32 +244,37 @@ inline UrlSession::Completion fulfilling(std::shared_ptr<std::promise<Outcome>> 
     };
 }
 
+/// Starts a request.
 inline std::future<Outcome> begin(UrlSession& session, UrlRequest request) {
     const auto promise = std::make_shared<std::promise<Outcome>>();
     session.dataTask(std::move(request), fulfilling(promise));
     return promise->get_future();
 }
 
+/// Waits for it, and fails the test if it takes too long.
 inline Outcome outcomeOf(std::future<Outcome> outcome) {
     if (outcome.wait_for(patience) == std::future_status::ready) return outcome.get();
     ADD_FAILURE() << "A completion must be called exactly once, but it never was.";
     return UrlError{};
 }
 
+/// Starts a request, and waits for its outcome.
 inline Outcome fetch(UrlSession& session, UrlRequest request) { return outcomeOf(begin(session, std::move(request))); }
 
 /// A request of a background session.
 struct Begun {
-    std::shared_ptr<DownloadTask> task;
-    std::future<Outcome> outcome;
+    std::shared_ptr<DownloadTask> task;  ///< gives it up
+    std::future<Outcome> outcome;        ///< once it is completed
 };
 
+/// Starts a request.
 inline Begun begin(BackgroundUrlSession& session, UrlRequest request) {
     const auto promise = std::make_shared<std::promise<Outcome>>();
     auto task = session.downloadTask(std::move(request), fulfilling(promise));
     return {std::move(task), promise->get_future()};
 }
 
+/// Starts a request, and waits for its outcome.
 inline Outcome fetch(BackgroundUrlSession& session, UrlRequest request) {
     return outcomeOf(begin(session, std::move(request)).outcome);
 }

@@ -29,6 +29,7 @@ inline std::map<std::string, StoredValue> everythingIn(const KeyValueStore& stor
     return all;
 }
 
+/// What the key/value stores promise.
 class StoresConformance : public PortConformance {
 protected:
     void SetUp() override { KAVIO_NEEDS(platform->keyValueStores); }

@@ -22,6 +22,7 @@
 
 namespace kavio::test {
 
+/// What both kinds of session promise.
 class SessionConformance : public SessionFixture {};
 
 TEST_P(SessionConformance, CompletesEachRequestOnceAndNeverInsideTheCall) {
@@ -194,6 +195,7 @@ TEST_P(SessionConformance, SaysWhenThereIsNoRoute) {
     if (!isPermitted) GTEST_SKIP() << "To be without a route needs privileges.";
 }
 
+/// What an ordinary session says on real connections, byte for byte.
 class UrlSessionWireConformance : public testing::TestWithParam<SessionPort> {
 protected:
     std::shared_ptr<UrlSession> session(const RawServer& server) const {
@@ -301,6 +303,7 @@ TEST_P(UrlSessionWireConformance, RefusesAHostThatCannotProveWhoItIs) {
     }
 }
 
+/// `text`, `times` times over.
 inline std::string repeated(const std::string& text, int times) {
     std::string all;
     for (; times > 0; --times) all += text;

@@ -25,6 +25,7 @@ namespace kavio::test {
 class WindowsDriver {
 public:
     virtual ~WindowsDriver() = default;
+    /// The implementation that is judged.
     virtual std::shared_ptr<Windows> windows() = 0;
     /// Lets the main thread and the pages run until `done`; false if that takes too long.
     virtual bool runUntil(const std::function<bool()>& done) = 0;
@@ -36,9 +37,11 @@ public:
     virtual std::string nowhere() = 0;
     /// What the top-most scene shows: "working", "page", "failed"; "nothing" when there is none.
     virtual std::string shown() = 0;
+    ///@{
     /// The person presses the scene's buttons: the one that closes it, and the one of a page that has failed.
     virtual void pressClose() = 0;
     virtual void pressBack() = 0;
+    ///@}
     /// Ends the process that runs the page.
     virtual void endPageProcess() = 0;
 };
@@ -46,7 +49,9 @@ public:
 /// One with a real web view.
 class WebViewDriver : public WindowsDriver {
 public:
+    /// The address of a page with this HTML.
     virtual std::string serveHtml(const std::string& path, const std::string& html) = 0;
+    /// The address of a redirect to `location`.
     virtual std::string serveRedirect(const std::string& path, const std::string& location, int status = 302) = 0;
     /// Over TLS, from a server of its own, for which the authority vouches that the application gave.
     virtual std::string serveSecurely(const std::string& html) = 0;
@@ -65,6 +70,7 @@ inline std::shared_ptr<ViewController> topMost(const Windows& windows) {
     return found;
 }
 
+/// What the suites of windows share.
 template <class Driver>
 class ConformanceWith : public testing::TestWithParam<std::unique_ptr<Driver> (*)()> {
 protected:
@@ -82,8 +88,10 @@ protected:
     const std::unique_ptr<Driver> driver = this->GetParam()();
 };
 
+/// The address by which these pages end, with a query to be passed on unchanged.
 inline const std::string pageEnd = "http://127.0.0.1/?g1=a%20b&z2=%C3%A9+";
 
+/// What windows and scenes promise.
 class WindowsConformance : public ConformanceWith<WindowsDriver> {};
 
 TEST_P(WindowsConformance, PresentsASceneOnceAndTellsOfEachStep) {
@@ -323,6 +331,7 @@ TEST_P(WindowsConformance, KeepsTwoScenesApart) {
     EXPECT_EQ(below->log->events.back(), "did appear");
 }
 
+/// What a real web view promises.
 class WebViewConformance : public ConformanceWith<WebViewDriver> {
 protected:
     bool ends(const LoggedScene& made) const {
@@ -361,9 +370,10 @@ TEST_P(WebViewConformance, OffersEachWayToTheEndOfAPageOnce) {
     }
 }
 
+/// A script with `finish`, by which a page ends and says something.
 inline const std::string finish = "<script>const finish = more => location = 'http://127.0.0.1/?' + more</script>";
 
-// Says so with a navigation of its own.
+/// A script by which a page tells that it is there, with a navigation of its own.
 inline const std::string loaded = "<script>onload = () => setTimeout(() => location = '#loaded', 50)</script>";
 
 TEST_P(WebViewConformance, RunsAPageOutOfSightAsIfItWereSeen) {
