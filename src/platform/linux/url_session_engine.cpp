@@ -371,7 +371,8 @@ void UrlEngine::Loop::warm(bool isEnded) try {
 /// still asks of libcurl on its way out is refused, as there is no handle.
 void UrlEngine::Loop::close() {
     cancelAll();
-    mMulti.reset();  // here, where SIGPIPE is blocked: it says goodbye on open connections
+    if (!mMulti) return;  // done already
+    mMulti.reset();       // here, where SIGPIPE is blocked: it says goodbye on open connections
     mTlsSessions.reset();
     OPENSSL_thread_stop();
 }

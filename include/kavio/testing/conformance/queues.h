@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -47,6 +48,9 @@ TEST_P(MainQueueConformance, RunsDelayedWorkNeverTooSoon) {
     using std::chrono::milliseconds;
     const auto start = platform->clock->uptime();
     std::size_t ran = 0;
+    // More milliseconds than fit into 32 bits.
+    const auto hasRunTooSoon = std::make_shared<bool>(false);
+    platform->mainQueue->postAfter(milliseconds(std::int64_t{1} << 32U), [hasRunTooSoon] { *hasRunTooSoon = true; });
     for (const auto delay : {milliseconds(60), milliseconds(0), milliseconds(40)}) {
         platform->mainQueue->postAfter(delay, [&, delay] {
             EXPECT_GE(platform->clock->uptime() - start, delay)
@@ -55,6 +59,7 @@ TEST_P(MainQueueConformance, RunsDelayedWorkNeverTooSoon) {
         });
     }
     EXPECT_TRUE(runUntil([&] { return ran == 3; })) << "Delayed work never ran.";
+    EXPECT_FALSE(*hasRunTooSoon) << "Work that was due in 49 days ran at once.";
 }
 
 TEST_P(MainQueueConformance, RunsWorkOfAnyThreadOnTheMainThreadAlone) {
