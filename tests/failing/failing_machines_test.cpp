@@ -90,7 +90,7 @@ protected:
                 {"lasts", trouble.lasts},
                 {"amount", mAmount},
                 {"card", mCard},
-                {"longestSeconds", 150},
+                {"longestSeconds", isStart() ? 30 : 150},
                 {"store", mStore.string()},
                 {"address", mSandbox->address()},
                 {"authority", mSandbox->authorityFile().string()}};
