@@ -1,5 +1,7 @@
 #include "start.h"
 
+#include "documentation.h"
+
 #include <CLI/CLI.hpp>
 #include <fcntl.h>
 #include <unistd.h>
@@ -8,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
+#include <string_view>
 
 namespace kavio::command_line {
 
@@ -48,6 +51,10 @@ int start(const std::function<int()>& work, const std::function<void(const std::
 }
 
 bool parse(CLI::App& program, int argc, char** argv) {
+    if (argc == 3 && std::string_view(argv[1]) == "--write-documentation") {
+        writeDocumentation(program, argv[2]);
+        return false;
+    }
     try {
         program.parse(argc, argv);
         return true;

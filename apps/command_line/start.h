@@ -14,8 +14,9 @@ namespace kavio::command_line {
 /// could not be written.
 int start(const std::function<int()>& work, const std::function<void(const std::string& sentence)>& complain);
 
-/// False when the command line asks for help or for the version, which is then shown. Call it from the work of `start`,
-/// which handles what this throws.
+/// False when the command line asks for help or for the version, which is then shown, or, as the build does, with
+/// `--write-documentation FOLDER` for what `writeDocumentation` writes. Call it from the work of `start`, which handles
+/// what this throws.
 bool parse(CLI::App& program, int argc, char** argv);
 
 }  // namespace kavio::command_line

@@ -31,7 +31,7 @@ std::string announcement(const Sandbox& sandbox, bool json) {
 }
 
 int run(int argc, char** argv) {
-    CLI::App app{"A local stand-in for the Kavio payment service, with sample data"};
+    CLI::App app{"A local stand-in for the Kavio payment service, with sample data", "kavio-sandbox"};
     Sandbox::Options options;
     bool json = false;
     std::int64_t orderStep = options.orderStep.count();
@@ -41,7 +41,8 @@ int run(int argc, char** argv) {
     app.add_option("--issuer-port", options.issuerPort,
                    "Also serve the issuer's pages over plain HTTP (0: any free port)")
         ->transform(wholeNumber(0, 65535));
-    app.add_option("--authority", options.authorityFile, "File to write the authority's certificate (PEM) to");
+    app.add_option("--authority", options.authorityFile, "File to write the authority's certificate (PEM) to")
+        ->type_name("FILE");
     app.add_option("--api-key", options.apiKey, "The only API key accepted (default: any)");
     app.add_option("--code", options.code, "One-time code for every login")->capture_default_str();
     app.add_option("--order-step-ms", orderStep, "How long an order stays in each status, at most a day")
