@@ -1,6 +1,8 @@
 #include "platform/fresh_network.h"
 #include "platform/linux/url_session.h"
 
+#include <kavio/platform/linux.h>
+#include <kavio/platform/request_log.h>
 #include <kavio/testing/conformance/background_url_session.h>
 #include <kavio/testing/conformance/url_session.h>
 #include <kavio/testing/network.h>
@@ -22,6 +24,21 @@ const SessionPort linuxSessions{
     },
     .withoutRoute = inFreshNetwork,
 };
+
+/// The same, and each request and reply is written to a log.
+const SessionPort loggedSessions = [] {
+    auto port = linuxSessions;
+    port.name = "Logged";
+    const auto logged = [](const Reach& reach) {
+        auto platform = Platform::current();
+        platform.urlSession = makeUrlSession(configured(reach));
+        platform.backgroundUrlSession = makeBackgroundUrlSession(configured(reach));
+        return withRequestLog(std::move(platform), [](std::string_view) {});
+    };
+    port.factory.session = [logged](const Reach& reach) { return logged(reach).urlSession; };
+    port.factory.backgroundSession = [logged](const Reach& reach) { return logged(reach).backgroundUrlSession; };
+    return port;
+}();
 
 /// The service on the network of a device in a box.
 class BoxPeer final : public Peer {
@@ -74,6 +91,9 @@ INSTANTIATE_TEST_SUITE_P(Linux, SessionConformance, testing::Values(linuxSession
 INSTANTIATE_TEST_SUITE_P(Linux, UrlSessionWireConformance, testing::Values(linuxSessions));
 INSTANTIATE_TEST_SUITE_P(Linux, BackgroundSessionConformance, testing::Values(linuxSessions));
 INSTANTIATE_TEST_SUITE_P(Linux, BackgroundSessionWireConformance, testing::Values(linuxSessions));
+
+INSTANTIATE_TEST_SUITE_P(Logged, SessionConformance, testing::Values(loggedSessions));
+INSTANTIATE_TEST_SUITE_P(Logged, BackgroundSessionConformance, testing::Values(loggedSessions));
 
 INSTANTIATE_TEST_SUITE_P(Box, SessionConformance, testing::Values(boxSessions));
 INSTANTIATE_TEST_SUITE_P(Box, BackgroundSessionConformance, testing::Values(boxSessions));
