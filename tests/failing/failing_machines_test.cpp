@@ -2,7 +2,8 @@
 // file, by the library itself or by libcurl, OpenSSL, SQLite and ICU. In the suite some numbers are tried; for all of
 // them, with a release build:
 //   KAVIO_FAILURES=0 build/release/bin/failing_tests --gtest_filter='*FailingMachine*'
-// KAVIO_CALL=allocation, or another kind of call, tries only that one.
+// KAVIO_CALL=allocation, or another kind of call, tries only that one. With KAVIO_EVERY=8, KAVIO_FIRST=1 to 8 share the
+// numbers out to eight processes: most of the time is spent waiting.
 
 #include "failing/application.h"
 #include "failing/machine.h"
@@ -223,11 +224,12 @@ void FailingMachine::settle(const std::map<int, Told>& runs) {
 /// `count` is about how many calls there are: that depends on what is in the store, and on which thread is quicker.
 void FailingMachine::tryAll(Call call, bool lasts, long count) {
     const long tries = fromEnvironment("KAVIO_FAILURES", 3);
-    const long step = tries == 0 ? 1 : std::max(count / tries, 1L);
+    const long step = tries == 0 ? fromEnvironment("KAVIO_EVERY", 1) : std::max(count / tries, 1L);
+    const long first = tries == 0 ? fromEnvironment("KAVIO_FIRST", 1) : 1 + (step - 1) / 2;
     std::map<int, Told> runs;
     std::map<std::string, int> ends;
     long failing = 0;
-    for (long number = 1 + (step - 1) / 2, idle = 0; idle < 3 && (tries == 0 || number <= count); number += step) {
+    for (long number = first, idle = 0; idle < 3 && (tries == 0 || number <= count); number += step) {
         const Trouble trouble{call, lasts, number};
         auto told = run(trouble);
         look(told, mAmount);
