@@ -1,7 +1,6 @@
 #include "models/machine_model.h"
 
 #include "models/campaign_model.h"
-#include "models/date_text.h"
 #include "models/unkept_list.h"
 
 #include <algorithm>
@@ -19,7 +18,7 @@ namespace {
 struct MachineModel {  // NOLINT(clang-analyzer-optin.performance.Padding)
     std::optional<std::uint64_t> kavioID;
     std::optional<std::string_view> operatorName;
-    std::string name;  // arrives as an integer
+    std::int64_t name;
     std::int64_t machineId;
     std::optional<std::string_view> machineName;
     std::optional<std::string_view> machineConnectivityStatus;
@@ -67,7 +66,6 @@ struct MachineModel {  // NOLINT(clang-analyzer-optin.performance.Padding)
     std::optional<std::string_view> defaultCredit;
     std::optional<double> extraCharge;
     std::optional<std::int32_t> extraChargeType;
-    Date createdDate;
     static MachineModel decode(const BorrowingContainer& in);
 };
 
@@ -82,7 +80,7 @@ MachineModel MachineModel::decode(const BorrowingContainer& in) {
     MachineModel model{
         .kavioID = in.optional("kavioID"),
         .operatorName = in.optional("operatorName"),
-        .name = std::to_string(std::int64_t{in.required("name")}),
+        .name = in.required("name"),
         .machineId = in.required("machineId"),
         .machineName = in.optional("machineName"),
         .machineConnectivityStatus = in.optional("machineConnectivityStatus"),
@@ -130,9 +128,7 @@ MachineModel MachineModel::decode(const BorrowingContainer& in) {
         .defaultCredit = in.optional("defaultCredit", ""),
         .extraCharge = in.optional("extraCharge", 0.0),
         .extraChargeType = in.optional("extraChargeType", 0),
-        .createdDate = {},
     };
-    model.createdDate = DateText::parse(model.createdDateStr).value_or(Date());
     if (const auto coordinate = in.nestedIfPresent("coordinate")) {
         coordinate->requireNumbers();
         model.latitude = coordinate->optional<double>("latitude", 0.0);

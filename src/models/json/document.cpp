@@ -48,7 +48,7 @@ void Document::parse(const std::string& json) {
         return parser.parse_into_document(mParser->document, text).get(mParser->root);
     };
     const bool isOrdinary = !mayHoldSurrogates(json);
-    auto error = outcome(isOrdinary ? json : toleratedText(json));
+    auto error = isOrdinary ? outcome(json) : outcome(toleratedText(json));  // the text itself, not a copy
     if (error == simdjson::NUMBER_ERROR && isOrdinary) error = outcome(toleratedText(json));
     if (error != simdjson::SUCCESS) throw DecodingError(simdjson::error_message(error));
     if (parser.capacity() > keptCapacity) parser = simdjson::dom::parser();

@@ -39,7 +39,8 @@ KeyedContainer::KeyedContainer(const DecodedValue& value)
     mIndices = size > mFewIndices.size() ? std::span(mManyIndices) : std::span(mFewIndices).first(size);
     bool isKnown = mShape && mShape->size() == size;
     std::size_t position = 0;
-    for (auto member = object.begin(); member != object.end(); ++member, ++position) {
+    const auto end = object.end();
+    for (auto member = object.begin(); member != end; ++member, ++position) {
         mIndices[position] = static_cast<std::uint32_t>(fromDom(member.value()).index);
         isKnown = isKnown && mShape->isName(position, member.key());
     }
