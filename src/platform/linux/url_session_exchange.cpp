@@ -64,6 +64,23 @@ bool isLookUpFolder(const char* folder) {
     return false;
 }
 
+struct Authorities {
+    std::string folder;
+    std::string file;
+};
+
+/// Where the system keeps them, which is found out once. Reading all of them takes longer than everything else in an
+/// exchange. From a folder, OpenSSL reads only the one that it needs; from a file, libcurl at least keeps what it has
+/// read, if it has no folder to look into.
+const Authorities& systemAuthorities() {
+    static const Authorities found = [] {
+        const auto* system = curl_version_info(CURLVERSION_NOW);
+        if (isLookUpFolder(system->capath)) return Authorities{system->capath, ""};
+        return Authorities{"", system->cainfo == nullptr ? "" : system->cainfo};
+    }();
+    return found;
+}
+
 int responseStatus(CURL* easy) {
     long status = 0;
     curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
@@ -145,16 +162,9 @@ UrlConduct::UrlConduct(const UrlSessionConfiguration& configuration, bool isBack
     : authorityFile(configuration.certificateAuthorities),
       background(isBackground),
       warmsConnection(configuration.warmsConnection && !isBackground) {
-    // Reading all of the system's authorities takes longer than everything else in an exchange. From a folder, OpenSSL
-    // reads only the one that it needs; from a file, libcurl at least keeps what it has read, if it has no folder to
-    // look into.
     if (authorityFile.empty()) {
-        const auto* system = curl_version_info(CURLVERSION_NOW);
-        if (isLookUpFolder(system->capath)) {
-            authorityFolder = system->capath;
-        } else if (system->cainfo != nullptr) {
-            authorityFile = system->cainfo;
-        }
+        authorityFolder = systemAuthorities().folder;
+        authorityFile = systemAuthorities().file;
     }
     if (!configuration.connectTo.empty() && !connectTo.append(("::" + configuration.connectTo).c_str())) {
         throw std::bad_alloc();
