@@ -25,7 +25,7 @@ constexpr std::array<std::array<std::uint8_t, 10>, 10> dammTable{{
 
 // The digits after the first `label` that has any.
 std::optional<std::string> digitsAfter(std::string_view label, const std::string& text) {
-    const auto found = KavioUtils::matches(std::string(label) + R"(\d+)", text);
+    const auto found = KavioUtils::matches(std::string(label) + R"((\d+))", text);
     if (found.empty()) return std::nullopt;
     return found.front().substr(label.size());
 }

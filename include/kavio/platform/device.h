@@ -146,7 +146,8 @@ public:
     virtual ~Clock() = default;
     /// Wall clock of the device.
     virtual Date now() const = 0;
-    /// Monotonic time since the device started.
+    /// Monotonic time since the device started. It goes on while the device sleeps, and nobody can set it: how long a
+    /// payment has been under way is counted on it.
     virtual std::chrono::nanoseconds uptime() const = 0;
 };
 
