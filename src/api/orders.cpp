@@ -16,20 +16,20 @@ constexpr std::int64_t pollIntervalMilliseconds = 1000;
 
 using ProductList = std::vector<std::shared_ptr<const RemoteVendProduct>>;
 
-JsonValue productEntries(const ProductList& products) {
-    auto entries = JsonValue::array();
-    for (const auto& product : products) {
-        entries.push_back(JsonObject{{"productCode", product->codeInMap},
-                                     {"quantityValue", product->quantity},
-                                     {"pulseLineNumber", product->pulseLineNumber}});
+void add(const ProductList& products, Parameters& params) {
+    params.emplace("products", JsonValue::array_t());
+    auto& entries = params.at("products").get_ref<JsonValue::array_t&>();
+    for (const auto& product : products) {  // in place: to destroy a value with members takes memory
+        entries.emplace_back(JsonObject{{"productCode", product->codeInMap},
+                                        {"quantityValue", product->quantity},
+                                        {"pulseLineNumber", product->pulseLineNumber}});
     }
-    return entries;
 }
 
 // How an order is paid. Absent for a payment method that cannot pay for orders.
-std::optional<JsonObject> purchaseParameters(PaymentMethod::PaymentType type, const std::string& id,
+std::optional<Parameters> purchaseParameters(PaymentMethod::PaymentType type, const std::string& id,
                                              std::int64_t amount) {
-    JsonObject params;
+    Parameters params;
     switch (type) {
         case PaymentMethod::PaymentType::KAVIO:
             params["amount"] = amount;
@@ -85,7 +85,7 @@ void Kavio::placeOrder(std::int64_t kavioId, std::shared_ptr<const PaymentMethod
         if (std::find(list.begin(), list.end(), nullptr) != list.end()) {
             return operation.fail(ResultType::BAD_INPUT, Cause::INVALID_INPUT, "invalid product");
         }
-        params->emplace("products", productEntries(list));
+        add(list, *params);
         UnsettledPayment payment{.id = Platform::current().uuid->make(),
                                  .kind = UnsettledPayment::Kind::ORDER,
                                  .kavioId = kavioId,

@@ -27,8 +27,8 @@ std::optional<MachineQuery> machineQuery(const MachineFilter& filter) {
     return std::nullopt;
 }
 
-JsonObject activitiesParameters(const TransactionFilter& filter) {
-    JsonObject params;
+Parameters activitiesParameters(const TransactionFilter& filter) {
+    Parameters params;
     setIfPresent(params, "machine_id", filter.machineId);
     setIfPresent(params, "card_id", filter.paymentMethodId);
     if (filter.paymentType) params["paymentSource"] = static_cast<std::int64_t>(*filter.paymentType);
@@ -71,7 +71,7 @@ void Kavio::getMachineProducts(std::int64_t machineId) {
 void Kavio::getTransactions(std::shared_ptr<const TransactionFilter> filter) {
     mState->perform(&KavioDelegate::onGetTransactions, Purpose::ASK,
                     [&](const State::Operation<std::optional<Orders>>& operation) {
-                        mState->mActivitiesRepo->activities(filter ? activitiesParameters(*filter) : JsonObject{},
+                        mState->mActivitiesRepo->activities(filter ? activitiesParameters(*filter) : Parameters{},
                                                             operation.finish<Orders>(asItIs));
                     });
 }

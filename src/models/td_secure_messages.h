@@ -66,8 +66,8 @@ struct TDSGetPage {
     std::string threeDSMethodData;
 };
 
-JsonObject encode(const TDSAddCard& body);
-JsonObject encode(const TDSGetCard& body);
-JsonObject encode(const TDSGetPage& body);
+Parameters encode(const TDSAddCard& body);
+Parameters encode(const TDSGetCard& body);
+Parameters encode(const TDSGetPage& body);
 
 }  // namespace kavio

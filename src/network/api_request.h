@@ -25,7 +25,7 @@ struct APIRequest {
     Idempotency idempotency;
     /// Path below the base URL, placeholders filled.
     std::string endpoint;
-    std::optional<JsonObject> params = std::nullopt;
+    std::optional<Parameters> params = std::nullopt;
     /// The session token, with its issuer as it was known when the request was made: a request may wait, and another
     /// session may have begun when it goes out. Absent for calls made before login.
     std::optional<SessionToken> token = std::nullopt;

@@ -52,7 +52,7 @@ std::optional<SessionToken> sessionToken(Token token, const StoredState& stored)
     return token == Token::empty ? std::optional(SessionToken{}) : std::nullopt;
 }
 
-APIRequest make(const Kind& kind, std::string endpoint, std::optional<JsonObject> params = std::nullopt) {
+APIRequest make(const Kind& kind, std::string endpoint, std::optional<Parameters> params = std::nullopt) {
     auto stored = storedState();
     return {.requestName = kind.name,
             .method = kind.method,
@@ -75,9 +75,9 @@ std::string libraryInformation(std::string_view key) {
     return Platform::current().libraryBundle->informationText(key).value_or("");
 }
 
-JsonObject depositParameters(const Deposit& deposit) {
-    JsonObject params{{"amount", deposit.amount}, {"currency", deposit.currency}, {"autoTopup", deposit.autoTopup}};
-    params.emplace("paymentCardLocator", JsonObject{{"locator", deposit.tokenLocator}});
+Parameters depositParameters(const Deposit& deposit) {
+    Parameters params{{"amount", deposit.amount}, {"currency", deposit.currency}, {"autoTopup", deposit.autoTopup}};
+    params.add("paymentCardLocator", {{"locator", deposit.tokenLocator}});
     if (deposit.paypalMetaDataId) {
         params["payPalMetadataId"] = *deposit.paypalMetaDataId;
     } else {
@@ -91,7 +91,7 @@ JsonObject depositParameters(const Deposit& deposit) {
 APIRequest challengeRequest(std::string countryCode, std::string phoneNumber, std::string challenge,
                             std::string retry) {
     return make(kinds::challenge, "/account/challenge/",
-                JsonObject{{"countryCode", std::move(countryCode)},
+                Parameters{{"countryCode", std::move(countryCode)},
                            {"phoneNumber", std::move(phoneNumber)},
                            {"challenge", std::move(challenge)},
                            {"retry", std::move(retry)}});
@@ -100,7 +100,7 @@ APIRequest challengeRequest(std::string countryCode, std::string phoneNumber, st
 APIRequest verifyRequest(std::string verifyCode, std::string countryIsoCode, std::string countryPhoneCode,
                          std::string phoneNumber, std::string challenge, std::string retry) {
     return make(kinds::verify, "/account/verify/",
-                JsonObject{{"verificationCode", std::move(verifyCode)},
+                Parameters{{"verificationCode", std::move(verifyCode)},
                            {"challenge", std::move(challenge)},
                            {"retryTimeoutSeconds", std::move(retry)},
                            {"country", std::move(countryIsoCode)},
@@ -112,7 +112,7 @@ APIRequest logOutRequest() { return make(kinds::logOut, "/account/logout"); }
 
 APIRequest accountRequest(const std::optional<std::string>& appVersion) {
     if (!appVersion) return make(kinds::account, "/account");
-    JsonObject params{{"os", libraryInformation("DTPlatformName")},
+    Parameters params{{"os", libraryInformation("DTPlatformName")},
                       {"osVersion", libraryInformation("DTPlatformVersion")},
                       {"appVersion", sentAppVersion(*appVersion)}};
     setIfPresent(params, "pushToken", KavioUserDefaults::shared()->defualt->string(keys::pushToken));
@@ -120,7 +120,7 @@ APIRequest accountRequest(const std::optional<std::string>& appVersion) {
 }
 
 APIRequest machineByValueRequest(const MachineQuery& query) {
-    JsonObject params;
+    Parameters params;
     setIfPresent(params, "machineId", query.machineId);
     setIfPresent(params, "kavioMachineId", query.kavioMachineId);
     setIfPresent(params, "longitude", query.longitude);
@@ -142,23 +142,23 @@ APIRequest machineProductsRequest(std::uint64_t machineId) {
     return make(kinds::machineProducts, "machines/" + std::to_string(machineId) + "/products");
 }
 
-APIRequest purchaseRequest(const std::string& machineId, JsonObject params) {
+APIRequest purchaseRequest(const std::string& machineId, Parameters params) {
     return make(kinds::purchase, "/machines/" + machineId + "/orders", std::move(params));
 }
 
 APIRequest getOrderRequest(const std::string& orderId, bool statusOnly) {
-    return make(kinds::getOrder, "/orders/" + orderId, JsonObject{{"statusOnly", statusOnly}});
+    return make(kinds::getOrder, "/orders/" + orderId, Parameters{{"statusOnly", statusOnly}});
 }
 
-APIRequest activitesRequest(JsonObject params) {
+APIRequest activitesRequest(Parameters params) {
     return make(kinds::activites, "/orders/activities", std::move(params));
 }
 
 APIRequest addCreditCardRequest(std::string uuidKey, const std::map<std::string, SecretText>& paymentCard) {
-    JsonObject card;
+    Parameters card;
     for (const auto& [key, value] : paymentCard) card.emplace(key, value.text());
-    JsonObject params{{"key", std::move(uuidKey)}};
-    params.emplace("paymentCard", std::move(card));  // not in the braces, which would leave a copy in memory
+    Parameters params{{"key", std::move(uuidKey)}};
+    params.add("paymentCard", std::move(card));
     return make(kinds::addCreditCard, "/account/locators", std::move(params));
 }
 

@@ -40,9 +40,9 @@ struct MachineQuery {
 APIRequest machineByValueRequest(const MachineQuery& query);
 APIRequest machineProductsRequest(std::uint64_t machineId);
 
-APIRequest purchaseRequest(const std::string& machineId, JsonObject params);
+APIRequest purchaseRequest(const std::string& machineId, Parameters params);
 APIRequest getOrderRequest(const std::string& orderId, bool statusOnly);
-APIRequest activitesRequest(JsonObject params);
+APIRequest activitesRequest(Parameters params);
 
 APIRequest addCreditCardRequest(std::string uuidKey, const std::map<std::string, SecretText>& paymentCard);
 APIRequest deleteLocatorRequest(const std::string& tokenLocator);

@@ -46,24 +46,15 @@ std::optional<APIFailure> givenUp() {
     return connectionFailure({UrlError::cancelled, "cancelled", std::nullopt, false});
 }
 
-/// What is dropped for want of memory must not ask for some.
-struct WaitingRequest {
-    APIRequest request;
-    ~WaitingRequest() {
-        if (request.params) wipe(*request.params);
-    }
-};
-
 /// Calls `next` once the time sample is good for the request, or once an attempt to renew it has failed.
-void withFreshTime(const std::shared_ptr<WaitingRequest>& kept, const std::shared_ptr<KavioNetworkService>& transport,
+void withFreshTime(const std::shared_ptr<APIRequest>& kept, const std::shared_ptr<KavioNetworkService>& transport,
                    std::function<void()> next) {
-    const auto& request = kept->request;
-    if (request.requestName == timeRequestName || isTimeSampleFresh(request.stored.sample)) return next();
+    if (kept->requestName == timeRequestName || isTimeSampleFresh(kept->stored.sample)) return next();
     transport->send(timeRequest(), [kept, next = std::move(next)](RawResult raw) {
         // On the network's thread: the store syncs its writes to disk, and the main thread need not wait for that.
         const auto result = decoded<ServerTimeResponse>(std::move(raw));
         storeTimeSample(result ? result.payload() : std::nullopt);
-        kept->request.stored = storedState();
+        kept->stored = storedState();
         next();
     });
 }
@@ -72,14 +63,13 @@ void withFreshTime(const std::shared_ptr<WaitingRequest>& kept, const std::share
 void withFreshTime(APIRequest request, RawCompletion completion, BeforeSending prepare,
                    std::function<void(KavioNetworkService&, APIRequest, const RawCompletion&)> send) {
     const auto transport = KavioNetworkService::shared();
-    const auto kept = std::make_shared<WaitingRequest>();
-    kept->request = std::move(request);
+    const auto kept = std::make_shared<APIRequest>(std::move(request));
     withFreshTime(
         kept, transport,
         [transport, kept, completion = std::move(completion), prepare = std::move(prepare), send = std::move(send)] {
             if (auto failure = prepare ? prepare() : std::nullopt)
                 return completion(RawResult::failed(*std::move(failure)));
-            send(*transport, std::move(kept->request), completion);
+            send(*transport, std::move(*kept), completion);
         });
 }
 

@@ -49,7 +49,7 @@ std::string settingQuery(std::string_view url, std::string_view query) {
     return whole.append(url.substr(fragmentAt));
 }
 
-std::string queryText(const std::optional<JsonObject>& params) {
+std::string queryText(const std::optional<Parameters>& params) {
     std::string text;
     if (!params) return text;
     for (const auto& [key, value] : *params) {
@@ -74,7 +74,7 @@ bool isUrl(std::string_view text) {
     return true;
 }
 
-UrlRequest buildURLRequest(std::string url, std::optional<JsonObject> params, bool inQuery) {
+UrlRequest buildURLRequest(std::string url, std::optional<Parameters> params, bool inQuery) {
     UrlRequest request;
     request.timeout = REQUEST_TIMEOUT;
     if (inQuery) {

@@ -20,13 +20,13 @@ std::string appendingPathComponent(std::string_view base, std::string_view compo
 std::string settingQuery(std::string_view url, std::string_view query);
 
 /// The entries of `params` as key=value joined with "&", unescaped; empty for none.
-std::string queryText(const std::optional<JsonObject>& params);
+std::string queryText(const std::optional<Parameters>& params);
 
 /// Whether `text` can be an absolute URL: it has a scheme, and no character that a URL must not contain.
 bool isUrl(std::string_view text);
 
 /// The request for `url`, with `params` as its query or as its JSON body. Without parameters there is no body, and the
 /// query is empty, so that the URL ends with "?".
-UrlRequest buildURLRequest(std::string url, std::optional<JsonObject> params, bool inQuery);
+UrlRequest buildURLRequest(std::string url, std::optional<Parameters> params, bool inQuery);
 
 }  // namespace kavio

@@ -5,11 +5,11 @@
 
 namespace kavio {
 
-void ActivitiesRepository::activities(JsonObject params, Completion<Orders> completion) const {
+void ActivitiesRepository::activities(Parameters params, Completion<Orders> completion) const {
     sendWithFreshTime(activitesRequest(std::move(params)), std::move(completion));
 }
 
-void ActivitiesRepository::activityModels(JsonObject params,
+void ActivitiesRepository::activityModels(Parameters params,
                                           Completion<std::vector<OrderActivityModel>> completion) const {
     sendWithFreshTime(activitesRequest(std::move(params)), std::move(completion));
 }

@@ -67,7 +67,7 @@ PaymentSearch::PaymentSearch(JournalEntry entry, Completion<PaymentFinding> comp
 
 void PaymentSearch::askForPage(std::optional<Date> before) {
     ++mPages;
-    JsonObject params{{"limit", pageSize}};
+    Parameters params{{"limit", pageSize}};
     if (before) params.emplace("beforeAuTime", DateText::format(*before));
     mActivities->activityModels(
         std::move(params),

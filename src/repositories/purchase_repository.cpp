@@ -6,7 +6,7 @@
 #include <utility>
 
 namespace kavio {
-std::shared_ptr<Sending> PurchaseRepository::purchase(JsonObject params, UnsettledPayment payment,
+std::shared_ptr<Sending> PurchaseRepository::purchase(Parameters params, UnsettledPayment payment,
                                                       Completion<OrderModel> completion) const {
     auto request = purchaseRequest(std::to_string(payment.kavioId.value_or(0)), std::move(params));
     const auto attempt = std::make_shared<PaymentAttempt>(std::move(payment));

@@ -85,7 +85,7 @@ void sendDeposit(APIRequest request, UnsettledPayment payment, Completion<Deposi
 class PurchaseRepository {
 public:
     /// Sent in the background: it waits for connectivity and is sent at most once. It is written down as `payment`.
-    std::shared_ptr<Sending> purchase(JsonObject params, UnsettledPayment payment,
+    std::shared_ptr<Sending> purchase(Parameters params, UnsettledPayment payment,
                                       Completion<OrderModel> completion) const;
     /// A reply about another order is not understood.
     void order(const std::string& orderId, bool statusOnly, Completion<OrderModel> completion) const;
@@ -115,9 +115,9 @@ using PrepaidService = PrepaidRepository;
 
 class ActivitiesRepository {
 public:
-    void activities(JsonObject params, Completion<Orders> completion) const;
+    void activities(Parameters params, Completion<Orders> completion) const;
     /// The same, but as the reply has them.
-    void activityModels(JsonObject params, Completion<std::vector<OrderActivityModel>> completion) const;
+    void activityModels(Parameters params, Completion<std::vector<OrderActivityModel>> completion) const;
 };
 using ActivitiesService = ActivitiesRepository;
 

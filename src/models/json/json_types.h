@@ -14,5 +14,6 @@ using JsonValue = nlohmann::json;
 using OrderedJsonValue = nlohmann::ordered_json;
 /// A loosely typed object, and the body of a request.
 using JsonObject = std::map<std::string, JsonValue, std::less<>>;
+struct Parameters;
 
 }  // namespace kavio

@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 
 namespace kavio {
 
@@ -22,6 +23,22 @@ std::optional<std::string> serialise(JsonObject object, int indent = 0);
 /// Leaves nothing of the object in memory. It takes no memory, unlike the destructor of an object with objects or lists
 /// in it, which ends the program if there is none.
 void wipe(JsonObject& object) noexcept;
+
+/// The parameters of a request, which may hold objects and a card number. Their destruction takes no memory and leaves
+/// nothing in it.
+struct Parameters : JsonObject {
+    using JsonObject::JsonObject;
+    Parameters(JsonObject object) noexcept : JsonObject(std::move(object)) {}
+    Parameters(Parameters&&) noexcept = default;
+    ~Parameters() { wipe(*this); }
+    Parameters& operator=(Parameters other) noexcept {
+        swap(other);
+        return *this;
+    }
+
+    /// Adds the member. It is moved, and not copied as a value in braces is.
+    void add(const char* key, Parameters members) { emplace(key, static_cast<JsonObject&&>(members)); }
+};
 
 /// The member `key`; null when it is missing.
 const JsonValue* find(const JsonObject& object, std::string_view key);

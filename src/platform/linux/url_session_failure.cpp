@@ -153,7 +153,9 @@ UrlError urlError(UrlError::Code code) noexcept {
 UrlError describeFailure(CURL* easy, CURLcode code, bool sent) {
     UrlError error = urlError(classify(easy, code, sent));
     const std::string detail = reason(easy, code, sent);
-    if (!detail.empty()) error.description.replace(error.description.size() - 1, 1, ": " + detail + ".");
+    if (detail.empty() || error.description.empty()) return error;  // there was no memory for the sentence
+    error.description.pop_back();
+    error.description.append(": ").append(detail).append(".");
     return error;
 }
 
