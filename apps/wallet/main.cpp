@@ -1,3 +1,4 @@
+#include "command_line/help.h"
 #include "command_line/start.h"
 #include "driver/driver.h"
 #include "host/host.h"
@@ -21,10 +22,10 @@ namespace {
 constexpr auto about = "Pay at unattended vending points from the terminal.";
 
 constexpr auto exitStatuses =
-    "Exit status: 0 done, 1 failed, 2 wrong usage, 3 not logged in, 4 no usable reply, 5 took too long,\n"
-    "6 input refused, 7 the service failed, 130 interrupted.\n"
     "Log in first: kavio-wallet login 49 151234567 --country DE\n"
-    "For help on a command: kavio-wallet COMMAND --help";
+    "For help on a command: kavio-wallet help COMMAND\n\n"
+    "Exit status: 0 done, 1 failed, 2 wrong usage, 3 not logged in, 4 no usable reply, 5 took too long, "
+    "6 input refused, 7 the service failed, 130 interrupted.";
 
 /// What the user asks for.
 struct CommandLine {
@@ -37,7 +38,7 @@ struct CommandLine {
     CommandLine() {
         // A command passes on options that it does not know, so that those of the whole program may follow it.
         program.fallthrough();
-        program.set_version_flag("--version", KAVIO_WALLET_VERSION);
+        program.set_version_flag("-V,--version", KAVIO_WALLET_VERSION, "Show the program's version and exit");
         addOptions(program, options);
         program.add_flag("--jsonl", isDriver, "For programs: read operations and write reports as JSON lines");
         for (const auto make : {loginCommand, statusCommand, logoutCommand, methodsCommand, addCardCommand,
@@ -46,6 +47,7 @@ struct CommandLine {
             commands.push_back(make(program));
             commands.back().line->add_flag("--json", isJson, "Write reports as JSON lines, like --jsonl");
         }
+        command_line::addHelpCommands(program);
         program.footer(exitStatuses);  // last: commands would inherit it
         program.require_subcommand(0, 1);
     }
@@ -85,7 +87,7 @@ int run(int argc, char** argv) {
     const auto* const command = line.command();
     try {
         if (line.isDriver == (command != nullptr))
-            throw Failure(ExitStatus::USAGE, "Give either a command or --jsonl; see kavio-wallet --help.");
+            throw Failure(ExitStatus::USAGE, "Give either a command or --jsonl; see kavio-wallet help.");
         const auto host = makeHost(line);
         if (line.isDriver) return serve(*host, line.options);
         Session session{*host, line.options, line.isJson};

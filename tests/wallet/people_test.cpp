@@ -338,7 +338,13 @@ TEST_F(WalletOptions, WorkWithStandardChannelsThatAreClosedOrFull) {
 TEST_F(WalletOptions, EndWithStatusTwoAndOneLineWhenTheyAreWrong) {
     for (const std::string row : {
              "-> --jsonl",
-             "--jsonl --frobnicate -> --frobnicate",
+             "--jsonl --frobnicate -> There is no option '--frobnicate'.",
+             "machins -> There is no command 'machins'; did you mean 'machines'?",
+             "trans -> did you mean 'transactions'?",
+             "help machins -> did you mean 'machines'?",
+             "machines --neer=1,2 -> There is no option '--neer'; did you mean '--near'?",
+             "login 49 1 --contry DE -> did you mean '--country'?",
+             "-- -x- -> There is no option '-x-'.",
              "--jsonl surplus -> surplus",
              "--jsonl --api-key -> --api-key",
              "--jsonl --environment QA -> QA",
@@ -368,6 +374,20 @@ TEST_F(WalletOptions, EndWithStatusTwoAndOneLineWhenTheyAreWrong) {
         EXPECT_THAT(wrong.errors, HasSubstr(row.substr(arrow + 3)));
         EXPECT_EQ(std::ranges::count(wrong.errors, '\n'), 1) << wrong.errors;
     }
+}
+
+TEST_F(WalletOptions, AskForHelpAndTheVersionInAnyForm) {
+    for (const auto& [one, other] : std::map<std::string, std::string>{
+             {"help", "--help"}, {"help buy", "buy --help"}, {"version", "-V"}, {"version --version", "--version"}}) {
+        const auto shown = run(one);
+        EXPECT_EQ(shown.status, 0);
+        EXPECT_NE(shown.output, "");
+        EXPECT_EQ(shown.output, run(other).output);
+    }
+    setenv("COLUMNS", "40", 1);
+    std::istringstream lines{run("help").output};
+    unsetenv("COLUMNS");
+    for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), 40U) << line;
 }
 
 TEST_F(WalletOptions, StandOnEitherSideOfWhatIsToBeDone) {

@@ -1,3 +1,4 @@
+#include "command_line/help.h"
 #include "people/command.h"
 #include "people/payment.h"
 #include "people/terminal.h"
@@ -75,6 +76,7 @@ Command loginCommand(CLI::App& program) {
     line->add_option("PHONE", login->phoneNumber, "The phone number without the country code")->required();
     line->add_option("--country", login->country, "The phone's country, such as DE (default: from your locale)");
     line->footer("The code is read from standard input if that is not a terminal.");
+    command_line::addExamples(*line, {"49 151234567 --country DE", "+1 2125550123 --country US"});
     return {line, [login](Session& session) {
                 auto plain = *login;
                 if (plain.countryCode.starts_with('+')) plain.countryCode.erase(0, 1);

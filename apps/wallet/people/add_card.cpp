@@ -1,3 +1,4 @@
+#include "command_line/help.h"
 #include "command_line/numbers.h"
 #include "driver/arguments.h"
 #include "people/command.h"
@@ -103,11 +104,12 @@ Command addCardCommand(CLI::App& program) {
     const auto isSecure = std::make_shared<bool>(false);
     line->add_flag("--secure", *isSecure, "Let the issuer check the card with 3-D Secure (opens a window)");
     line->footer(
-        "Card data is never taken from the command line, where others could see it. If standard input is not a\n"
-        "terminal, the card is read from there: either one line each for number, month, year, security code and\n"
-        "e-mail address (with --secure, the name comes before the address), or one JSON object with pan, month,\n"
-        "year, cvv and email; with --secure, with number, month, year, securityCode, name, email and optionally the\n"
+        "Card data is never taken from the command line, where others could see it. If standard input is not a "
+        "terminal, the card is read from there: either one line each for number, month, year, security code and "
+        "e-mail address (with --secure, the name comes before the address), or one JSON object with pan, month, "
+        "year, cvv and email; with --secure, with number, month, year, securityCode, name, email and optionally the "
         "holder's address as streetNumber, streetName, city, territory, country and postal.");
+    command_line::addExamples(*line, {"", "--secure", "< card.txt"});
     return {line, [isSecure](Session& session) { addCard(session, *isSecure); }, [isSecure] { return *isSecure; }};
 }
 

@@ -1,3 +1,4 @@
+#include "command_line/help.h"
 #include "command_line/numbers.h"
 #include "people/command.h"
 #include "people/machine_named.h"
@@ -233,6 +234,8 @@ Command buyCommand(CLI::App& program) {
     line->add_option("--pay", purchase->method,
                      "Pay with wallet, card:ID or prepaid:ID, as listed by `methods` (default: wallet)")
         ->check(checkMethodName);
+    command_line::addExamples(*line, {"42100107 --amount 1.50", "42100107 --product 11 --product 12:2",
+                                      "42100107 --product 11 --pay prepaid:7000000003"});
     return {line, [purchase](Session& session) {
                 pay(session, "The order may have been placed",
                     [&](Payment& payment) { buy(session, payment, *purchase); });

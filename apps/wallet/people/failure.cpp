@@ -1,5 +1,6 @@
 #include "failure.h"
 
+#include "command_line/columns.h"
 #include "people/text.h"
 
 #include <fmt/format.h>
@@ -71,8 +72,9 @@ Failure Failure::withHint(std::string_view hint) const {
 }
 
 std::string sentence(std::string_view what, const std::optional<std::string>& message) {
-    auto text = message && !message->empty() ? fmt::format("{}: {}", what, cutTo(longestMessage, printable(*message)))
-                                             : std::string{what};
+    auto text = message && !message->empty()
+                    ? fmt::format("{}: {}", what, command_line::cutTo(longestMessage, printable(*message)))
+                    : std::string{what};
     if (!text.ends_with('.')) text += '.';
     return text;
 }

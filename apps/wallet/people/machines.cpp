@@ -1,3 +1,4 @@
+#include "command_line/help.h"
 #include "command_line/numbers.h"
 #include "people/command.h"
 #include "people/machine_named.h"
@@ -122,6 +123,7 @@ Command machinesCommand(CLI::App& program) {
         if (search->operatorId && !search->code && search->near.empty())
             throw CLI::ValidationError("--operator", "requires --near or --code");
     });
+    command_line::addExamples(*line, {"", "--near 52.5219,13.4132 --radius 500", "--code 42100107"});
     return {line, [search](Session& session) { listMachines(session, *search); }};
 }
 
@@ -129,6 +131,7 @@ Command productsCommand(CLI::App& program) {
     auto* const line = program.add_subcommand("products", "List what a machine sells");
     const auto code = std::make_shared<std::string>();
     line->add_option("MACHINE", *code, "The machine's code, or the text of its QR code")->required();
+    command_line::addExamples(*line, {"42100107"});
     return {line, [code](Session& session) { listProducts(session, *code); }};
 }
 

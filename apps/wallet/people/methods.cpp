@@ -1,3 +1,4 @@
+#include "command_line/help.h"
 #include "people/command.h"
 #include "people/payment.h"
 #include "people/text.h"
@@ -94,6 +95,7 @@ Command topUpCommand(CLI::App& program) {
     line->add_option("--card", order->card, "Credit card to charge, as listed by `methods`")->required();
     line->add_option("--to", order->to, "Add the money to wallet or prepaid:ID (default: wallet)")
         ->check(checkMethodName);
+    command_line::addExamples(*line, {"20 --card 7000000001", "12.50 --card 7000000001 --to prepaid:7000000003"});
     return {line, [order](Session& session) {
                 pay(session, "The card may have been charged",
                     [&](Payment& payment) { topUp(session, payment, *order); });

@@ -1,3 +1,4 @@
+#include "command_line/help.h"
 #include "command_line/numbers.h"
 #include "driver/dates.h"
 #include "people/command.h"
@@ -117,6 +118,7 @@ Command transactionsCommand(CLI::App& program) {
     line->add_option("--limit", search->limit, "Maximum number of orders")->transform(command_line::listLength());
     line->add_option("--before", search->before,
                      "Only orders before this date in your time zone, such as \"2024-03-05 14:07\" or 2024-03-05");
+    command_line::addExamples(*line, {"--limit 10", "--type prepaid --before 2024-03-05"});
     return {line, [search](Session& session) { list(session, *search); }};
 }
 

@@ -1,5 +1,6 @@
 #include "table.h"
 
+#include "command_line/columns.h"
 #include "people/text.h"
 
 #include <algorithm>
@@ -9,6 +10,9 @@
 namespace kavio::wallet {
 
 namespace {
+
+using command_line::columnsOf;
+using command_line::cutTo;
 
 constexpr std::size_t gap = 2;
 constexpr std::size_t narrowest = 4;

@@ -24,12 +24,6 @@ void forEachCodePoint(std::string_view text, Visit visit) {
 
 void append(std::string& text, UChar32 codePoint) { icu::UnicodeString(codePoint).toUTF8String(text); }
 
-std::size_t columnsOf(UChar32 codePoint) {
-    if (U_GET_GC_MASK(codePoint) & (U_GC_MN_MASK | U_GC_ME_MASK | U_GC_CF_MASK)) return 0;
-    const auto width = u_getIntPropertyValue(codePoint, UCHAR_EAST_ASIAN_WIDTH);
-    return width == U_EA_WIDE || width == U_EA_FULLWIDTH ? 2 : 1;
-}
-
 }  // namespace
 
 std::string printable(std::string_view text) {
@@ -40,25 +34,6 @@ std::string printable(std::string_view text) {
         append(result, isObeyed ? ' ' : codePoint);
     });
     return result;
-}
-
-std::size_t columnsOf(std::string_view text) {
-    std::size_t columns = 0;
-    forEachCodePoint(text, [&](UChar32 codePoint) { columns += columnsOf(codePoint); });
-    return columns;
-}
-
-std::string cutTo(std::size_t columns, std::string_view text) {
-    if (columnsOf(text) <= columns) return std::string{text};
-    std::string result;
-    std::size_t used = 1;  // the "…"
-    bool isFull = columns == 0;
-    forEachCodePoint(text, [&](UChar32 codePoint) {
-        used += columnsOf(codePoint);
-        isFull = isFull || used > columns;
-        if (!isFull) append(result, codePoint);
-    });
-    return columns == 0 ? result : result + "…";
 }
 
 std::string words(std::string_view enumerator) {

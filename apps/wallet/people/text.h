@@ -11,11 +11,6 @@ namespace kavio::wallet {
 /// The text without anything that a terminal would interpret: what the service sends is shown, never executed.
 std::string printable(std::string_view text);
 
-/// How many columns the text takes on a terminal.
-std::size_t columnsOf(std::string_view text);
-/// Cuts the text to at most `columns`, and marks a cut with "…".
-std::string cutTo(std::size_t columns, std::string_view text);
-
 /// The name of an enumerator as words: "HOT_DRINKS" as "hot drinks".
 std::string words(std::string_view enumerator);
 /// To the minute, in the user's own time zone.

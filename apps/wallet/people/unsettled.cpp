@@ -1,3 +1,4 @@
+#include "command_line/help.h"
 #include "driver/objects.h"
 #include "people/command.h"
 #include "people/money.h"
@@ -123,6 +124,7 @@ Command settleCommand(CLI::App& program) {
     line->parse_complete_callback([id, isAll] {
         if (id->empty() && !*isAll) throw CLI::RequiredError("ID or --all");
     });
+    command_line::addExamples(*line, {"--all"});
     return {line, [id, isAll](Session& session) { *isAll ? settleAll(session) : settleOne(session, *id); }};
 }
 
