@@ -3,6 +3,7 @@
 #include "people/command.h"
 #include "people/machine_named.h"
 #include "people/money.h"
+#include "people/names.h"
 #include "people/payment.h"
 #include "people/text.h"
 #include "people/wallet_methods.h"
@@ -184,7 +185,7 @@ OrderReport place(Session& session, Payment& payment, UnsettledPayment purchase,
             return;
         }
         last = std::get<OrderReport>(report.payload);
-        if (last) session.say(fmt::format("Order {}: {}", printable(last->id), words(name(last->status))));
+        if (last) session.say(statusSentence(*last));
     });
     if (failure && last) throw notFollowed(*failure, *last);
     if (failure) throw failure->withHint(payment.warning());

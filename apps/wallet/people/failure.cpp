@@ -41,11 +41,17 @@ Failure explain(const KavioResult& result) {
         case Cause::UNTRUSTED_SERVICE:
             return failure(ExitStatus::NO_NETWORK, "Whoever answered could not prove to be the service");
         case Cause::UNREADABLE_REPLY:
+            return {ExitStatus::NO_NETWORK, "There was no usable reply: what the service sent is not understood."};
         case Cause::CONNECTION_LOST:
+            return {ExitStatus::NO_NETWORK, "There was no usable reply: the connection was lost."};
         case Cause::TIMED_OUT:
-            return failure(ExitStatus::NO_NETWORK, "There was no usable reply");
+            return {ExitStatus::NO_NETWORK, "There was no usable reply: the service did not answer in time."};
         case Cause::FOLLOWING_TIMED_OUT:
-            return failure(ExitStatus::TIMED_OUT, "It is taking too long");
+            return {ExitStatus::TIMED_OUT, "It is taking too long."};
+        case Cause::CANCELED_BY_PERSON:
+            return {ExitStatus::FAILED, "The card issuer's page was closed before the issuer had finished."};
+        case Cause::OUT_OF_MEMORY:
+            return {ExitStatus::FAILED, "This computer is out of memory."};
         case Cause::PAGE_NOT_SHOWN:
             return {ExitStatus::FAILED,
                     "The card's issuer wants to show a page, but there is no window for it: this requires a display, "
@@ -55,10 +61,8 @@ Failure explain(const KavioResult& result) {
                     "Nothing was paid, because the payment could not be written down first. Is its folder "
                     "(--store-dir) writable, and does `kavio-wallet unsettled` list fewer than 100 payments?"};
         case Cause::NONE:
-        case Cause::CANCELED_BY_PERSON:
         case Cause::NOT_MADE:
         case Cause::NOT_CERTAIN:
-        case Cause::OUT_OF_MEMORY:
         case Cause::RELEASED:
             break;
     }
@@ -71,6 +75,10 @@ Failure Failure::withHint(std::string_view hint) const {
     return leavesOpen ? Failure(status, fmt::format("{} {}", what(), hint)) : *this;
 }
 
+Failure Failure::saying(Cause why, const std::string& sentence) const {
+    return cause == why ? Failure(status, sentence) : *this;
+}
+
 std::string sentence(std::string_view what, const std::optional<std::string>& message) {
     auto text = message && !message->empty()
                     ? fmt::format("{}: {}", what, command_line::cutTo(longestMessage, printable(*message)))
@@ -81,6 +89,7 @@ std::string sentence(std::string_view what, const std::optional<std::string>& me
 
 Failure failureOf(const KavioResult& result) {
     auto failure = explain(result);
+    failure.cause = result.cause;
     failure.leavesOpen = result.effect == Effect::UNKNOWN;
     return failure;
 }

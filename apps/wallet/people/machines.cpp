@@ -3,8 +3,10 @@
 #include "people/command.h"
 #include "people/machine_named.h"
 #include "people/money.h"
+#include "people/names.h"
 #include "people/text.h"
 
+#include <cmath>
 #include <memory>
 #include <vector>
 
@@ -15,13 +17,13 @@ namespace {
 using enum Column::Kind;
 
 struct Search {
-    std::optional<std::string> code;
-    std::optional<std::string> serial;
-    std::vector<double> near;
-    std::optional<std::string> country;
-    std::optional<std::int64_t> radius;
-    std::optional<std::int64_t> operatorId;
-    std::optional<std::int64_t> limit;
+    std::optional<std::string> code = {};
+    std::optional<std::string> serial = {};
+    std::vector<double> near = {};
+    std::optional<std::string> country = {};
+    std::optional<std::int64_t> radius = {};
+    std::optional<std::int64_t> operatorId = {};
+    std::optional<std::int64_t> limit = {};
 
     bool isEmpty() const { return !code && !serial && near.empty() && !limit; }
 };
@@ -55,14 +57,32 @@ std::string stateOf(const Machine& machine) {
     return machine.isWalletAllowed ? "ready" : "not payable";
 }
 
-void listMachines(Session& session, const Search& search) {
+std::string notACode(const std::string& text) {
+    return fmt::format("'{}' is neither a machine's code nor the text of a QR code.", printable(text));
+}
+
+Machines found(Session& session, const Search& search) {
     const auto filter = filterOf(search);
-    const auto machines =
-        session.list<Machines>("Looking for machines", [&](Kavio& kavio) { kavio.getMachines(filter); });
-    Table table{{{"MACHINE", NUMBER}, {"ID", NUMBER}, {"NAME"}, {"OPERATOR"}, {"TYPE"}, {"PLACE"}, {"STATE", EXACT}}};
+    try {
+        return session.list<Machines>("Looking for machines", [&](Kavio& kavio) { kavio.getMachines(filter); });
+    } catch (const Failure& failure) {
+        throw failure.saying(Cause::INVALID_INPUT,
+                             search.code ? notACode(*search.code) : "The serial number is empty.");
+    }
+}
+
+void listMachines(Session& session, const Search& search) {
+    const auto machines = found(session, search);
+    Table table{{{"MACHINE", NUMBER},
+                 {"ID", NUMBER, 5},
+                 {"NAME"},
+                 {"OPERATOR", PROSE, 4},
+                 {"TYPE", PROSE, 3},
+                 {"PLACE", PROSE, 2},
+                 {"STATE", EXACT, 1}}};
     for (const auto& machine : machines) {
         table.add({machine->kavioId == 0 ? "" : fmt::to_string(machine->kavioId), fmt::to_string(machine->id),
-                   machine->name.value_or(""), machine->operatorName.value_or(""), words(name(machine->type)),
+                   machine->name.value_or(""), machine->operatorName.value_or(""), machineTypeName(machine->type),
                    placeOf(*machine), stateOf(*machine)});
     }
     session.show(table, "No machines were found.");
@@ -73,7 +93,7 @@ void listProducts(Session& session, const std::string& code) {
     const auto products =
         session.list<Products>("Asking for its products", [&](Kavio& kavio) { kavio.getMachineProducts(machine->id); });
     const auto currency = currencyOfCountry(machine->country.value_or(""));
-    Table table{{{"CODE", NUMBER}, {"NAME"}, {"DEPARTMENT"}, {"PRICE", NUMBER}, {"NOTE", EXACT}}};
+    Table table{{{"CODE", NUMBER}, {"NAME"}, {"DEPARTMENT", PROSE, 2}, {"PRICE", NUMBER}, {"NOTE", EXACT, 1}}};
     for (const auto& product : products) {
         table.add({product->codeInMap ? fmt::to_string(*product->codeInMap) : "", product->name.value_or(""),
                    product->department.value_or(""), priceText(*product, currency),
@@ -85,9 +105,7 @@ void listProducts(Session& session, const std::string& code) {
 }  // namespace
 
 std::shared_ptr<const Machine> machineNamed(Session& session, const std::string& code) {
-    const auto filter = std::make_shared<const MachineFilter>(MachineFilter{.value = code});
-    const auto machines =
-        session.list<Machines>("Looking for the machine", [&](Kavio& kavio) { kavio.getMachines(filter); });
+    const auto machines = found(session, {.code = code});
     if (machines.size() == 1) return machines.front();
     throw Failure(ExitStatus::REFUSED, machines.empty()
                                            ? fmt::format("There is no machine {}.", printable(code))
@@ -122,6 +140,8 @@ Command machinesCommand(CLI::App& program) {
     line->parse_complete_callback([search] {
         if (search->operatorId && !search->code && search->near.empty())
             throw CLI::ValidationError("--operator", "requires --near or --code");
+        if (!search->near.empty() && (std::abs(search->near.at(0)) > 90 || std::abs(search->near.at(1)) > 180))
+            throw CLI::ValidationError("--near", "a latitude is from -90 to 90, a longitude from -180 to 180");
     });
     command_line::addExamples(*line, {"", "--near 52.5219,13.4132 --radius 500", "--code 42100107"});
     return {line, [search](Session& session) { listMachines(session, *search); }};

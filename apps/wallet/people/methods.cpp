@@ -29,7 +29,7 @@ std::string noteOf(const PaymentMethod& method) {
 
 void list(Session& session) {
     const WalletMethods methods{session};
-    Table table{{{"NAME", EXACT}, {"NUMBER", EXACT}, {"BRAND"}, {"BALANCE", NUMBER}, {"NOTE", EXACT}}};
+    Table table{{{"NAME", EXACT}, {"NUMBER", EXACT}, {"BRAND", PROSE, 2}, {"BALANCE", NUMBER}, {"NOTE", EXACT, 1}}};
     for (const auto& method : methods.all()) {
         table.add({nameOf(*method), method->number, brandOf(*method), balanceOf(*method), noteOf(*method)});
     }

@@ -3,6 +3,7 @@
 #include "driver/dates.h"
 #include "people/command.h"
 #include "people/money.h"
+#include "people/names.h"
 #include "people/text.h"
 #include "people/wallet_methods.h"
 
@@ -36,18 +37,18 @@ void show(Session& session, Ask ask) {
     const Orders orders = ask();
     Table table{{{"ORDER", NUMBER},
                  {"DATE", EXACT},
-                 {"TYPE"},
-                 {"STATUS", EXACT},
-                 {"PAID WITH"},
+                 {"TYPE", PROSE, 3},
+                 {"STATUS", EXACT, 1},
+                 {"PAID WITH", PROSE, 2},
                  {"AMOUNT", NUMBER},
-                 {"ITEMS", NUMBER},
-                 {"BALANCE", NUMBER}}};
+                 {"ITEMS", NUMBER, 5},
+                 {"BALANCE", NUMBER, 4}}};
     for (const auto& order : orders) {
         // The library gives the current time for a date that it cannot read, and an order is older than that.
         const auto date = order->date < asked ? localTime(order->date) : std::string{};
-        table.add({order->id, date, order->type, words(name(order->status)), order->paymentSource,
-                   amountText(order->amount, *order), fmt::to_string(order->itemsCount),
-                   amountText(order->endingBalance, *order)});
+        table.add({order->id, date, orderTypeName(order->type), statusName(order->status),
+                   paymentSourceName(order->paymentSource), amountText(order->amount, *order),
+                   fmt::to_string(order->itemsCount), amountText(order->endingBalance, *order)});
     }
     session.show(table, "There are no orders.");
 }
@@ -85,6 +86,17 @@ void list(Session& session, Search search) {
     });
 }
 
+OrderReport orderNumbered(Session& session, const std::string& id) {
+    try {
+        return session.fetch<OrderReport>(
+            "Looking up the order", [&](Kavio& kavio) { kavio.getOrder(id); }, WhenClockIsWrong::TRY_AGAIN);
+    } catch (const Failure& failure) {
+        throw failure.saying(
+            Cause::INVALID_INPUT,
+            fmt::format("'{}' is not the number of an order: `kavio-wallet transactions` lists yours.", printable(id)));
+    }
+}
+
 }  // namespace
 
 Command orderCommand(CLI::App& program) {
@@ -93,9 +105,7 @@ Command orderCommand(CLI::App& program) {
     line->add_option("ID", *id, "The order's number")->required();
     return {line, [id](Session& session) {
                 show(session, [&]() -> Orders {
-                    const auto order = session.fetch<OrderReport>(
-                        "Looking up the order", [&](Kavio& kavio) { kavio.getOrder(*id); },
-                        WhenClockIsWrong::TRY_AGAIN);
+                    const auto order = orderNumbered(session, *id);
                     if (!order) throw Failure(ExitStatus::FAILED, "The service did not send the order.");
                     return {order};
                 });

@@ -5,9 +5,6 @@
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
 
-#include <algorithm>
-#include <cctype>
-
 namespace kavio::wallet {
 
 namespace {
@@ -32,14 +29,6 @@ std::string printable(std::string_view text) {
         // Controls move the cursor, format characters turn the direction of the text, separators break the line.
         const bool isObeyed = U_GET_GC_MASK(codePoint) & (U_GC_CC_MASK | U_GC_CF_MASK | U_GC_ZL_MASK | U_GC_ZP_MASK);
         append(result, isObeyed ? ' ' : codePoint);
-    });
-    return result;
-}
-
-std::string words(std::string_view enumerator) {
-    std::string result{enumerator};
-    std::ranges::transform(result, result.begin(), [](unsigned char letter) {
-        return letter == '_' ? ' ' : static_cast<char>(std::tolower(letter));
     });
     return result;
 }

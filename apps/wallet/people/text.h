@@ -11,8 +11,6 @@ namespace kavio::wallet {
 /// The text without anything that a terminal would interpret: what the service sends is shown, never executed.
 std::string printable(std::string_view text);
 
-/// The name of an enumerator as words: "HOT_DRINKS" as "hot drinks".
-std::string words(std::string_view enumerator);
 /// To the minute, in the user's own time zone.
 std::string localTime(Date date);
 /// Reads such a text, or a day, which begins at midnight; absent for any other text.

@@ -2,6 +2,7 @@
 #include "driver/objects.h"
 #include "people/command.h"
 #include "people/money.h"
+#include "people/names.h"
 #include "people/payment.h"
 #include "people/text.h"
 #include "people/wallet_methods.h"
@@ -32,13 +33,13 @@ std::string amountOf(const UnsettledPayment& payment) {
 
 std::string stateOf(const UnsettledPayment& payment) {
     if (!payment.orderId) return "in doubt";
-    return fmt::format("order {}: {}", *payment.orderId, words(name(payment.status.value_or(Order::Status::UNKNOWN))));
+    return fmt::format("order {}: {}", *payment.orderId, statusName(payment.status.value_or(Order::Status::UNKNOWN)));
 }
 
 void list(Session& session) {
     const auto payments = session.unsettled();
     session.answer("unsettledPayments", payments);
-    Table table{{{"ID", EXACT}, {"WHAT", EXACT}, {"WHEN", EXACT}, {"AMOUNT", NUMBER}, {"STATE", EXACT}}};
+    Table table{{{"ID", EXACT}, {"WHAT", EXACT}, {"WHEN", EXACT, 2}, {"AMOUNT", NUMBER, 1}, {"STATE", EXACT}}};
     for (const auto& payment : payments) {
         table.add({payment.id, titleOf(payment), localTime(payment.startedAt), amountOf(payment), stateOf(payment)});
     }
@@ -59,9 +60,9 @@ void conclude(const Session& session, const UnsettledPayment& payment, const Rep
     if (last.result->cause == Cause::NOT_CERTAIN)
         throw Failure(
             ExitStatus::FAILED,
-            fmt::format("{} Try again a few minutes after it was started, logged in as then, or compare "
-                        "`kavio-wallet transactions`.",
-                        sentence(fmt::format("It is not certain what became of the {}", title), last.result->message)));
+            fmt::format("It is not certain what became of the {}. Try again a few minutes after it was started, logged "
+                        "in as then, or compare `kavio-wallet transactions`.",
+                        title));
     if (last.result->type != ResultType::SUCCESS) throw failureOf(*last.result);
     if (payment.kind == UnsettledPayment::Kind::DEPOSIT) return session.say(fmt::format("The {} was made.", title));
     if (!order) throw Failure(ExitStatus::FAILED, "The service did not send the order.");
@@ -80,7 +81,7 @@ void settle(Session& session, const UnsettledPayment& payment) {
             const auto* const told = std::get_if<OrderReport>(&report.payload);
             if (told == nullptr || !*told) return;
             order = *told;
-            session.say(fmt::format("Order {}: {}", printable(order->id), words(name(order->status))));
+            session.say(statusSentence(*order));
         });
     conclude(session, payment, last.value(), order);
 }

@@ -52,10 +52,11 @@ std::string nameOf(const PaymentMethod& method) {
         case PaymentMethod::PaymentType::PREPAID:
             return fmt::format("{}{}", prepaidPrefix, method.id);
         case PaymentMethod::PaymentType::PAYPAL:
+            return fmt::format("paypal:{}", method.id);
         case PaymentMethod::PaymentType::UNKNOWN:
             break;
     }
-    return fmt::format("{}:{}", words(name(method.type)), method.id);
+    return fmt::format("unknown:{}", method.id);
 }
 
 std::string idOf(Session& session, const std::string& nameOrId) {
