@@ -84,14 +84,20 @@ TEST_F(WalletCommands, StoreAndRemoveCards) {
     for (const auto& input : {cardLines, cardObject})
         EXPECT_THAT(run("add-card", input).output, MatchesRegex("The card .*1111 was stored as card:.*\\.\n"));
     EXPECT_EQ(run("add-card --secure", secureLines).output, "The card was stored.\n");
-    for (const auto& [command, input] : std::vector<std::pair<const char*, const char*>>{
-             {"add-card", "4111111111111111\n12\n"},
-             {"add-card", R"({"pan":"4111111111111111"})"},
-             {"add-card --secure", "4111111111111111\nMay\n2039\n123\nR\na@b\n"},
+    const std::string before = "4111111111111111\n12\n";
+    for (const auto& [command, input, problem] : std::vector<std::tuple<const char*, std::string, const char*>>{
+             {"add-card", before, "before it was complete"},
+             {"add-card", before + "2020\n", "has expired"},
+             {"add-card", "4111111111111112\n", "a digit is wrong"},
+             {"add-card", R"({"pan":"4111111111111111"})", "The card could not be read: "},
+             {"add-card", R"({"pan":"4111 1111 1111 1112"})", "a digit is wrong"},
+             {"add-card", R"({"pan":"4111111111111111",)", "The card could not be read: "},
+             {"add-card --secure", "4111111111111111\nMay\n2039\n123\nR\na@b\n", "from 1 to 12"},
+             {"add-card --secure", R"({"number":"4111111111111111","month":13})", "from 1 to 12"},
          }) {
         const auto refused = run(command, input);
         EXPECT_EQ(refused.status, 6) << input;
-        EXPECT_THAT(refused.errors, AllOf(HasSubstr("The card could not be read"), Not(HasSubstr("4111"))));
+        EXPECT_THAT(refused.errors, AllOf(HasSubstr(problem), Not(HasSubstr("4111"))));
     }
     const auto id = storedCard();
     EXPECT_THAT(run("methods").output, HasSubstr("card:" + id));
@@ -285,8 +291,10 @@ TEST_F(WalletCommands, DoNotShowCardNumbersOnATerminal) {
     LiveWallet wallet{options("add-card")};
     std::string shown;
     for (const auto& [prompt, answer] : std::vector<std::pair<std::string, std::string>>{
-             {"Card number", "4111111111111111\n"},
-             {"Expiry month (MM)", "12\n"},
+             {"Card number", "4111111111111112\n"},
+             {"swapped.\r\nCard number", "4111111111111111\n"},
+             {"Expiry month (MM)", "13\n"},
+             {"from 1 to 12.\r\nExpiry month (MM)", "12\n"},
              {"Expiry year (YYYY)", "2039\n"},
              {"Security code", "987\n"},
              {"E-mail address", "robin@kavio.example\n"},

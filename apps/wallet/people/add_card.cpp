@@ -1,60 +1,108 @@
 #include "command_line/help.h"
 #include "command_line/numbers.h"
+#include "command_line/translation.h"
 #include "driver/arguments.h"
+#include "people/card_fields.h"
 #include "people/command.h"
 #include "people/terminal.h"
 #include "people/text.h"
 
+#include <kavio/platform/platform.h>
+
 #include <algorithm>
+#include <chrono>
 #include <initializer_list>
 #include <memory>
 #include <utility>
 
 namespace kavio::wallet {
 
+using command_line::later;
+using command_line::tr;
 using driver::Refused;
 using driver::Value;
 
 namespace {
 
-/// One line that the user enters.
-struct Field {
+/// One thing that the user enters.
+struct Entry {
+    CardField field;
     std::string_view member;
-    std::string_view prompt;
+    const char* prompt;
     Echo echo = Echo::ON;
     bool isInteger = false;
 };
-using Fields = std::initializer_list<Field>;
+using Entries = std::initializer_list<Entry>;
 
-const Fields plainFields{
-    {"pan", "Card number", Echo::OFF},   {"month", "Expiry month (MM)"}, {"year", "Expiry year (YYYY)"},
-    {"cvv", "Security code", Echo::OFF}, {"email", "E-mail address"},
+const Entries plainEntries{
+    {CardField::NUMBER, "pan", later("Card number"), Echo::OFF},
+    {CardField::MONTH, "month", later("Expiry month (MM)")},
+    {CardField::YEAR, "year", later("Expiry year (YYYY)")},
+    {CardField::SECURITY_CODE, "cvv", later("Security code"), Echo::OFF},
+    {CardField::ADDRESS, "email", later("E-mail address")},
 };
-const Fields secureFields{
-    {"number", "Card number", Echo::OFF},
-    {"month", "Expiry month (MM)", Echo::ON, true},
-    {"year", "Expiry year (YYYY)", Echo::ON, true},
-    {"securityCode", "Security code", Echo::OFF, true},
-    {"name", "Name on the card"},
-    {"email", "E-mail address"},
+const Entries secureEntries{
+    {CardField::NUMBER, "number", later("Card number"), Echo::OFF},
+    {CardField::MONTH, "month", later("Expiry month (MM)"), Echo::ON, true},
+    {CardField::YEAR, "year", later("Expiry year (YYYY)"), Echo::ON, true},
+    {CardField::SECURITY_CODE, "securityCode", later("Security code"), Echo::OFF, true},
+    {CardField::NAME, "name", later("Name on the card")},
+    {CardField::ADDRESS, "email", later("E-mail address")},
 };
 
-driver::Input valueOf(const Field& field, const std::string& text) {
-    if (!field.isInteger) return text;
-    if (const auto number = command_line::numberFrom<std::int64_t>(text)) return *number;
-    throw Refused(fmt::format("\"{}\" must be an integer", field.member));
+CardJudge judge() {
+    const auto now = std::chrono::sys_seconds(
+        std::chrono::duration_cast<std::chrono::seconds>(Platform::current().clock->now().time_since_epoch()));
+    const std::chrono::year_month_day today{std::chrono::floor<std::chrono::days>(now)};
+    return CardJudge{today.year() / today.month()};
 }
 
-/// Reads the card as an object with the fields' members, line by line or, if not from a terminal, as one JSON object.
-driver::Input readCard(Fields fields) {
+std::string requiredLine(const Entry& entry) {
+    if (auto line = readLine(gettext(entry.prompt), entry.echo)) return *std::move(line);
+    throw Failure(ExitStatus::REFUSED, tr("The card was not stored: the input ended before it was complete."));
+}
+
+/// Asks until the answer can be right; what does not come from a terminal has only one chance.
+std::string entered(const Session& session, const Entry& entry, CardJudge& judge, std::string line) {
+    for (;;) {
+        const auto text = tidied(entry.field, line);
+        const auto problem = judge.problemWith(entry.field, text);
+        if (problem.empty()) return text;
+        if (!isInputTerminal()) throw Failure(ExitStatus::REFUSED, problem);
+        session.warn(problem);
+        line = requiredLine(entry);
+    }
+}
+
+/// A card that came as one JSON object.
+driver::Input judged(const Session& session, driver::Input card, Entries entries) {
+    auto judge = wallet::judge();
+    for (const auto& entry : entries) {
+        const auto member = card.find(entry.member);
+        if (member == card.end()) continue;
+        if (member->is_string()) *member = entered(session, entry, judge, member->get<std::string>());
+        // The zeros at the front of a security code.
+        if (member->is_number_integer())
+            entered(session, entry, judge, fmt::format("{:03}", member->get<std::int64_t>()));
+    }
+    return card;
+}
+
+/// Reads the card as an object with the entries' members, line by line or, if not from a terminal, as one JSON object.
+driver::Input readCard(const Session& session, Entries entries) {
+    auto judge = wallet::judge();
     auto card = driver::Input::object();
-    for (const auto& field : fields) {
-        const auto line = readLine(field.prompt, field.echo);
-        if (!line) throw Refused(fmt::format("\"{}\" is missing", field.member));
-        const auto begin = std::min(line->find_first_not_of(" \t"), line->size());
-        if (card.empty() && !isInputTerminal() && line->substr(begin).starts_with('{'))
-            return driver::parseLine(*line + readRest());
-        card[std::string{field.member}] = valueOf(field, *line);
+    for (const auto& entry : entries) {
+        const auto line = requiredLine(entry);
+        const auto begin = std::min(line.find_first_not_of(" \t"), line.size());
+        if (card.empty() && !isInputTerminal() && line.substr(begin).starts_with('{'))
+            return judged(session, driver::parseLine(line + readRest()), entries);
+        const auto text = entered(session, entry, judge, line);
+        auto& member = card[std::string{entry.member}];
+        if (entry.isInteger)
+            member = command_line::numberFrom<std::int64_t>(text).value_or(0);
+        else
+            member = text;
     }
     return card;
 }
@@ -68,7 +116,7 @@ CardReport storing(Session& session, std::string what, const Session::Operation&
 }
 
 void addPlain(Session& session) {
-    const auto input = readCard(plainFields);
+    const auto input = readCard(session, plainEntries);
     std::shared_ptr<const Card> card;
     read(Value{input, "card"}, card);
     const auto added = storing(session, "Storing the card", [&](Kavio& kavio) { kavio.addCreditCard(card); });
@@ -78,7 +126,7 @@ void addPlain(Session& session) {
 }
 
 void addSecure(Session& session) {
-    const auto input = readCard(secureFields);
+    const auto input = readCard(session, secureEntries);
     TDSPaymentCard card;
     TDSCardHolder holder;
     read(Value{input, "card"}, card);

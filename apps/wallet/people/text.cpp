@@ -33,6 +33,15 @@ std::string printable(std::string_view text) {
     return result;
 }
 
+std::string withAsciiDigits(std::string_view text) {
+    std::string result;
+    forEachCodePoint(text, [&](UChar32 codePoint) {
+        const auto digit = u_charDigitValue(codePoint);
+        append(result, digit < 0 ? codePoint : '0' + digit);
+    });
+    return result;
+}
+
 std::string localTime(Date date) { return Platform::current().dateFormatter->format(localMinute, date); }
 
 std::optional<Date> dateFromLocalTime(const std::string& text) {

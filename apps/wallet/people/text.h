@@ -11,6 +11,9 @@ namespace kavio::wallet {
 /// The text without anything that a terminal would interpret: what the service sends is shown, never executed.
 std::string printable(std::string_view text);
 
+/// The text with the digits of any script, such as those of a Japanese or an Arabic keyboard, as 0 to 9.
+std::string withAsciiDigits(std::string_view text);
+
 /// To the minute, in the user's own time zone.
 std::string localTime(Date date);
 /// Reads such a text, or a day, which begins at midnight; absent for any other text.
