@@ -83,7 +83,7 @@ std::string translated(const CLI::ParseError& problem) {
         const auto [one, other] = around(" requires ", text);
         return tr("{} can only be used with {}.", one, other);
     }
-    return text.ends_with('.') ? text : text + '.';
+    return text.ends_with('.') || text.ends_with(tr(".")) ? text : text + tr(".");
 }
 
 }  // namespace
@@ -92,7 +92,7 @@ std::string didYouMean(const std::string& typed, const Words& known) {
     const auto farness = [&](const std::string& word) { return word.starts_with(typed) ? 0 : distance(typed, word); };
     const auto nearest = std::ranges::min_element(known, {}, farness);
     const bool isNear = nearest != known.end() && typed.size() > 1 && farness(*nearest) <= 1 + typed.size() / 4;
-    return isNear ? tr("; did you mean '{}'?", *nearest) : ".";
+    return isNear ? tr("; did you mean '{}'?", *nearest) : tr(".");
 }
 
 Words commandNames(const CLI::App& program) {

@@ -6,7 +6,8 @@
 #include <string>
 #include <utility>
 
-namespace kavio::command_line {
+// For all programs, in whatever namespace.
+namespace kavio {
 
 /// The text in the person's language, filled in like `fmt::format`. A program that has no translations, or has not
 /// called `setlocale`, speaks English.
@@ -28,4 +29,4 @@ std::string trn(fmt::format_string<Values...> one, fmt::format_string<Values...>
 /// Marks a text of a table for the translators; `gettext` translates it where it is used.
 constexpr const char* later(const char* text) { return text; }
 
-}  // namespace kavio::command_line
+}  // namespace kavio

@@ -286,6 +286,32 @@ TEST_F(WalletCommands, SettleAndForgetPaymentsInDoubt) {
     EXPECT_THAT(sandbox.state().at("purchases"), SizeIs(1));
 }
 
+TEST_F(WalletCommands, SpeakTheLanguageOfTheEnvironment) {
+    logIn();
+    for (int i = 0; i < 2; ++i) {
+        sandbox.fault("/machines/*/orders", {.drop = true, .handled = true});
+        EXPECT_EQ(run("buy --amount 1.50 " + coffee).status, 4);
+    }
+    const TemporaryFolder locales;
+    setenv("LOCPATH", locales.path().c_str(), 1);
+    for (const auto& [language, told, balance] : std::vector<std::tuple<std::string, const char*, const char*>>{
+             {"de_DE", "Von 2 Zahlungen ist nicht bekannt, dass sie zu Ende sind", "47,00 EUR"},
+             {"ja_JP", "支払いが 2 件あります", "47.00 EUR"},
+             {"ar_EG", "2 payments are not known to be over", "٤٧٫٠٠ EUR"},
+         }) {
+        const auto made = locales.path() / (language + ".UTF-8");
+        ASSERT_EQ(endOf(std::system(("localedef -i " + language + " -f UTF-8 " + made.string()).c_str())), 0)
+            << "The package `locales` is missing.";
+        setenv("LC_ALL", (language + ".UTF-8").c_str(), 1);
+        EXPECT_THAT(run("status").output, HasSubstr(told));
+        EXPECT_THAT(run("methods").output, HasSubstr(balance));
+        EXPECT_EQ(json("methods").at("paymentMethods").at(0).at("balance"), 4700);
+        EXPECT_THAT(run("--jsonl --frobnicate").errors, HasSubstr("There is no option"));
+        unsetenv("LC_ALL");
+    }
+    unsetenv("LOCPATH");
+}
+
 TEST_F(WalletCommands, DoNotShowCardNumbersOnATerminal) {
     logIn();
     LiveWallet wallet{options("add-card")};

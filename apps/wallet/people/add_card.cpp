@@ -17,8 +17,6 @@
 
 namespace kavio::wallet {
 
-using command_line::later;
-using command_line::tr;
 using driver::Refused;
 using driver::Value;
 
@@ -111,7 +109,8 @@ CardReport storing(Session& session, std::string what, const Session::Operation&
     try {
         return session.fetch<CardReport>(std::move(what), operation);
     } catch (const Failure& failure) {
-        throw failure.withHint("It may have been stored anyway: check `kavio-wallet methods` before you try again.");
+        throw failure.withHint(
+            tr("It may have been stored anyway: check `kavio-wallet methods` before you try again."));
     }
 }
 
@@ -119,10 +118,9 @@ void addPlain(Session& session) {
     const auto input = readCard(session, plainEntries);
     std::shared_ptr<const Card> card;
     read(Value{input, "card"}, card);
-    const auto added = storing(session, "Storing the card", [&](Kavio& kavio) { kavio.addCreditCard(card); });
-    session.say(added
-                    ? fmt::format("The card {} was stored as card:{}.", printable(added->number), printable(added->id))
-                    : "The card was stored.");
+    const auto added = storing(session, tr("Storing the card"), [&](Kavio& kavio) { kavio.addCreditCard(card); });
+    session.say(added ? tr("The card {} was stored as card:{}.", printable(added->number), printable(added->id))
+                      : tr("The card was stored."));
 }
 
 void addSecure(Session& session) {
@@ -131,16 +129,16 @@ void addSecure(Session& session) {
     TDSCardHolder holder;
     read(Value{input, "card"}, card);
     read(Value{input, "card"}, holder);
-    storing(session, "Storing the card; please answer the issuer's page if one opens",
+    storing(session, tr("Storing the card; please answer the issuer's page if one opens"),
             [&](Kavio& kavio) { kavio.addCreditCardTDSecure(card, holder); });
-    session.say("The card was stored.");
+    session.say(tr("The card was stored."));
 }
 
 void addCard(Session& session, bool isSecure) {
     try {
         isSecure ? addSecure(session) : addPlain(session);
     } catch (const Refused& problem) {
-        throw Failure(ExitStatus::REFUSED, fmt::format("The card could not be read: {}.", problem.what()));
+        throw Failure(ExitStatus::REFUSED, tr("The card could not be read: {}.", problem.what()));
     }
 }
 
@@ -148,15 +146,15 @@ void addCard(Session& session, bool isSecure) {
 
 Command addCardCommand(CLI::App& program) {
     auto* const line =
-        program.add_subcommand("add-card", "Store a credit card: asks for it, or reads it from standard input");
+        program.add_subcommand("add-card", tr("Store a credit card: asks for it, or reads it from standard input"));
     const auto isSecure = std::make_shared<bool>(false);
-    line->add_flag("--secure", *isSecure, "Let the issuer check the card with 3-D Secure (opens a window)");
+    line->add_flag("--secure", *isSecure, tr("Let the issuer check the card with 3-D Secure (opens a window)"));
     line->footer(
-        "Card data is never taken from the command line, where others could see it. If standard input is not a "
-        "terminal, the card is read from there: either one line each for number, month, year, security code and "
-        "e-mail address (with --secure, the name comes before the address), or one JSON object with pan, month, "
-        "year, cvv and email; with --secure, with number, month, year, securityCode, name, email and optionally the "
-        "holder's address as streetNumber, streetName, city, territory, country and postal.");
+        tr("Card data is never taken from the command line, where others could see it. If standard input is not a "
+           "terminal, the card is read from there: either one line each for number, month, year, security code and "
+           "e-mail address (with --secure, the name comes before the address), or one JSON object with pan, month, "
+           "year, cvv and email; with --secure, with number, month, year, securityCode, name, email and optionally the "
+           "holder's address as streetNumber, streetName, city, territory, country and postal."));
     command_line::addExamples(*line, {"", "--secure", "< card.txt"});
     return {line, [isSecure](Session& session) { addCard(session, *isSecure); }, [isSecure] { return *isSecure; }};
 }

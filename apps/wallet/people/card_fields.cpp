@@ -8,8 +8,6 @@
 
 namespace kavio::wallet {
 
-using command_line::tr;
-
 namespace {
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }

@@ -7,9 +7,6 @@
 
 namespace kavio::wallet {
 
-using command_line::later;
-using command_line::tr;
-
 namespace {
 
 struct StatusWords {

@@ -1,16 +1,36 @@
 #include "text.h"
 
+#include "people/language.h"
+
 #include <kavio/platform/platform.h>
 
+#include <unicode/dtptngen.h>
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
+
+#include <memory>
 
 namespace kavio::wallet {
 
 namespace {
 
-const DateFormat localMinute{"yyyy-MM-dd HH:mm", "en_US_POSIX", std::nullopt};
-const DateFormat localDay{"yyyy-MM-dd", "en_US_POSIX", std::nullopt};
+const DateFormat isoMinute{"yyyy-MM-dd HH:mm", "en_US_POSIX", std::nullopt};
+const DateFormat isoDay{"yyyy-MM-dd", "en_US_POSIX", std::nullopt};
+
+/// As people write dates with these fields; absent where that is not known.
+std::optional<DateFormat> ownFormat(const char* fields) {
+    if (customs().dates == isoMinute.locale) return std::nullopt;
+    auto problem = U_ZERO_ERROR;
+    const std::unique_ptr<icu::DateTimePatternGenerator> patterns{
+        icu::DateTimePatternGenerator::createInstance(icu::Locale(customs().dates.c_str()), problem)};
+    if (U_FAILURE(problem)) return std::nullopt;
+    auto pattern = patterns->getBestPattern(fields, problem);
+    if (U_FAILURE(problem)) return std::nullopt;
+    return DateFormat{withoutMarks(pattern.findAndReplace(u"\u202f", u" ")), customs().dates, std::nullopt};
+}
+
+std::optional<DateFormat> ownMinute() { return ownFormat("yMMddjjmm"); }
+std::optional<DateFormat> ownDay() { return ownFormat("yMMdd"); }
 
 /// Calls `visit` with each code point of the text; U+FFFD stands for bytes that are not UTF-8.
 template <class Visit>
@@ -42,15 +62,29 @@ std::string withAsciiDigits(std::string_view text) {
     return result;
 }
 
-std::string localTime(Date date) { return Platform::current().dateFormatter->format(localMinute, date); }
+std::string withoutMarks(const icu::UnicodeString& text) {
+    icu::UnicodeString plain;
+    for (std::int32_t i = 0; i < text.length(); i = text.moveIndex32(i, 1)) {
+        if ((U_GET_GC_MASK(text.char32At(i)) & U_GC_CF_MASK) == 0) plain += text.char32At(i);
+    }
+    std::string result;
+    return plain.toUTF8String(result);
+}
+
+std::string localTime(Date date) {
+    return Platform::current().dateFormatter->format(ownMinute().value_or(isoMinute), date);
+}
 
 std::optional<Date> dateFromLocalTime(const std::string& text) {
     const auto& formatter = *Platform::current().dateFormatter;
     // Where clocks go forward at midnight, the day begins at one o'clock.
-    for (const auto& [format, whole] :
-         {std::pair{localMinute, text}, {localDay, text}, {localMinute, text + " 01:00"}}) {
-        const auto date = formatter.parse(format, whole);
-        if (date && formatter.format(format, *date) == whole) return date;
+    for (const auto& [format, whole] : {std::pair{std::optional{isoMinute}, text},
+                                        {std::optional{isoDay}, text},
+                                        {std::optional{isoMinute}, text + " 01:00"},
+                                        {ownMinute(), text},
+                                        {ownDay(), text}}) {
+        const auto date = format ? formatter.parse(*format, whole) : std::nullopt;
+        if (date && formatter.format(*format, *date) == whole) return date;
     }
     return std::nullopt;
 }
