@@ -286,6 +286,46 @@ TEST_F(WalletCommands, SettleAndForgetPaymentsInDoubt) {
     EXPECT_THAT(sandbox.state().at("purchases"), SizeIs(1));
 }
 
+TEST_F(WalletCommands, FindAMachineByAPictureOfItsQrCode) {
+    logIn();
+    const TemporaryFolder folder;
+    const auto picture = [&](const std::string& name, const std::string& text, const std::string& options = {}) {
+        const auto file = folder.path() / name;
+        const auto command = "qrencode " + options + " -o " + file.string() + " " + text;
+        EXPECT_EQ(endOf(std::system(command.c_str())), 0) << "The package `qrencode` is missing.";
+        return file.string();
+    };
+    const auto machine = picture("machine.png", "https://qr.kavio.example/m/" + coffee);
+    for (const auto& file : {machine, picture("small.png", coffee, "-s 1 -m 1"),
+                             picture("inverted.png", coffee, "--foreground=ffffff --background=000000")}) {
+        EXPECT_THAT(run("products --qr " + file).output, HasSubstr("Espresso")) << file;
+        EXPECT_THAT(run("machines --qr " + file).output, HasSubstr(coffee)) << file;
+    }
+    EXPECT_THAT(run("buy --amount 1 --qr " + machine).output, HasSubstr("Paid 1.00 EUR"));
+
+    const auto path = folder.path().string();
+    const auto both = path + "/both.png";
+    const auto append =
+        "convert " + machine + " " + picture("foreign.png", "https://menu.example") + " +append " + both;
+    ASSERT_EQ(endOf(std::system(append.c_str())), 0) << "The package `imagemagick` is missing.";
+    ASSERT_EQ(endOf(std::system(("convert -size 99x99 xc:white " + path + "/white.png").c_str())), 0);
+    std::ofstream{path + "/text.png"} << "text";
+    std::ofstream{path + "/cut.png"} << contents(machine).substr(0, 100);
+    for (const auto& [name, problem] : std::map<std::string, const char*>{
+             {"none.png", "There is no file"},
+             {"", "There is no file"},
+             {"text.png", "is not a picture"},
+             {"cut.png", "cannot be read"},
+             {"white.png", "There is no QR code in"},
+             {"both.png", "There are 2 QR codes in"},
+             {"foreign.png", "is not a machine's."},
+         }) {
+        const auto refused = run("products --qr " + path + "/" + name);
+        EXPECT_EQ(refused.status, 6);
+        EXPECT_THAT(refused.errors, HasSubstr(problem));
+    }
+}
+
 TEST_F(WalletCommands, SpeakTheLanguageOfTheEnvironment) {
     logIn();
     for (int i = 0; i < 2; ++i) {
@@ -389,6 +429,8 @@ TEST_F(WalletOptions, EndWithStatusTwoAndOneLineWhenTheyAreWrong) {
              "--jsonl status -> --jsonl",
              "status logout -> logout",
              "login 49 -> PHONE",
+             "products -> MACHINE or --qr",
+             "buy 1 --qr x -> cannot be used together",
              "settle -> ID or --all",
              "settle 1 --all -> --all",
              "buy 1 --product 5:0 -> 5:0",

@@ -23,7 +23,7 @@ struct Wanted {
 };
 
 struct Purchase {
-    std::string machine;
+    MachineName machine;
     std::optional<std::string> amount;
     std::vector<Wanted> products;
     std::string method = "wallet";
@@ -219,7 +219,7 @@ void buy(Session& session, Payment& payment, const Purchase& purchase) {
 Command buyCommand(CLI::App& program) {
     auto* const line = program.add_subcommand("buy", tr("Pay at a machine, and follow the order until it ends"));
     const auto purchase = std::make_shared<Purchase>();
-    line->add_option("MACHINE", purchase->machine, tr("The machine's code, or the text of its QR code"))->required();
+    addMachineName(*line, purchase->machine);
     line->add_option("--amount", purchase->amount,
                      tr("Amount to pay, such as 1.50 (default: the price of the products)"));
     line->add_option_function<std::vector<std::string>>(
@@ -235,8 +235,9 @@ Command buyCommand(CLI::App& program) {
     line->add_option("--pay", purchase->method,
                      tr("Pay with wallet, card:ID or prepaid:ID, as listed by `methods` (default: wallet)"))
         ->check(checkMethodName);
-    command_line::addExamples(*line, {"42100107 --amount 1.50", "42100107 --product 11 --product 12:2",
-                                      "42100107 --product 11 --pay prepaid:7000000003"});
+    command_line::addExamples(*line,
+                              {"42100107 --amount 1.50", "42100107 --product 11 --product 12:2",
+                               "42100107 --product 11 --pay prepaid:7000000003", "--qr photo.jpg --amount 1.50"});
     return {line, [purchase](Session& session) {
                 pay(session, tr("The order may have been placed"),
                     [&](Payment& payment) { buy(session, payment, *purchase); });

@@ -5,6 +5,7 @@
 #include "people/machine_named.h"
 #include "people/money.h"
 #include "people/names.h"
+#include "people/qr_picture.h"
 #include "people/text.h"
 
 #include <cmath>
@@ -19,6 +20,8 @@ using enum Column::Kind;
 
 struct Search {
     std::optional<std::string> code = {};
+    /// With its QR code, instead of the code.
+    std::optional<std::string> picture = {};
     std::optional<std::string> serial = {};
     std::vector<double> near = {};
     std::optional<std::string> country = {};
@@ -26,7 +29,8 @@ struct Search {
     std::optional<std::int64_t> operatorId = {};
     std::optional<std::int64_t> limit = {};
 
-    bool isEmpty() const { return !code && !serial && near.empty() && !limit; }
+    bool isCode() const { return code || picture; }
+    bool isEmpty() const { return !isCode() && !serial && near.empty() && !limit; }
 };
 
 /// Null for the user's own machines.
@@ -58,17 +62,19 @@ std::string stateOf(const Machine& machine) {
     return machine.isWalletAllowed ? tr("ready") : tr("not payable");
 }
 
-std::string notACode(const std::string& text) {
-    return tr("'{}' is neither a machine's code nor the text of a QR code.", printable(text));
+std::string notFindable(const Search& search) {
+    if (search.picture) return tr("The QR code in '{}' is not a machine's.", printable(*search.picture));
+    if (!search.code) return tr("The serial number is empty.");
+    return tr("'{}' is neither a machine's code nor the text of a QR code.", printable(*search.code));
 }
 
-Machines found(Session& session, const Search& search) {
+Machines found(Session& session, Search search) {
+    if (search.picture) search.code = textOfQrCode(*search.picture);
     const auto filter = filterOf(search);
     try {
         return session.list<Machines>(tr("Looking for machines"), [&](Kavio& kavio) { kavio.getMachines(filter); });
     } catch (const Failure& failure) {
-        throw failure.saying(Cause::INVALID_INPUT,
-                             search.code ? notACode(*search.code) : tr("The serial number is empty."));
+        throw failure.saying(Cause::INVALID_INPUT, notFindable(search));
     }
 }
 
@@ -89,8 +95,8 @@ void listMachines(Session& session, const Search& search) {
     session.show(table, tr("No machines were found."));
 }
 
-void listProducts(Session& session, const std::string& code) {
-    const auto machine = machineNamed(session, code);
+void listProducts(Session& session, const MachineName& name) {
+    const auto machine = machineNamed(session, name);
     const auto products = session.list<Products>(tr("Asking for its products"),
                                                  [&](Kavio& kavio) { kavio.getMachineProducts(machine->id); });
     const auto currency = currencyOfCountry(machine->country.value_or(""));
@@ -109,12 +115,25 @@ void listProducts(Session& session, const std::string& code) {
 
 }  // namespace
 
-std::shared_ptr<const Machine> machineNamed(Session& session, const std::string& code) {
-    const auto machines = found(session, {.code = code});
+void addMachineName(CLI::App& line, MachineName& name) {
+    auto* const code = line.add_option("MACHINE", name.code, tr("The machine's code, or the text of its QR code"));
+    line.add_option("--qr", name.picture, tr("Picture of the machine's QR code, instead of MACHINE"))
+        ->type_name("FILE")
+        ->excludes(code);
+    line.parse_complete_callback([code, &line] {
+        if (code->empty() && line.get_option("--qr")->empty()) throw CLI::RequiredError(tr("MACHINE or --qr"));
+    });
+}
+
+std::shared_ptr<const Machine> machineNamed(Session& session, const MachineName& name) {
+    const Search search{.code = name.code, .picture = name.picture};
+    const auto machines = found(session, search);
     if (machines.size() == 1) return machines.front();
-    throw Failure(ExitStatus::REFUSED, machines.empty() ? tr("There is no machine {}.", printable(code))
+    if (machines.empty() && name.picture) throw Failure(ExitStatus::REFUSED, notFindable(search));
+    const auto shown = printable(name.picture.value_or(name.code));
+    throw Failure(ExitStatus::REFUSED, machines.empty() ? tr("There is no machine {}.", shown)
                                                         : trn("{} matches {} machine.", "{} matches {} machines.",
-                                                              machines.size(), printable(code), machines.size()));
+                                                              machines.size(), shown, machines.size()));
 }
 
 std::string titleOf(const Machine& machine) {
@@ -127,39 +146,45 @@ Command machinesCommand(CLI::App& program) {
         program.add_subcommand("machines", tr("Find machines; without options, those that you have used"));
     const auto search = std::make_shared<Search>();
     auto* const code = line->add_option("--code", search->code, tr("The machine's code, or the text of its QR code"));
+    auto* const picture = line->add_option("--qr", search->picture, tr("Picture of the machine's QR code"))
+                              ->type_name("FILE")
+                              ->excludes(code);
     auto* const serial =
         line->add_option("--serial", search->serial, tr("Serial number of the machine's payment device"))
-            ->excludes(code);
+            ->excludes(code)
+            ->excludes(picture);
     auto* const near = line->add_option("--near", search->near, tr("Position in degrees, such as 48.14,11.58"))
                            ->type_name("LAT,LON")
                            ->delimiter(',')
                            ->expected(2)
                            ->check(command_line::coordinate())
                            ->excludes(code)
+                           ->excludes(picture)
                            ->excludes(serial);
     line->add_option("--radius", search->radius, tr("Greatest distance from the position, in metres"))
         ->transform(command_line::wholeNumber())
         ->needs(near);
     line->add_option("--country", search->country, tr("Country of the position, such as DE"))->needs(near);
-    line->add_option("--operator", search->operatorId, tr("Only machines of this operator; requires --near or --code"))
+    line->add_option("--operator", search->operatorId,
+                     tr("Only machines of this operator; requires --near, --code or --qr"))
         ->transform(command_line::wholeNumber());
     line->add_option("--limit", search->limit, tr("Maximum number of machines"))->transform(command_line::listLength());
     line->parse_complete_callback([search] {
-        if (search->operatorId && !search->code && search->near.empty())
-            throw CLI::ValidationError("--operator", tr("requires --near or --code"));
+        if (search->operatorId && !search->isCode() && search->near.empty())
+            throw CLI::ValidationError("--operator", tr("requires --near, --code or --qr"));
         if (!search->near.empty() && (std::abs(search->near.at(0)) > 90 || std::abs(search->near.at(1)) > 180))
             throw CLI::ValidationError("--near", tr("a latitude is from -90 to 90, a longitude from -180 to 180"));
     });
-    command_line::addExamples(*line, {"", "--near 52.5219,13.4132 --radius 500", "--code 42100107"});
+    command_line::addExamples(*line, {"", "--near 52.5219,13.4132 --radius 500", "--code 42100107", "--qr photo.jpg"});
     return {line, [search](Session& session) { listMachines(session, *search); }};
 }
 
 Command productsCommand(CLI::App& program) {
     auto* const line = program.add_subcommand("products", tr("List what a machine sells"));
-    const auto code = std::make_shared<std::string>();
-    line->add_option("MACHINE", *code, tr("The machine's code, or the text of its QR code"))->required();
-    command_line::addExamples(*line, {"42100107"});
-    return {line, [code](Session& session) { listProducts(session, *code); }};
+    const auto name = std::make_shared<MachineName>();
+    addMachineName(*line, *name);
+    command_line::addExamples(*line, {"42100107", "--qr photo.jpg"});
+    return {line, [name](Session& session) { listProducts(session, *name); }};
 }
 
 }  // namespace kavio::wallet
