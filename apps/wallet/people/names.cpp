@@ -36,6 +36,48 @@ StatusWords wordsOf(Order::Status status) {
     return {later("unknown"), later("Order {}: the service gives a status that this program does not know.")};
 }
 
+using enum Machine::MachineType;
+
+const std::map<Machine::MachineType, const char*> machineTypes{
+    {HOT_DRINKS, later("hot drinks")},
+    {COLD_DRINKS, later("cold drinks")},
+    {SNACKS, later("snacks")},
+    {ICE_CREAM, later("ice cream")},
+    {MILK_PRODUCTS, later("milk products")},
+    {SANDWICHES, later("sandwiches")},
+    {FOOD, later("food")},
+    {AMUSEMENT, later("amusement")},
+    {ALCOHOL, later("alcohol")},
+    {CIGARETTES, later("cigarettes")},
+    {COMBO, later("drinks and snacks")},
+    {AIR, later("air for tyres")},
+    {ELECTRICITY, later("electricity")},
+    {OTHER, later("other")},
+    {RECYCLING, later("recycling")},
+    {WATER_FILLING_STATION, later("water")},
+    {CAR_WASH_MACHINE, later("car wash")},
+    {LAUNDRY_MACHINE, later("laundry")},
+    {CELLULAR_ACCESSORIES, later("phone accessories")},
+    {PHARMACY, later("pharmacy")},
+    {TV_AND_INTERNET_SERVICES, later("TV and internet")},
+    {PPE, later("protective equipment")},
+    {MASSAGE_CHAIRS, later("massage chair")},
+    {ICE, later("ice")},
+    {PHOTO_BOOTH, later("photo booth")},
+    {PICTURES, later("pictures")},
+    {PHOTOCOPIES, later("photocopies")},
+    {FLOWERS, later("flowers")},
+    {CAR_VACUUM_CLEANER, later("car vacuum cleaner")},
+    {WEIGHT, later("scales")},
+    {LOCKERS, later("lockers")},
+    {ACCESS_CONTROL, later("entrance")},
+    {GOLF_BALL_DISPENSER, later("golf balls")},
+    {DOG_WASH, later("dog wash")},
+    {FRESH_JUICE, later("fresh juice")},
+    {GAMING, later("games")},
+    {MICRO_MARKETS, later("micro market")},
+};
+
 using Names = std::map<std::string, const char*>;
 
 std::string named(const std::string& code, const Names& names) {
@@ -66,48 +108,8 @@ std::string paymentSourceName(const std::string& code) {
 }
 
 std::string machineTypeName(Machine::MachineType type) {
-    using enum Machine::MachineType;
-    static const std::map<Machine::MachineType, const char*> names{
-        {HOT_DRINKS, later("hot drinks")},
-        {COLD_DRINKS, later("cold drinks")},
-        {SNACKS, later("snacks")},
-        {ICE_CREAM, later("ice cream")},
-        {MILK_PRODUCTS, later("milk products")},
-        {SANDWICHES, later("sandwiches")},
-        {FOOD, later("food")},
-        {AMUSEMENT, later("amusement")},
-        {ALCOHOL, later("alcohol")},
-        {CIGARETTES, later("cigarettes")},
-        {COMBO, later("drinks and snacks")},
-        {AIR, later("air for tyres")},
-        {ELECTRICITY, later("electricity")},
-        {OTHER, later("other")},
-        {RECYCLING, later("recycling")},
-        {WATER_FILLING_STATION, later("water")},
-        {CAR_WASH_MACHINE, later("car wash")},
-        {LAUNDRY_MACHINE, later("laundry")},
-        {CELLULAR_ACCESSORIES, later("phone accessories")},
-        {PHARMACY, later("pharmacy")},
-        {TV_AND_INTERNET_SERVICES, later("TV and internet")},
-        {PPE, later("protective equipment")},
-        {MASSAGE_CHAIRS, later("massage chair")},
-        {ICE, later("ice")},
-        {PHOTO_BOOTH, later("photo booth")},
-        {PICTURES, later("pictures")},
-        {PHOTOCOPIES, later("photocopies")},
-        {FLOWERS, later("flowers")},
-        {CAR_VACUUM_CLEANER, later("car vacuum cleaner")},
-        {WEIGHT, later("scales")},
-        {LOCKERS, later("lockers")},
-        {ACCESS_CONTROL, later("entrance")},
-        {GOLF_BALL_DISPENSER, later("golf balls")},
-        {DOG_WASH, later("dog wash")},
-        {FRESH_JUICE, later("fresh juice")},
-        {GAMING, later("games")},
-        {MICRO_MARKETS, later("micro market")},
-    };
-    const auto found = names.find(type);
-    return found == names.end() ? std::string{} : gettext(found->second);
+    const auto found = machineTypes.find(type);
+    return found == machineTypes.end() ? std::string{} : gettext(found->second);
 }
 
 }  // namespace kavio::wallet
