@@ -8,6 +8,7 @@
 #include <fstream>
 #include <map>
 #include <set>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -116,10 +117,15 @@ std::string manualEntries(const CLI::App& app) {
     return entries;
 }
 
-/// In lines as they are.
+/// Paragraphs, with examples in lines as they are.
 std::string manualFooter(const CLI::App& app) {
-    const auto footer = app.get_footer();
-    return footer.empty() ? "" : ".PP\n.nf\n" + roff(footer) + "\n.fi\n";
+    std::string page;
+    std::istringstream lines{app.get_footer()};
+    for (std::string line; std::getline(lines, line);) {
+        if (line.empty()) continue;
+        page += line.starts_with(' ') ? ".nf\n" + roff(line) + "\n.fi\n" : ".PP\n" + roff(line) + "\n";
+    }
+    return page;
 }
 
 std::string manualSection(const CLI::App& command) {

@@ -1,5 +1,7 @@
 #include "numbers.h"
 
+#include "translation.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -11,7 +13,7 @@ CLI::Validator wholeNumber(std::int64_t least, std::int64_t most) {
     return {[least, most](std::string& text) {
                 const auto number = numberFrom<std::int64_t>(text);
                 if (!number || *number < least || *number > most)
-                    return fmt::format("'{}' is not a whole number from {} to {}", text, least, most);
+                    return tr("'{}' is not a whole number from {} to {}", text, least, most);
                 text = fmt::to_string(*number);  // in a form that cannot be misread
                 return std::string{};
             },
@@ -26,7 +28,7 @@ CLI::Validator coordinate() {
                 const auto begin = std::min(text.find_first_not_of(' '), text.size());
                 const auto number =
                     numberFrom<double>(text.substr(text.substr(begin).starts_with('+') ? begin + 1 : begin));
-                return number && std::isfinite(*number) ? std::string{} : fmt::format("'{}' is not a coordinate", text);
+                return number && std::isfinite(*number) ? std::string{} : tr("'{}' is not a coordinate", text);
             },
             ""};
 }

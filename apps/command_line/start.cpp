@@ -1,6 +1,8 @@
 #include "start.h"
 
 #include "documentation.h"
+#include "help.h"
+#include "mistakes.h"
 
 #include <CLI/CLI.hpp>
 #include <fcntl.h>
@@ -51,6 +53,7 @@ int start(const std::function<int()>& work, const std::function<void(const std::
 }
 
 bool parse(CLI::App& program, int argc, char** argv) {
+    prepareHelp(program);
     if (argc == 3 && std::string_view(argv[1]) == "--write-documentation") {
         writeDocumentation(program, argv[2]);
         return false;
@@ -61,6 +64,8 @@ bool parse(CLI::App& program, int argc, char** argv) {
     } catch (const CLI::Success& request) {
         program.exit(request);
         return false;
+    } catch (const CLI::ParseError& problem) {
+        throw CLI::ParseError(mistakeIn(program, problem), CLI::ExitCodes::InvalidError);
     }
 }
 

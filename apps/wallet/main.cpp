@@ -1,10 +1,13 @@
+#include "command_line/help.h"
 #include "command_line/start.h"
+#include "command_line/translation.h"
 #include "driver/driver.h"
 #include "host/host.h"
 #include "host/output.h"
 #include "options.h"
 #include "people/command.h"
 #include "people/interruption.h"
+#include "people/language.h"
 #include "people/text.h"
 
 #include <CLI/CLI.hpp>
@@ -18,13 +21,13 @@ namespace kavio::wallet {
 
 namespace {
 
-constexpr auto about = "Pay at unattended vending points from the terminal.";
-
-constexpr auto exitStatuses =
-    "Exit status: 0 done, 1 failed, 2 wrong usage, 3 not logged in, 4 no usable reply, 5 took too long,\n"
-    "6 input refused, 7 the service failed, 130 interrupted.\n"
-    "Log in first: kavio-wallet login 49 151234567 --country DE\n"
-    "For help on a command: kavio-wallet COMMAND --help";
+std::string closingWords() {
+    return tr(
+        "Log in first: kavio-wallet login 49 151234567 --country DE\n"
+        "For help on a command: kavio-wallet help COMMAND\n\n"
+        "Exit status: 0 done, 1 failed, 2 wrong usage, 3 not logged in, 4 no usable reply, 5 took too long, "
+        "6 input refused, 7 the service failed, 130 interrupted.");
+}
 
 /// What the user asks for.
 struct CommandLine {
@@ -32,21 +35,22 @@ struct CommandLine {
     bool isDriver = false;
     bool isJson = false;
     std::vector<Command> commands;
-    CLI::App program{about, "kavio-wallet"};
+    CLI::App program{tr("Pay at unattended vending points from the terminal."), "kavio-wallet"};
 
     CommandLine() {
         // A command passes on options that it does not know, so that those of the whole program may follow it.
         program.fallthrough();
-        program.set_version_flag("--version", KAVIO_WALLET_VERSION);
+        program.set_version_flag("-V,--version", KAVIO_WALLET_VERSION, tr("Show the program's version and exit"));
         addOptions(program, options);
-        program.add_flag("--jsonl", isDriver, "For programs: read operations and write reports as JSON lines");
+        program.add_flag("--jsonl", isDriver, tr("For programs: read operations and write reports as JSON lines"));
         for (const auto make : {loginCommand, statusCommand, logoutCommand, methodsCommand, addCardCommand,
                                 removeCardCommand, topUpCommand, machinesCommand, productsCommand, buyCommand,
                                 orderCommand, transactionsCommand, unsettledCommand, settleCommand, forgetCommand}) {
             commands.push_back(make(program));
-            commands.back().line->add_flag("--json", isJson, "Write reports as JSON lines, like --jsonl");
+            commands.back().line->add_flag("--json", isJson, tr("Write reports as JSON lines, like --jsonl"));
         }
-        program.footer(exitStatuses);  // last: commands would inherit it
+        command_line::addHelpCommands(program);
+        program.footer(closingWords());  // last: commands would inherit it
         program.require_subcommand(0, 1);
     }
 
@@ -79,13 +83,19 @@ int serve(Host& host, const Options& options) {
     std::_Exit(EXIT_SUCCESS);
 }
 
+/// What programs read must not depend on the language.
+bool isForPrograms(int argc, char** argv) {
+    return std::any_of(argv, argv + argc, [](const char* word) { return std::string_view{word} == "--jsonl"; });
+}
+
 int run(int argc, char** argv) {
+    if (!isForPrograms(argc, argv)) speakOwnLanguage();
     CommandLine line;
     if (!command_line::parse(line.program, argc, argv)) return EXIT_SUCCESS;
     const auto* const command = line.command();
     try {
         if (line.isDriver == (command != nullptr))
-            throw Failure(ExitStatus::USAGE, "Give either a command or --jsonl; see kavio-wallet --help.");
+            throw Failure(ExitStatus::USAGE, tr("Give either a command or --jsonl; see kavio-wallet help."));
         const auto host = makeHost(line);
         if (line.isDriver) return serve(*host, line.options);
         Session session{*host, line.options, line.isJson};

@@ -84,14 +84,20 @@ TEST_F(WalletCommands, StoreAndRemoveCards) {
     for (const auto& input : {cardLines, cardObject})
         EXPECT_THAT(run("add-card", input).output, MatchesRegex("The card .*1111 was stored as card:.*\\.\n"));
     EXPECT_EQ(run("add-card --secure", secureLines).output, "The card was stored.\n");
-    for (const auto& [command, input] : std::vector<std::pair<const char*, const char*>>{
-             {"add-card", "4111111111111111\n12\n"},
-             {"add-card", R"({"pan":"4111111111111111"})"},
-             {"add-card --secure", "4111111111111111\nMay\n2039\n123\nR\na@b\n"},
+    const std::string before = "4111111111111111\n12\n";
+    for (const auto& [command, input, problem] : std::vector<std::tuple<const char*, std::string, const char*>>{
+             {"add-card", before, "before it was complete"},
+             {"add-card", before + "2020\n", "has expired"},
+             {"add-card", "4111111111111112\n", "a digit is wrong"},
+             {"add-card", R"({"pan":"4111111111111111"})", "The card could not be read: "},
+             {"add-card", R"({"pan":"4111 1111 1111 1112"})", "a digit is wrong"},
+             {"add-card", R"({"pan":"4111111111111111",)", "The card could not be read: "},
+             {"add-card --secure", "4111111111111111\nMay\n2039\n123\nR\na@b\n", "from 1 to 12"},
+             {"add-card --secure", R"({"number":"4111111111111111","month":13})", "from 1 to 12"},
          }) {
         const auto refused = run(command, input);
         EXPECT_EQ(refused.status, 6) << input;
-        EXPECT_THAT(refused.errors, AllOf(HasSubstr("The card could not be read"), Not(HasSubstr("4111"))));
+        EXPECT_THAT(refused.errors, AllOf(HasSubstr(problem), Not(HasSubstr("4111"))));
     }
     const auto id = storedCard();
     EXPECT_THAT(run("methods").output, HasSubstr("card:" + id));
@@ -116,14 +122,16 @@ TEST_F(WalletCommands, BuyAndShowWhatWasBought) {
     logIn();
     const auto bought = run("buy --amount 1.50 " + coffee);
     EXPECT_EQ(bought.status, 0) << bought.errors;
-    EXPECT_THAT(bought.output, AllOf(HasSubstr(": created\n"), HasSubstr(": completed\n"),
+    EXPECT_THAT(bought.output, AllOf(HasSubstr(" was placed.\n"), HasSubstr(" is complete.\n"),
                                      HasSubstr("Paid 1.50 EUR at "), HasSubstr("New balance: ")));
     EXPECT_THAT(run("buy --product 11:2 --product 12 " + coffee).output, HasSubstr("Paid 5.20 EUR"));
     EXPECT_THAT(run("products " + coffee).output, AllOf(HasSubstr("Espresso"), HasSubstr("1.50 EUR")));
     EXPECT_THAT(run("transactions").output, AllOf(HasSubstr("1.50 EUR"), HasSubstr("5.20 EUR")));
     const auto id = json("transactions").at("transactions").at(0).at("id").get<std::string>();
     EXPECT_THAT(run("order " + id).output, HasSubstr(id));
-    EXPECT_EQ(run("order x").status, 6);
+    EXPECT_EQ(run("order x").errors,
+              "kavio-wallet: 'x' is not the number of an order: `kavio-wallet transactions` lists yours.\n");
+    EXPECT_THAT(run("products !!").errors, HasSubstr("neither a machine's code nor the text of a QR code"));
     const auto card = "card:" + storedCard();
     EXPECT_THAT(run("buy --amount 240 --pay " + card + " 42101570").output, HasSubstr("Paid 240 JPY"));
     for (const auto& [filter, finds] : std::map<std::string, bool>{{"--method wallet", true},
@@ -278,13 +286,81 @@ TEST_F(WalletCommands, SettleAndForgetPaymentsInDoubt) {
     EXPECT_THAT(sandbox.state().at("purchases"), SizeIs(1));
 }
 
+TEST_F(WalletCommands, FindAMachineByAPictureOfItsQrCode) {
+    logIn();
+    const TemporaryFolder folder;
+    const auto picture = [&](const std::string& name, const std::string& text, const std::string& options = {}) {
+        const auto file = folder.path() / name;
+        const auto command = "qrencode " + options + " -o " + file.string() + " " + text;
+        EXPECT_EQ(endOf(std::system(command.c_str())), 0) << "The package `qrencode` is missing.";
+        return file.string();
+    };
+    const auto machine = picture("machine.png", "https://qr.kavio.example/m/" + coffee);
+    for (const auto& file : {machine, picture("small.png", coffee, "-s 1 -m 1"),
+                             picture("inverted.png", coffee, "--foreground=ffffff --background=000000")}) {
+        EXPECT_THAT(run("products --qr " + file).output, HasSubstr("Espresso")) << file;
+        EXPECT_THAT(run("machines --qr " + file).output, HasSubstr(coffee)) << file;
+    }
+    EXPECT_THAT(run("buy --amount 1 --qr " + machine).output, HasSubstr("Paid 1.00 EUR"));
+
+    const auto path = folder.path().string();
+    const auto both = path + "/both.png";
+    const auto append =
+        "convert " + machine + " " + picture("foreign.png", "https://menu.example") + " +append " + both;
+    ASSERT_EQ(endOf(std::system(append.c_str())), 0) << "The package `imagemagick` is missing.";
+    ASSERT_EQ(endOf(std::system(("convert -size 99x99 xc:white " + path + "/white.png").c_str())), 0);
+    std::ofstream{path + "/text.png"} << "text";
+    std::ofstream{path + "/cut.png"} << contents(machine).substr(0, 100);
+    for (const auto& [name, problem] : std::map<std::string, const char*>{
+             {"none.png", "There is no file"},
+             {"", "There is no file"},
+             {"text.png", "is not a picture"},
+             {"cut.png", "cannot be read"},
+             {"white.png", "There is no QR code in"},
+             {"both.png", "There are 2 QR codes in"},
+             {"foreign.png", "is not a machine's."},
+         }) {
+        const auto refused = run("products --qr " + path + "/" + name);
+        EXPECT_EQ(refused.status, 6);
+        EXPECT_THAT(refused.errors, HasSubstr(problem));
+    }
+}
+
+TEST_F(WalletCommands, SpeakTheLanguageOfTheEnvironment) {
+    logIn();
+    for (int i = 0; i < 2; ++i) {
+        sandbox.fault("/machines/*/orders", {.drop = true, .handled = true});
+        EXPECT_EQ(run("buy --amount 1.50 " + coffee).status, 4);
+    }
+    const TemporaryFolder locales;
+    setenv("LOCPATH", locales.path().c_str(), 1);
+    for (const auto& [language, told, balance] : std::vector<std::tuple<std::string, const char*, const char*>>{
+             {"de_DE", "Von 2 Zahlungen ist nicht bekannt, dass sie zu Ende sind", "47,00 EUR"},
+             {"ja_JP", "支払いが 2 件あります", "47.00 EUR"},
+             {"ar_EG", "2 payments are not known to be over", "٤٧٫٠٠ EUR"},
+         }) {
+        const auto made = locales.path() / (language + ".UTF-8");
+        ASSERT_EQ(endOf(std::system(("localedef -i " + language + " -f UTF-8 " + made.string()).c_str())), 0)
+            << "The package `locales` is missing.";
+        setenv("LC_ALL", (language + ".UTF-8").c_str(), 1);
+        EXPECT_THAT(run("status").output, HasSubstr(told));
+        EXPECT_THAT(run("methods").output, HasSubstr(balance));
+        EXPECT_EQ(json("methods").at("paymentMethods").at(0).at("balance"), 4700);
+        EXPECT_THAT(run("--jsonl --frobnicate").errors, HasSubstr("There is no option"));
+        unsetenv("LC_ALL");
+    }
+    unsetenv("LOCPATH");
+}
+
 TEST_F(WalletCommands, DoNotShowCardNumbersOnATerminal) {
     logIn();
     LiveWallet wallet{options("add-card")};
     std::string shown;
     for (const auto& [prompt, answer] : std::vector<std::pair<std::string, std::string>>{
-             {"Card number", "4111111111111111\n"},
-             {"Expiry month (MM)", "12\n"},
+             {"Card number", "4111111111111112\n"},
+             {"swapped.\r\nCard number", "4111111111111111\n"},
+             {"Expiry month (MM)", "13\n"},
+             {"from 1 to 12.\r\nExpiry month (MM)", "12\n"},
              {"Expiry year (YYYY)", "2039\n"},
              {"Security code", "987\n"},
              {"E-mail address", "robin@kavio.example\n"},
@@ -338,7 +414,13 @@ TEST_F(WalletOptions, WorkWithStandardChannelsThatAreClosedOrFull) {
 TEST_F(WalletOptions, EndWithStatusTwoAndOneLineWhenTheyAreWrong) {
     for (const std::string row : {
              "-> --jsonl",
-             "--jsonl --frobnicate -> --frobnicate",
+             "--jsonl --frobnicate -> There is no option '--frobnicate'.",
+             "machins -> There is no command 'machins'; did you mean 'machines'?",
+             "trans -> did you mean 'transactions'?",
+             "help machins -> did you mean 'machines'?",
+             "machines --neer=1,2 -> There is no option '--neer'; did you mean '--near'?",
+             "login 49 1 --contry DE -> did you mean '--country'?",
+             "-- -x- -> There is no option '-x-'.",
              "--jsonl surplus -> surplus",
              "--jsonl --api-key -> --api-key",
              "--jsonl --environment QA -> QA",
@@ -347,6 +429,8 @@ TEST_F(WalletOptions, EndWithStatusTwoAndOneLineWhenTheyAreWrong) {
              "--jsonl status -> --jsonl",
              "status logout -> logout",
              "login 49 -> PHONE",
+             "products -> MACHINE or --qr",
+             "buy 1 --qr x -> cannot be used together",
              "settle -> ID or --all",
              "settle 1 --all -> --all",
              "buy 1 --product 5:0 -> 5:0",
@@ -358,6 +442,7 @@ TEST_F(WalletOptions, EndWithStatusTwoAndOneLineWhenTheyAreWrong) {
              "transactions --method card: -> card:",
              "machines --limit 501 -> 501",
              "machines --near nan,1 -> nan",
+             "machines --near 91,1 -> latitude",
              "machines --operator 1 --limit 3 -> --operator",
          }) {
         SCOPED_TRACE(row);
@@ -368,6 +453,20 @@ TEST_F(WalletOptions, EndWithStatusTwoAndOneLineWhenTheyAreWrong) {
         EXPECT_THAT(wrong.errors, HasSubstr(row.substr(arrow + 3)));
         EXPECT_EQ(std::ranges::count(wrong.errors, '\n'), 1) << wrong.errors;
     }
+}
+
+TEST_F(WalletOptions, AskForHelpAndTheVersionInAnyForm) {
+    for (const auto& [one, other] : std::map<std::string, std::string>{
+             {"help", "--help"}, {"help buy", "buy --help"}, {"version", "-V"}, {"version --version", "--version"}}) {
+        const auto shown = run(one);
+        EXPECT_EQ(shown.status, 0);
+        EXPECT_NE(shown.output, "");
+        EXPECT_EQ(shown.output, run(other).output);
+    }
+    setenv("COLUMNS", "40", 1);
+    std::istringstream lines{run("help").output};
+    unsetenv("COLUMNS");
+    for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), 40U) << line;
 }
 
 TEST_F(WalletOptions, StandOnEitherSideOfWhatIsToBeDone) {

@@ -1,5 +1,6 @@
 #include "people/text.h"
 
+#include "people/language.h"
 #include "people/money.h"
 
 #include <kavio/platform/linux.h>
@@ -35,6 +36,40 @@ TEST(WalletMoney, IsReadExactlyOrNotAtAll) {
         EXPECT_EQ(smallestUnits(text, 2), std::nullopt) << text;
 }
 
+/// Writes by other customs while it exists.
+class CustomsOf {
+public:
+    explicit CustomsOf(const char* locale) { setCustoms({.amounts = locale, .dates = locale}); }
+    ~CustomsOf() { setCustoms({}); }
+    CustomsOf(const CustomsOf&) = delete;
+    CustomsOf& operator=(const CustomsOf&) = delete;
+};
+
+TEST(WalletMoney, IsWrittenAndReadByTheCustomsOfThePlace) {
+    struct Row {
+        const char* locale;
+        const char* shown;
+        const char* typed;
+        std::optional<std::int64_t> units;
+    };
+    for (const auto& [locale, shown, typed, units] : std::vector<Row>{
+             {"en_US", "-1,234.500 KWD", "1.500", 1500},
+             {"en_US", "-1,234.500 KWD", "1,500", std::nullopt},
+             {"de_DE", "-1.234,500 KWD", "1,5", 1500},
+             {"de_DE", "-1.234,500 KWD", "1.5", 1500},
+             {"de_DE", "-1.234,500 KWD", "1.500", std::nullopt},  // one and a half, or one and a half thousand?
+             {"de_DE", "-1.234,500 KWD", "1.000,5", std::nullopt},
+             {"ja_JP", "-1,234.500 KWD", "１.５", 1500},
+             {"ar_EG", "-١٬٢٣٤٫٥٠٠ KWD", "١٫٥", 1500},
+             {"ar_EG", "-١٬٢٣٤٫٥٠٠ KWD", "1.500", 1500},
+             {"de_DE", "-1.234,500 KWD", ",5", std::nullopt},
+         }) {
+        const CustomsOf place{locale};
+        EXPECT_EQ(moneyText(-1234500, {"KWD", 3}), shown);
+        EXPECT_EQ(smallestUnits(typed, 3), units) << locale << ' ' << typed;
+    }
+}
+
 TEST(WalletMoney, IsDepositedWithoutLosingTheLastUnit) {
     for (const std::int64_t digits : {0, 1, 2, 3}) {
         for (std::int64_t units = 1; units < 20'000; ++units) {
@@ -59,6 +94,14 @@ TEST(WalletText, TakesDatesAsItShowsThem) {
     EXPECT_EQ(dateFromLocalTime("2024-03-05"), dateFromLocalTime("2024-03-05 00:00"));
     for (const auto* text : {"2024-3-5", "2024-03-05 7:9", "2024-02-30", "2024-03-05 ", ""})
         EXPECT_FALSE(dateFromLocalTime(text)) << text;
+    for (const auto& [locale, day] : std::map<const char*, const char*>{
+             {"de_DE", "05.03.2024"}, {"ja_JP", "2024/03/05"}, {"ar_EG", "٠٥/٠٣/٢٠٢٤"}, {"en_US", "03/05/2024"}}) {
+        const CustomsOf place{locale};
+        EXPECT_THAT(localTime(date), StartsWith(day));
+        EXPECT_EQ(dateFromLocalTime(localTime(date)), date) << locale;
+        EXPECT_EQ(dateFromLocalTime(day), dateFromLocalTime("2024-03-05")) << locale;
+        EXPECT_TRUE(dateFromLocalTime("2024-03-05")) << locale;
+    }
 }
 
 }  // namespace kavio::wallet

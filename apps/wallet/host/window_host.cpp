@@ -1,3 +1,4 @@
+#include "command_line/translation.h"
 #include "host/device.h"
 #include "host/host.h"
 
@@ -25,7 +26,7 @@ public:
         auto* const window = gtk_application_window_new(mApplication.get());
         gtk_window_set_title(GTK_WINDOW(window), "kavio-wallet");
         gtk_window_set_default_size(GTK_WINDOW(window), 480, 320);
-        gtk_window_set_child(GTK_WINDOW(window), gtk_label_new("Pages of your card's issuer open here."));
+        gtk_window_set_child(GTK_WINDOW(window), gtk_label_new(tr("Pages of your card's issuer open here.").c_str()));
         gtk_window_present(GTK_WINDOW(window));
     }
 
@@ -52,7 +53,7 @@ private:
 
 std::unique_ptr<Host> makeWindowHost(const Options& options, std::string& reason) {
     if (gtk_init_check() == FALSE) {
-        reason = "there is no display";
+        reason = tr("there is no display");
         return nullptr;
     }
     return std::make_unique<WindowHost>(options);

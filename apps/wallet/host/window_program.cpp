@@ -1,3 +1,4 @@
+#include "command_line/translation.h"
 #include "host/host.h"
 
 #include <unistd.h>
@@ -29,7 +30,7 @@ std::unique_ptr<Host> makeWindowHost(const Options&, std::string& reason) {
     for (auto& argument : arguments) pointers.push_back(argument.data());
     pointers.push_back(nullptr);
     execv(program.c_str(), pointers.data());
-    reason = "this kavio-wallet cannot open windows: " + program.string() + " is missing";
+    reason = tr("this kavio-wallet cannot open windows: {} is missing", program.string());
     return nullptr;
 }
 

@@ -1,7 +1,10 @@
+#include "command_line/help.h"
 #include "command_line/numbers.h"
+#include "command_line/translation.h"
 #include "people/command.h"
 #include "people/machine_named.h"
 #include "people/money.h"
+#include "people/names.h"
 #include "people/payment.h"
 #include "people/text.h"
 #include "people/wallet_methods.h"
@@ -20,7 +23,7 @@ struct Wanted {
 };
 
 struct Purchase {
-    std::string machine;
+    MachineName machine;
     std::optional<std::string> amount;
     std::vector<Wanted> products;
     std::string method = "wallet";
@@ -33,7 +36,7 @@ Wanted wantedFrom(const std::string& text) {
     const auto quantity =
         colon == std::string::npos ? 1 : command_line::numberFrom<std::int64_t>(text.substr(colon + 1)).value_or(0);
     if (code && quantity > 0) return {*code, quantity};
-    throw CLI::ValidationError("--product", "'" + text + "' is not CODE or CODE:QUANTITY");
+    throw CLI::ValidationError("--product", tr("'{}' is not CODE or CODE:QUANTITY", text));
 }
 
 /// A machine is paid in the currency of its country, whatever the method.
@@ -43,36 +46,33 @@ Currency currencyFor(const PaymentMethod& method, const Machine& machine, const 
     if (currency)
         return currency->code == wallet.code ? wallet : *currency;  // with the decimals that the service gives
     if (method.type != PaymentMethod::PaymentType::CREDIT_CARD) return wallet;
-    throw Failure(ExitStatus::REFUSED,
-                  fmt::format("The currency of {} is unknown, so it cannot be paid with a card: use the "
-                              "wallet.",
-                              titleOf(machine)));
+    throw Failure(ExitStatus::REFUSED, tr("The currency of {} is unknown, so it cannot be paid with a card: use the "
+                                          "wallet.",
+                                          titleOf(machine)));
 }
 
 /// The total price of the wanted products, in the smallest unit of `currency`.
 std::int64_t costOf(Session& session, const std::vector<Wanted>& wanted, const Machine& machine,
                     const Currency& currency) {
-    const auto offered =
-        session.list<Products>("Asking for the prices", [&](Kavio& kavio) { kavio.getMachineProducts(machine.id); });
+    const auto offered = session.list<Products>(tr("Asking for the prices"),
+                                                [&](Kavio& kavio) { kavio.getMachineProducts(machine.id); });
     double cost = 0;
     for (const auto& item : wanted) {
         const auto found =
             std::ranges::find_if(offered, [&](const auto& product) { return product->codeInMap == item.code; });
         if (found != offered.end() && (*found)->vendOut)
-            throw Failure(ExitStatus::REFUSED,
-                          fmt::format("{} has sold out of product {}.", titleOf(machine), item.code));
+            throw Failure(ExitStatus::REFUSED, tr("{} has sold out of product {}.", titleOf(machine), item.code));
         const auto price = found == offered.end() ? std::nullopt : priceOf(**found);
         if (!price) {
-            throw Failure(ExitStatus::REFUSED,
-                          fmt::format("{} has no price for product {}: give an amount with --amount.", titleOf(machine),
-                                      item.code));
+            throw Failure(ExitStatus::REFUSED, tr("{} has no price for product {}: give an amount with --amount.",
+                                                  titleOf(machine), item.code));
         }
         cost += *price * static_cast<double>(item.quantity);
     }
     const auto digits = std::clamp<std::int64_t>(currency.digits, 0, 18);
     const auto units = smallestUnits(fmt::format("{:.{}f}", cost, static_cast<int>(digits)), digits);
     if (!units)
-        throw Failure(ExitStatus::REFUSED, "The total price of the products is not an amount that can be paid.");
+        throw Failure(ExitStatus::REFUSED, tr("The total price of the products is not an amount that can be paid."));
     return *units;
 }
 
@@ -82,19 +82,18 @@ std::int64_t amountOf(Session& session, const Purchase& purchase, const Machine&
     const bool isPrepaid = method.type == PaymentMethod::PaymentType::PREPAID;
     if (isPrepaid && purchase.amount)
         throw Failure(ExitStatus::USAGE,
-                      "--amount cannot be used with a prepaid card: the machine decides what to charge.");
+                      tr("--amount cannot be used with a prepaid card: the machine decides what to charge."));
     if (isPrepaid) return 0;
     if (purchase.amount) return unitsOf(*purchase.amount, currency);
     if (!purchase.products.empty()) return costOf(session, purchase.products, machine, currency);
-    throw Failure(ExitStatus::USAGE, "Give an amount with --amount, or choose what to buy with --product.");
+    throw Failure(ExitStatus::USAGE, tr("Give an amount with --amount, or choose what to buy with --product."));
 }
 
 std::vector<std::shared_ptr<const RemoteVendProduct>> productsOf(const Purchase& purchase, const Machine& machine) {
     if (!purchase.products.empty() && !machine.supportRemoteVend) {
-        throw Failure(
-            ExitStatus::REFUSED,
-            fmt::format("{} does not sell by product code: choose at the machine, and give an amount with --amount.",
-                        titleOf(machine)));
+        throw Failure(ExitStatus::REFUSED,
+                      tr("{} does not sell by product code: choose at the machine, and give an amount with --amount.",
+                         titleOf(machine)));
     }
     std::vector<std::shared_ptr<const RemoteVendProduct>> products;
     for (const auto& item : purchase.products) {
@@ -108,12 +107,11 @@ std::vector<std::shared_ptr<const RemoteVendProduct>> productsOf(const Purchase&
 void check(const Session& session, const Machine& machine, const PaymentMethod& method) {
     if (machine.kavioId == 0)
         throw Failure(ExitStatus::REFUSED,
-                      fmt::format("You cannot pay at {}: the service gives no number for it.", titleOf(machine)));
+                      tr("You cannot pay at {}: the service gives no number for it.", titleOf(machine)));
     if (!machine.isWalletAllowed && method.type == PaymentMethod::PaymentType::KAVIO)
         throw Failure(ExitStatus::REFUSED,
-                      fmt::format("{} does not take the wallet: choose a card with --pay.", titleOf(machine)));
-    if (!machine.machineStatus)
-        session.warn(fmt::format("{} is out of service, according to the service.", titleOf(machine)));
+                      tr("{} does not take the wallet: choose a card with --pay.", titleOf(machine)));
+    if (!machine.machineStatus) session.warn(tr("{} is out of service, according to the service.", titleOf(machine)));
 }
 
 /// What is to be paid, in smallest units of the currency.
@@ -128,12 +126,12 @@ struct Ending {
     std::string sentence;
 };
 
-/// "Paid 1.50 EUR", or just "Paid" if the service does not say how much.
-std::string paymentText(const Order& order, const Currency& expected) {
-    if (order.amount < 0) return "Paid";
+/// Such as "Paid 1.50 EUR at …", or just "Paid at …" if the service does not say how much.
+std::string paymentSentence(const Order& order, const Machine& machine, const Currency& expected) {
+    if (order.amount < 0) return tr("Paid at {}.", titleOf(machine));
     const auto told = order.currency.value_or("");
     const bool isOther = !told.empty() && told != expected.code;
-    return "Paid " + moneyText(order.amount, isOther ? currencyNamed(told) : expected);
+    return tr("Paid {} at {}.", moneyText(order.amount, isOther ? currencyNamed(told) : expected), titleOf(machine));
 }
 
 /// Whether the balance was known not to be enough. What a prepaid card pays is up to the machine.
@@ -145,51 +143,54 @@ bool isTooMuch(const Price& price, const PaymentMethod& method) {
 Ending endingOf(const Order& order, const Machine& machine, const Price& price, const PaymentMethod& method) {
     switch (order.status) {
         case Order::Status::COMPLETED:
-            return {ExitStatus::OK, fmt::format("{} at {}.", paymentText(order, price.currency), titleOf(machine))};
+            return {ExitStatus::OK, paymentSentence(order, machine, price.currency)};
         case Order::Status::FREE_TRANSACTION:
-            return {ExitStatus::OK, fmt::format("Served for free at {}.", titleOf(machine))};
+            return {ExitStatus::OK, tr("Served for free at {}.", titleOf(machine))};
         case Order::Status::CANCELED:
-            return {ExitStatus::FAILED, isTooMuch(price, method) ? "The order was canceled: the balance is too small."
-                                                                 : "The order was canceled."};
+            return {ExitStatus::FAILED, isTooMuch(price, method)
+                                            ? tr("The order was canceled: the balance is too small.")
+                                            : tr("The order was canceled.")};
         case Order::Status::TIMEOUT:
-            return {ExitStatus::TIMED_OUT, "The machine did not answer in time."};
+            return {ExitStatus::TIMED_OUT, tr("The machine did not answer in time.")};
         case Order::Status::INCOMPLETE:
-            return {ExitStatus::FAILED, "The order was not completed."};
+            return {ExitStatus::FAILED, tr("The order was not completed.")};
         case Order::Status::UNKNOWN:
         case Order::Status::CREATED:
         case Order::Status::AUTHORIZED:
             break;
     }
-    return {ExitStatus::FAILED,
-            fmt::format("The order has not ended yet: check `kavio-wallet order {}`.", printable(order.id))};
+    return {ExitStatus::FAILED, tr("The order has not ended yet: check `kavio-wallet order {}`.", printable(order.id))};
 }
 
 /// Why the order is no longer followed. It goes on, and must not be paid twice.
 Failure notFollowed(const Failure& failure, const Order& order) {
-    const auto why = failure.status == ExitStatus::NOT_LOGGED_IN
-                         ? "The session has ended, so the order is not followed any further: log in again, and"
-                         : "The order is taking too long to follow any further:";
+    const auto id = printable(order.id);
     return {failure.status,
-            fmt::format("{} check `kavio-wallet order {}` before you try again.", why, printable(order.id))};
+            failure.status == ExitStatus::NOT_LOGGED_IN
+                ? tr("The session has ended, so the order is not followed any further: log in again, and check "
+                     "`kavio-wallet order {}` before you try again.",
+                     id)
+                : tr("The order is taking too long to follow any further: check `kavio-wallet order {}` before you try "
+                     "again.",
+                     id)};
 }
 
 /// Follows the order to its end; throws `Failure` if none was placed, or if that is not certain.
 OrderReport place(Session& session, Payment& payment, UnsettledPayment purchase, const Session::Operation& operation) {
     OrderReport last;
     std::optional<Failure> failure;
-    payment.make("Waiting for the machine", std::move(purchase), operation, [&](const Report& report) {
+    payment.make(tr("Waiting for the machine"), std::move(purchase), operation, [&](const Report& report) {
         if (report.result->type != ResultType::SUCCESS) {
             failure = failureOf(*report.result);
             return;
         }
         last = std::get<OrderReport>(report.payload);
-        if (last) session.say(fmt::format("Order {}: {}", printable(last->id), words(name(last->status))));
+        if (last) session.say(statusSentence(*last));
     });
     if (failure && last) throw notFollowed(*failure, *last);
     if (failure) throw failure->withHint(payment.warning());
     if (last) return last;
-    throw Failure(ExitStatus::FAILED,
-                  fmt::format("The service did not say what happened to the order. {}", payment.warning()));
+    throw Failure(ExitStatus::FAILED, tr("The service did not say what happened to the order. {}", payment.warning()));
 }
 
 void buy(Session& session, Payment& payment, const Purchase& purchase) {
@@ -216,25 +217,29 @@ void buy(Session& session, Payment& payment, const Purchase& purchase) {
 }  // namespace
 
 Command buyCommand(CLI::App& program) {
-    auto* const line = program.add_subcommand("buy", "Pay at a machine, and follow the order until it ends");
+    auto* const line = program.add_subcommand("buy", tr("Pay at a machine, and follow the order until it ends"));
     const auto purchase = std::make_shared<Purchase>();
-    line->add_option("MACHINE", purchase->machine, "The machine's code, or the text of its QR code")->required();
-    line->add_option("--amount", purchase->amount, "Amount to pay, such as 1.50 (default: the price of the products)");
+    addMachineName(*line, purchase->machine);
+    line->add_option("--amount", purchase->amount,
+                     tr("Amount to pay, such as 1.50 (default: the price of the products)"));
     line->add_option_function<std::vector<std::string>>(
             "--product",
             [purchase](const std::vector<std::string>& products) {
                 std::ranges::transform(products, std::back_inserter(purchase->products), wantedFrom);
             },
-            "Product to buy, with its code from `products`; may be repeated")
+            tr("Product to buy, with its code from `products`; may be repeated"))
         ->type_name("CODE[:QUANTITY]")
         ->expected(1)
         ->allow_extra_args(false)
         ->take_all();
     line->add_option("--pay", purchase->method,
-                     "Pay with wallet, card:ID or prepaid:ID, as listed by `methods` (default: wallet)")
+                     tr("Pay with wallet, card:ID or prepaid:ID, as listed by `methods` (default: wallet)"))
         ->check(checkMethodName);
+    command_line::addExamples(*line,
+                              {"42100107 --amount 1.50", "42100107 --product 11 --product 12:2",
+                               "42100107 --product 11 --pay prepaid:7000000003", "--qr photo.jpg --amount 1.50"});
     return {line, [purchase](Session& session) {
-                pay(session, "The order may have been placed",
+                pay(session, tr("The order may have been placed"),
                     [&](Payment& payment) { buy(session, payment, *purchase); });
             }};
 }

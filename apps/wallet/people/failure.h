@@ -30,6 +30,11 @@ struct Failure : std::runtime_error {
     /// Whether it may have been done anyway.
     bool leavesOpen = false;
 
+    /// Why the library says that it failed; `NONE` if the command itself gave up.
+    Cause cause = Cause::NONE;
+
+    /// The sentence instead, if that was the cause.
+    Failure saying(Cause why, const std::string& sentence) const;
     /// The same, followed by the hint if it may have been done anyway.
     Failure withHint(std::string_view hint) const;
 };

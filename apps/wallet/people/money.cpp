@@ -1,8 +1,12 @@
 #include "money.h"
 
+#include "command_line/translation.h"
+#include "people/language.h"
 #include "people/text.h"
 
 #include <fmt/format.h>
+#include <unicode/dcfmtsym.h>
+#include <unicode/numberformatter.h>
 #include <unicode/ucurr.h>
 #include <unicode/unistr.h>
 
@@ -20,6 +24,43 @@ namespace {
 /// What the service sends must not decide how long a text gets.
 std::size_t sensible(std::int64_t digits) {
     return static_cast<std::size_t>(std::clamp<std::int64_t>(digits, 0, std::numeric_limits<std::int64_t>::digits10));
+}
+
+icu::Locale locale() { return icu::Locale(customs().amounts.c_str()); }
+
+/// A decimal number such as "-12.50", as people write it.
+std::string numberText(const std::string& number) {
+    const auto decimals = number.size() - 1 - std::min(number.find('.'), number.size() - 1);
+    auto problem = U_ZERO_ERROR;
+    const auto text = icu::number::NumberFormatter::withLocale(locale())
+                          .precision(icu::number::Precision::fixedFraction(static_cast<std::int32_t>(decimals)))
+                          .formatDecimal(number, problem)
+                          .toString(problem);
+    return U_SUCCESS(problem) ? withoutMarks(text) : number;
+}
+
+/// What separates the decimals, or groups of digits, in the person's own notation.
+std::string separator(icu::DecimalFormatSymbols::ENumberFormatSymbol symbol) {
+    auto problem = U_ZERO_ERROR;
+    const icu::DecimalFormatSymbols symbols{locale(), problem};
+    std::string text;
+    return U_SUCCESS(problem) ? symbols.getSymbol(symbol).toUTF8String(text) : ".";
+}
+
+/// An amount with a point before its decimals, as programs write it; empty if the text could mean something else.
+std::string withPoint(std::string_view amount) {
+    auto text = withAsciiDigits(amount);
+    const auto own = separator(icu::DecimalFormatSymbols::kDecimalSeparatorSymbol);
+    const auto at = text.find(own);
+    const auto point = text.find('.');
+    if (own == "." || at == std::string::npos) {
+        // Where points stand between thousands, 1.500 would be read in two ways.
+        const bool isThousand = own != "." && point != std::string::npos && text.size() - point == 4 &&
+                                separator(icu::DecimalFormatSymbols::kGroupingSeparatorSymbol) == ".";
+        return isThousand ? std::string{} : text;
+    }
+    if (point != std::string::npos) return {};
+    return text.replace(at, own.size(), ".");
 }
 
 }  // namespace
@@ -53,18 +94,19 @@ std::string moneyText(std::int64_t amount, const Currency& currency) {
         fmt::format("{:0{}}", isNegative ? 0 - static_cast<std::uint64_t>(amount) : static_cast<std::uint64_t>(amount),
                     decimals + 1);
     if (decimals > 0) text.insert(text.size() - decimals, ".");
-    return fmt::format("{}{} {}", isNegative ? "-" : "", text, printable(currency.code));
+    return fmt::format("{} {}", numberText((isNegative ? "-" : "") + text), printable(currency.code));
 }
 
 std::string moneyText(std::int64_t amount, const std::optional<std::string>& currency) {
     const bool isKnown = currency && !currency->empty();
-    return isKnown ? moneyText(amount, currencyNamed(*currency)) : fmt::format("{} smallest units", amount);
+    return isKnown ? moneyText(amount, currencyNamed(*currency)) : tr("{} smallest units", amount);
 }
 
-std::optional<std::int64_t> smallestUnits(std::string_view text, std::int64_t digits) {
+std::optional<std::int64_t> smallestUnits(std::string_view amount, std::int64_t digits) {
+    const auto text = withPoint(amount);
     const auto decimals = sensible(digits);
     const auto point = std::min(text.find('.'), text.size());
-    std::string number{text.substr(0, point)};
+    auto number = text.substr(0, point);
     const auto fraction = text.substr(std::min(point + 1, text.size()));
     if (number.empty() || fraction.size() > decimals || text.ends_with('.')) return std::nullopt;
     number.append(fraction).append(decimals - fraction.size(), '0');
@@ -97,8 +139,9 @@ std::optional<double> priceOf(const Product& product) {
 std::string priceText(const Product& product, const std::optional<Currency>& currency) {
     const auto price = priceOf(product);
     if (!price) return {};
-    return currency ? fmt::format("{:.{}f} {}", *price, static_cast<int>(currency->digits), currency->code)
-                    : fmt::format("{:.2f}", *price);
+    const auto digits = currency ? static_cast<int>(currency->digits) : 2;
+    const auto number = numberText(fmt::format("{:.{}f}", *price, digits));
+    return currency ? fmt::format("{} {}", number, currency->code) : number;
 }
 
 }  // namespace kavio::wallet

@@ -20,15 +20,15 @@ Currency currencyNamed(const std::string& code);
 /// The currency of a country, given by its ISO code; absent if it is unknown.
 std::optional<Currency> currencyOfCountry(const std::string& country);
 
-/// Writes an amount of smallest units, such as "12.50 EUR".
+/// Writes an amount of smallest units, such as "12.50 EUR", or "12,50 EUR" where that is the custom.
 std::string moneyText(std::int64_t amount, const Currency& currency);
 
 /// The same for an amount whose currency may not be known: then its decimals are not known either.
 std::string moneyText(std::int64_t amount, const std::optional<std::string>& currency);
 
-/// Reads an amount as people write it, such as "12.50" or "12", in smallest units; absent for any other text, for more
-/// decimals than the currency has, and for zero or less.
-std::optional<std::int64_t> smallestUnits(std::string_view text, std::int64_t digits);
+/// Reads an amount as people write it, such as "12.50" or "12", or "12,50" where that is the custom, in smallest units;
+/// absent for any other text, for more decimals than the currency has, and for zero or less.
+std::optional<std::int64_t> smallestUnits(std::string_view amount, std::int64_t digits);
 
 /// The number of whole units that `Kavio::deposit` turns into exactly `amount` smallest units; absent for some amounts
 /// in the quadrillions, for which there is none.

@@ -1,7 +1,10 @@
+#include "command_line/help.h"
 #include "command_line/numbers.h"
+#include "command_line/translation.h"
 #include "driver/dates.h"
 #include "people/command.h"
 #include "people/money.h"
+#include "people/names.h"
 #include "people/text.h"
 #include "people/wallet_methods.h"
 
@@ -33,22 +36,22 @@ template <class Ask>
 void show(Session& session, Ask ask) {
     const auto asked = Platform::current().clock->now();
     const Orders orders = ask();
-    Table table{{{"ORDER", NUMBER},
-                 {"DATE", EXACT},
-                 {"TYPE"},
-                 {"STATUS", EXACT},
-                 {"PAID WITH"},
-                 {"AMOUNT", NUMBER},
-                 {"ITEMS", NUMBER},
-                 {"BALANCE", NUMBER}}};
+    Table table{{{tr("ORDER"), NUMBER},
+                 {tr("DATE"), EXACT},
+                 {tr("TYPE"), PROSE, 3},
+                 {tr("STATUS"), EXACT, 1},
+                 {tr("PAID WITH"), PROSE, 2},
+                 {tr("AMOUNT"), NUMBER},
+                 {tr("ITEMS"), NUMBER, 5},
+                 {tr("BALANCE"), NUMBER, 4}}};
     for (const auto& order : orders) {
         // The library gives the current time for a date that it cannot read, and an order is older than that.
         const auto date = order->date < asked ? localTime(order->date) : std::string{};
-        table.add({order->id, date, order->type, words(name(order->status)), order->paymentSource,
-                   amountText(order->amount, *order), fmt::to_string(order->itemsCount),
-                   amountText(order->endingBalance, *order)});
+        table.add({order->id, date, orderTypeName(order->type), statusName(order->status),
+                   paymentSourceName(order->paymentSource), amountText(order->amount, *order),
+                   fmt::to_string(order->itemsCount), amountText(order->endingBalance, *order)});
     }
-    session.show(table, "There are no orders.");
+    session.show(table, tr("There are no orders."));
 }
 
 struct Search {
@@ -65,7 +68,7 @@ struct Search {
 Date dateOf(const std::string& text) {
     if (const auto date = driver::dateFromIso(text)) return *date;
     if (const auto date = dateFromLocalTime(text); date && driver::isoText(*date)) return *date;
-    throw Failure(ExitStatus::USAGE, fmt::format("'{}' is not a date such as 2024-03-05.", text));
+    throw Failure(ExitStatus::USAGE, tr("'{}' is not a date such as {}.", text, "2024-03-05"));
 }
 
 void list(Session& session, Search search) {
@@ -80,43 +83,53 @@ void list(Session& session, Search search) {
                                                .transactionsBefore = before,
                                            });
     show(session, [&] {
-        return session.list<Orders>("Asking for your orders", [&](Kavio& kavio) { kavio.getTransactions(filter); });
+        return session.list<Orders>(tr("Asking for your orders"), [&](Kavio& kavio) { kavio.getTransactions(filter); });
     });
+}
+
+OrderReport orderNumbered(Session& session, const std::string& id) {
+    try {
+        return session.fetch<OrderReport>(
+            tr("Looking up the order"), [&](Kavio& kavio) { kavio.getOrder(id); }, WhenClockIsWrong::TRY_AGAIN);
+    } catch (const Failure& failure) {
+        throw failure.saying(
+            Cause::INVALID_INPUT,
+            tr("'{}' is not the number of an order: `kavio-wallet transactions` lists yours.", printable(id)));
+    }
 }
 
 }  // namespace
 
 Command orderCommand(CLI::App& program) {
-    auto* const line = program.add_subcommand("order", "Look up one order");
+    auto* const line = program.add_subcommand("order", tr("Look up one order"));
     const auto id = std::make_shared<std::string>();
-    line->add_option("ID", *id, "The order's number")->required();
+    line->add_option("ID", *id, tr("The order's number"))->required();
     return {line, [id](Session& session) {
                 show(session, [&]() -> Orders {
-                    const auto order = session.fetch<OrderReport>(
-                        "Looking up the order", [&](Kavio& kavio) { kavio.getOrder(*id); },
-                        WhenClockIsWrong::TRY_AGAIN);
-                    if (!order) throw Failure(ExitStatus::FAILED, "The service did not send the order.");
+                    const auto order = orderNumbered(session, *id);
+                    if (!order) throw Failure(ExitStatus::FAILED, tr("The service did not send the order."));
                     return {order};
                 });
             }};
 }
 
 Command transactionsCommand(CLI::App& program) {
-    auto* const line = program.add_subcommand("transactions", "List your past orders");
+    auto* const line = program.add_subcommand("transactions", tr("List your past orders"));
     const auto search = std::make_shared<Search>();
     line->add_option("--machine", search->machineId,
-                     "Only orders at this machine, by its number in the ID column of `machines`")
+                     tr("Only orders at this machine, by its number in the ID column of `machines`"))
         ->transform(command_line::wholeNumber());
     line->add_option("--method", search->method,
-                     "Only orders paid with wallet, card:ID or prepaid:ID; an ID alone works too")
+                     tr("Only orders paid with wallet, card:ID or prepaid:ID; an ID alone works too"))
         ->check(checkMethodNameOrId);
     line->add_option_function<std::string>(
             "--type", [search](const std::string& type) { search->type = paymentTypes.at(type); },
-            "Only orders paid with wallet, card, paypal or prepaid")
+            tr("Only orders paid with wallet, card, paypal or prepaid"))
         ->check(CLI::IsMember(paymentTypes));
-    line->add_option("--limit", search->limit, "Maximum number of orders")->transform(command_line::listLength());
+    line->add_option("--limit", search->limit, tr("Maximum number of orders"))->transform(command_line::listLength());
     line->add_option("--before", search->before,
-                     "Only orders before this date in your time zone, such as \"2024-03-05 14:07\" or 2024-03-05");
+                     tr("Only orders before this date in your time zone, such as \"2024-03-05 14:07\" or 2024-03-05"));
+    command_line::addExamples(*line, {"--limit 10", "--type prepaid --before 2024-03-05"});
     return {line, [search](Session& session) { list(session, *search); }};
 }
 

@@ -1,5 +1,6 @@
 #include "payment.h"
 
+#include "command_line/translation.h"
 #include "people/interruption.h"
 #include "people/text.h"
 
@@ -45,7 +46,7 @@ void Payment::make(std::string what, UnsettledPayment payment, const Session::Op
 std::string Payment::warning() const {
     const auto payment = writtenDown();
     const auto command = payment ? "settle " + payment->id : "transactions";
-    return fmt::format("{}: find out with `kavio-wallet {}` before you pay again.", mDoubt, printable(command));
+    return tr("{}: find out with `kavio-wallet {}` before you pay again.", mDoubt, printable(command));
 }
 
 Failure Payment::leave() {
@@ -58,10 +59,10 @@ Failure Payment::leave() {
     const auto orderId = printable(latest && latest->orderId ? *latest->orderId : mOrderId);
     const auto sentence = [&]() -> std::string {
         if (!orderId.empty()) {
-            return after ? fmt::format("Order {0} goes on: `kavio-wallet order {0}` shows what becomes of it.", orderId)
-                         : fmt::format("Order {0} is over: `kavio-wallet order {0}` shows how it ended.", orderId);
+            return after ? tr("Order {0} goes on: `kavio-wallet order {0}` shows what becomes of it.", orderId)
+                         : tr("Order {0} is over: `kavio-wallet order {0}` shows how it ended.", orderId);
         }
-        return mPayment && !isGivenUp ? warning() : "Nothing was sent, so nothing was paid.";
+        return mPayment && !isGivenUp ? warning() : tr("Nothing was sent, so nothing was paid.");
     };
     return {ExitStatus::INTERRUPTED, sentence()};
 }
@@ -87,8 +88,8 @@ void pay(Session& session, std::string doubt, const std::function<void(Payment&)
 std::string unsettledSentence(const Session& session) {
     const auto count = session.unsettled().size();
     if (count == 0) return {};
-    return fmt::format("{} not known to be over: see `kavio-wallet unsettled`.",
-                       count == 1 ? "One payment is" : fmt::format("{} payments are", count));
+    return trn("One payment is not known to be over: see `kavio-wallet unsettled`.",
+               "{} payments are not known to be over: see `kavio-wallet unsettled`.", count, count);
 }
 
 }  // namespace kavio::wallet

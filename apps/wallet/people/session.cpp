@@ -1,5 +1,6 @@
 #include "session.h"
 
+#include "command_line/columns.h"
 #include "host/output.h"
 #include "people/interruption.h"
 #include "people/terminal.h"
@@ -51,7 +52,7 @@ void Session::say(std::string_view sentence) const {
 
 void Session::show(const Table& table, std::string_view whenEmpty) const {
     if (table.isEmpty()) return say(whenEmpty);
-    if (!mIsJson) writeText(stdout, table.text(outputWidth()));
+    if (!mIsJson) writeText(stdout, table.text(command_line::outputWidth()));
 }
 
 void Session::answer(std::string_view question, const driver::Json& value) const {

@@ -1,5 +1,6 @@
 #include "table.h"
 
+#include "command_line/columns.h"
 #include "people/text.h"
 
 #include <algorithm>
@@ -10,8 +11,20 @@ namespace kavio::wallet {
 
 namespace {
 
+using command_line::columnsOf;
+using command_line::cutTo;
+
 constexpr std::size_t gap = 2;
-constexpr std::size_t narrowest = 4;
+/// Prose that is cut further says nothing.
+constexpr std::size_t narrowest = 8;
+
+template <class Shown>
+std::size_t totalOf(const std::vector<Shown>& columns) {
+    return std::accumulate(columns.begin(), columns.end(), gap * (columns.size() - 1),
+                           [](std::size_t sum, const Shown& column) { return sum + column.width; });
+}
+
+std::string blanks(std::size_t count) { return std::string(count, ' '); }
 
 }  // namespace
 
@@ -24,15 +37,45 @@ void Table::add(std::vector<std::string> cells) {
 }
 
 std::string Table::text(std::optional<std::size_t> width) const {
-    const auto columnWidths = widths(width);
+    const auto columns = shown(width);
+    return width && totalOf(columns) > *width ? paragraphs() : lines(columns);
+}
+
+Table::Shown Table::inFull(std::size_t index) const {
+    auto width = columnsOf(mColumns[index].heading);
+    for (const auto& row : mRows) width = std::max(width, columnsOf(row[index]));
+    return {index, width};
+}
+
+std::vector<Table::Shown> Table::shown(std::optional<std::size_t> limit) const {
+    std::vector<Shown> columns;
+    for (std::size_t i = 0; i < mColumns.size(); ++i) columns.push_back(inFull(i));
+    const auto isTooWide = [&] { return limit && totalOf(columns) > *limit; };
+    while (isTooWide()) {
+        const auto least =
+            std::ranges::max_element(columns, {}, [&](const Shown& one) { return mColumns[one.index].expendable; });
+        if (mColumns[least->index].expendable == 0) break;
+        columns.erase(least);
+    }
+    while (isTooWide()) {
+        const auto widest = std::ranges::max_element(columns, {}, [&](const Shown& one) {
+            return mColumns[one.index].kind == Column::Kind::PROSE ? one.width : 0;
+        });
+        if (mColumns[widest->index].kind != Column::Kind::PROSE || widest->width <= narrowest) break;
+        --widest->width;
+    }
+    return columns;
+}
+
+std::string Table::lines(const std::vector<Shown>& columns) const {
     std::string result;
     const auto addLine = [&](const auto& cellOf) {
         std::string line;
-        for (std::size_t i = 0; i < mColumns.size(); ++i) {
-            const auto cell = cutTo(columnWidths[i], cellOf(i));
-            const std::string padding(columnWidths[i] - columnsOf(cell), ' ');
-            line += mColumns[i].kind == Column::Kind::NUMBER ? padding + cell : cell + padding;
-            line.append(gap, ' ');
+        for (const auto& [index, width] : columns) {
+            const auto cell = cutTo(width, cellOf(index));
+            const auto padding = blanks(width - columnsOf(cell));
+            line += mColumns[index].kind == Column::Kind::NUMBER ? padding + cell : cell + padding;
+            line += blanks(gap);
         }
         line.erase(line.find_last_not_of(' ') + 1);
         result += line + '\n';
@@ -42,21 +85,18 @@ std::string Table::text(std::optional<std::size_t> width) const {
     return result;
 }
 
-std::vector<std::size_t> Table::widths(std::optional<std::size_t> limit) const {
-    std::vector<std::size_t> result;
-    for (std::size_t i = 0; i < mColumns.size(); ++i) {
-        auto widest = columnsOf(mColumns[i].heading);
-        for (const auto& row : mRows) widest = std::max(widest, columnsOf(row[i]));
-        result.push_back(widest);
-    }
-    const auto total = [&] { return std::accumulate(result.begin(), result.end(), gap * (result.size() - 1)); };
-    const auto widthToCut = [&](const Column& column) {
-        return column.kind == Column::Kind::PROSE ? result[static_cast<std::size_t>(&column - mColumns.data())] : 0;
-    };
-    while (limit && total() > *limit) {
-        const auto widest = std::ranges::max_element(mColumns, {}, widthToCut);
-        if (widthToCut(*widest) <= narrowest) break;  // a terminal that narrow wraps the lines
-        --result[static_cast<std::size_t>(widest - mColumns.begin())];
+std::string Table::paragraphs() const {
+    std::size_t longest = 0;
+    for (const auto& column : mColumns) longest = std::max(longest, columnsOf(column.heading));
+    std::string result;
+    for (const auto& row : mRows) {
+        if (!result.empty()) result += '\n';
+        result += row.front() + '\n';
+        for (std::size_t i = 1; i < row.size(); ++i) {
+            if (row[i].empty()) continue;
+            const auto& heading = mColumns[i].heading;
+            result += blanks(gap) + heading + blanks(longest - columnsOf(heading) + gap) + row[i] + '\n';
+        }
     }
     return result;
 }

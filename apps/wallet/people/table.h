@@ -14,6 +14,8 @@ struct Column {
     };
     std::string heading;
     Kind kind = Kind::PROSE;
+    /// Where a table is too wide, the column with the greatest number is left out first, and one with 0 never.
+    int expendable = 0;
 };
 
 /// Rows under headings, as text for a terminal. Cells are made printable.
@@ -25,11 +27,21 @@ public:
     void add(std::vector<std::string> cells);
     bool isEmpty() const { return mRows.empty(); }
 
-    /// One line per row. If there is a `width`, prose is cut to fit it, the widest column first.
+    /// One line per row. To fit a `width`, columns are left out; if that is not enough, prose is cut, the widest column
+    /// first; and if even that is not enough, each row becomes a paragraph with one line per cell.
     std::string text(std::optional<std::size_t> width) const;
 
 private:
-    std::vector<std::size_t> widths(std::optional<std::size_t> limit) const;
+    /// A column that is shown.
+    struct Shown {
+        std::size_t index;
+        std::size_t width;
+    };
+
+    Shown inFull(std::size_t index) const;
+    std::vector<Shown> shown(std::optional<std::size_t> limit) const;
+    std::string lines(const std::vector<Shown>& columns) const;
+    std::string paragraphs() const;
 
     std::vector<Column> mColumns;
     std::vector<std::vector<std::string>> mRows;

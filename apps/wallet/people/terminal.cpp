@@ -4,7 +4,6 @@
 #include "host/output.h"
 
 #include <fmt/format.h>
-#include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -59,14 +58,6 @@ std::optional<std::string> nextLine() {
 }
 
 }  // namespace
-
-std::optional<std::size_t> outputWidth() {
-    winsize size{};
-    if (isatty(STDOUT_FILENO) == 0 || ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) {
-        return std::nullopt;
-    }
-    return size.ws_col;
-}
 
 bool isInputTerminal() { return isatty(STDIN_FILENO) != 0; }
 

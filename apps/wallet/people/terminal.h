@@ -7,9 +7,6 @@
 
 namespace kavio::wallet {
 
-/// The width of standard output; absent if it is not a terminal.
-std::optional<std::size_t> outputWidth();
-
 bool isInputTerminal();
 
 /// Whether the terminal shows what is typed.

@@ -1,19 +1,36 @@
 #include "text.h"
 
+#include "people/language.h"
+
 #include <kavio/platform/platform.h>
 
+#include <unicode/dtptngen.h>
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
 
-#include <algorithm>
-#include <cctype>
+#include <memory>
 
 namespace kavio::wallet {
 
 namespace {
 
-const DateFormat localMinute{"yyyy-MM-dd HH:mm", "en_US_POSIX", std::nullopt};
-const DateFormat localDay{"yyyy-MM-dd", "en_US_POSIX", std::nullopt};
+const DateFormat isoMinute{"yyyy-MM-dd HH:mm", "en_US_POSIX", std::nullopt};
+const DateFormat isoDay{"yyyy-MM-dd", "en_US_POSIX", std::nullopt};
+
+/// As people write dates with these fields; absent where that is not known.
+std::optional<DateFormat> ownFormat(const char* fields) {
+    if (customs().dates == isoMinute.locale) return std::nullopt;
+    auto problem = U_ZERO_ERROR;
+    const std::unique_ptr<icu::DateTimePatternGenerator> patterns{
+        icu::DateTimePatternGenerator::createInstance(icu::Locale(customs().dates.c_str()), problem)};
+    if (U_FAILURE(problem)) return std::nullopt;
+    auto pattern = patterns->getBestPattern(fields, problem);
+    if (U_FAILURE(problem)) return std::nullopt;
+    return DateFormat{withoutMarks(pattern.findAndReplace(u"\u202f", u" ")), customs().dates, std::nullopt};
+}
+
+std::optional<DateFormat> ownMinute() { return ownFormat("yMMddjjmm"); }
+std::optional<DateFormat> ownDay() { return ownFormat("yMMdd"); }
 
 /// Calls `visit` with each code point of the text; U+FFFD stands for bytes that are not UTF-8.
 template <class Visit>
@@ -23,12 +40,6 @@ void forEachCodePoint(std::string_view text, Visit visit) {
 }
 
 void append(std::string& text, UChar32 codePoint) { icu::UnicodeString(codePoint).toUTF8String(text); }
-
-std::size_t columnsOf(UChar32 codePoint) {
-    if (U_GET_GC_MASK(codePoint) & (U_GC_MN_MASK | U_GC_ME_MASK | U_GC_CF_MASK)) return 0;
-    const auto width = u_getIntPropertyValue(codePoint, UCHAR_EAST_ASIAN_WIDTH);
-    return width == U_EA_WIDE || width == U_EA_FULLWIDTH ? 2 : 1;
-}
 
 }  // namespace
 
@@ -42,42 +53,38 @@ std::string printable(std::string_view text) {
     return result;
 }
 
-std::size_t columnsOf(std::string_view text) {
-    std::size_t columns = 0;
-    forEachCodePoint(text, [&](UChar32 codePoint) { columns += columnsOf(codePoint); });
-    return columns;
-}
-
-std::string cutTo(std::size_t columns, std::string_view text) {
-    if (columnsOf(text) <= columns) return std::string{text};
+std::string withAsciiDigits(std::string_view text) {
     std::string result;
-    std::size_t used = 1;  // the "…"
-    bool isFull = columns == 0;
     forEachCodePoint(text, [&](UChar32 codePoint) {
-        used += columnsOf(codePoint);
-        isFull = isFull || used > columns;
-        if (!isFull) append(result, codePoint);
-    });
-    return columns == 0 ? result : result + "…";
-}
-
-std::string words(std::string_view enumerator) {
-    std::string result{enumerator};
-    std::ranges::transform(result, result.begin(), [](unsigned char letter) {
-        return letter == '_' ? ' ' : static_cast<char>(std::tolower(letter));
+        const auto digit = u_charDigitValue(codePoint);
+        append(result, digit < 0 ? codePoint : '0' + digit);
     });
     return result;
 }
 
-std::string localTime(Date date) { return Platform::current().dateFormatter->format(localMinute, date); }
+std::string withoutMarks(const icu::UnicodeString& text) {
+    icu::UnicodeString plain;
+    for (std::int32_t i = 0; i < text.length(); i = text.moveIndex32(i, 1)) {
+        if ((U_GET_GC_MASK(text.char32At(i)) & U_GC_CF_MASK) == 0) plain += text.char32At(i);
+    }
+    std::string result;
+    return plain.toUTF8String(result);
+}
+
+std::string localTime(Date date) {
+    return Platform::current().dateFormatter->format(ownMinute().value_or(isoMinute), date);
+}
 
 std::optional<Date> dateFromLocalTime(const std::string& text) {
     const auto& formatter = *Platform::current().dateFormatter;
     // Where clocks go forward at midnight, the day begins at one o'clock.
-    for (const auto& [format, whole] :
-         {std::pair{localMinute, text}, {localDay, text}, {localMinute, text + " 01:00"}}) {
-        const auto date = formatter.parse(format, whole);
-        if (date && formatter.format(format, *date) == whole) return date;
+    for (const auto& [format, whole] : {std::pair{std::optional{isoMinute}, text},
+                                        {std::optional{isoDay}, text},
+                                        {std::optional{isoMinute}, text + " 01:00"},
+                                        {ownMinute(), text},
+                                        {ownDay(), text}}) {
+        const auto date = format ? formatter.parse(*format, whole) : std::nullopt;
+        if (date && formatter.format(*format, *date) == whole) return date;
     }
     return std::nullopt;
 }

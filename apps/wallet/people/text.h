@@ -2,6 +2,8 @@
 
 #include <kavio/date.h>
 
+#include <unicode/unistr.h>
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -11,16 +13,16 @@ namespace kavio::wallet {
 /// The text without anything that a terminal would interpret: what the service sends is shown, never executed.
 std::string printable(std::string_view text);
 
-/// How many columns the text takes on a terminal.
-std::size_t columnsOf(std::string_view text);
-/// Cuts the text to at most `columns`, and marks a cut with "…".
-std::string cutTo(std::size_t columns, std::string_view text);
+/// The text with the digits of any script, such as those of a Japanese or an Arabic keyboard, as 0 to 9.
+std::string withAsciiDigits(std::string_view text);
 
-/// The name of an enumerator as words: "HOT_DRINKS" as "hot drinks".
-std::string words(std::string_view enumerator);
-/// To the minute, in the user's own time zone.
+/// Without marks that turn the direction of the text, which a table's columns would not survive.
+std::string withoutMarks(const icu::UnicodeString& text);
+
+/// To the minute, in the user's own time zone and notation, such as "2024-03-05 14:07".
 std::string localTime(Date date);
-/// Reads such a text, or a day, which begins at midnight; absent for any other text.
+/// Reads such a text, or a day, which begins at midnight; "2024-03-05 14:07" is read everywhere. Absent for any other
+/// text.
 std::optional<Date> dateFromLocalTime(const std::string& text);
 
 }  // namespace kavio::wallet

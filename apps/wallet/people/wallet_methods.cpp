@@ -1,5 +1,6 @@
 #include "wallet_methods.h"
 
+#include "command_line/translation.h"
 #include "people/interruption.h"
 #include "people/text.h"
 
@@ -16,19 +17,19 @@ constexpr std::string_view prepaidPrefix = "prepaid:";
 }  // namespace
 
 WalletMethods::WalletMethods(Session& session)
-    : mMethods(session.list<PaymentMethods>("Asking for your payment methods",
+    : mMethods(session.list<PaymentMethods>(tr("Asking for your payment methods"),
                                             [](Kavio& kavio) { kavio.getPaymentMethods(); })) {}
 
 std::shared_ptr<const PaymentMethod> WalletMethods::named(const std::string& name) const {
     const auto found = std::ranges::find_if(mMethods, [&](const auto& method) { return nameOf(*method) == name; });
     if (found != mMethods.end()) return *found;
     throw Failure(ExitStatus::REFUSED,
-                  fmt::format("You have no {}. `kavio-wallet methods` lists what you have.", printable(name)));
+                  tr("You have no {}. `kavio-wallet methods` lists what you have.", printable(name)));
 }
 
 std::shared_ptr<const DepositCard> WalletMethods::depositNamed(const std::string& name) const {
     if (auto card = std::dynamic_pointer_cast<const DepositCard>(named(name))) return card;
-    throw Failure(ExitStatus::REFUSED, fmt::format("Money cannot be added to {}.", printable(name)));
+    throw Failure(ExitStatus::REFUSED, tr("Money cannot be added to {}.", printable(name)));
 }
 
 std::shared_ptr<const DepositCard> WalletMethods::wallet() const { return depositNamed(std::string{walletName}); }
@@ -36,7 +37,7 @@ std::shared_ptr<const DepositCard> WalletMethods::wallet() const { return deposi
 std::string checkMethodName(const std::string& name) {
     const bool isName = name == walletName || (name.starts_with(cardPrefix) && name.size() > cardPrefix.size()) ||
                         (name.starts_with(prepaidPrefix) && name.size() > prepaidPrefix.size());
-    return isName ? std::string{} : fmt::format("'{}' is not wallet, card:ID or prepaid:ID", name);
+    return isName ? std::string{} : tr("'{}' is not wallet, card:ID or prepaid:ID", name);
 }
 
 std::string checkMethodNameOrId(const std::string& text) {
@@ -52,10 +53,11 @@ std::string nameOf(const PaymentMethod& method) {
         case PaymentMethod::PaymentType::PREPAID:
             return fmt::format("{}{}", prepaidPrefix, method.id);
         case PaymentMethod::PaymentType::PAYPAL:
+            return fmt::format("paypal:{}", method.id);
         case PaymentMethod::PaymentType::UNKNOWN:
             break;
     }
-    return fmt::format("{}:{}", words(name(method.type)), method.id);
+    return fmt::format("unknown:{}", method.id);
 }
 
 std::string idOf(Session& session, const std::string& nameOrId) {
@@ -77,18 +79,18 @@ std::string balanceText(const DepositCard& card) { return moneyText(card.balance
 void showBalance(Session& session, const std::string& method) {
     try {
         const auto card = std::dynamic_pointer_cast<const DepositCard>(WalletMethods{session}.named(method));
-        if (card) session.say(fmt::format("New balance: {}", balanceText(*card)));
+        if (card) session.say(tr("New balance: {}", balanceText(*card)));
     } catch (const Failure& failure) {
-        session.warn(fmt::format("The new balance is unknown. {}", failure.what()));
+        session.warn(tr("The new balance is unknown. {}", failure.what()));
     } catch (const Interrupted&) {
-        session.warn("The new balance is unknown.");
+        session.warn(tr("The new balance is unknown."));
     }
 }
 
 std::int64_t unitsOf(const std::string& amount, const Currency& currency) {
     if (const auto units = smallestUnits(amount, currency.digits)) return *units;
     throw Failure(ExitStatus::REFUSED,
-                  fmt::format("'{}' is not an amount such as {}.", printable(amount), moneyText(1250, currency)));
+                  tr("'{}' is not an amount such as {}.", printable(amount), moneyText(1250, currency)));
 }
 
 }  // namespace kavio::wallet

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <kavio/machine.h>
+#include <kavio/order.h>
+
+#include <string>
+
+namespace kavio::wallet {
+
+// What the service's codes are called, in the person's language. A code that this version does not know is shown as it
+// is.
+
+/// In a word or two, such as "completed", for tables.
+std::string statusName(Order::Status status);
+/// As a sentence about the order.
+std::string statusSentence(const Order& order);
+/// Such as "purchase".
+std::string orderTypeName(const std::string& code);
+/// Such as "credit card".
+std::string paymentSourceName(const std::string& code);
+/// Such as "hot drinks".
+std::string machineTypeName(Machine::MachineType type);
+
+}  // namespace kavio::wallet
