@@ -5,6 +5,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <fstream>
+
 namespace kavio::wallet {
 
 namespace {
@@ -12,6 +14,11 @@ namespace {
 /// Empty for "HOST:PORT", otherwise what is wrong.
 std::string checkAddress(const std::string& address) {
     return driver::isAddress(address) ? std::string{} : tr("'{}' is not HOST:PORT", address);
+}
+
+/// Empty for a file that can be written to, or made.
+std::string checkWritable(const std::string& file) {
+    return std::ofstream(file, std::ios::app) ? std::string{} : tr("{} cannot be written to", file);
 }
 
 Kavio::EnvironmentType required(const std::string& name) {
@@ -45,6 +52,11 @@ void addOptions(CLI::App& commandLine, Options& options) {
                     tr("PEM file of certificate authorities to trust instead of the system's"))
         ->type_name("FILE")
         ->check(CLI::Validator(CLI::ExistingFile).description(""));
+    commandLine
+        .add_option("--request-log", options.requestLog,
+                    tr("Add each request and reply to this file, without secrets, for a bug report"))
+        ->type_name("FILE")
+        ->check(checkWritable);
     commandLine.add_flag("--no-facade", options.withoutFacade, tr("With --jsonl: do not create a facade at start"));
     commandLine.add_flag("--window", options.withWindow, tr("Open a window for 3-D Secure pages"));
     commandLine.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::Throw);

@@ -48,6 +48,23 @@ TEST_F(WalletCommands, LogInWithTheCodeThatIsAskedFor) {
     EXPECT_THAT(forgotten.errors, HasSubstr("--store-dir"));
 }
 
+TEST_F(WalletCommands, DescribeTheirRequestsWithoutSecrets) {
+    const TemporaryFolder folder;
+    const auto file = folder.path() / "requests.log";
+    const auto added = run("add-card --request-log " + file.string(), cardLines);
+    EXPECT_EQ(added.status, 3) << added.errors;
+    logIn();
+    EXPECT_EQ(run("add-card --request-log " + file.string(), cardLines).status, 0);
+    const auto log = contents(file);
+    EXPECT_THAT(log,
+                AllOf(HasSubstr("/account/locators ["), HasSubstr("\"number\":<card number>"), HasSubstr(" 200 after "),
+                      Not(HasSubstr("4111111111111111")), Not(HasSubstr("a@b.example"))));
+    EXPECT_EQ(run("status --request-log /dev/full").status, 0) << "a full disk is no reason to fail";
+    const auto refused = run("status --request-log /nonexistent/log");
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_THAT(refused.errors, HasSubstr("/nonexistent/log cannot be written to"));
+}
+
 TEST_F(WalletCommands, SayWhyTheyFailed) {
     logIn();
     for (const auto& [fault, status, sentence] : std::vector<std::tuple<sandbox::Fault, int, const char*>>{

@@ -2,7 +2,11 @@
 
 #include "host/output.h"
 
+#include <kavio/platform/request_log.h>
+
+#include <fcntl.h>
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <utility>
 
@@ -19,6 +23,17 @@ LinuxPlatformOptions deviceOptions(const Options& options, std::shared_ptr<MainQ
                                             damaged.string(), setAside.string()));
     };
     return device;
+}
+
+void install(Platform platform, const Options& options) {
+    if (!options.requestLog.empty()) {
+        const int file = ::open(options.requestLog.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+        platform = withRequestLog(std::move(platform), [file](std::string_view line) {
+            const auto text = std::string(line) + '\n';
+            if (::write(file, text.data(), text.size()) < 0) return;  // an order must be followed to its end
+        });
+    }
+    Platform::install(std::move(platform));
 }
 
 }  // namespace kavio::wallet

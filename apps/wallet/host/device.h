@@ -9,4 +9,7 @@ namespace kavio::wallet {
 /// The options that every host of this program passes to the device's platform.
 LinuxPlatformOptions deviceOptions(const Options& options, std::shared_ptr<MainQueue> mainQueue);
 
+/// Makes it the process's platform, with a log of its requests if the options ask for one.
+void install(Platform platform, const Options& options);
+
 }  // namespace kavio::wallet

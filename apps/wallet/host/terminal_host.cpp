@@ -10,7 +10,7 @@ namespace {
 class TerminalHost final : public Host {
 public:
     explicit TerminalHost(const Options& options) {
-        Platform::install(makeLinuxPlatform(deviceOptions(options, mMainQueue)));
+        install(makeLinuxPlatform(deviceOptions(options, mMainQueue)), options);
     }
 
     bool runUntil(const std::function<bool()>& done, std::chrono::milliseconds limit) override {

@@ -21,7 +21,7 @@ class WindowHost final : public Host {
 public:
     explicit WindowHost(const Options& options) {
         g_application_register(G_APPLICATION(mApplication.get()), nullptr, nullptr);
-        Platform::install(makeGtkPlatform(mApplication.get(), deviceOptions(options, nullptr)));
+        install(makeGtkPlatform(mApplication.get(), deviceOptions(options, nullptr)), options);
 
         auto* const window = gtk_application_window_new(mApplication.get());
         gtk_window_set_title(GTK_WINDOW(window), "kavio-wallet");
