@@ -2,4 +2,6 @@
 
 #include <gtk/gtk.h>
 
-int main() { return &kavio::makeGtkPlatform != nullptr && gtk_get_major_version() == 4 ? 0 : 1; }
+int main() {
+    if (gtk_init_check()) kavio::makeGtkPlatform(gtk_application_new("org.example.wallet", G_APPLICATION_DEFAULT_FLAGS));
+}
