@@ -141,8 +141,9 @@ protected:
     int mAmount = 10000;  // more than the orders that the account comes with
 };
 
-/// The JSON library asks for memory to destroy what is nested, and the C library to note that something of a thread is
-/// to be destroyed with it. Without, they end the program. At the start, ICU uses what it has not got, or waits for
+/// The JSON library asks for memory to destroy what is nested in a reply, and the C library to note that something of a
+/// thread is to be destroyed with it. Without, they end the program. libcurl 7.88 frees the name of a host twice where
+/// it cannot keep a TLS session. At the start, ICU uses what it has not got, or waits for
 /// itself.
 bool FailingMachine::isEndedByALibrary(const Told& told, const Trouble& trouble) const {
     if (trouble.call != Call::ALLOCATION) return false;
@@ -176,7 +177,7 @@ void FailingMachine::expectSound(const Told& told, const Trouble& trouble) const
 void FailingMachine::expectTrue(const Told& told) const {
     EXPECT_LE(told.orders, 1) << "paid twice";
     for (const auto& report : told.reports) {
-        if (told.atTheEnd.value("unusable", 0) == 0) {
+        if (told.atTheEnd.is_null() || told.atTheEnd.value("unusable", 0) == 0) {
             EXPECT_NE(report.cause, "NO_SESSION");
         }
         if (GetParam().orderType == nullptr) continue;
