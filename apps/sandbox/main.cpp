@@ -9,6 +9,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <random>
 
 namespace {
 
@@ -28,6 +29,11 @@ std::string announcement(const Sandbox& sandbox, bool json) {
                           {"authority", file},
                           {"issuerPort", sandbox.issuerPort()}}
         .dump();
+}
+
+/// Texts like those that nobody can guess, but the same ones from every copy of the function.
+std::function<std::string()> seededText(std::uint64_t seed) {
+    return [random = std::mt19937_64(seed)]() mutable { return fmt::format("{:016x}{:016x}", random(), random()); };
 }
 
 int run(int argc, char** argv) {
@@ -51,6 +57,11 @@ int run(int argc, char** argv) {
     app.add_option("--idle-limit", idleLimit, "Seconds after which idle connections are closed, at most a day")
         ->transform(wholeNumber(1, 86'400))
         ->capture_default_str();
+    app.add_option_function<std::uint64_t>(
+           "--seed", [&](std::uint64_t seed) { options.unguessableText = seededText(seed); },
+           "Make tokens and locators from this number: the same in every run (default: nobody can guess them)")
+        ->transform(wholeNumber(0));
+    app.set_version_flag("--version", KAVIO_SANDBOX_VERSION);
     app.add_flag("--json", json, "Write JSON lines");
     if (!kavio::command_line::parse(app, argc, argv)) return 0;
     options.orderStep = std::chrono::milliseconds{orderStep};

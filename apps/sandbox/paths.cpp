@@ -1,0 +1,53 @@
+#include "paths.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+
+namespace kavio::sandbox {
+namespace {
+
+/// Whether there is a text that both patterns match.
+bool canMeet(std::string_view left, std::string_view right) {
+    // The columns of a table, one row for each end of `left`: whether it meets each end of `right`.
+    std::vector<bool> row(right.size() + 1, false);
+    row.back() = true;
+    for (auto j = right.size(); j-- > 0;) row[j] = row[j + 1] && right[j] == '*';
+    for (auto i = left.size(); i-- > 0;) {
+        auto above = row;
+        row.back() = above.back() && left[i] == '*';
+        for (auto j = right.size(); j-- > 0;)
+            row[j] = left[i] == '*' || right[j] == '*' ? above[j] || row[j + 1] : above[j + 1] && left[i] == right[j];
+    }
+    return row.front();
+}
+
+}  // namespace
+
+Routes allRoutes() {
+    Routes all;
+    for (auto routes : {sessionRoutes(), machineRoutes(), orderRoutes(), paymentRoutes(), tdSecureRoutes()})
+        std::move(routes.begin(), routes.end(), std::back_inserter(all));
+    return all;
+}
+
+std::vector<KnownPath> knownPaths() {
+    std::vector<KnownPath> paths{{"", "/acs/*"}};
+    for (const auto& route : allRoutes()) paths.push_back({route.method, route.path});
+    return paths;
+}
+
+std::string faultWarning(std::string_view path, std::string_view method) {
+    // The tables above know no other wildcards.
+    if (path.find_first_of("?[\\") != std::string_view::npos) return {};
+    auto met = knownPaths();
+    std::erase_if(met, [&](const auto& known) { return !canMeet(path, known.path); });
+    if (met.empty())
+        return path.starts_with(basePath) ? "no request has this path: leave out /v1" : "no request has this path";
+    const bool hasMethod = std::ranges::any_of(
+        met, [&](const auto& known) { return method.empty() || known.method.empty() || known.method == method; });
+    return hasMethod ? "" : fmt::format("no request with this path is a {}", method);
+}
+
+}  // namespace kavio::sandbox
