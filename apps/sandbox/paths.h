@@ -13,7 +13,7 @@ Routes allRoutes();
 /// Something that a client can ask for, as a fault names it: below "/v1", or one of the issuer's pages.
 struct KnownPath {
     std::string_view method;  // empty for any
-    std::string_view path;    // "*" stands for any text
+    std::string_view path;    // "*" stands for a segment
 };
 std::vector<KnownPath> knownPaths();
 

@@ -155,8 +155,10 @@ json faultsReport(const std::vector<SetFault>& faults) {
         if (fault.padTo != 0) report["padTo"] = fault.padTo;
         if (fault.drop) report["drop"] = true;
         if (fault.handled) report["handled"] = true;
-        if (const auto warning = faultWarning(set.path, fault.method); !warning.empty() && set.hits == 0)
-            report["warning"] = warning;
+        if (set.hits == 0) {
+            if (auto warning = faultWarning(set.path, fault.method); !warning.empty())
+                report["warning"] = std::move(warning);
+        }
         reports.push_back(std::move(report));
     }
     return reports;

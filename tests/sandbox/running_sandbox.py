@@ -5,7 +5,6 @@ import http.client
 import json
 import ssl
 import subprocess
-import sys
 import tempfile
 import time
 from pathlib import Path
@@ -90,16 +89,3 @@ class RunningSandbox:
         status, reply = self.api("POST", f"/machines/{MACHINE}/orders", {"amount": amount, "products": []})
         assert status == 200, reply
         return reply["order"]
-
-
-def run(tests):
-    """Runs functions one after the other and says which fail."""
-    failed = 0
-    for test in tests:
-        try:
-            test()
-            print("ok     ", test.__name__)
-        except AssertionError as problem:
-            failed += 1
-            print("FAILED ", test.__name__, problem)
-    sys.exit(1 if failed else 0)
