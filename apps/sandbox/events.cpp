@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <thread>
 
 namespace kavio::sandbox {
 namespace {
@@ -11,6 +12,7 @@ namespace {
 constexpr int mostReaders = 8;                  // each takes a thread of the server
 constexpr std::size_t mostOrders = 200;         // told at once
 constexpr std::chrono::milliseconds tick{200};  // orders move on by themselves
+constexpr std::chrono::milliseconds rest{50};   // so that under load readers do not keep the service from its work
 constexpr std::chrono::seconds quiet{10};       // after which a reader is tried that may have left
 
 /// A reader's place.
@@ -96,13 +98,14 @@ void Events::stream(Secrets secrets, httplib::Response& response) {
         Seat seat;
         Reader reader;
         std::uint64_t heard = 0;
-        std::chrono::steady_clock::time_point told = std::chrono::steady_clock::now();
+        std::chrono::steady_clock::time_point told{};
     };
     // Shared because the server copies what it calls.
     const std::shared_ptr<State> state(new State{Seat(mReaders), Reader(mBackend, mJournal, secrets)});
     response.set_chunked_content_provider("text/event-stream",
                                           [this, state](std::size_t offset, httplib::DataSink& sink) {
                                               if (offset > 0 && !mBell.wait(state->heard, tick)) return false;
+                                              std::this_thread::sleep_until(state->told + rest);
                                               auto news = state->reader.news();
                                               const auto now = std::chrono::steady_clock::now();
                                               if (news.empty() && now - state->told < quiet) return true;

@@ -131,7 +131,8 @@ class Page:
 
     def picture(self, file, scheme, width, height):
         self.resize(width, height)
-        self.call("Emulation.setEmulatedMedia", features=[{"name": "prefers-color-scheme", "value": scheme}])
+        self.call("Emulation.setEmulatedMedia", features=[{"name": "prefers-color-scheme", "value": scheme},
+                                                         {"name": "prefers-reduced-motion", "value": "reduce"}])
         self.eval("scrollTo({top: 0, behavior: 'instant'})")
         file.write_bytes(base64.b64decode(self.call("Page.captureScreenshot")["data"]))
 
@@ -202,6 +203,22 @@ def use(page, sandbox):
     page.resize(1280, 900)
 
 
+def take_pictures(page, sandbox, folder):
+    sandbox.log_in()
+    sandbox.control("POST", "/faults", {"path": "/account", "status": 503, "body": "{}", "times": 3})
+    sandbox.api("GET", "/account?")
+    sandbox.buy(9900)
+    sandbox.control("POST", "/clock", {"stepMs": 10_000})
+    page.shows_order(sandbox.buy(220)["id"], "created")
+    sandbox.api("GET", "/machines/2001/products?")
+    sandbox.control("PUT", "/clock", {"isStopped": True})
+    page.shows("clock", "stopped")
+    page.eval("document.querySelector('#faults details').open = false")
+    for scheme in "light", "dark":
+        for width, height in (1280, 1240), (360, 800):
+            page.picture(folder / f"sandbox-{scheme}-{width}.png", scheme, width, height)
+
+
 def attack(browser, sandbox):
     """A page of another site tries to change something."""
     class Attacker(http.server.BaseHTTPRequestHandler):
@@ -249,15 +266,13 @@ def main(program, folder=None):
         before = sandbox.control("GET", "/state"), sandbox.control("GET", "/faults")
         attack(browser, sandbox)
         assert (sandbox.control("GET", "/state")["accounts"], sandbox.control("GET", "/faults")) == (before[0]["accounts"], before[1])
-        if folder:
-            for scheme in "light", "dark":
-                for width, height in (1280, 900), (360, 800):
-                    page.picture(Path(folder, f"sandbox-{scheme}-{width}.png"), scheme, width, height)
         page.click("#reset")
         page.shows("accounts", "Nobody has logged in yet")
         page.shows("orders", "No orders yet")
         page.shows("faults", "Nothing goes wrong by itself")
         page.shows("requests", "No requests yet")
+        if folder:
+            take_pictures(page, sandbox, Path(folder))
         assert page.complaints == [], page.complaints
     return 0
 
