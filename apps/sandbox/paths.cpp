@@ -1,9 +1,10 @@
 #include "paths.h"
 
+#include "service.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <iterator>
 
 namespace kavio::sandbox {
 namespace {
@@ -26,13 +27,6 @@ bool canMeet(std::string_view left, std::string_view right) {
 }
 
 }  // namespace
-
-Routes allRoutes() {
-    Routes all;
-    for (auto routes : {sessionRoutes(), machineRoutes(), orderRoutes(), paymentRoutes(), tdSecureRoutes()})
-        std::move(routes.begin(), routes.end(), std::back_inserter(all));
-    return all;
-}
 
 std::vector<KnownPath> knownPaths() {
     std::vector<KnownPath> paths{

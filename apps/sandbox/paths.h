@@ -1,14 +1,10 @@
 #pragma once
 
-#include "service.h"
-
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace kavio::sandbox {
-
-Routes allRoutes();
 
 /// Something that a client can ask for, as a fault names it: below "/v1", or one of the issuer's pages.
 struct KnownPath {

@@ -1,8 +1,8 @@
 #include "service.h"
 
-#include "paths.h"
 #include "verdict.h"
 
+#include <iterator>
 #include <optional>
 
 namespace kavio::sandbox {
@@ -34,6 +34,13 @@ void requireSignature(const httplib::Request& request, const World& world) {
         case Verdict::wrong:
             throw Refusal(417, "the signature does not belong to this body at " + signedUrl(request));
     }
+}
+
+Routes allRoutes() {
+    Routes all;
+    for (auto routes : {sessionRoutes(), machineRoutes(), orderRoutes(), paymentRoutes(), tdSecureRoutes()})
+        std::move(routes.begin(), routes.end(), std::back_inserter(all));
+    return all;
 }
 
 Service::Service(World& world) : mWorld(world), mRoutes(allRoutes()) {}

@@ -1,6 +1,6 @@
 #include "verdict.h"
 
-#include "service.h"
+#include "request.h"
 #include "signature.h"
 
 #include <fmt/format.h>

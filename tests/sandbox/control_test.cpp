@@ -2,6 +2,7 @@
 #include "sandbox/journal.h"
 #include "sandbox/paths.h"
 #include "sandbox/secrets.h"
+#include "sandbox/world.h"
 
 #include <gmock/gmock.h>
 
