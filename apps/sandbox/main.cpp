@@ -23,10 +23,12 @@ void print(const std::string& line) {
 
 std::string announcement(const Sandbox& sandbox, bool json) {
     const auto file = sandbox.authorityFile().string();
-    if (!json) return fmt::format("listening on {}, authority in {}", sandbox.address(), file);
+    const auto page = fmt::format("https://localhost:{}/", sandbox.port());
+    if (!json) return fmt::format("listening on {}, authority in {}, page at {}", sandbox.address(), file, page);
     return nlohmann::json{{"event", "listening"},
                           {"address", sandbox.address()},
                           {"authority", file},
+                          {"page", page},
                           {"issuerPort", sandbox.issuerPort()}}
         .dump();
 }

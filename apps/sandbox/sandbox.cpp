@@ -107,6 +107,11 @@ void keepToOurselves(httplib::Response& response) {
     response.set_header("X-Content-Type-Options", "nosniff");
 }
 
+/// Whether a request is for something that only browsers on this machine ask for.
+bool isForBrowser(std::string_view path, const httplib::Request& request) {
+    return request.path == path && request.method == "GET" && isAtOneOf({"localhost", "127.0.0.1"}, request);
+}
+
 /// Whether the signature of a request is looked at.
 bool isSigned(const httplib::Request& request) {
     return request.path.starts_with(basePath) || request.path.starts_with(std::string(issuerPath) + "fingerprint/");
@@ -161,13 +166,12 @@ void Sandbox::Parts::listen() {
 
 void Sandbox::Parts::serve(Listener& from, const httplib::Request& request, httplib::Response& response) {
     if (request.path.starts_with(controlPath)) return serveControl(from, request, response);
-    const bool isForBrowser = request.method == "GET" && isAtOneOf({"localhost", "127.0.0.1"}, request);
-    if (isForBrowser && request.path == "/") {
+    if (isForBrowser("/", request)) {
         keepToOurselves(response);
         return send(from, request, pageReply(), response);
     }
     // Browsers ask for it by themselves, which is of no interest and must not meet a fault.
-    if (isForBrowser && request.path == "/favicon.ico") return send(from, request, {.status = 204}, response);
+    if (isForBrowser("/favicon.ico", request)) return send(from, request, {.status = 204}, response);
     serveClient(from, request, response, &Backend::handle);
 }
 
