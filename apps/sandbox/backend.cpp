@@ -8,6 +8,19 @@
 namespace kavio::sandbox {
 namespace {
 
+void spoil(const SetFault& set, Reply& reply) {
+    const auto& fault = set.fault;
+    reply.fault = set.id;
+    reply.delay += fault.delay;
+    reply.isLost = reply.isLost || fault.drop;
+    reply.status = fault.status.value_or(reply.status);
+    reply.body = fault.body.value_or(reply.body);
+    reply.body.resize(std::max(reply.body.size(), fault.padTo), ' ');
+    reply.cutAfter = fault.cutAfter;
+}
+
+}  // namespace
+
 Request recordOf(const httplib::Request& request) {
     Request record{request.method, request.get_header_value("Host"), request.target, {}, request.body};
     for (const auto& [name, value] : request.headers) {
@@ -20,24 +33,13 @@ Request recordOf(const httplib::Request& request) {
     return record;
 }
 
-void spoil(const Fault& fault, Reply& reply) {
-    reply.delay += fault.delay;
-    reply.isLost = reply.isLost || fault.drop;
-    reply.status = fault.status.value_or(reply.status);
-    reply.body = fault.body.value_or(reply.body);
-    reply.body.resize(std::max(reply.body.size(), fault.padTo), ' ');
-    reply.cutAfter = fault.cutAfter;
-}
-
-}  // namespace
-
 Reply Backend::handle(const httplib::Request& request) {
     record(request);
     const bool isApi = request.path.starts_with(basePath);
     const auto fault = mFaults.take(request.method, isApi ? request.path.substr(basePath.size()) : request.path);
-    const bool replaced = fault && (fault->status || fault->body || fault->drop);
+    const bool replaced = fault && (fault->fault.status || fault->fault.body || fault->fault.drop);
     Reply reply;
-    if (!replaced || fault->handled) reply = answer(request);
+    if (!replaced || fault->fault.handled) reply = answer(request);
     if (fault) spoil(*fault, reply);
     return reply;
 }
@@ -57,7 +59,19 @@ void Backend::clearRequests() {
     mRequests.clear();
 }
 
+void Backend::reset() {
+    const std::lock_guard lock(mMutex);
+    auto fresh = std::make_unique<Life>(mOptions);
+    fresh->world.issuerScheme = mLife->world.issuerScheme;
+    fresh->world.issuerPort = mLife->world.issuerPort;
+    mLife = std::move(fresh);
+    mRequests.clear();
+    mFaults.clear();
+    ++mResets;
+}
+
 void Backend::record(const httplib::Request& request) {
+    if (!mIsRecording) return;
     auto record = recordOf(request);
     const std::lock_guard lock(mMutex);
     mRequests.push_back(std::move(record));
@@ -65,9 +79,9 @@ void Backend::record(const httplib::Request& request) {
 
 Reply Backend::answer(const httplib::Request& request) {
     const std::lock_guard lock(mMutex);
-    if (request.path.starts_with(issuerPath)) return issuerPage(mWorld, request);
-    mWorld.settleOrders();
-    return mService.handle(request);
+    if (request.path.starts_with(issuerPath)) return issuerPage(mLife->world, request);
+    mLife->world.settleOrders();
+    return mLife->service.handle(request);
 }
 
 }  // namespace kavio::sandbox

@@ -22,26 +22,55 @@ void read(const nlohmann::json& object, const char* name, std::int64_t least, st
 
 }  // namespace
 
-void Faults::add(const std::string& path, Fault fault) {
+std::uint64_t Faults::add(const std::string& path, Fault fault) {
     const std::lock_guard lock(mMutex);
-    mEntries.push_back({path, std::move(fault)});
+    mInForce.push_back({++mLastId, path, std::move(fault), 0, mRequests});
+    return mLastId;
 }
 
 void Faults::clear() {
     const std::lock_guard lock(mMutex);
-    mEntries.clear();
+    mInForce.clear();
+    mSpent.clear();
 }
 
-std::optional<Fault> Faults::take(const std::string& method, const std::string& path) {
+bool Faults::remove(std::uint64_t id) {
     const std::lock_guard lock(mMutex);
-    const auto met = std::find_if(mEntries.begin(), mEntries.end(), [&](const Entry& entry) {
-        return (entry.fault.method.empty() || entry.fault.method == method) &&
-               fnmatch(entry.path.c_str(), path.c_str(), 0) == 0;
+    const auto isIt = [&](const SetFault& fault) { return fault.id == id; };
+    return std::erase_if(mInForce, isIt) + std::erase_if(mSpent, isIt) > 0;
+}
+
+std::optional<SetFault> Faults::take(const std::string& method, const std::string& path) {
+    const std::lock_guard lock(mMutex);
+    ++mRequests;
+    const auto met = std::find_if(mInForce.begin(), mInForce.end(), [&](const SetFault& set) {
+        return (set.fault.method.empty() || set.fault.method == method) &&
+               fnmatch(set.path.c_str(), path.c_str(), 0) == 0;
     });
-    if (met == mEntries.end()) return std::nullopt;
-    const auto fault = met->fault;
-    if (fault.times > 0 && --met->fault.times == 0) mEntries.erase(met);
-    return fault;
+    if (met == mInForce.end()) return std::nullopt;
+    ++met->hits;
+    auto taken = *met;
+    if (taken.isSpent()) {
+        mInForce.erase(met);
+        mSpent.push_back(taken);
+        mSpent.back().requests = mRequests - taken.requests;
+        if (mSpent.size() > mostSpent) mSpent.pop_front();
+    }
+    return taken;
+}
+
+std::vector<SetFault> Faults::all() const {
+    const std::lock_guard lock(mMutex);
+    auto all = mInForce;
+    for (auto& set : all) set.requests = mRequests - set.requests;
+    all.insert(all.end(), mSpent.begin(), mSpent.end());
+    std::ranges::sort(all, {}, &SetFault::id);
+    return all;
+}
+
+std::size_t Faults::size() const {
+    const std::lock_guard lock(mMutex);
+    return mInForce.size();
 }
 
 Fault faultFrom(const nlohmann::json& object) {
@@ -49,6 +78,9 @@ Fault faultFrom(const nlohmann::json& object) {
                              {Kind::integer, {}, {"status", "delayMs", "cutAfter", "padTo", "times"}},
                              {Kind::boolean, {}, {"drop", "handled"}}});
     constexpr std::int64_t day = 86'400'000, gigabyte = 1 << 30;
+    constexpr std::size_t longestPath = 200;
+    if (object["path"].get_ref<const std::string&>().size() > longestPath)
+        throw Refusal(400, fmt::format("path must be at most {} characters", longestPath));
     Fault fault;
     read(object, "status", 200, 599, fault.status);
     read(object, "cutAfter", 0, gigabyte, fault.cutAfter);

@@ -4,6 +4,8 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
+#include <deque>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -31,21 +33,38 @@ struct Fault {
     int times = 1;
 };
 
+/// A fault and what has become of it.
+struct SetFault {
+    std::uint64_t id = 0;
+    std::string path;
+    Fault fault;
+    int hits = 0;                // requests that it has applied to
+    std::uint64_t requests = 0;  // all requests since it was set
+    bool isSpent() const { return fault.times > 0 && hits >= fault.times; }
+};
+
 /// The faults currently in force.
 class Faults {
 public:
-    void add(const std::string& path, Fault fault);
+    std::uint64_t add(const std::string& path, Fault fault);
     void clear();
+    /// False if there is none with this number.
+    bool remove(std::uint64_t id);
     /// The first fault that applies to a request; counts it as applied.
-    std::optional<Fault> take(const std::string& method, const std::string& path);
+    std::optional<SetFault> take(const std::string& method, const std::string& path);
+    /// Those in force and the last of those that are spent, oldest first.
+    std::vector<SetFault> all() const;
+    /// How many are in force.
+    std::size_t size() const;
 
 private:
-    struct Entry {
-        std::string path;
-        Fault fault;
-    };
-    std::mutex mMutex;
-    std::vector<Entry> mEntries;
+    static constexpr std::size_t mostSpent = 30;
+
+    mutable std::mutex mMutex;
+    std::vector<SetFault> mInForce;  // `requests` is the number of those before it was set
+    std::deque<SetFault> mSpent;
+    std::uint64_t mLastId = 0;
+    std::uint64_t mRequests = 0;
 };
 
 /// Reads a fault as sent to the control endpoint; throws Refusal.

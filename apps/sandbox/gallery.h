@@ -19,6 +19,7 @@ enum class Person { nothing, pressEnter, tryAgain, close };
 struct GalleryPage {
     std::string_view number;
     std::string_view name;
+    std::string_view effect;  // as the manual has it
     Flow flow = Flow::challenge;
     Person person = Person::nothing;
     std::string_view refusal = {};  // why the issuer says no in the end; empty if it says yes

@@ -9,6 +9,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <random>
 
 namespace {
 
@@ -22,20 +23,30 @@ void print(const std::string& line) {
 
 std::string announcement(const Sandbox& sandbox, bool json) {
     const auto file = sandbox.authorityFile().string();
-    if (!json) return fmt::format("listening on {}, authority in {}", sandbox.address(), file);
+    const auto page = fmt::format("https://localhost:{}/", sandbox.port());
+    if (!json) return fmt::format("listening on {}, authority in {}, page at {}", sandbox.address(), file, page);
     return nlohmann::json{{"event", "listening"},
                           {"address", sandbox.address()},
                           {"authority", file},
+                          {"page", page},
                           {"issuerPort", sandbox.issuerPort()}}
         .dump();
 }
 
-int run(int argc, char** argv) {
-    CLI::App app{"A local stand-in for the Kavio payment service, with sample data", "kavio-sandbox"};
+/// Texts like those that nobody can guess, but the same ones from every copy of the function.
+std::function<std::string()> seededText(std::uint64_t seed) {
+    return [random = std::mt19937_64(seed)]() mutable { return fmt::format("{:016x}{:016x}", random(), random()); };
+}
+
+struct Given {
     Sandbox::Options options;
-    bool json = false;
+    bool isJson = false;
     std::int64_t orderStep = options.orderStep.count();
     std::int64_t idleLimit = options.idleLimit.count();
+};
+
+void addOptions(CLI::App& app, Given& given) {
+    auto& options = given.options;
     app.add_option("--port", options.port, "Port on 127.0.0.1 (default: any free port)")
         ->transform(wholeNumber(0, 65535));
     app.add_option("--issuer-port", options.issuerPort,
@@ -45,18 +56,30 @@ int run(int argc, char** argv) {
         ->type_name("FILE");
     app.add_option("--api-key", options.apiKey, "The only API key accepted (default: any)");
     app.add_option("--code", options.code, "One-time code for every login")->capture_default_str();
-    app.add_option("--order-step-ms", orderStep, "How long an order stays in each status, at most a day")
+    app.add_option("--order-step-ms", given.orderStep, "How long an order stays in each status, at most a day")
         ->transform(wholeNumber(0, 86'400'000))
         ->capture_default_str();
-    app.add_option("--idle-limit", idleLimit, "Seconds after which idle connections are closed, at most a day")
+    app.add_option("--idle-limit", given.idleLimit, "Seconds after which idle connections are closed, at most a day")
         ->transform(wholeNumber(1, 86'400))
         ->capture_default_str();
-    app.add_flag("--json", json, "Write JSON lines");
-    if (!kavio::command_line::parse(app, argc, argv)) return 0;
-    options.orderStep = std::chrono::milliseconds{orderStep};
-    options.idleLimit = std::chrono::seconds{idleLimit};
+    app.add_option_function<std::uint64_t>(
+           "--seed", [&](std::uint64_t seed) { options.unguessableText = seededText(seed); },
+           "Make tokens and locators from this number: the same in every run (default: nobody can guess them)")
+        ->transform(wholeNumber(0));
+    app.add_flag("--json", given.isJson, "Write JSON lines");
+    app.set_version_flag("--version", KAVIO_SANDBOX_VERSION);
+}
 
-    options.message = [json](const std::string& line) {
+int run(int argc, char** argv) {
+    CLI::App app{"A local stand-in for the Kavio payment service, with sample data", "kavio-sandbox"};
+    Given given;
+    addOptions(app, given);
+    if (!kavio::command_line::parse(app, argc, argv)) return 0;
+    auto& options = given.options;
+    options.orderStep = std::chrono::milliseconds{given.orderStep};
+    options.idleLimit = std::chrono::seconds{given.idleLimit};
+
+    options.message = [json = given.isJson](const std::string& line) {
         print(json ? nlohmann::json{{"event", "message"}, {"text", line}}.dump() : line);
     };
 
@@ -68,7 +91,7 @@ int run(int argc, char** argv) {
     pthread_sigmask(SIG_BLOCK, &stops, nullptr);
 
     const Sandbox sandbox(options);
-    print(announcement(sandbox, json));
+    print(announcement(sandbox, given.isJson));
     int received = 0;
     sigwait(&stops, &received);
     return 0;

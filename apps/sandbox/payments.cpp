@@ -1,5 +1,6 @@
 #include "cards.h"
 #include "service.h"
+#include "testcards.h"
 
 #include <fmt/format.h>
 
@@ -7,8 +8,6 @@
 
 namespace kavio::sandbox {
 namespace {
-
-constexpr std::string_view declinedNumber = "4000000000000002";
 
 nlohmann::json addCard(Call& call) {
     const auto& given = call.in.at("paymentCard");

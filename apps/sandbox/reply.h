@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include <chrono>
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <stdexcept>
@@ -19,6 +20,7 @@ struct Reply {
     std::optional<std::chrono::milliseconds> drip = {};  // sends the body in pieces, with this pause before each
     std::optional<std::size_t> cutAfter = {};            // announces more than these bytes and closes the connection
     bool isLost = false;                                 // closes the connection instead; only over TLS
+    std::uint64_t fault = 0;                             // the number of the fault that has shaped it; 0 for none
 };
 
 /// Anything that is not UTF-8, which can only come from the request, is replaced by U+FFFD.

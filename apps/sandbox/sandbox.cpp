@@ -2,10 +2,17 @@
 
 #include "authority.h"
 #include "backend.h"
+#include "bell.h"
+#include "control.h"
+#include "events.h"
 #include "gallery.h"
+#include "guard.h"
+#include "issuer.h"
+#include "journal.h"
 #include "listener.h"
-#include "parameters.h"
+#include "report.h"
 #include "service.h"
+#include "verdict.h"
 
 #include <fmt/format.h>
 #include <unistd.h>
@@ -92,94 +99,49 @@ void send(Listener& from, const httplib::Request& request, const Reply& reply, h
         response.set_content(reply.body, reply.type);
 }
 
-/// The start of the paths that control the sandbox itself. They need no headers and no signature.
-constexpr std::string_view controlPath = "/_sandbox";
-
-const nlohmann::json done{{"ok", true}};
-
-nlohmann::json state(Sandbox& sandbox, const nlohmann::json&) { return sandbox.state(); }
-
-nlohmann::json requests(Sandbox& sandbox, const nlohmann::json&) {
-    auto reply = nlohmann::json::array();
-    for (const auto& request : sandbox.requests())
-        reply.push_back({{"method", request.method},
-                         {"host", request.host},
-                         {"target", request.target},
-                         {"headers", request.headers},
-                         {"body", request.body}});
-    return reply;
+/// A page of another site may show or read nothing that the sandbox says about itself, and nothing of it is kept.
+void keepToOurselves(httplib::Response& response) {
+    response.set_header("Cache-Control", "no-store");
+    response.set_header("Cross-Origin-Resource-Policy", "same-origin");
+    response.set_header("Referrer-Policy", "no-referrer");
+    response.set_header("X-Content-Type-Options", "nosniff");
 }
 
-nlohmann::json addFault(Sandbox& sandbox, const nlohmann::json& in) {
-    auto fault = faultFrom(in);
-    sandbox.fault(in["path"], std::move(fault));
-    return done;
+/// Whether a request is for something that only browsers on this machine ask for.
+bool isForBrowser(std::string_view path, const httplib::Request& request) {
+    return request.path == path && request.method == "GET" && isAtOneOf({"localhost", "127.0.0.1"}, request);
 }
 
-nlohmann::json setClock(Sandbox& sandbox, const nlohmann::json& in) {
-    checkParameters(in, {{Kind::integer, {"offsetSeconds"}}});
-    const std::chrono::seconds offset{in["offsetSeconds"].get<std::int64_t>()};
-    constexpr std::chrono::years most{100};
-    if (offset < -most || offset > most) throw Refusal(400, "offsetSeconds must be within a hundred years");
-    sandbox.setClockOffset(offset);
-    return done;
-}
-
-nlohmann::json setCode(Sandbox& sandbox, const nlohmann::json& in) {
-    checkParameters(in, {{Kind::text, {"number", "code"}}});
-    sandbox.setCode(in["number"], in["code"]);
-    return done;
-}
-
-template <void (Sandbox::*action)()>
-nlohmann::json plain(Sandbox& sandbox, const nlohmann::json&) {
-    (sandbox.*action)();
-    return done;
-}
-
-struct Action {
-    const char* method;
-    const char* path;
-    nlohmann::json (*run)(Sandbox& sandbox, const nlohmann::json& in);
-};
-
-constexpr Action actions[]{
-    {"GET", "/state", state},
-    {"GET", "/requests", requests},
-    {"DELETE", "/requests", plain<&Sandbox::clearRequests>},
-    {"POST", "/faults", addFault},
-    {"DELETE", "/faults", plain<&Sandbox::clearFaults>},
-    {"PUT", "/clock", setClock},
-    {"PUT", "/code", setCode},
-    {"DELETE", "/tokens", plain<&Sandbox::expireTokens>},
-};
-
-Reply control(Sandbox& sandbox, const httplib::Request& request) {
-    const auto path = request.path.substr(controlPath.size());
-    try {
-        for (const auto& action : actions)
-            if (action.method == request.method && action.path == path)
-                return jsonReply(action.run(sandbox, nlohmann::json::parse(request.body, nullptr, false)));
-    } catch (const Refusal& refusal) {
-        return jsonReply({{"message", refusal.what()}}, refusal.status);
-    }
-    return jsonReply({{"message", "there is no such control: " + request.method + " " + path}}, 404);
+/// Whether the signature of a request is looked at.
+bool isSigned(const httplib::Request& request) {
+    return request.path.starts_with(basePath) || request.path.starts_with(std::string(issuerPath) + "fingerprint/");
 }
 
 }  // namespace
 
 struct Sandbox::Parts {
     Parts(Sandbox& owner, Options options)
-        : sandbox(owner), authorityFile(options.authorityFile, authority.pem()), backend(std::move(options)) {}
+        : sandbox(owner),
+          authorityFile(options.authorityFile, authority.pem()),
+          backend(std::move(options), Backend::Recording::off) {}
+    ~Parts() { bell.close(); }
 
     void listen();
     void serve(Listener& from, const httplib::Request& request, httplib::Response& response);
+    void serveControl(Listener& from, const httplib::Request& request, httplib::Response& response);
+    /// Answers a client by `handle`, and notes that in the journal.
+    void serveClient(Listener& from, const httplib::Request& request, httplib::Response& response,
+                     Reply (Backend::*handle)(const httplib::Request&));
+    std::optional<Verdict> verdict(const httplib::Request& request);
 
     Sandbox& sandbox;
     Authority authority;
     Identity identity = authority.issue(serverNames);
     AuthorityFile authorityFile;
     Backend backend;
+    Journal journal;
+    Bell bell;
+    Events events{backend, journal, bell};
     std::optional<Listener> listener;  // these two last: their threads use everything above
     std::optional<Listener> issuerListener;
 };
@@ -191,7 +153,7 @@ void Sandbox::Parts::listen() {
     if (options.issuerPort) {
         issuerListener.emplace(nullptr, *options.issuerPort, options.idleLimit,
                                [this](auto& from, const auto& request, auto& response) {
-                                   send(from, request, backend.handleIssuerPage(request), response);
+                                   serveClient(from, request, response, &Backend::handleIssuerPage);
                                });
     }
     listener.emplace(&identity, options.port, options.idleLimit,
@@ -203,8 +165,48 @@ void Sandbox::Parts::listen() {
 }
 
 void Sandbox::Parts::serve(Listener& from, const httplib::Request& request, httplib::Response& response) {
-    const bool isControl = request.path.starts_with(controlPath);
-    send(from, request, isControl ? control(sandbox, request) : backend.handle(request), response);
+    if (request.path.starts_with(controlPath)) return serveControl(from, request, response);
+    if (isForBrowser("/", request)) {
+        keepToOurselves(response);
+        return send(from, request, pageReply(), response);
+    }
+    // Browsers ask for it by themselves, which is of no interest and must not meet a fault.
+    if (isForBrowser("/favicon.ico", request)) return send(from, request, {.status = 204}, response);
+    serveClient(from, request, response, &Backend::handle);
+}
+
+void Sandbox::Parts::serveControl(Listener& from, const httplib::Request& request, httplib::Response& response) {
+    keepToOurselves(response);
+    Reply reply;
+    try {
+        if (!isAtOneOf(serverNames, request)) throw Refusal(403, "the sandbox has no such host name");
+        refuseOtherSites(request);
+        if (request.method == "GET" && request.path == std::string(controlPath) + "/events")
+            return events.stream(secretsIn(request), response);
+        reply = control(sandbox, request);
+    } catch (const Refusal& refusal) {
+        reply = jsonReply({{"message", refusal.what()}}, refusal.status);
+    }
+    if (request.method != "GET") bell.ring();
+    send(from, request, reply, response);
+}
+
+void Sandbox::Parts::serveClient(Listener& from, const httplib::Request& request, httplib::Response& response,
+                                 Reply (Backend::*handle)(const httplib::Request&)) {
+    const auto number = journal.begin(recordOf(request), backend.use([](World& world) { return world.now(); }));
+    bell.ring();
+    const auto judged = verdict(request);  // before a fault or a reset changes anything
+    const auto reply = (backend.*handle)(request);
+    journal.end(number, reply, judged);
+    bell.ring();
+    send(from, request, reply, response);
+}
+
+std::optional<Verdict> Sandbox::Parts::verdict(const httplib::Request& request) {
+    if (!isSigned(request)) return std::nullopt;
+    const auto [now, window] =
+        backend.use([](World& world) { return std::pair(world.now(), world.options.signatureWindow); });
+    return verdictOn(request, now, window);
 }
 
 Sandbox::Sandbox(Options options) : mParts(std::make_unique<Parts>(*this, std::move(options))) { mParts->listen(); }
@@ -215,7 +217,11 @@ std::string Sandbox::address() const { return fmt::format("127.0.0.1:{}", port()
 std::uint16_t Sandbox::issuerPort() const { return mParts->issuerListener ? mParts->issuerListener->port() : 0; }
 const std::filesystem::path& Sandbox::authorityFile() const { return mParts->authorityFile.path(); }
 
-void Sandbox::fault(const std::string& path, Fault fault) { mParts->backend.faults().add(path, std::move(fault)); }
+std::uint64_t Sandbox::fault(const std::string& path, Fault fault) {
+    return mParts->backend.faults().add(path, std::move(fault));
+}
+bool Sandbox::removeFault(std::uint64_t id) { return mParts->backend.faults().remove(id); }
+std::vector<SetFault> Sandbox::faults() const { return mParts->backend.faults().all(); }
 void Sandbox::clearFaults() {
     mParts->backend.faults().clear();
     mParts->listener->resume();
@@ -224,18 +230,44 @@ void Sandbox::clearFaults() {
 void Sandbox::setClockOffset(std::chrono::seconds offset) {
     mParts->backend.use([&](World& world) { world.clockOffset = offset; });
 }
+void Sandbox::stopClock(bool isStopped) {
+    mParts->backend.use([&](World& world) {
+        const auto clock = world.options.clock();
+        isStopped ? world.paceKeeper.stop(clock) : world.paceKeeper.resume(clock);
+    });
+}
+void Sandbox::stepClock(std::chrono::milliseconds step) {
+    mParts->backend.use([&](World& world) { world.paceKeeper.ahead += step; });
+}
+nlohmann::json Sandbox::clock() const {
+    return mParts->backend.use([](World& world) {
+        auto report = clockReport(world);
+        report["now"] = millisecondsText(world.now());
+        return report;
+    });
+}
 void Sandbox::setCode(const std::string& number, const std::string& code) {
     mParts->backend.use([&](World& world) { world.codes[number] = code; });
 }
 void Sandbox::expireTokens() {
     mParts->backend.use([](World& world) { world.sessions.clear(); });
 }
-std::vector<Request> Sandbox::requests() const { return mParts->backend.requests(); }
-void Sandbox::clearRequests() { mParts->backend.clearRequests(); }
+std::vector<Request> Sandbox::requests() const {
+    std::vector<Request> requests;
+    for (auto& exchange : exchanges()) requests.push_back(std::move(exchange.request));
+    return requests;
+}
+std::vector<Exchange> Sandbox::exchanges() const { return mParts->journal.changedSince(0); }
+void Sandbox::clearRequests() { mParts->journal.clear(); }
+void Sandbox::reset() {
+    mParts->backend.reset();
+    mParts->journal.clear();
+    mParts->listener->resume();
+}
 nlohmann::json Sandbox::state() const {
     return mParts->backend.use([](World& world) {
         world.settleOrders();
-        return stateOf(world);
+        return stateReport(world);
     });
 }
 

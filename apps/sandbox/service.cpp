@@ -1,8 +1,6 @@
 #include "service.h"
 
-#include "signature.h"
-
-#include <fmt/format.h>
+#include "verdict.h"
 
 #include <iterator>
 #include <optional>
@@ -22,41 +20,30 @@ std::optional<std::vector<std::string>> match(std::string_view pattern, std::str
     return path.empty() ? std::optional{captured} : std::nullopt;
 }
 
-/// The URL that the client signed. Its `Host` header leaves out a port that is the scheme's own, but the production
-/// base URL spells that port out.
-std::string signedUrl(const httplib::Request& request) {
-    const auto host = request.get_header_value("Host");
-    const char* port = host == "api.kavio.example" ? ":443" : "";
-    return fmt::format("https://{}{}{}", host, port, request.target);
-}
-
 }  // namespace
 
 void requireSignature(const httplib::Request& request, const World& world) {
-    const auto signature = request.get_header_value("X-Zelto-Sign");
-    if (signature.empty()) throw Refusal(417, "X-Zelto-Sign is missing");
-    const auto url = signedUrl(request);
-    // A client that asks for the time may have a clock that starts in 1970, and signs by it.
-    const bool asksForTime = request.path == std::string(basePath) + "/time";
-    const std::chrono::hours reach{asksForTime ? 24 * 366 * 60 : 24};
-    switch (checkSignature(signature, url, request.body, world.now(), world.options.signatureWindow, reach)) {
-        case SignatureCheck::valid:
+    switch (verdictOn(request, world.now(), world.options.signatureWindow)) {
+        case Verdict::valid:
             return;
-        case SignatureCheck::stale:
-            if (asksForTime) return;
+        case Verdict::missing:
+            throw Refusal(417, "X-Zelto-Sign is missing");
+        case Verdict::stale:
+            if (asksForTime(request)) return;
             throw Refusal(417, "the signature's time is too far from the service's");
-        case SignatureCheck::wrong:
-            throw Refusal(417, "the signature does not belong to this body at " + url);
+        case Verdict::wrong:
+            throw Refusal(417, "the signature does not belong to this body at " + signedUrl(request));
     }
 }
 
-Service::Service(World& world)
-    : mWorld(world), mRoutes([] {
-          Routes all;
-          for (auto routes : {sessionRoutes(), machineRoutes(), orderRoutes(), paymentRoutes(), tdSecureRoutes()})
-              std::move(routes.begin(), routes.end(), std::back_inserter(all));
-          return all;
-      }()) {}
+Routes allRoutes() {
+    Routes all;
+    for (auto routes : {sessionRoutes(), machineRoutes(), orderRoutes(), paymentRoutes(), tdSecureRoutes()})
+        std::move(routes.begin(), routes.end(), std::back_inserter(all));
+    return all;
+}
+
+Service::Service(World& world) : mWorld(world), mRoutes(allRoutes()) {}
 
 Reply Service::handle(const httplib::Request& request) {
     try {

@@ -2,6 +2,7 @@
 
 #include "parameters.h"
 #include "reply.h"
+#include "request.h"
 #include "world.h"
 
 #include <httplib.h>
@@ -37,6 +38,7 @@ Routes machineRoutes();
 Routes orderRoutes();
 Routes paymentRoutes();
 Routes tdSecureRoutes();
+Routes allRoutes();
 
 /// A campaign's look, as it appears in machines, orders and transactions.
 nlohmann::json lookAndFeelReply(const Campaign& campaign);
@@ -55,9 +57,6 @@ private:
     World& mWorld;
     const Routes mRoutes;
 };
-
-/// The start of every path of the API.
-inline constexpr std::string_view basePath = "/v1";
 
 /// Throws a Refusal (417) unless the signature matches the request's URL, body and time.
 void requireSignature(const httplib::Request& request, const World& world);

@@ -1,47 +1,14 @@
 #include "gallery.h"
 #include "issuer.h"
 #include "service.h"
+#include "testcards.h"
 
 #include <fmt/format.h>
-
-#include <algorithm>
-#include <array>
-#include <string_view>
 
 namespace kavio::sandbox {
 namespace {
 
 constexpr const char* loopback = "http://127.0.0.1";
-
-struct TestCard {
-    std::string_view number;
-    Course course;
-};
-
-constexpr std::array testCards{
-    TestCard{"4000000000001018", Course::frictionless},
-    TestCard{"4000000000001026", Course::fingerprint},
-    TestCard{"4000000000001034", Course::fingerprintThenChallenge},
-    TestCard{"4000000000001042", Course::challenge},
-    TestCard{"4000000000001059", Course::challengeAnswersItself},
-    TestCard{"4000000000001067", Course::challengeDeclines},
-    TestCard{"4000000000001075", Course::challengeNeverEnds},
-    TestCard{"4000000000001083", Course::challengeEndsInFrame},
-    TestCard{"4000000000001091", Course::challengeIsSlow},
-    TestCard{"4000000000001109", Course::challengeCannotLoad},
-    TestCard{"4000000000001117", Course::addCardFails},
-    TestCard{"4000000000001125", Course::addCardUnknown},
-    TestCard{"4000000000001133", Course::fingerprintIsNoUrl},
-    TestCard{"4000000000001141", Course::locatorFails},
-    TestCard{"4000000000001158", Course::locatorUnknown},
-};
-
-/// The course of a test card; any other card is stored immediately.
-Course courseOf(std::string_view cardNumber) {
-    if (galleryPage(cardNumber) != nullptr) return Course::gallery;
-    const auto* const found = std::ranges::find(testCards, cardNumber, &TestCard::number);
-    return found == testCards.end() ? Course::frictionless : found->course;
-}
 
 // The kind that a reply claims to be. Its other members must not contradict it.
 enum class AddKind { frictionless = 1, fingerprint = 2, challenge = 3, error = 4 };

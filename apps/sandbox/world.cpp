@@ -139,30 +139,4 @@ std::string wireName(OrderType type) {
     return {};
 }
 
-nlohmann::json stateOf(const World& world) {
-    auto accounts = nlohmann::json::array();
-    for (const auto& [number, account] : world.accounts) {
-        auto cards = nlohmann::json::array();
-        for (const auto& card : account.cards) cards.push_back({{"locator", card.locator}, {"label", card.label}});
-        auto prepaid = nlohmann::json::array();
-        for (const auto& card : account.prepaidCards) prepaid.push_back({{"id", card.id}, {"balance", card.balance}});
-        auto orders = nlohmann::json::array();
-        for (const auto& order : account.orders)
-            orders.push_back({{"id", order.id},
-                              {"type", wireName(order.type)},
-                              {"status", world.statusOf(order)},
-                              {"amount", order.amount}});
-        accounts.push_back({{"number", number},
-                            {"balance", account.balance},
-                            {"currency", account.currency->code},
-                            {"cards", cards},
-                            {"prepaidCards", prepaid},
-                            {"orders", orders}});
-    }
-    return {{"now", millisecondsText(world.now())},
-            {"accounts", accounts},
-            {"sessions", world.sessions.size()},
-            {"purchases", world.purchases}};
-}
-
 }  // namespace kavio::sandbox

@@ -127,12 +127,27 @@ struct Session {
     TimePoint expires;
 };
 
+/// How the clock by which orders progress and tokens expire differs from the machine's: it can be stopped and moved on.
+struct Pace {
+    std::optional<TimePoint> stoppedAt;
+    TimePoint::duration ahead{0};
+
+    TimePoint at(TimePoint clock) const { return stoppedAt.value_or(clock) + ahead; }
+    void stop(TimePoint clock) { stoppedAt = stoppedAt.value_or(clock); }
+    /// Goes on from where it was stopped.
+    void resume(TimePoint clock) {
+        ahead -= clock - stoppedAt.value_or(clock);
+        stoppedAt.reset();
+    }
+};
+
 /// Everything the service remembers. It has no lock of its own: only one request at a time may use it.
 struct World {
     explicit World(Options theOptions) : options(std::move(theOptions)) {}
 
     const Options options;
     std::chrono::seconds clockOffset{0};
+    Pace paceKeeper;
     std::map<std::string, Account> accounts;      // by number
     std::map<std::string, Challenge> challenges;  // by challenge text
     std::map<std::string, Session> sessions;      // by token
@@ -144,7 +159,7 @@ struct World {
     nlohmann::json purchases = nlohmann::json::array();
 
     /// The clock by which orders progress and tokens expire.
-    TimePoint pace() const { return options.clock(); }
+    TimePoint pace() const { return paceKeeper.at(options.clock()); }
     /// The clock that clients see.
     TimePoint now() const { return options.clock() + clockOffset; }
 
@@ -165,7 +180,5 @@ private:
 };
 
 std::string wireName(OrderType type);
-
-nlohmann::json stateOf(const World& world);
 
 }  // namespace kavio::sandbox

@@ -1,7 +1,9 @@
 #include "sandbox/gallery.h"
 
 #include "sandbox/cards.h"
+#include "sandbox/testcards.h"
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -17,18 +19,29 @@ using sandbox::galleryPages;
 
 TEST(Gallery, HasANumberAFileAndALineInTheManualForEachPage) {
     std::ifstream file(KAVIO_SOURCES "/docs/sandbox.md");
-    const std::string manual(std::istreambuf_iterator<char>(file), {});
+    std::string manual(std::istreambuf_iterator<char>(file), {});
+    std::erase(manual, '`');
     std::set<std::string_view> names;
     for (const auto& page : galleryPages()) {
         SCOPED_TRACE(page.name);
         EXPECT_NO_THROW(sandbox::checkCard({std::string(page.number), 1, 2039, "7"}, {}, "card"));
         EXPECT_EQ(galleryPage(page.number), &page) << "another page has this number";
         EXPECT_TRUE(names.insert(page.name).second);
-        EXPECT_NE(manual.find("| " + std::string(page.number) + " | "), std::string::npos);
+        EXPECT_NE(manual.find(fmt::format("| {} | {} | {} |", page.number, page.name, page.effect)), std::string::npos);
     }
     std::set<std::string_view> files;
     for (const auto& each : sandbox::galleryFiles) files.insert(each.name);
     EXPECT_EQ(files, names);
+}
+
+TEST(TestCards, HaveALineInTheReadme) {
+    std::ifstream file(KAVIO_SOURCES "/README.md");
+    const std::string readme(std::istreambuf_iterator<char>(file), {});
+    for (const auto& card : sandbox::testCards()) {
+        if (card.number == sandbox::declinedNumber) continue;  // not one for 3-D Secure
+        EXPECT_NO_THROW(sandbox::checkCard({std::string(card.number), 1, 2039, "7"}, {}, "card"));
+        EXPECT_NE(readme.find("| " + std::string(card.number) + " | "), std::string::npos) << card.number;
+    }
 }
 
 TEST(Gallery, HasAnEndInEachPageAndNoReplyThatNothingAsksFor) {

@@ -1,87 +1,10 @@
+#include "client.h"
 #include "sandbox/gallery.h"
-#include "sandbox/sandbox.h"
-#include "sandbox/signature.h"
-
-#include <gtest/gtest.h>
-#include <httplib.h>
-#include <nlohmann/json.hpp>
 
 #include <regex>
-#include <string>
 
 namespace kavio::test {
 namespace {
-
-using namespace std::chrono_literals;
-using nlohmann::json;
-
-/// A sandbox whose clock stands still, and a plain HTTPS client that signs as the library does.
-class Client {
-public:
-    explicit Client(sandbox::Options options = {}) : service(clocked(std::move(options))) {}
-
-    struct Answer {
-        int status = 0;  // 0: no reply
-        std::string body;
-        json parsed() const { return json::parse(body, nullptr, false); }
-        std::string message() const { return parsed().value("message", ""); }
-    };
-    /// Sends a request with all headers correct; `headers` replace them, and an empty one removes its header.
-    Answer send(const std::string& method, const std::string& path, const json& body = nullptr,
-                const httplib::Headers& headers = {}) {
-        httplib::Request request;
-        request.method = method;
-        request.path = path;
-        request.body = body.is_null() ? "" : body.dump();
-        request.headers = {{"Host", "api-qa2.kavio.example"},
-                           {"Content-Type", "application/json; charset=utf-8"},
-                           {"X-Zelto-Wallet-Api-Key", "demo-key"},
-                           {"lang", "en"}};
-        if (!token.empty()) request.set_header("X-Zelto-Wallet-Session-Token", token);
-        request.set_header("X-Zelto-Sign", sandbox::sign("https://api-qa2.kavio.example" + path, request.body,
-                                                         sandbox::timeStamp(time)));
-        for (const auto& [name, value] : headers) {
-            request.headers.erase(name);
-            if (!value.empty()) request.set_header(name.c_str(), value);
-        }
-
-        httplib::SSLClient client("127.0.0.1", service.port());
-        client.set_ca_cert_path(service.authorityFile().c_str());
-        client.enable_server_certificate_verification(true);
-        const auto reply = client.send(request);
-        return reply ? Answer{reply->status, reply->body} : Answer{};
-    }
-    /// Like `send`, but returns the reply's JSON; a reply other than 200 fails the test.
-    json ok(const std::string& method, const std::string& path, const json& body = nullptr) {
-        const auto answer = send(method, path, body);
-        EXPECT_EQ(answer.status, 200) << method << " " << path << ": " << answer.body;
-        return answer.parsed();
-    }
-
-    /// Logs in and keeps the token for the requests that follow.
-    void login() {
-        json phone{{"countryCode", "49"}, {"phoneNumber", "151234567"}};
-        auto asked = phone;
-        asked.update({{"challenge", ""}, {"retry", "0"}});
-        phone.update({{"challenge", ok("POST", "/v1/account/challenge/", asked)["challenge"]["challenge"]},
-                      {"verificationCode", "123456"},
-                      {"retryTimeoutSeconds", "0"},
-                      {"country", "DE"}});
-        token = ok("POST", "/v1/account/verify/", phone)["token"]["token"];
-    }
-
-    const sandbox::TimePoint time{1'709'647'629'250ms};  // 2024-03-05T14:07:09.250
-    std::string token;
-
-private:
-    sandbox::Options clocked(sandbox::Options options) const {
-        options.clock = [this] { return time; };
-        return options;
-    }
-
-public:
-    sandbox::Sandbox service;
-};
 
 TEST(Service, RefusesWhatIsNotInOrder) {
     Client client({.apiKey = "demo-key"});
@@ -165,32 +88,6 @@ TEST(Service, ServesTheGallerysPageForEachOfItsCards) {
         EXPECT_EQ(shown.status, expected.isLost ? 0 : expected.status);
         EXPECT_FALSE(std::regex_search(shown.body, std::regex("@[a-z]+@"))) << shown.body;
     }
-}
-
-TEST(Control, ShowsRequestsAndSteersTheSandboxOverHttps) {
-    Client client;
-    client.send("POST", "/v1/none?a=%20b", {{"x", 1}});
-    const auto sent = client.service.requests().at(0);
-    EXPECT_EQ(sent.method + " " + sent.host + sent.target + " " + sent.body,
-              R"(POST api-qa2.kavio.example/v1/none?a=%20b {"x":1})");
-    const std::string base = "/_sandbox";
-    client.ok("POST", base + "/faults", {{"path", "/time"}, {"status", 500}});
-    EXPECT_EQ(client.send("GET", "/v1/time?").status, 500);
-    EXPECT_EQ(client.send("GET", "/v1/%FF").status, 404);
-    client.ok("PUT", base + "/clock", {{"offsetSeconds", 86400}});
-    EXPECT_EQ(client.ok("GET", "/v1/time?")["serverTime"], "2024-03-06T14:07:09.250+0000");
-    client.ok("PUT", base + "/clock", {{"offsetSeconds", 0}});
-    client.login();
-    client.ok("DELETE", base + "/tokens");
-    EXPECT_EQ(client.send("GET", "/v1/account?").status, 401);
-    EXPECT_EQ(client.ok("GET", base + "/requests").size(), 7U);
-    EXPECT_EQ(client.send("PUT", base + "/clock", {{"offsetSeconds", 1'000'000'000'000'000'000}}).status, 400);
-    EXPECT_EQ(client.ok("GET", base + "/state")["accounts"][0]["balance"], 5000);
-    for (const auto& [name, value] : std::map<std::string, int>{{"status", 99}, {"times", 0}, {"padTo", -1}}) {
-        const auto refused = client.send("POST", base + "/faults", {{"path", "/x"}, {name, value}});
-        EXPECT_EQ(refused.message().find(name + " must be "), 0U) << refused.message();
-    }
-    EXPECT_EQ(client.send("GET", base + "/nothing").status, 404);
 }
 
 }  // namespace

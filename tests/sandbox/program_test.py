@@ -1,0 +1,124 @@
+#!/usr/bin/env python3
+"""Starts the sandbox with options right and wrong, and reads its events well and badly.
+
+Usage: program_test.py PROGRAM
+"""
+import json
+import socket
+import subprocess
+import sys
+
+from running_sandbox import RunningSandbox, until
+
+PROGRAM = sys.argv[1]
+MOST_READERS = 8
+
+
+def run(*options):
+    done = subprocess.run([PROGRAM, *options], capture_output=True, text=True, timeout=30)
+    return done.returncode, done.stdout, done.stderr
+
+
+def expect(shown, expected):
+    assert shown == expected, f"\nis:      {shown}\nmust be: {expected}"
+
+
+def wrong_options_are_answered_with_a_sentence():
+    for options, sentence in [
+        (["--port", "70000"], "--port: '70000' is not a whole number from 0 to 65535"),
+        (["--seed", "-1"], "--seed: '-1' is not a whole number from 0 to 9223372036854775807"),
+        (["--idle-limit", "soon"], "--idle-limit: 'soon' is not a whole number from 1 to 86400"),
+        (["--nothing"], "The following argument was not expected: --nothing"),
+    ]:
+        expect(run(*options), (2, "", f"kavio-sandbox: {sentence}\n"))
+    status, version, _ = run("--version")
+    assert status == 0 and version.count(".") == 2, version
+
+
+def two_run_side_by_side():
+    with RunningSandbox(PROGRAM, "--seed", "7") as one, RunningSandbox(PROGRAM, "--seed", "7") as other:
+        one.log_in()
+        expect(len(other.control("GET", "/state")["accounts"]), 0)
+        other.log_in()
+        expect(one.token, other.token)  # from the same seed
+        expect(run("--port", str(one.port)), (1, "", f"kavio-sandbox: cannot listen on 127.0.0.1:{one.port}\n"))
+    with RunningSandbox(PROGRAM, "--seed", "8") as third:
+        third.log_in()
+        assert third.token != one.token
+
+
+class Reader:
+    """Reads the events, or does not."""
+
+    def __init__(self, sandbox):
+        plain = socket.create_connection(("localhost", sandbox.port))
+        self.stream = sandbox.trust.wrap_socket(plain, server_hostname="localhost")
+        self.stream.settimeout(20)
+        self.stream.sendall(b"GET /_sandbox/events HTTP/1.1\r\nHost: localhost\r\n\r\n")
+        self.lines = self.stream.makefile()
+        self.status = self.lines.readline().split()[1]
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.lines.close()
+        self.stream.close()
+
+    def next(self, event):
+        while self.lines.readline() != f"event: {event}\n":
+            pass
+        return json.loads(self.lines.readline().removeprefix("data: "))
+
+
+def events_tell_how_an_order_moves():
+    with RunningSandbox(PROGRAM, "--order-step-ms", "1") as sandbox, Reader(sandbox) as reader:
+        expect(reader.next("start"), {"resets": 0})
+        sandbox.control("PUT", "/clock", {"isStopped": True})
+        expect(reader.next("clock")["isStopped"], False)
+        sandbox.log_in()
+        expect(reader.next("request")["target"], "/v1/account/challenge/")
+        order = sandbox.buy(150)["id"]
+        while str(reader.next("order")["id"]) != order:  # those that the account has from the start
+            pass
+        for expected in "started", "authorized", "completed":
+            sandbox.control("POST", "/clock", {"stepMs": 1})
+            moved = reader.next("order")
+            expect((str(moved["id"]), moved["status"], moved["isMoving"]), (order, expected, expected != "completed"))
+        sandbox.control("DELETE", "/state")
+        expect(reader.next("start"), {"resets": 1})
+        expect(reader.next("accounts"), [])
+
+
+def slow_readers_are_dropped():
+    with RunningSandbox(PROGRAM) as sandbox:
+        readers = [Reader(sandbox) for _ in range(MOST_READERS)]
+        expect({reader.status for reader in readers}, {"200"})
+        with Reader(sandbox) as late:
+            expect(late.status, "503")
+
+        def is_there_room():
+            # Each request is told with 16 kB to readers that take none of it.
+            for _ in range(50):
+                sandbox.send("POST", "/v1/" + "x" * 4000, {"text": "y" * 8000})
+            with Reader(sandbox) as another:
+                return another.status == "200"
+
+        until("a slow reader is dropped", is_there_room, 60)
+        for reader in readers:
+            reader.__exit__()
+
+
+def main():
+    failed = 0
+    for test in (wrong_options_are_answered_with_a_sentence, two_run_side_by_side, events_tell_how_an_order_moves,
+                 slow_readers_are_dropped):
+        try:
+            test()
+        except AssertionError as problem:
+            failed += 1
+            print(test.__name__, "FAILED:", problem)
+    return failed
+
+
+sys.exit(main())
