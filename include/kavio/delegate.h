@@ -27,10 +27,10 @@ using Orders = std::vector<std::shared_ptr<const Order>>;
 /// Receives the outcome of every operation of a `Kavio`; the application implements and owns it.
 ///
 /// Each operation calls its own callback once (`onPlaceOrder`: once or more), never with an exception in flight and
-/// never with a lock held: a callback may call the facade again, or destroy it. What is refused without asking the service,
-/// such as `BUSY` or input that cannot be right, is reported on the calling thread before the operation returns,
-/// everything else on the main thread. On any result but `SUCCESS` the payload is absent; on `SUCCESS` it is absent when
-/// the service's reply carried none.
+/// never with a lock held: a callback may call the facade again, or destroy it. What is refused without asking the
+/// service, such as `BUSY` or input that cannot be right, is reported on the calling thread before the operation
+/// returns, everything else on the main thread. On any result but `SUCCESS` the payload is absent; on `SUCCESS` it is
+/// absent when the service's reply carried none.
 class KAVIO_API KavioDelegate {
 public:
     /// How an operation ended; never null.

@@ -3,5 +3,6 @@
 #include <gtk/gtk.h>
 
 int main() {
-    if (gtk_init_check()) kavio::makeGtkPlatform(gtk_application_new("org.example.wallet", G_APPLICATION_DEFAULT_FLAGS));
+    if (gtk_init_check())
+        kavio::makeGtkPlatform(gtk_application_new("org.example.wallet", G_APPLICATION_DEFAULT_FLAGS));
 }
