@@ -24,7 +24,7 @@ void print(const std::string& line) {
 std::string announcement(const Sandbox& sandbox, bool json) {
     const auto file = sandbox.authorityFile().string();
     const auto page = fmt::format("https://localhost:{}/", sandbox.port());
-    if (!json) return fmt::format("listening on {}, authority in {}, page at {}", sandbox.address(), file, page);
+    if (!json) return fmt::format("listening on {}, authority in {}\npage at {}", sandbox.address(), file, page);
     return nlohmann::json{{"event", "listening"},
                           {"address", sandbox.address()},
                           {"authority", file},

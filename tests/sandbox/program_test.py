@@ -28,9 +28,10 @@ def wrong_options_are_answered_with_a_sentence():
         (["--port", "70000"], "--port: '70000' is not a whole number from 0 to 65535"),
         (["--seed", "-1"], "--seed: '-1' is not a whole number from 0 to 9223372036854775807"),
         (["--idle-limit", "soon"], "--idle-limit: 'soon' is not a whole number from 1 to 86400"),
-        (["--nothing"], "The following argument was not expected: --nothing"),
+        (["--port"], "--port is not followed by what it needs"),
+        (["--nothing"], "There is no option '--nothing'"),
     ]:
-        expect(run(*options), (2, "", f"kavio-sandbox: {sentence}\n"))
+        expect(run(*options), (2, "", f"kavio-sandbox: {sentence}.\n"))
     status, version, _ = run("--version")
     assert status == 0 and version.count(".") == 2, version
 
