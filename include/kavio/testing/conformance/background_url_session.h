@@ -104,14 +104,14 @@ TEST_P(BackgroundSessionConformance, WaitsForARoute) {
         request.willWait = [&] { ++waits; };
         auto& waiting = place(request);
         EXPECT_TRUE(peer().runUntil([&] { return waits > 0; })) << "Who waits must say so before.";
-        auto& givenUp = place(order("given up"));
+        auto& givenUp = place(order("given-up"));
         EXPECT_TRUE(cancel(givenUp)) << "What waits can be given up.";
         EXPECT_EQ(endOf(givenUp), "-999 unsent") << "What was given up while it waited was not sent.";
         EXPECT_FALSE(waiting.isCompleted()) << "Without a route, a request must wait instead of failing.";
         peer().makeRoute();
         EXPECT_EQ(endOf(waiting), "200 ok") << "What waits must be sent once there is a route.";
         EXPECT_EQ(seen("patient"), 1U) << "What has waited must be sent exactly once.";
-        EXPECT_EQ(seen("given up"), 0U) << "A request that was given up has reached the service nevertheless.";
+        EXPECT_EQ(seen("given-up"), 0U) << "A request that was given up has reached the service nevertheless.";
         const int before = waits;
         EXPECT_EQ(endOf(place(request)), "200 ok");
         EXPECT_EQ(waits, before) << "Only who waits may say so.";
