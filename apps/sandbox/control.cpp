@@ -53,7 +53,7 @@ json addFault(Sandbox& sandbox, const json& in) {
 json removeFaults(Sandbox& sandbox, const json& in) {
     if (!in.contains("id"))
         sandbox.clearFaults();
-    else if (!sandbox.removeFault(in["id"].get<std::int64_t>()))
+    else if (!sandbox.removeFault(static_cast<std::uint64_t>(in["id"].get<std::int64_t>())))
         throw Refusal(404, "there is no fault with this id");
     return done;
 }
