@@ -16,13 +16,14 @@ void lookUp(const std::string& code, const MachineQuery& query) {
     must(query.qr_scan.value_or(code) == code && query.qr_number.value_or(code) == code, "a code is sent as it is");
     must(code.find(query.hwSerial.value_or("")) != std::string::npos, "a serial stands in the code");
 
-    const auto request = machineByValueRequest(query);
-    const auto sent =
-        buildURLRequest("https://service.test/", request.params, request.encoding == ParameterEncoding::path);
+    auto request = machineByValueRequest(query);
+    const JsonObject meant = *request.params;
+    const auto sent = buildURLRequest("https://service.test/", std::move(request.params),
+                                      request.encoding == ParameterEncoding::path);
     must(isUrl(sent.url), "the look-up has a URL");
     if (!sent.body) return;
     const auto read = JsonValue::parse(*sent.body);
-    must(read == JsonValue(*request.params), "the service reads what was meant");
+    must(read == JsonValue(meant), "the service reads what was meant");
 }
 
 /// A check digit shows each single wrong digit.
