@@ -100,8 +100,8 @@ class Page:
         return done["result"].get("value")
 
     def until(self, script):
-        # While one document gives way to the next, there is none.
-        return until(script, lambda: self.eval(f"document.body !== null && {script}"))
+        # While one document gives way to the next, there is none, or only the beginning of one.
+        return until(script, lambda: self.eval(f"document.readyState === 'complete' && {script}"))
 
     def shows(self, section, text):
         self.until(f"document.getElementById({json.dumps(section)}).innerText.includes({json.dumps(text)})")
