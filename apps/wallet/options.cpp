@@ -2,10 +2,10 @@
 
 #include "command_line/translation.h"
 #include "driver/names.h"
+#include "host/device.h"
 
 #include <CLI/CLI.hpp>
-
-#include <fstream>
+#include <unistd.h>
 
 namespace kavio::wallet {
 
@@ -18,7 +18,10 @@ std::string checkAddress(const std::string& address) {
 
 /// Empty for a file that can be written to, or made.
 std::string checkWritable(const std::string& file) {
-    return std::ofstream(file, std::ios::app) ? std::string{} : tr("{} cannot be written to", file);
+    const int opened = openRequestLog(file);
+    if (opened < 0) return tr("{} cannot be written to", file);
+    ::close(opened);
+    return {};
 }
 
 Kavio::EnvironmentType required(const std::string& name) {

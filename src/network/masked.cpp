@@ -63,10 +63,11 @@ constexpr std::array rows{
     Row{"securityCode", "security code"},
     Row{"month year", "expiry"},
     Row{"longitude latitude", "position"},
-    Row{.names = "amount balance chargedAmount code codeInMap currency decimalDigits distance endingBalance flow id "
+    Row{.names = "amount balance chargedAmount codeInMap currency decimalDigits distance endingBalance flow id "
                  "kavioID kavioMachineId lang limit machineId machineStatusId machineType orderItemsCount orderStatus "
                  "orderStatusName orderType orderTypeName pulseLineNumber quantity retryTimeoutSeconds status type",
         .isShown = isPlain},
+    Row{.names = "code", .isShown = isName},  // its digits could be those of a one-time code
     Row{.names = "created createdTime createdUTC expireTime serverTime transactionsBefore", .isShown = isTime},
     Row{.names = "appVersion orderId os osVersion", .isShown = isIdentifier},
     Row{.names = "message", .isShown = isSentence},
@@ -188,7 +189,8 @@ std::string maskedUrl(std::string_view url) {
     const auto pathAt = std::min(url.find_first_of("/?", hostAt == url.size() ? 0 : hostAt + 3), url.size());
     const auto queryAt = std::min(url.find('?', pathAt), url.size());
     const auto path = url.substr(pathAt, queryAt - pathAt);
-    std::string whole(url.substr(0, pathAt));
+    const auto server = url.substr(0, pathAt);
+    std::string whole(server.find('@') == std::string_view::npos ? std::string(server) : kind("text"));
     std::string_view before;
     const auto addSegment = [&](std::string_view segment) {
         whole += '/' + maskedSegment(before, segment);

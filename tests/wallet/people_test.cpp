@@ -59,6 +59,7 @@ TEST_F(WalletCommands, DescribeTheirRequestsWithoutSecrets) {
     EXPECT_THAT(log,
                 AllOf(HasSubstr("/account/locators ["), HasSubstr("\"number\":<card number>"), HasSubstr(" 200 after "),
                       Not(HasSubstr("4111111111111111")), Not(HasSubstr("a@b.example"))));
+    EXPECT_EQ(std::filesystem::status(file).permissions(), std::filesystem::perms(0600));
     EXPECT_EQ(run("status --request-log /dev/full").status, 0) << "a full disk is no reason to fail";
     const auto refused = run("status --request-log /nonexistent/log");
     EXPECT_EQ(refused.status, 2);

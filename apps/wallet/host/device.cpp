@@ -25,12 +25,17 @@ LinuxPlatformOptions deviceOptions(const Options& options, std::shared_ptr<MainQ
     return device;
 }
 
+int openRequestLog(const std::filesystem::path& file) {
+    return ::open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+}
+
 void install(Platform platform, const Options& options) {
     if (!options.requestLog.empty()) {
-        const int file = ::open(options.requestLog.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+        const int file = openRequestLog(options.requestLog);
         platform = withRequestLog(std::move(platform), [file](std::string_view line) {
             const auto text = std::string(line) + '\n';
-            if (::write(file, text.data(), text.size()) < 0) return;  // an order must be followed to its end
+            // A disk that is full is no reason to stop: an order must be followed to its end.
+            [[maybe_unused]] const auto written = ::write(file, text.data(), text.size());
         });
     }
     Platform::install(std::move(platform));
