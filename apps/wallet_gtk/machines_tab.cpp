@@ -93,6 +93,7 @@ void MachinesTab::addPictures() {
 }
 
 void MachinesTab::begin(Search search) {
+    window.sayNothing();
     mSearch = std::move(search);
     keep(this->search());
 }
