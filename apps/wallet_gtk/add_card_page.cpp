@@ -3,7 +3,7 @@
 #include "command_line/numbers.h"
 #include "command_line/translation.h"
 #include "explain.h"
-#include "main_window.h"
+#include "shell.h"
 #include "wording/card_fields.h"
 
 #include <kavio/platform/platform.h>
@@ -35,7 +35,7 @@ std::chrono::year_month thisMonth() {
 
 }  // namespace
 
-AddCardPage::AddCardPage(MainWindow& owner) : Page(owner, tr("Add a card"), "add_card") {
+AddCardPage::AddCardPage(Shell& owner) : Page(owner, tr("Add a card"), "add_card") {
     for (const auto& entry : entries) on(widget(entry.widget), "entry-activated", [this] { keep(store()); });
     on(widget("store"), "clicked", [this] { keep(store()); });
 }

@@ -7,7 +7,7 @@ namespace kavio::wallet_gtk {
 /// Stores a card, with the issuer's page or without.
 class AddCardPage final : public Page {
 public:
-    explicit AddCardPage(MainWindow& owner);
+    explicit AddCardPage(Shell& owner);
     ~AddCardPage() override;
     void onShown() override;
 

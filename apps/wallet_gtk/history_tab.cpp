@@ -1,7 +1,7 @@
 #include "history_tab.h"
 
 #include "command_line/translation.h"
-#include "main_window.h"
+#include "shell.h"
 #include "wording/money.h"
 #include "wording/names.h"
 #include "wording/text.h"
@@ -63,7 +63,7 @@ gboolean isSearched(GtkListBoxRow* row, gpointer search) {
 
 }  // namespace
 
-HistoryTab::HistoryTab(MainWindow& owner) : Page(owner, tr("History"), "history") {
+HistoryTab::HistoryTab(Shell& owner) : Page(owner, tr("History"), "history") {
     auto* const list = widget<GtkListBox>("list");
     gtk_list_box_set_header_func(list, setHeading, nullptr, nullptr);
     gtk_list_box_set_filter_func(list, isSearched, widget("search"), nullptr);

@@ -11,7 +11,7 @@ namespace kavio::wallet_gtk {
 /// Past orders, day by day.
 class HistoryTab final : public Page {
 public:
-    explicit HistoryTab(MainWindow& owner);
+    explicit HistoryTab(Shell& owner);
     void onShown() override;
     void onPaid() override { onShown(); }
 

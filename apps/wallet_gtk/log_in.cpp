@@ -2,12 +2,12 @@
 
 #include "command_line/translation.h"
 #include "explain.h"
-#include "main_window.h"
+#include "shell.h"
 #include "wording/language.h"
 
 namespace kavio::wallet_gtk {
 
-LogIn::LogIn(MainWindow& owner) : Page(owner, tr("Log in"), "log_in") {
+LogIn::LogIn(Shell& owner) : Page(owner, tr("Log in"), "log_in") {
     setText("country", wallet::ownCountry());
     on(widget("send"), "clicked", [this] { keep(askForCode()); });
     for (const auto* const entry : {"countryCode", "phone", "country"})

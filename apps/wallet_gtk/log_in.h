@@ -7,7 +7,7 @@ namespace kavio::wallet_gtk {
 /// Asks for the phone's number, and then for the code that was sent to it.
 class LogIn final : public Page {
 public:
-    explicit LogIn(MainWindow& owner);
+    explicit LogIn(Shell& owner);
     void onShown() override;
 
 private:

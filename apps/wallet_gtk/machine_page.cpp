@@ -2,8 +2,8 @@
 
 #include "choice.h"
 #include "command_line/translation.h"
-#include "main_window.h"
 #include "methods_tab.h"
+#include "shell.h"
 #include "wording/names.h"
 #include "wording/text.h"
 
@@ -14,7 +14,7 @@ namespace kavio::wallet_gtk {
 using PaymentType = PaymentMethod::PaymentType;
 using wallet::Currency;
 
-MachinePage::MachinePage(MainWindow& owner, std::shared_ptr<const Machine> machine)
+MachinePage::MachinePage(Shell& owner, std::shared_ptr<const Machine> machine)
     : Page(owner, wallet::titleOf(*machine), "machine"), mMachine(std::move(machine)) {
     on(widget("method"), "notify::selected", [this] { update(); });
     on(widget("amount"), "changed", [this] { update(); });

@@ -18,7 +18,7 @@ namespace kavio::wallet_gtk {
 /// What a machine sells, and how to pay for it.
 class MachinePage final : public Page {
 public:
-    MachinePage(MainWindow& owner, std::shared_ptr<const Machine> machine);
+    MachinePage(Shell& owner, std::shared_ptr<const Machine> machine);
     void onShown() override { keep(load()); }
     void onPaid() override { keep(loadMethods()); }
 

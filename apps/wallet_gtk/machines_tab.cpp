@@ -3,7 +3,7 @@
 #include "command_line/numbers.h"
 #include "command_line/translation.h"
 #include "machine_page.h"
-#include "main_window.h"
+#include "shell.h"
 #include "wording/distance.h"
 #include "wording/names.h"
 #include "wording/qr_picture.h"
@@ -51,7 +51,7 @@ void removeFile(const std::filesystem::path& file) {
 
 }  // namespace
 
-MachinesTab::MachinesTab(MainWindow& owner) : Page(owner, tr("Machines"), "machines") {
+MachinesTab::MachinesTab(Shell& owner) : Page(owner, tr("Machines"), "machines") {
     on(widget("search"), "activate", [this] { searchText(); });
     on(widget("openPicture"), "clicked", [this] { openPicture(); });
     on(widget("pastePicture"), "clicked", [this] { pastePicture(); });

@@ -17,7 +17,7 @@ namespace kavio::wallet_gtk {
 /// position.
 class MachinesTab final : public Page {
 public:
-    explicit MachinesTab(MainWindow& owner);
+    explicit MachinesTab(Shell& owner);
     void onShown() override { keep(search()); }
 
 private:

@@ -121,12 +121,12 @@ void MainWindow::fail(const KavioResult& result, std::function<void()> again) {
     const auto [problem, advice, remedy] = explain(result);
     const auto sentence = advice.empty() ? problem : problem + " " + advice;
     if (remedy == Explanation::Remedy::LOG_IN) {
-        say(sentence);
+        say(sentence, {}, nullptr);
         showLogin();
     } else if (remedy == Explanation::Remedy::TRY_AGAIN && again) {
         say(sentence, tr("Try again"), std::move(again));
     } else {
-        say(sentence);
+        say(sentence, {}, nullptr);
     }
 }
 

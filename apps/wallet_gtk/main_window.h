@@ -1,7 +1,6 @@
 #pragma once
 
-#include "page.h"
-#include "payments.h"
+#include "shell.h"
 
 #include <functional>
 #include <memory>
@@ -18,35 +17,25 @@ struct Service {
 };
 
 /// The window: a bar, what failed, the payments, and below them the pages.
-class MainWindow {
+class MainWindow final : public Shell {
 public:
     MainWindow(GtkApplication* application, Service service);
-    ~MainWindow();
+    ~MainWindow() override;
     MainWindow(const MainWindow&) = delete;
     MainWindow& operator=(const MainWindow&) = delete;
 
     void present() const { gtk_window_present(mWindow); }
-    GtkWindow* handle() const { return mWindow; }
-    std::unique_ptr<AsyncKavio> makeKavio() const;
-    Payments& payments() { return *mPayments; }
-
-    /// Shows the page in place of the tabs, until `showTabs`.
-    void push(std::unique_ptr<Page> page);
-    /// As soon as whatever is being done now is over. The tab that is there fetches anew what it shows.
-    void showTabs();
-    void showLogin();
-    /// Has the page that is there show what is different after a payment.
-    void refresh();
-
-    /// Says what failed. `again` does it once more, where that makes sense.
-    void fail(const KavioResult& result, std::function<void()> again = nullptr);
-    /// Says something until the person has read it, with a button if there is a text for it.
-    void say(const std::string& sentence, const std::string& button = {}, std::function<void()> work = nullptr);
-    void sayNothing();
-
-    /// How many more things are under way.
-    void setBusy(int change);
-    GtkWidget* focus() const { return gtk_window_get_focus(mWindow); }
+    GtkWindow* handle() const override { return mWindow; }
+    std::unique_ptr<AsyncKavio> makeKavio() const override;
+    Payments& payments() override { return *mPayments; }
+    void push(std::unique_ptr<Page> page) override;
+    void showTabs() override;
+    void showLogin() override;
+    void refresh() override;
+    void fail(const KavioResult& result, std::function<void()> again) override;
+    void say(const std::string& sentence, const std::string& button, std::function<void()> work) override;
+    void sayNothing() override;
+    void setBusy(int change) override;
 
 private:
     template <class T = GtkWidget>

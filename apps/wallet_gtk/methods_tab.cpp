@@ -2,7 +2,7 @@
 
 #include "add_card_page.h"
 #include "command_line/translation.h"
-#include "main_window.h"
+#include "shell.h"
 #include "top_up_page.h"
 #include "wording/money.h"
 #include "wording/text.h"
@@ -28,7 +28,7 @@ std::string nameOf(const PaymentMethod& method) {
     return method.type == PaymentMethod::PaymentType::KAVIO ? tr("Wallet") : number;
 }
 
-MethodsTab::MethodsTab(MainWindow& owner) : Page(owner, tr("Wallet"), "methods") {
+MethodsTab::MethodsTab(Shell& owner) : Page(owner, tr("Wallet"), "methods") {
     on(widget("add"), "clicked", [this] { window.push(std::make_unique<AddCardPage>(window)); });
     on(widget("logOut"), "clicked", [this] { keep(logOut()); });
 }

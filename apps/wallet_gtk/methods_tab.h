@@ -12,7 +12,7 @@ namespace kavio::wallet_gtk {
 /// What the person can pay with: the wallet, cards and prepaid cards.
 class MethodsTab final : public Page {
 public:
-    explicit MethodsTab(MainWindow& owner);
+    explicit MethodsTab(Shell& owner);
     void onShown() override { keep(load()); }
     void onPaid() override { keep(load()); }
 

@@ -1,6 +1,6 @@
 #include "page.h"
 
-#include "main_window.h"
+#include "shell.h"
 
 namespace kavio::wallet_gtk {
 
@@ -22,7 +22,7 @@ Ref<GtkBuilder> loadUi(const char* file) {
     return builder;
 }
 
-Page::Page(MainWindow& owner, std::string name, const char* file)
+Page::Page(Shell& owner, std::string name, const char* file)
     : title(std::move(name)), window(owner), mBuilder(loadUi(file)), mKavio(owner.makeKavio()) {}
 
 void Page::focus(const char* id) const {
@@ -36,8 +36,10 @@ AsyncKavio& Page::freeKavio() {
     return *mKavio;
 }
 
-Busy::Busy(MainWindow& window, GtkWidget* controls)
-    : mWindow(window), mControls(retained(controls)), mFocus(retained(controls ? window.focus() : nullptr)) {
+Busy::Busy(Shell& window, GtkWidget* controls)
+    : mWindow(window),
+      mControls(retained(controls)),
+      mFocus(retained(controls ? gtk_window_get_focus(window.handle()) : nullptr)) {
     mWindow.setBusy(+1);
     if (!mControls) return;
     gtk_window_set_focus(mWindow.handle(), nullptr);  // GTK warns of an entry that loses its use first

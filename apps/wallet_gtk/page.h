@@ -12,7 +12,7 @@
 
 namespace kavio::wallet_gtk {
 
-class MainWindow;
+class Shell;
 
 /// The objects of a file in the folder "ui".
 Ref<GtkBuilder> loadUi(const char* file);
@@ -34,7 +34,7 @@ public:
     virtual void onPaid() {}
 
 protected:
-    Page(MainWindow& owner, std::string name, const char* file);
+    Page(Shell& owner, std::string name, const char* file);
 
     template <class T = GtkWidget>
     T* widget(const char* id) const {
@@ -56,7 +56,7 @@ protected:
     /// Empty once the page is gone, for work that returns late.
     std::weak_ptr<void> alive() const { return mAlive; }
 
-    MainWindow& window;
+    Shell& window;
 
 private:
     const Ref<GtkBuilder> mBuilder;
@@ -68,13 +68,13 @@ private:
 /// While it lives, the window shows that something is under way, and these widgets cannot be used.
 class Busy {
 public:
-    explicit Busy(MainWindow& window, GtkWidget* controls = nullptr);
+    explicit Busy(Shell& window, GtkWidget* controls = nullptr);
     ~Busy();
     Busy(const Busy&) = delete;
     Busy& operator=(const Busy&) = delete;
 
 private:
-    MainWindow& mWindow;
+    Shell& mWindow;
     const Ref<GtkWidget> mControls;
     const Ref<GtkWidget> mFocus;  // which a widget loses with its use
 };

@@ -2,7 +2,7 @@
 
 #include "command_line/translation.h"
 #include "explain.h"
-#include "main_window.h"
+#include "shell.h"
 #include "wording/money.h"
 #include "wording/names.h"
 
@@ -34,7 +34,7 @@ std::string titleOf(const UnsettledPayment& payment) {
 
 }  // namespace
 
-Payment::Payment(MainWindow& owner, const std::string& name) : Page(owner, name, "payment") {
+Payment::Payment(Shell& owner, const std::string& name) : Page(owner, name, "payment") {
     gtk_label_set_text(widget<GtkLabel>("title"), name.c_str());
     on(widget("findOut"), "clicked", [this] { findOut(); });
     on(widget("giveUp"), "clicked", [this] { mGiveUp.request_stop(); });

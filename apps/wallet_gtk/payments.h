@@ -32,7 +32,7 @@ struct TopUp {
 /// A purchase or a top-up as a row: how far it is, what may have become of it, what to do about that.
 class Payment : public Page {
 public:
-    Payment(MainWindow& owner, const std::string& name);
+    Payment(Shell& owner, const std::string& name);
 
     void buy(Purchase purchase);
     void topUp(TopUp topUp);
@@ -65,7 +65,7 @@ private:
 /// All of them: at most one under way, and those that are in doubt or just over.
 class Payments {
 public:
-    Payments(MainWindow& window, GtkListBox* list) : mWindow(window), mList(list) {}
+    Payments(Shell& window, GtkListBox* list) : mWindow(window), mList(list) {}
 
     /// Not while another is under way.
     void buy(Purchase purchase) { add(purchase.title).buy(std::move(purchase)); }
@@ -82,7 +82,7 @@ public:
 private:
     Payment& add(const std::string& title);
 
-    MainWindow& mWindow;
+    Shell& mWindow;
     GtkListBox* const mList;
     std::vector<std::unique_ptr<Payment>> mPayments;
 };

@@ -2,13 +2,13 @@
 
 #include "choice.h"
 #include "command_line/translation.h"
-#include "main_window.h"
 #include "methods_tab.h"
+#include "shell.h"
 #include "wording/money.h"
 
 namespace kavio::wallet_gtk {
 
-TopUpPage::TopUpPage(MainWindow& owner, std::shared_ptr<const DepositCard> card, const PaymentMethods& methods)
+TopUpPage::TopUpPage(Shell& owner, std::shared_ptr<const DepositCard> card, const PaymentMethods& methods)
     : Page(owner, tr("Top up"), "top_up"), mCard(std::move(card)) {
     std::vector<std::string> names;
     for (const auto& method : methods) {

@@ -12,7 +12,7 @@ namespace kavio::wallet_gtk {
 /// Adds money from a stored card to the wallet or a prepaid card.
 class TopUpPage final : public Page {
 public:
-    TopUpPage(MainWindow& owner, std::shared_ptr<const DepositCard> card, const PaymentMethods& methods);
+    TopUpPage(Shell& owner, std::shared_ptr<const DepositCard> card, const PaymentMethods& methods);
     void onShown() override;
 
 private:
