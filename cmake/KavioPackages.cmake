@@ -74,6 +74,10 @@ kavio_package(kavio-tools kavio-tools utils "terminal wallet and sandbox service
 for the service on your own machine." ON kavio SUGGESTS "kavio-tools-gtk")
 kavio_package(kavio-tools-gtk kavio-tools-gtk utils "windows for the terminal wallet of Kavio"
 "This lets kavio-wallet open a window, for cards with 3-D Secure." ON kavio-gtk kavio-tools)
+kavio_package(kavio-wallet-gtk kavio-wallet-gtk utils "wallet with a window, on Kavio and GTK 4"
+"This has kavio-wallet-gtk, a sample wallet for desktops and phones. It needs
+what is suggested to know where it is, and to read QR codes with a camera."
+  ON kavio-gtk SUGGESTS "geoclue-2.0, gstreamer1.0-plugins-good")
 kavio_package(kavio-python python3-kavio python "payments at unattended vending points, for Python 3"
 "This is the package for Python, for asyncio, with type hints."
   ON kavio-c NEEDS "python3:any (>= 3.11~)" CONTROL python/postinst python/prerm FOR_ALL)

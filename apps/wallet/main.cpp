@@ -7,8 +7,8 @@
 #include "options.h"
 #include "people/command.h"
 #include "people/interruption.h"
-#include "people/language.h"
-#include "people/text.h"
+#include "wording/language.h"
+#include "wording/text.h"
 
 #include <CLI/CLI.hpp>
 

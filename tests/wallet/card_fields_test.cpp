@@ -1,4 +1,4 @@
-#include "people/card_fields.h"
+#include "wording/card_fields.h"
 
 #include <gmock/gmock.h>
 

@@ -1,7 +1,7 @@
-#include "people/text.h"
+#include "wording/text.h"
 
-#include "people/language.h"
-#include "people/money.h"
+#include "wording/language.h"
+#include "wording/money.h"
 
 #include <kavio/platform/linux.h>
 

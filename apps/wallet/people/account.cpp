@@ -3,26 +3,18 @@
 #include "people/command.h"
 #include "people/payment.h"
 #include "people/terminal.h"
-#include "people/text.h"
+#include "wording/language.h"
+#include "wording/text.h"
 
 #include <kavio/user_defaults.h>
 
-#include <unicode/locid.h>
-
 #include <memory>
-#include <string_view>
 
 namespace kavio::wallet {
 
 namespace {
 
 constexpr int codesToTry = 3;
-
-/// The region of the user's locale; empty if it has none, like "C" or "POSIX", which ICU treats as American.
-std::string ownCountry() {
-    const auto locale = icu::Locale::getDefault();
-    return std::string_view{locale.getVariant()} == "POSIX" ? "" : locale.getCountry();
-}
 
 struct Login {
     std::string countryCode;

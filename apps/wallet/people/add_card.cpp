@@ -2,10 +2,10 @@
 #include "command_line/numbers.h"
 #include "command_line/translation.h"
 #include "driver/arguments.h"
-#include "people/card_fields.h"
 #include "people/command.h"
 #include "people/terminal.h"
-#include "people/text.h"
+#include "wording/card_fields.h"
+#include "wording/text.h"
 
 #include <kavio/platform/platform.h>
 

@@ -3,11 +3,11 @@
 #include "command_line/translation.h"
 #include "people/command.h"
 #include "people/machine_named.h"
-#include "people/money.h"
-#include "people/names.h"
 #include "people/payment.h"
-#include "people/text.h"
 #include "people/wallet_methods.h"
+#include "wording/money.h"
+#include "wording/names.h"
+#include "wording/text.h"
 
 #include <algorithm>
 #include <memory>
@@ -39,13 +39,8 @@ Wanted wantedFrom(const std::string& text) {
     throw CLI::ValidationError("--product", tr("'{}' is not CODE or CODE:QUANTITY", text));
 }
 
-/// A machine is paid in the currency of its country, whatever the method.
-Currency currencyFor(const PaymentMethod& method, const Machine& machine, const WalletMethods& methods) {
-    auto wallet = currencyOf(*methods.wallet());
-    const auto currency = currencyOfCountry(machine.country.value_or(""));
-    if (currency)
-        return currency->code == wallet.code ? wallet : *currency;  // with the decimals that the service gives
-    if (method.type != PaymentMethod::PaymentType::CREDIT_CARD) return wallet;
+Currency paidIn(const PaymentMethod& method, const Machine& machine, const WalletMethods& methods) {
+    if (const auto currency = currencyFor(method, machine, currencyOf(*methods.wallet()))) return *currency;
     throw Failure(ExitStatus::REFUSED, tr("The currency of {} is unknown, so it cannot be paid with a card: use the "
                                           "wallet.",
                                           titleOf(machine)));
@@ -69,8 +64,7 @@ std::int64_t costOf(Session& session, const std::vector<Wanted>& wanted, const M
         }
         cost += *price * static_cast<double>(item.quantity);
     }
-    const auto digits = std::clamp<std::int64_t>(currency.digits, 0, 18);
-    const auto units = smallestUnits(fmt::format("{:.{}f}", cost, static_cast<int>(digits)), digits);
+    const auto units = smallestUnitsOf(cost, currency.digits);
     if (!units)
         throw Failure(ExitStatus::REFUSED, tr("The total price of the products is not an amount that can be paid."));
     return *units;
@@ -199,7 +193,7 @@ void buy(Session& session, Payment& payment, const Purchase& purchase) {
     const auto machine = machineNamed(session, purchase.machine);
     check(session, *machine, *method);
     const auto products = productsOf(purchase, *machine);
-    const auto currency = currencyFor(*method, *machine, methods);
+    const auto currency = paidIn(*method, *machine, methods);
     const Price price{amountOf(session, purchase, *machine, *method, currency), currency};
 
     const UnsettledPayment unsettled{.kind = UnsettledPayment::Kind::ORDER,

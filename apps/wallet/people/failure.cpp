@@ -2,7 +2,7 @@
 
 #include "command_line/columns.h"
 #include "command_line/translation.h"
-#include "people/text.h"
+#include "wording/text.h"
 
 #include <fmt/format.h>
 

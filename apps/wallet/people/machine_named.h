@@ -24,7 +24,4 @@ void addMachineName(CLI::App& line, MachineName& name);
 /// The machine with that name; throws `Failure` unless there is exactly one.
 std::shared_ptr<const Machine> machineNamed(Session& session, const MachineName& name);
 
-/// What to call the machine in a sentence.
-std::string titleOf(const Machine& machine);
-
 }  // namespace kavio::wallet

@@ -3,10 +3,10 @@
 #include "command_line/translation.h"
 #include "people/command.h"
 #include "people/machine_named.h"
-#include "people/money.h"
-#include "people/names.h"
-#include "people/qr_picture.h"
-#include "people/text.h"
+#include "wording/money.h"
+#include "wording/names.h"
+#include "wording/qr_picture.h"
+#include "wording/text.h"
 
 #include <cmath>
 #include <memory>
@@ -57,19 +57,22 @@ std::string placeOf(const Machine& machine) {
     return city.empty() || country.empty() ? city + country : city + ", " + country;
 }
 
-std::string stateOf(const Machine& machine) {
-    if (!machine.machineStatus) return tr("out of service");
-    return machine.isWalletAllowed ? tr("ready") : tr("not payable");
-}
-
 std::string notFindable(const Search& search) {
     if (search.picture) return tr("The QR code in '{}' is not a machine's.", printable(*search.picture));
     if (!search.code) return tr("The serial number is empty.");
     return tr("'{}' is neither a machine's code nor the text of a QR code.", printable(*search.code));
 }
 
+std::string codeInPicture(const std::string& file) {
+    try {
+        return textOfQrCode(file, file);
+    } catch (const PictureProblem& problem) {
+        throw Failure(ExitStatus::REFUSED, problem.what());
+    }
+}
+
 Machines found(Session& session, Search search) {
-    if (search.picture) search.code = textOfQrCode(*search.picture);
+    if (search.picture) search.code = codeInPicture(*search.picture);
     const auto filter = filterOf(search);
     try {
         return session.list<Machines>(tr("Looking for machines"), [&](Kavio& kavio) { kavio.getMachines(filter); });
@@ -90,7 +93,7 @@ void listMachines(Session& session, const Search& search) {
     for (const auto& machine : machines) {
         table.add({machine->kavioId == 0 ? "" : fmt::to_string(machine->kavioId), fmt::to_string(machine->id),
                    machine->name.value_or(""), machine->operatorName.value_or(""), machineTypeName(machine->type),
-                   placeOf(*machine), stateOf(*machine)});
+                   placeOf(*machine), machineStateName(*machine)});
     }
     session.show(table, tr("No machines were found."));
 }
@@ -134,11 +137,6 @@ std::shared_ptr<const Machine> machineNamed(Session& session, const MachineName&
     throw Failure(ExitStatus::REFUSED, machines.empty() ? tr("There is no machine {}.", shown)
                                                         : trn("{} matches {} machine.", "{} matches {} machines.",
                                                               machines.size(), shown, machines.size()));
-}
-
-std::string titleOf(const Machine& machine) {
-    const auto title = printable(machine.name.value_or(""));
-    return title.empty() ? fmt::format("machine {}", machine.kavioId == 0 ? machine.id : machine.kavioId) : title;
 }
 
 Command machinesCommand(CLI::App& program) {

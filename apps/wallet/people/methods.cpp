@@ -2,8 +2,8 @@
 #include "command_line/translation.h"
 #include "people/command.h"
 #include "people/payment.h"
-#include "people/text.h"
 #include "people/wallet_methods.h"
+#include "wording/text.h"
 
 #include <memory>
 

@@ -3,10 +3,10 @@
 #include "command_line/translation.h"
 #include "driver/dates.h"
 #include "people/command.h"
-#include "people/money.h"
-#include "people/names.h"
-#include "people/text.h"
 #include "people/wallet_methods.h"
+#include "wording/money.h"
+#include "wording/names.h"
+#include "wording/text.h"
 
 #include <kavio/platform/platform.h>
 

@@ -2,7 +2,7 @@
 
 #include "command_line/translation.h"
 #include "people/interruption.h"
-#include "people/text.h"
+#include "wording/text.h"
 
 #include <kavio/order.h>
 

@@ -1,7 +1,7 @@
 #include "table.h"
 
 #include "command_line/columns.h"
-#include "people/text.h"
+#include "wording/text.h"
 
 #include <algorithm>
 #include <numeric>

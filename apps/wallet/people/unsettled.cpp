@@ -2,11 +2,11 @@
 #include "command_line/translation.h"
 #include "driver/objects.h"
 #include "people/command.h"
-#include "people/money.h"
-#include "people/names.h"
 #include "people/payment.h"
-#include "people/text.h"
 #include "people/wallet_methods.h"
+#include "wording/money.h"
+#include "wording/names.h"
+#include "wording/text.h"
 
 #include <algorithm>
 #include <memory>

@@ -2,7 +2,7 @@
 
 #include "command_line/translation.h"
 #include "people/interruption.h"
-#include "people/text.h"
+#include "wording/text.h"
 
 #include <algorithm>
 
@@ -71,10 +71,6 @@ std::string idOf(Session& session, const std::string& nameOrId) {
 std::string nameOfCard(const std::string& nameOrId) {
     return nameOrId.starts_with(cardPrefix) ? nameOrId : fmt::format("{}{}", cardPrefix, nameOrId);
 }
-
-Currency currencyOf(const DepositCard& card) { return {card.currency, card.currencyDecimalDigits}; }
-
-std::string balanceText(const DepositCard& card) { return moneyText(card.balance, currencyOf(card)); }
 
 void showBalance(Session& session, const std::string& method) {
     try {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "people/money.h"
 #include "people/session.h"
+#include "wording/money.h"
 
 #include <kavio/payment_method.h>
 
@@ -41,9 +41,6 @@ std::string idOf(Session& session, const std::string& nameOrId);
 /// The name of a credit card, from which the user may have left out "card:".
 std::string nameOfCard(const std::string& nameOrId);
 
-Currency currencyOf(const DepositCard& card);
-/// Its balance, such as "12.50 EUR".
-std::string balanceText(const DepositCard& card);
 /// Shows the balance of the method with that name, if it has one. If the balance cannot be found out, the operation
 /// that changed it has still succeeded.
 void showBalance(Session& session, const std::string& method);

@@ -1,8 +1,7 @@
 #include "qr_picture.h"
 
 #include "command_line/translation.h"
-#include "people/failure.h"
-#include "people/text.h"
+#include "wording/text.h"
 
 #include <gdk-pixbuf/gdk-pixbuf.h>
 #include <zbar.h>
@@ -37,17 +36,17 @@ struct GreyPicture {
     std::vector<std::uint8_t> brightness;
 };
 
-[[noreturn]] void refuse(const std::string& sentence) { throw Failure(ExitStatus::REFUSED, sentence); }
+[[noreturn]] void refuse(const std::string& sentence) { throw PictureProblem(sentence); }
 
 /// On white, where it is transparent, and large enough.
-Pixels read(const std::string& file) {
+Pixels read(const std::string& file, const std::string& name) {
     std::error_code unknown;
-    if (!std::filesystem::is_regular_file(file, unknown)) refuse(tr("There is no file '{}'.", printable(file)));
+    if (!std::filesystem::is_regular_file(file, unknown)) refuse(tr("There is no file '{}'.", printable(name)));
     int width = 0;
     int height = 0;
     if (gdk_pixbuf_get_file_info(file.c_str(), &width, &height) == nullptr)
-        refuse(tr("'{}' is not a picture.", printable(file)));
-    if (std::int64_t{width} * height > mostPixels) refuse(tr("The picture '{}' is too large.", printable(file)));
+        refuse(tr("'{}' is not a picture.", printable(name)));
+    if (std::int64_t{width} * height > mostPixels) refuse(tr("The picture '{}' is too large.", printable(name)));
     GError* problem = nullptr;
     const Pixels original{gdk_pixbuf_new_from_file(file.c_str(), &problem)};
     const std::unique_ptr<GError, Free> error{problem};
@@ -55,7 +54,7 @@ Pixels read(const std::string& file) {
     Pixels result{!original ? nullptr
                             : gdk_pixbuf_composite_color_simple(original.get(), width * scale, height * scale,
                                                                 GDK_INTERP_NEAREST, 255, 64, 0xffffff, 0xffffff)};
-    if (!result) refuse(tr("The picture '{}' cannot be read.", printable(file)));
+    if (!result) refuse(tr("The picture '{}' cannot be read.", printable(name)));
     return result;
 }
 
@@ -96,12 +95,12 @@ std::set<std::string> codesIn(const GreyPicture& picture) {
 
 }  // namespace
 
-std::string textOfQrCode(const std::string& file) {
-    const auto codes = codesIn(greyOf(read(file).get()));
-    if (codes.empty()) refuse(tr("There is no QR code in '{}'.", printable(file)));
+std::string textOfQrCode(const std::string& file, const std::string& name) {
+    const auto codes = codesIn(greyOf(read(file, name).get()));
+    if (codes.empty()) refuse(tr("There is no QR code in '{}'.", printable(name)));
     if (codes.size() > 1)
         refuse(trn("There is {} QR code in '{}'.", "There are {} QR codes in '{}': cut out the one of the machine.",
-                   codes.size(), codes.size(), printable(file)));
+                   codes.size(), codes.size(), printable(name)));
     return *codes.begin();
 }
 

@@ -1,8 +1,8 @@
 #include "money.h"
 
 #include "command_line/translation.h"
-#include "people/language.h"
-#include "people/text.h"
+#include "wording/language.h"
+#include "wording/text.h"
 
 #include <fmt/format.h>
 #include <unicode/dcfmtsym.h>
@@ -87,6 +87,13 @@ std::optional<Currency> currencyOfCountry(const std::string& country) {
     return currencyNamed(icu::UnicodeString(code.data(), length).toUTF8String(text));
 }
 
+std::optional<Currency> currencyFor(const PaymentMethod& method, const Machine& machine, const Currency& wallet) {
+    auto currency = currencyOfCountry(machine.country.value_or(""));
+    if (currency && currency->code != wallet.code) return currency;
+    const bool isCertain = currency || method.type != PaymentMethod::PaymentType::CREDIT_CARD;
+    return isCertain ? std::optional{wallet} : std::nullopt;
+}
+
 std::string moneyText(std::int64_t amount, const Currency& currency) {
     const auto decimals = sensible(currency.digits);
     const bool isNegative = amount < 0;
@@ -102,6 +109,10 @@ std::string moneyText(std::int64_t amount, const std::optional<std::string>& cur
     return isKnown ? moneyText(amount, currencyNamed(*currency)) : tr("{} smallest units", amount);
 }
 
+Currency currencyOf(const DepositCard& card) { return {card.currency, card.currencyDecimalDigits}; }
+
+std::string balanceText(const DepositCard& card) { return moneyText(card.balance, currencyOf(card)); }
+
 std::optional<std::int64_t> smallestUnits(std::string_view amount, std::int64_t digits) {
     const auto text = withPoint(amount);
     const auto decimals = sensible(digits);
@@ -115,6 +126,12 @@ std::optional<std::int64_t> smallestUnits(std::string_view amount, std::int64_t 
     std::int64_t units = 0;
     const auto read = std::from_chars(number.data(), number.data() + number.size(), units);
     return read.ec == std::errc{} && units > 0 ? std::optional{units} : std::nullopt;
+}
+
+std::optional<std::int64_t> smallestUnitsOf(double cost, std::int64_t digits) {
+    const auto units = std::round(cost * std::pow(10.0, static_cast<double>(sensible(digits))));
+    const bool isAmount = units > 0 && units < 0x1p63;  // false for one that is not a number
+    return isAmount ? std::optional{static_cast<std::int64_t>(units)} : std::nullopt;
 }
 
 std::optional<double> wholeUnits(std::int64_t amount, std::int64_t digits) {

@@ -14,6 +14,10 @@ struct Customs {
 /// program speaks English.
 void speakOwnLanguage();
 
+/// The region of the person's locale, such as "DE"; empty if it has none, like "C" or "POSIX", which ICU treats as
+/// American.
+std::string ownCountry();
+
 const Customs& customs();
 void setCustoms(Customs customs);
 

@@ -1,7 +1,7 @@
 #include "names.h"
 
 #include "command_line/translation.h"
-#include "people/text.h"
+#include "wording/text.h"
 
 #include <map>
 
@@ -110,6 +110,16 @@ std::string paymentSourceName(const std::string& code) {
 std::string machineTypeName(Machine::MachineType type) {
     const auto found = machineTypes.find(type);
     return found == machineTypes.end() ? std::string{} : gettext(found->second);
+}
+
+std::string machineStateName(const Machine& machine) {
+    if (!machine.machineStatus) return tr("out of service");
+    return machine.isWalletAllowed ? tr("ready") : tr("not payable");
+}
+
+std::string titleOf(const Machine& machine) {
+    const auto title = printable(machine.name.value_or(""));
+    return title.empty() ? fmt::format("machine {}", machine.kavioId == 0 ? machine.id : machine.kavioId) : title;
 }
 
 }  // namespace kavio::wallet

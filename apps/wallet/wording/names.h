@@ -20,5 +20,9 @@ std::string orderTypeName(const std::string& code);
 std::string paymentSourceName(const std::string& code);
 /// Such as "hot drinks".
 std::string machineTypeName(Machine::MachineType type);
+/// Such as "ready".
+std::string machineStateName(const Machine& machine);
+/// What to call the machine in a sentence.
+std::string titleOf(const Machine& machine);
 
 }  // namespace kavio::wallet

@@ -1,9 +1,11 @@
 #include "language.h"
 
 #include <libintl.h>
+#include <unicode/locid.h>
 
 #include <clocale>
 #include <filesystem>
+#include <string_view>
 #include <utility>
 
 namespace kavio::wallet {
@@ -42,6 +44,11 @@ void speakOwnLanguage() {
     bind_textdomain_codeset(programName, "UTF-8");  // like everything else that is written
     textdomain(programName);
     setCustoms({.amounts = chosenLocale(LC_MONETARY), .dates = chosenLocale(LC_TIME)});
+}
+
+std::string ownCountry() {
+    const auto locale = icu::Locale::getDefault();
+    return std::string_view{locale.getVariant()} == "POSIX" ? "" : locale.getCountry();
 }
 
 const Customs& customs() { return ownCustoms(); }

@@ -21,6 +21,8 @@ std::string withoutMarks(const icu::UnicodeString& text);
 
 /// To the minute, in the user's own time zone and notation, such as "2024-03-05 14:07".
 std::string localTime(Date date);
+/// The day alone.
+std::string localDay(Date date);
 /// Reads such a text, or a day, which begins at midnight; "2024-03-05 14:07" is read everywhere. Absent for any other
 /// text.
 std::optional<Date> dateFromLocalTime(const std::string& text);

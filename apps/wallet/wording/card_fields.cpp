@@ -2,7 +2,7 @@
 
 #include "command_line/numbers.h"
 #include "command_line/translation.h"
-#include "people/text.h"
+#include "wording/text.h"
 
 #include <algorithm>
 

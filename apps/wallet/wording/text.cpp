@@ -1,6 +1,6 @@
 #include "text.h"
 
-#include "people/language.h"
+#include "wording/language.h"
 
 #include <kavio/platform/platform.h>
 
@@ -74,6 +74,8 @@ std::string withoutMarks(const icu::UnicodeString& text) {
 std::string localTime(Date date) {
     return Platform::current().dateFormatter->format(ownMinute().value_or(isoMinute), date);
 }
+
+std::string localDay(Date date) { return Platform::current().dateFormatter->format(ownDay().value_or(isoDay), date); }
 
 std::optional<Date> dateFromLocalTime(const std::string& text) {
     const auto& formatter = *Platform::current().dateFormatter;

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "page.h"
+
+namespace kavio::wallet_gtk {
+
+/// Stores a card, with the issuer's page or without.
+class AddCardPage final : public Page {
+public:
+    explicit AddCardPage(MainWindow& owner);
+    ~AddCardPage() override;
+    void onShown() override;
+
+private:
+    Task store();
+    /// Says what is wrong with the first entry that cannot be right, and goes there.
+    bool isRight();
+    void wipe();
+};
+
+}  // namespace kavio::wallet_gtk

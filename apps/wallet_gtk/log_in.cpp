@@ -1,0 +1,70 @@
+#include "log_in.h"
+
+#include "command_line/translation.h"
+#include "explain.h"
+#include "main_window.h"
+#include "wording/language.h"
+
+namespace kavio::wallet_gtk {
+
+LogIn::LogIn(MainWindow& owner) : Page(owner, tr("Log in"), "log_in") {
+    setText("country", wallet::ownCountry());
+    on(widget("send"), "clicked", [this] { keep(askForCode()); });
+    for (const auto* const entry : {"countryCode", "phone", "country"})
+        on(widget(entry), "entry-activated", [this] { keep(askForCode()); });
+    on(widget("code"), "entry-activated", [this] { keep(verify()); });
+    on(widget("logIn"), "clicked", [this] { keep(verify()); });
+    on(widget("other"), "clicked", [this] { ask(false); });
+    ask(false);
+}
+
+void LogIn::onShown() { gtk_widget_grab_focus(widget("countryCode")); }
+
+void LogIn::ask(bool forCode) {
+    gtk_widget_set_visible(widget("phoneGroup"), !forCode);
+    gtk_widget_set_visible(widget("codeGroup"), forCode);
+    setText("code", "");
+    gtk_widget_grab_focus(widget(forCode ? "code" : "phone"));
+}
+
+std::string LogIn::countryCode() const {
+    const auto code = textOf("countryCode");
+    return code.starts_with('+') ? code.substr(1) : code;
+}
+
+Task LogIn::askForCode() {
+    for (const auto* const entry : {"countryCode", "phone", "country"}) {
+        const bool isMissing = textOf(entry).empty();
+        markWrong(widget(entry), isMissing);
+        if (!isMissing) continue;
+        window.say(tr("Enter the phone’s country code, its number, and its country."));
+        gtk_widget_grab_focus(widget(entry));
+        co_return;
+    }
+    const Busy busy{window, root()};
+    window.sayNothing();
+    const auto outcome = co_await kavio().login(countryCode(), textOf("phone"));
+    if (!outcome) {
+        window.fail(*outcome.result, [this] { keep(askForCode()); });
+        co_return;
+    }
+    ask(true);
+    const auto told = tr("A code was sent to +{} {}.", countryCode(), textOf("phone"));
+    adw_preferences_group_set_description(widget<AdwPreferencesGroup>("codeGroup"), told.c_str());
+}
+
+Task LogIn::verify() {
+    const Busy busy{window, root()};
+    window.sayNothing();
+    const auto outcome = co_await kavio().verify(textOf("code"), textOf("country"), countryCode(), textOf("phone"));
+    if (outcome) {
+        window.showTabs();
+    } else if (const auto cause = outcome.result->cause;
+               cause == Cause::REFUSED_BY_SERVICE || cause == Cause::SESSION_REFUSED) {
+        window.say(tr("The code was not accepted. Look at the message on the phone, and enter it again."));
+    } else {
+        window.fail(*outcome.result, [this] { keep(verify()); });
+    }
+}
+
+}  // namespace kavio::wallet_gtk

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "page.h"
+#include "payments.h"
+
+#include <kavio/machine.h>
+#include <kavio/payment_method.h>
+#include <kavio/product.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kavio::wallet_gtk {
+
+/// What a machine sells, and how to pay for it.
+class MachinePage final : public Page {
+public:
+    MachinePage(MainWindow& owner, std::shared_ptr<const Machine> machine);
+    void onShown() override { keep(load()); }
+
+private:
+    Task load();
+    void showProducts(const Products& products);
+    void showMethods(const PaymentMethods& methods);
+    void update();
+    void pay();
+    void ask(Purchase purchase);
+
+    /// What has been chosen would be paid like this; absent while something is missing.
+    std::optional<std::int64_t> amount() const;
+    std::shared_ptr<const PaymentMethod> method() const;
+    Currency currency() const;
+    bool isPrepaid() const;
+
+    const std::shared_ptr<const Machine> mMachine;
+    std::shared_ptr<const DepositCard> mWallet;
+    std::vector<std::shared_ptr<const PaymentMethod>> mMethods;  // as offered
+    std::shared_ptr<const Product> mProduct;                     // null until one is chosen
+    bool mSellsByCode = false;
+};
+
+}  // namespace kavio::wallet_gtk

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "camera.h"
+#include "page.h"
+#include "position.h"
+
+#include <kavio/machine.h>
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace kavio::wallet_gtk {
+
+/// The person's own machines, or those that a search finds: by code, by the text or a picture of a QR code, or near a
+/// position.
+class MachinesTab final : public Page {
+public:
+    explicit MachinesTab(MainWindow& owner);
+    void onShown() override { keep(search()); }
+
+private:
+    struct Search {
+        std::string code = {};
+        std::optional<Position> position = {};
+        bool isForOne = false;  // to be shown at once
+    };
+
+    void addPictures();
+    /// Fetches and shows what `mSearch` asks for.
+    Task search();
+    void begin(Search search);
+    void searchText();
+    void searchPicture(const std::filesystem::path& file, const std::string& name, bool isTemporary = false);
+    void searchHere();
+    void show(const Machines& machines);
+    void openPicture();
+    void pastePicture();
+    void scan();
+    void stopScanning();
+
+    Search mSearch;
+    std::unique_ptr<Camera> mCamera;
+};
+
+}  // namespace kavio::wallet_gtk

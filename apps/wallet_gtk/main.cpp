@@ -1,0 +1,106 @@
+// kavio-wallet-gtk: a wallet with windows, built only on the public API and Kavio::gtk.
+
+#include "command_line/start.h"
+#include "command_line/translation.h"
+#include "driver/names.h"
+#include "driver/options.h"
+#include "main_window.h"
+#include "wording/language.h"
+#include "wording/text.h"
+
+#include <kavio/gtk.h>
+
+#include <CLI/CLI.hpp>
+#include <adwaita.h>
+
+#include <cstdlib>
+
+namespace kavio::wallet_gtk {
+
+namespace {
+
+constexpr const char* applicationId = "example.kavio.Wallet";
+
+/// What a person may choose.
+struct CommandLine : driver::Options {
+    CLI::App program{tr("Pay at unattended vending points."), "kavio-wallet-gtk"};
+
+    CommandLine() {
+        program.set_version_flag("-V,--version", KAVIO_WALLET_VERSION, tr("Show the program's version and exit"));
+        program.add_option("--api-key", apiKey, tr("API key (default: demo-key)"))->type_name("KEY");
+        program
+            .add_option_function<std::string>(
+                "--environment",
+                [this](const std::string& name) {
+                    const auto named = driver::environmentNamed(name);
+                    if (!named) throw CLI::ValidationError("--environment", tr("'{}' is not TEST, TESTS or PROD", name));
+                    environment = *named;
+                },
+                tr("Service to use: TEST, TESTS or PROD (default: TEST)"))
+            ->type_name("NAME");
+        program
+            .add_option("--store-dir", storeDirectory,
+                        tr("Folder that holds the session (default: the program's own folder in the user's data folder)"))
+            ->type_name("DIR");
+        program.add_option("--connect-to", connectTo, tr("Connect to this address, whatever host a URL names"))
+            ->type_name("HOST:PORT")
+            ->check([](const std::string& address) {
+                return driver::isAddress(address) ? std::string{} : tr("'{}' is not HOST:PORT", address);
+            });
+        program
+            .add_option("--ca-file", certificateAuthorities,
+                        tr("PEM file of certificate authorities to trust instead of the system's"))
+            ->type_name("FILE")
+            ->check(CLI::Validator(CLI::ExistingFile).description(""));
+    }
+
+    /// The wallet of a service of one's own has nothing to do with other windows.
+    bool isForItself() const { return !storeDirectory.empty() || !connectTo.empty(); }
+};
+
+void complain(std::string_view sentence) {
+    g_printerr("kavio-wallet-gtk: %s\n", wallet::printable(sentence).c_str());
+}
+
+/// The window, which may be asked for again while it is there.
+struct Program {
+    const CommandLine& line;
+    AdwApplication* application;
+    std::unique_ptr<MainWindow> window;
+
+    void open() {
+        if (!window) window = std::make_unique<MainWindow>(GTK_APPLICATION(application), Service{line.apiKey, line.environment});
+        window->present();
+    }
+};
+
+int run(const CommandLine& line) {
+    if (gtk_init_check() == FALSE) throw std::runtime_error(tr("there is no display"));
+    const Ref<AdwApplication> application{adw_application_new(
+        applicationId, line.isForItself() ? G_APPLICATION_NON_UNIQUE : G_APPLICATION_DEFAULT_FLAGS)};
+    Program program{line, application.get(), nullptr};
+    on(application.get(), "startup", [&] {
+        auto device = driver::deviceOptions(line, nullptr);
+        device.information.emplace("CFBundleIdentifier", std::string("kavio-wallet-gtk"));
+        Platform::install(makeGtkPlatform(GTK_APPLICATION(program.application), std::move(device)));
+        gtk_window_set_default_icon_name(applicationId);
+    });
+    on(application.get(), "activate", [&] { program.open(); });
+    return g_application_run(G_APPLICATION(application.get()), 0, nullptr);
+}
+
+}  // namespace
+
+}  // namespace kavio::wallet_gtk
+
+int main(int argc, char** argv) {
+    using namespace kavio::wallet_gtk;
+    kavio::wallet::speakOwnLanguage();
+    return kavio::command_line::start(
+        [&] {
+            CommandLine line;
+            if (!kavio::command_line::parse(line.program, argc, argv)) return EXIT_SUCCESS;
+            return run(line);
+        },
+        complain);
+}

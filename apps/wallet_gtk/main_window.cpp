@@ -1,0 +1,140 @@
+#include "main_window.h"
+
+#include "command_line/translation.h"
+#include "explain.h"
+#include "history_tab.h"
+#include "log_in.h"
+#include "machines_tab.h"
+#include "methods_tab.h"
+
+#include <algorithm>
+
+namespace kavio::wallet_gtk {
+
+MainWindow::MainWindow(GtkApplication* application, Service service)
+    : mService(std::move(service)), mPayments(std::make_unique<Payments>(*this, widget<GtkListBox>("payments"))) {
+    gtk_window_set_application(mWindow, application);
+    addTab<MachinesTab>("machines", "mark-location-symbolic");
+    addTab<MethodsTab>("methods", "wallet-symbolic");
+    addTab<HistoryTab>("history", "document-open-recent-symbolic");
+    on(widget("tabs"), "notify::visible-child", [this] { onTabChanged(); });
+    on(widget("switcher"), "notify::title-visible", [this] { updateBar(); });
+    on(widget("back"), "clicked", [this] { showTabs(); });
+    on(widget("close"), "clicked", [this] { sayNothing(); });
+    on(widget("remedy"), "clicked", [this] {
+        const auto work = mRemedy;
+        sayNothing();
+        mHasTriedAgain = true;
+        work();
+    });
+    mPayments->showThoseInDoubt();
+    updateBar();
+    mKavio = makeKavio();
+    mStart.emplace(start());
+}
+
+/// The widgets go first: what they call must still be there.
+MainWindow::~MainWindow() {
+    gtk_window_destroy(mWindow);
+    mStart.reset();
+}
+
+template <class Tab>
+void MainWindow::addTab(const char* name, const char* icon) {
+    mTabs.push_back(std::make_unique<Tab>(*this));
+    const auto& tab = *mTabs.back();
+    adw_view_stack_add_titled_with_icon(widget<AdwViewStack>("tabs"), tab.root(), name, tab.title.c_str(), icon);
+}
+
+/// Without a network, the person sees at least what there is.
+Task MainWindow::start() {
+    const Busy busy{*this};
+    const auto outcome = co_await mKavio->isLoggedIn();
+    const auto cause = outcome.result->cause;
+    if (cause == Cause::NO_SESSION || cause == Cause::SESSION_REFUSED)
+        showLogin();
+    else
+        onTabChanged();
+}
+
+std::unique_ptr<AsyncKavio> MainWindow::makeKavio() const {
+    return std::make_unique<AsyncKavio>(mService.apiKey, mService.environment);
+}
+
+void MainWindow::push(std::unique_ptr<Page> page) {
+    auto* const pages = widget<GtkStack>("pages");
+    const auto before = std::exchange(mAbove, std::move(page));
+    gtk_stack_add_child(pages, mAbove->root());
+    gtk_stack_set_visible_child(pages, mAbove->root());
+    if (before) gtk_stack_remove(pages, before->root());
+    adw_view_switcher_title_set_title(widget<AdwViewSwitcherTitle>("switcher"), mAbove->title.c_str());
+    updateBar();
+    mAbove->onShown();
+}
+
+void MainWindow::showTabs() {
+    later([this] {
+        auto* const pages = widget<GtkStack>("pages");
+        const auto before = std::exchange(mAbove, nullptr);
+        gtk_stack_set_visible_child(pages, widget("tabs"));
+        if (before) gtk_stack_remove(pages, before->root());
+        adw_view_switcher_title_set_title(widget<AdwViewSwitcherTitle>("switcher"), gtk_window_get_title(mWindow));
+        updateBar();
+        onTabChanged();
+    });
+}
+
+void MainWindow::showLogin() {
+    later([this] {
+        if (dynamic_cast<LogIn*>(mAbove.get()) == nullptr) push(std::make_unique<LogIn>(*this));
+    });
+}
+
+void MainWindow::onTabChanged() {
+    auto* const shown = adw_view_stack_get_visible_child(widget<AdwViewStack>("tabs"));
+    for (const auto& tab : mTabs)
+        if (tab->root() == shown && !mAbove) tab->onShown();
+}
+
+void MainWindow::updateBar() {
+    auto* const switcher = widget<AdwViewSwitcherTitle>("switcher");
+    adw_view_switcher_title_set_view_switcher_enabled(switcher, mAbove == nullptr);
+    adw_view_switcher_bar_set_reveal(widget<AdwViewSwitcherBar>("bar"),
+                                     mAbove == nullptr && adw_view_switcher_title_get_title_visible(switcher));
+    gtk_widget_set_visible(widget("back"), mAbove != nullptr && dynamic_cast<LogIn*>(mAbove.get()) == nullptr);
+}
+
+void MainWindow::fail(const KavioResult& result, std::function<void()> again) {
+    if (result.cause == Cause::RELEASED) return;  // the person has gone on to something else
+    // The next operation sets the clock.
+    if (result.cause == Cause::SIGNATURE_REFUSED && again && !std::exchange(mHasTriedAgain, true)) return later(again);
+    mHasTriedAgain = false;
+    const auto [sentence, remedy] = explain(result);
+    if (remedy == Explanation::Remedy::LOG_IN) {
+        say(sentence);
+        showLogin();
+    } else if (remedy == Explanation::Remedy::TRY_AGAIN && again) {
+        say(sentence, tr("Try again"), std::move(again));
+    } else {
+        say(sentence);
+    }
+}
+
+void MainWindow::say(const std::string& sentence, const std::string& button, std::function<void()> work) {
+    mRemedy = std::move(work);
+    gtk_label_set_text(widget<GtkLabel>("noticeText"), sentence.c_str());
+    gtk_button_set_label(widget<GtkButton>("remedy"), button.c_str());
+    gtk_widget_set_visible(widget("remedy"), !button.empty());
+    gtk_accessible_update_property(widget<GtkAccessible>("notice"), GTK_ACCESSIBLE_PROPERTY_LABEL, sentence.c_str(),
+                                   -1);
+    gtk_widget_set_visible(widget("notice"), TRUE);
+}
+
+void MainWindow::sayNothing() { gtk_widget_set_visible(widget("notice"), FALSE); }
+
+void MainWindow::setBusy(int change) {
+    mBusy += change;
+    gtk_spinner_set_spinning(widget<GtkSpinner>("spinner"), mBusy > 0);
+}
+
+}  // namespace kavio::wallet_gtk

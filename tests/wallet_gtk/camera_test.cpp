@@ -1,0 +1,69 @@
+#include "camera.h"
+
+#include "main_thread.h"
+
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace kavio::wallet_gtk {
+namespace {
+
+using testing::ElementsAre;
+
+struct Source {
+    const char* name;
+    std::string picture;  // a command that makes it
+    std::string source;
+    std::string told;
+};
+
+class CameraTest : public testing::TestWithParam<Source> {};
+
+TEST_P(CameraTest, TellsWhatItSees) {
+    const auto& given = GetParam();
+    char folder[] = "/tmp/kavio-camera-XXXXXX";
+    ASSERT_NE(mkdtemp(folder), nullptr);
+    const auto inFolder = [&](const std::string& command) { return "cd " + std::string(folder) + " && " + command; };
+    ASSERT_EQ(std::system(inFolder(given.picture).c_str()), 0);
+    setenv("KAVIO_CAMERA", ("filesrc location=" + std::string(folder) + "/picture.png " + given.source).c_str(), 1);
+
+    EXPECT_TRUE(Camera::isThere());
+    Journal journal;
+    int drawn = 0;
+    std::optional<Camera> camera;
+    const auto note = [&](std::string text) { journal.push_back(std::move(text)); };
+    camera.emplace(note, note);
+    g_signal_connect_swapped(camera->picture(), "invalidate-contents", G_CALLBACK(+[](int* count) { ++*count; }),
+                             &drawn);
+    EXPECT_EQ(journal, Journal());
+    runUntil([&] { return !journal.empty() && (drawn == 0 || drawn > 2); });
+    EXPECT_THAT(journal, ElementsAre(given.told));  // of a code that stays in view only once
+
+    journal.clear();
+    const auto end = [&](const std::string& text) {
+        journal.push_back(text);
+        camera.reset();
+    };
+    camera.emplace(end, end);
+    runUntil([&] { return !camera; });
+    EXPECT_THAT(journal, ElementsAre(given.told));
+    unsetenv("KAVIO_CAMERA");
+    std::filesystem::remove_all(folder);
+}
+
+const auto qrCode = std::string("qrencode -o picture.png https://qr.kavio.example/m/42100107");
+INSTANTIATE_TEST_SUITE_P(
+    Sources, CameraTest,
+    testing::Values(Source{"code", qrCode, "! pngdec ! imagefreeze", "https://qr.kavio.example/m/42100107"},
+                    Source{"compressed", qrCode, "! pngdec ! imagefreeze ! videoconvert ! jpegenc",
+                           "https://qr.kavio.example/m/42100107"},
+                    Source{"lost", "true", "! pngdec ! imagefreeze", "The camera cannot be used: Resource not found."},
+                    Source{"unknown", "true", "! magic", "The camera cannot be used: no element \"magic\""}),
+    [](const auto& given) { return given.param.name; });
+
+}  // namespace
+}  // namespace kavio::wallet_gtk
