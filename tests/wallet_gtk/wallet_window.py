@@ -21,7 +21,7 @@ sys.path.insert(0, str(Path(__file__).parents[1] / "sandbox"))
 LIMIT = float(os.environ.get("KAVIO_WAIT_SECONDS", "60"))
 STATES = {1: "active", 4: "checked", 11: "focusable", 12: "focused", 23: "selected", 24: "sensitive"}
 PLACES = [(x, y) for x in (0.02, 0.5, 0.98) for y in (0.02, 0.5, 0.98)]  # of a widget, where a part of it may be seen
-FRAME = 5  # pixels around a window that no window manager looks after
+EDGE = 5  # pixels around a window that no window manager looks after
 BARS = 60  # pixels at the top and at the bottom that may be under a bar
 ROOT = ("org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")
 
@@ -134,6 +134,9 @@ class Node:
     def texts(self):
         return [node.name for node in self.nodes() if node.role == "label" and node.name]
 
+    def said(self):
+        return [node.name for node in self.nodes() if node.role in ("label", "status") and node.name]
+
     def find(self, roles, name=""):
         """The first one of these roles whose name or one of whose labels matches; or None."""
         return next((node for node in self.nodes() if node.role in roles.split("|") and node.is_called(name)), None)
@@ -151,11 +154,15 @@ class Node:
 class Wallet:
     """The running program. What is looked for is waited for."""
 
-    def __init__(self, program, sandbox, store=None, **environment):
-        self.folder = None if store else tempfile.TemporaryDirectory()
-        self.store = store or self.folder.name
+    def __init__(self, program, sandbox, store=None, settings="", size=(1000, 780), **environment):
+        self.folder = tempfile.TemporaryDirectory()
+        self.store = store or self.folder.name + "/store"
+        configuration = Path(self.folder.name, "gtk-4.0")
+        configuration.mkdir()
+        (configuration / "settings.ini").write_text(f"[Settings]\ngtk-enable-animations=0\n{settings}\n")
         self.start([program, "--connect-to", f"127.0.0.1:{sandbox.port}", "--ca-file", sandbox.authority, "--store-dir",
-                    self.store, "--api-key", "demo-key", "--environment", "test"], environment)
+                    self.store, "--api-key", "demo-key"], {"XDG_CONFIG_HOME": self.folder.name, **environment})
+        self.resize(*size)
 
     def start(self, command, environment):
         self.bus = Bus()
@@ -166,9 +173,12 @@ class Wallet:
         return self
 
     def __exit__(self, *_):
-        self.end(signal.SIGTERM)
-        if self.folder:
-            self.folder.cleanup()
+        self.close()
+
+    def close(self):
+        if self.process.poll() is None:
+            self.end(signal.SIGTERM)
+        self.folder.cleanup()
 
     def end(self, sign):
         self.process.send_signal(sign)
@@ -215,7 +225,7 @@ class Wallet:
 
     def type_all(self, **texts):
         for name, text in texts.items():
-            self.type(name.replace("_", " "), text)
+            self.type(name.replace("E_", "E-").replace("_", " "), text)
 
     def open(self, name):
         """Activates a row, which chooses its radio button or turns its switch if it has one."""
@@ -246,15 +256,76 @@ class Wallet:
         self.pointer(*until("something to click", place), "click", "1")
 
     def pointer(self, x, y, *more):
-        subprocess.run(["xdotool", "mousemove", str(x + FRAME), str(y + FRAME), *more], check=True)
+        subprocess.run(["xdotool", "mousemove", str(x + EDGE), str(y + EDGE), *more], check=True)
 
     def key(self, *keys):
         subprocess.run(["xdotool", "key", *keys], check=True)
 
     def resize(self, width, height):
-        window = subprocess.check_output(["xdotool", "search", "--name", "^Kavio Wallet$"], text=True).split()[0]
-        subprocess.run(["xdotool", "windowsize", window, str(width), str(height)], check=True)
-        until(f"a width of {width}", lambda: self.window().box[2] <= width)
+        window = subprocess.check_output(["xdotool", "search", "--name", "^Kavio Wallet$"], text=True).split()[-1]
+        subprocess.run(["xdotool", "windowsize", window, str(width + 2 * EDGE), str(height + 2 * EDGE)], check=True)
+        until(f"{width} by {height}", lambda: self.window().box == (0, 0, width, height))
+
+    def until_still(self):
+        """Until nothing moves any more, except a cursor that blinks."""
+        last = [None]
+
+        def is_still():
+            before, last[0] = last[0], subprocess.check_output(["import", "-window", "root", "rgb:-"])
+            return before == last[0]
+        until("stillness", is_still)
+
+    def notice(self):
+        """The sentence of the notice, which goes when it has been read."""
+        def sentence():
+            notice = self.window().find("alert")
+            return notice and " ".join(notice.texts())
+        text = until("a notice", sentence)
+        self.press("Close", within=lambda window: window.find("alert"))
+        until("no notice", lambda: not self.window().find("alert"))
+        return text
+
+    def payment_says(self, pattern):
+        def sentence():
+            payments = self.window().find("list", "Payments")
+            return payments and re.search(pattern, " ".join(payments.said()))
+        until(f"{pattern!r} about a payment", sentence)
+
+    def buy_at(self, machine):
+        """The cheapest way through the pages to a purchase from the wallet."""
+        self.type("Code, QR text or position", machine, enter=True)
+        self.find("combo box", "Pay with")
+        self.click(lambda window: next((node for node in window.nodes() if node.role == "list item" and node.find("checkbox|radio")), None))
+        self.press("Pay .*")
+
+    def tab_to(self, roles, name):
+        """With Tab to each widget, and with Down from row to row of a list, until the focus is there."""
+        def is_there():
+            node = self.window().find(roles, name)
+            return node and any("focused" in each.states for each in node.nodes())
+
+        def focused():
+            return next((node for node in self.window().nodes() if "focused" in node.states), None)
+        for _ in range(40):
+            self.key("Tab")
+            before = None
+            while not is_there() and (row := focused()) and row.role == "list item" and row.place != before:
+                before = row.place
+                self.key("Down")
+            if is_there():
+                return
+        raise AssertionError(f"the keyboard does not lead to {name!r}")
+
+    def answer_issuer(self, code):
+        """Types into the issuer's page, once that is there, and presses Enter."""
+        until("the issuer's page", lambda: self.window("Kavio Wallet"))
+        self.key(*code, "Return")
+
+    def choose_file(self, file):
+        """Types the name into the dialog."""
+        subprocess.run(["xdotool", "search", "--sync", "--name", "Open", "key", "slash"], check=True)
+        subprocess.run(["xdotool", "type", str(file)[1:]], check=True)
+        self.key("Return")
 
     def log_in(self, number="151234567", code="123456"):
         self.type_all(Country_code="49", Phone_number=number, Country="DE")
@@ -268,6 +339,3 @@ def copy_picture(file):
     clipboard = Gdk.Display.open(os.environ["DISPLAY"]).get_clipboard()
     clipboard.set_content(Gdk.ContentProvider.new_for_bytes("image/png", GLib.Bytes.new(Path(file).read_bytes())))
 
-
-def take_picture(file):
-    subprocess.run(["import", "-window", "root", str(file)], check=True)
