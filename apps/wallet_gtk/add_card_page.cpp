@@ -22,13 +22,14 @@ struct Entry {
     CardField field;
 };
 /// In the order in which they are judged.
-constexpr std::array entries{Entry{"number", CardField::NUMBER},     Entry{"month", CardField::MONTH},
-                             Entry{"year", CardField::YEAR},         Entry{"code", CardField::SECURITY_CODE},
-                             Entry{"name", CardField::NAME},         Entry{"address", CardField::ADDRESS}};
+constexpr std::array entries{Entry{"number", CardField::NUMBER}, Entry{"month", CardField::MONTH},
+                             Entry{"year", CardField::YEAR},     Entry{"code", CardField::SECURITY_CODE},
+                             Entry{"name", CardField::NAME},     Entry{"address", CardField::ADDRESS}};
 
 std::chrono::year_month thisMonth() {
     const auto now = std::chrono::floor<std::chrono::days>(Platform::current().clock->now());
-    const std::chrono::year_month_day today{std::chrono::sys_days{std::chrono::duration_cast<std::chrono::days>(now.time_since_epoch())}};
+    const std::chrono::year_month_day today{
+        std::chrono::sys_days{std::chrono::duration_cast<std::chrono::days>(now.time_since_epoch())}};
     return today.year() / today.month();
 }
 
@@ -64,7 +65,9 @@ bool AddCardPage::isRight() {
 Task AddCardPage::store() {
     if (!isRight()) co_return;
     const auto entered = [this](const Entry& entry) { return wallet::tidied(entry.field, textOf(entry.widget)); };
-    const auto number = [&](const Entry& entry) { return command_line::numberFrom<std::int64_t>(entered(entry)).value_or(0); };
+    const auto number = [&](const Entry& entry) {
+        return command_line::numberFrom<std::int64_t>(entered(entry)).value_or(0);
+    };
     const auto& [pan, month, year, code, name, address] = entries;
     const Busy busy{window, root()};
     window.sayNothing();

@@ -17,7 +17,9 @@ constexpr std::int64_t ordersAtOnce = 30;
 constexpr const char* dayKey = "day";
 constexpr const char* searchedKey = "searched";
 
-const char* kept(gpointer row, const char* key) { return static_cast<const char*>(g_object_get_data(G_OBJECT(row), key)); }
+const char* kept(gpointer row, const char* key) {
+    return static_cast<const char*>(g_object_get_data(G_OBJECT(row), key));
+}
 void keep(gpointer row, const char* key, const std::string& text) {
     g_object_set_data_full(G_OBJECT(row), key, g_strdup(text.c_str()), g_free);
 }
@@ -34,7 +36,8 @@ GtkWidget* makeOrderRow(const Order& order) {
     const auto amount = order.amount < 0 ? std::string{} : wallet::moneyText(order.amount, order.currency);
     const auto title = wallet::printable(wallet::orderTypeName(order.type));
     const auto subtitle = wallet::localTime(order.date) + " · " + wallet::statusName(order.status) + " · " +
-                          wallet::printable(wallet::paymentSourceName(order.paymentSource)) + " · " + wallet::printable(order.id);
+                          wallet::printable(wallet::paymentSourceName(order.paymentSource)) + " · " +
+                          wallet::printable(order.id);
     auto* const row = makeRow(title, subtitle);
     adw_action_row_add_suffix(ADW_ACTION_ROW(row), gtk_label_new(amount.c_str()));
     keep(row, dayKey, wallet::localDay(order.date));

@@ -24,7 +24,8 @@ MachinePage::MachinePage(MainWindow& owner, std::shared_ptr<const Machine> machi
 Task MachinePage::load() {
     const Busy busy{window};
     const auto products = co_await kavio().getMachineProducts(mMachine->id);
-    const auto methods = products ? co_await kavio().getPaymentMethods() : Outcome<std::optional<PaymentMethods>>{products.result};
+    const auto methods =
+        products ? co_await kavio().getPaymentMethods() : Outcome<std::optional<PaymentMethods>>{products.result};
     if (!methods) {
         window.fail(*methods.result, [this] { keep(load()); });
         co_return;
@@ -59,8 +60,9 @@ void MachinePage::showProducts(const Products& products) {
     GtkCheckButton* group = nullptr;
     const auto shownIn = wallet::currencyOfCountry(mMachine->country.value_or(""));
     for (const auto& product : products) {
-        auto* const row = makeRow(wallet::printable(product->name.value_or(tr("Without a name"))),
-                                  product->vendOut ? tr("sold out") : wallet::printable(product->department.value_or("")));
+        auto* const row =
+            makeRow(wallet::printable(product->name.value_or(tr("Without a name"))),
+                    product->vendOut ? tr("sold out") : wallet::printable(product->department.value_or("")));
         const auto price = wallet::priceText(*product, shownIn);
         adw_action_row_add_suffix(ADW_ACTION_ROW(row), gtk_label_new(price.c_str()));
         gtk_widget_set_sensitive(row, !product->vendOut);
@@ -115,7 +117,8 @@ void MachinePage::pay() {
     const auto units = amount();
     const bool isText = !mSellsByCode && !isPrepaid();
     markWrong(widget("amount"), isText && !units);
-    if (mMachine->kavioId == 0) return window.say(tr("This machine cannot be paid: the service gives no number for it."));
+    if (mMachine->kavioId == 0)
+        return window.say(tr("This machine cannot be paid: the service gives no number for it."));
     if (!method()) return window.say(tr("Choose what to pay with. A card can be added in the wallet."));
     if (window.payments().isUnderWay()) return window.say(tr("Another payment is still under way. Wait for its end."));
     if (mSellsByCode && !mProduct) return window.say(tr("Choose what to buy first."));

@@ -2,6 +2,7 @@
 
 #include "page.h"
 #include "payments.h"
+#include "wording/money.h"
 
 #include <kavio/machine.h>
 #include <kavio/payment_method.h>
@@ -31,7 +32,7 @@ private:
     /// What has been chosen would be paid like this; absent while something is missing.
     std::optional<std::int64_t> amount() const;
     std::shared_ptr<const PaymentMethod> method() const;
-    Currency currency() const;
+    wallet::Currency currency() const;
     bool isPrepaid() const;
 
     const std::shared_ptr<const Machine> mMachine;

@@ -10,6 +10,8 @@
 
 #include <kavio/platform/platform.h>
 
+#include <glib/gstdio.h>
+
 #include <cmath>
 #include <thread>
 
@@ -74,15 +76,14 @@ void MachinesTab::addPictures() {
                      this);
     gtk_widget_add_controller(root(), GTK_EVENT_CONTROLLER(drop));
     auto* const keys = gtk_shortcut_controller_new();
-    gtk_shortcut_controller_add_shortcut(
-        GTK_SHORTCUT_CONTROLLER(keys),
-        gtk_shortcut_new(gtk_keyval_trigger_new(GDK_KEY_v, GDK_CONTROL_MASK),
-                         gtk_callback_action_new(
-                             [](GtkWidget*, GVariant*, gpointer self) -> gboolean {
-                                 static_cast<MachinesTab*>(self)->pastePicture();
-                                 return TRUE;
-                             },
-                             this, nullptr)));
+    gtk_shortcut_controller_add_shortcut(GTK_SHORTCUT_CONTROLLER(keys),
+                                         gtk_shortcut_new(gtk_keyval_trigger_new(GDK_KEY_v, GDK_CONTROL_MASK),
+                                                          gtk_callback_action_new(
+                                                              [](GtkWidget*, GVariant*, gpointer self) -> gboolean {
+                                                                  static_cast<MachinesTab*>(self)->pastePicture();
+                                                                  return TRUE;
+                                                              },
+                                                              this, nullptr)));
     gtk_widget_add_controller(root(), keys);
 }
 
@@ -102,21 +103,23 @@ Task MachinesTab::search() {
     const Busy busy{window};
     const auto& position = mSearch.position;
     const bool isOwn = mSearch.code.empty() && !position;
-    const auto operation = kavio.getMachines(
-        isOwn ? nullptr
-              : std::make_shared<const MachineFilter>(
-                    MachineFilter{.value = position ? std::nullopt : std::optional{mSearch.code},
-                                  .latitude = position ? std::optional{position->latitude} : std::nullopt,
-                                  .longitude = position ? std::optional{position->longitude} : std::nullopt}));
+    const auto operation =
+        kavio.getMachines(isOwn ? nullptr
+                                : std::make_shared<const MachineFilter>(MachineFilter{
+                                      .value = position ? std::nullopt : std::optional{mSearch.code},
+                                      .latitude = position ? std::optional{position->latitude} : std::nullopt,
+                                      .longitude = position ? std::optional{position->longitude} : std::nullopt}));
     const auto outcome = co_await operation;
     if (outcome.result->cause == Cause::INVALID_INPUT) {
-        window.say(tr("That is neither a machine’s code, nor the text of a QR code, nor a position such as 52.52, 13.41."));
+        window.say(
+            tr("That is neither a machine’s code, nor the text of a QR code, nor a position such as 52.52, 13.41."));
     } else if (!outcome) {
         window.fail(*outcome.result, [this] { keep(search()); });
     } else {
-        adw_preferences_group_set_title(
-            widget<AdwPreferencesGroup>("group"),
-            (isOwn ? tr("Your machines") : position ? tr("Machines near you") : tr("Machines found")).c_str());
+        adw_preferences_group_set_title(widget<AdwPreferencesGroup>("group"), (isOwn      ? tr("Your machines")
+                                                                               : position ? tr("Machines near you")
+                                                                                          : tr("Machines found"))
+                                                                                  .c_str());
         show(outcome.payload.value_or(Machines{}));
     }
 }

@@ -33,14 +33,16 @@ struct CommandLine : driver::Options {
                 "--environment",
                 [this](const std::string& name) {
                     const auto named = driver::environmentNamed(name);
-                    if (!named) throw CLI::ValidationError("--environment", tr("'{}' is not TEST, TESTS or PROD", name));
+                    if (!named)
+                        throw CLI::ValidationError("--environment", tr("'{}' is not TEST, TESTS or PROD", name));
                     environment = *named;
                 },
                 tr("Service to use: TEST, TESTS or PROD (default: TEST)"))
             ->type_name("NAME");
         program
-            .add_option("--store-dir", storeDirectory,
-                        tr("Folder that holds the session (default: the program's own folder in the user's data folder)"))
+            .add_option(
+                "--store-dir", storeDirectory,
+                tr("Folder that holds the session (default: the program's own folder in the user's data folder)"))
             ->type_name("DIR");
         program.add_option("--connect-to", connectTo, tr("Connect to this address, whatever host a URL names"))
             ->type_name("HOST:PORT")
@@ -58,9 +60,7 @@ struct CommandLine : driver::Options {
     bool isForItself() const { return !storeDirectory.empty() || !connectTo.empty(); }
 };
 
-void complain(std::string_view sentence) {
-    g_printerr("kavio-wallet-gtk: %s\n", wallet::printable(sentence).c_str());
-}
+void complain(std::string_view sentence) { g_printerr("kavio-wallet-gtk: %s\n", wallet::printable(sentence).c_str()); }
 
 /// The window, which may be asked for again while it is there.
 struct Program {
@@ -69,7 +69,8 @@ struct Program {
     std::unique_ptr<MainWindow> window;
 
     void open() {
-        if (!window) window = std::make_unique<MainWindow>(GTK_APPLICATION(application), Service{line.apiKey, line.environment});
+        if (!window)
+            window = std::make_unique<MainWindow>(GTK_APPLICATION(application), Service{line.apiKey, line.environment});
         window->present();
     }
 };

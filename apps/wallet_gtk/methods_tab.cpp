@@ -65,8 +65,8 @@ void MethodsTab::addDeposit(GtkListBox* list, const std::shared_ptr<const Deposi
     auto* const row = makeRow(nameOf(*card), isActive ? wallet::balanceText(*card) : tr("not active"));
     if (isActive) {
         adw_action_row_add_suffix(ADW_ACTION_ROW(row), makeButton(tr("Top up"), [this, card] {
-            window.push(std::make_unique<TopUpPage>(window, card, mMethods));
-        }));
+                                      window.push(std::make_unique<TopUpPage>(window, card, mMethods));
+                                  }));
     }
     gtk_list_box_append(list, row);
 }
@@ -74,8 +74,8 @@ void MethodsTab::addDeposit(GtkListBox* list, const std::shared_ptr<const Deposi
 void MethodsTab::addCard(const PaymentMethod& card) {
     auto* const row = makeRow(nameOf(card), "");
     adw_action_row_add_suffix(ADW_ACTION_ROW(row), makeButton(tr("Remove"), [this, id = card.id, name = nameOf(card)] {
-        window.say(tr("Remove {}?", name), tr("Remove it"), [this, id] { keep(remove(id)); });
-    }));
+                                  window.say(tr("Remove {}?", name), tr("Remove it"), [this, id] { keep(remove(id)); });
+                              }));
     gtk_list_box_append(widget<GtkListBox>("cards"), row);
 }
 
@@ -83,7 +83,8 @@ Task MethodsTab::remove(std::string id) {
     auto& kavio = freeKavio();
     const auto outcome = co_await kavio.removeCard(id);
     if (!outcome) window.fail(*outcome.result, [this, id] { keep(remove(id)); });
-    const auto methods = outcome ? co_await kavio.getPaymentMethods() : Outcome<std::optional<PaymentMethods>>{outcome.result};
+    const auto methods =
+        outcome ? co_await kavio.getPaymentMethods() : Outcome<std::optional<PaymentMethods>>{outcome.result};
     if (methods) show(methods.payload.value_or(PaymentMethods{}));
 }
 

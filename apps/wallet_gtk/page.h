@@ -1,6 +1,6 @@
 #pragma once
 
-#include "glib.h"
+#include "signals.h"
 
 #include <kavio/async.h>
 

@@ -109,8 +109,7 @@ void Payment::conclude(const KavioResult& last) {
     if (last.cause == Cause::CANCELED_BY_PERSON)
         return show(State::OVER, tr("Given up before it was sent: nothing was paid."));
     const auto why = isSuccess || last.cause == Cause::NOT_CERTAIN ? std::string{} : explain(last).sentence + " ";
-    if (last.effect == Effect::NONE && !isOrder && !mDoubt)
-        return show(State::OVER, why + tr("Nothing was paid."));
+    if (last.effect == Effect::NONE && !isOrder && !mDoubt) return show(State::OVER, why + tr("Nothing was paid."));
     if (const auto unknown = window.payments().unknown(); !mDoubt && !unknown.empty()) mDoubt = unknown.back();
     if (!mDoubt) return show(State::OVER, why + tr("Look into the history before you pay again."));
     show(State::IN_DOUBT, why + (last.cause == Cause::NOT_CERTAIN
@@ -134,8 +133,8 @@ void Payment::show(State state, const std::string& sentence) {
 
 void Payment::showSteps(Order::Status status) {
     gtk_widget_set_visible(widget("steps"), TRUE);
-    const std::array names{statusName(Order::Status::CREATED), statusName(Order::Status::AUTHORIZED),
-                           statusName(isFinal(status) ? status : Order::Status::COMPLETED)};
+    const std::array names{wallet::statusName(Order::Status::CREATED), wallet::statusName(Order::Status::AUTHORIZED),
+                           wallet::statusName(isFinal(status) ? status : Order::Status::COMPLETED)};
     const std::array labels{"placed", "approved", "ended"};
     for (std::size_t step = 0; step < labels.size(); ++step) {
         const bool isDone = step < stepsOf(status);
@@ -164,9 +163,8 @@ void Payments::remove(const Payment* payment) {
 std::vector<UnsettledPayment> Payments::unknown() const {
     auto payments = mWindow.makeKavio()->kavio().unsettledPayments();
     std::erase_if(payments, [&](const auto& payment) {
-        return std::ranges::any_of(mPayments, [&](const auto& row) {
-            return row->inDoubt() && row->inDoubt()->id == payment.id;
-        });
+        return std::ranges::any_of(mPayments,
+                                   [&](const auto& row) { return row->inDoubt() && row->inDoubt()->id == payment.id; });
     });
     return payments;
 }

@@ -35,8 +35,8 @@ void TopUpPage::topUp() {
     if (!charged) return window.say(tr("There is no card to charge. Add one first."));
     auto& payments = window.payments();
     if (payments.isUnderWay()) return window.say(tr("Another payment is still under way. Wait for its end."));
-    const auto start = [&owner = window, topUp = TopUp{tr("Top-up of {}", wallet::moneyText(*units, currency)),
-                                                              mCard, *amount, charged->id}] {
+    const auto start = [&owner = window, topUp = TopUp{tr("Top-up of {}", wallet::moneyText(*units, currency)), mCard,
+                                                       *amount, charged->id}] {
         owner.payments().topUp(topUp);
         owner.showTabs();
     };

@@ -23,8 +23,7 @@ double radians(double degrees) { return degrees * std::numbers::pi / 180; }
 double metresBetween(double latitude, double longitude, double otherLatitude, double otherLongitude) {
     const auto up = std::sin(radians(otherLatitude - latitude) / 2);
     const auto aside = std::sin(radians(otherLongitude - longitude) / 2);
-    const auto haversine =
-        up * up + std::cos(radians(latitude)) * std::cos(radians(otherLatitude)) * aside * aside;
+    const auto haversine = up * up + std::cos(radians(latitude)) * std::cos(radians(otherLatitude)) * aside * aside;
     return 2 * earthRadius * std::asin(std::min(1.0, std::sqrt(haversine)));
 }
 

@@ -18,10 +18,10 @@ using Ref = std::unique_ptr<T, Unref>;
 /// Calls `handler` at each signal of that name, for as long as the object lives.
 inline void on(gpointer object, const char* signal, std::function<void()> handler) {
     // With its data first, a handler need not name what else the signal carries.
-    auto* const closure = g_cclosure_new_swap(
-        G_CALLBACK(+[](gpointer called) { (*static_cast<std::function<void()>*>(called))(); }),
-        new std::function<void()>(std::move(handler)),
-        [](gpointer called, GClosure*) { delete static_cast<std::function<void()>*>(called); });
+    auto* const closure =
+        g_cclosure_new_swap(G_CALLBACK(+[](gpointer called) { (*static_cast<std::function<void()>*>(called))(); }),
+                            new std::function<void()>(std::move(handler)),
+                            [](gpointer called, GClosure*) { delete static_cast<std::function<void()>*>(called); });
     g_signal_connect_closure(object, signal, closure, FALSE);
 }
 
