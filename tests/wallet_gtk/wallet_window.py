@@ -294,6 +294,8 @@ class Wallet:
     def buy_at(self, machine):
         """The cheapest way through the pages to a purchase from the wallet."""
         self.type("Code, QR text or position", machine, enter=True)
+        self.says("Machines found")
+        self.open("")
         self.find("combo box", "Pay with")
         self.click(lambda window: next((node for node in window.nodes() if node.role == "list item" and node.find("checkbox|radio")), None))
         self.press("Pay .*")
