@@ -42,7 +42,7 @@ AddCardPage::AddCardPage(MainWindow& owner) : Page(owner, tr("Add a card"), "add
 
 AddCardPage::~AddCardPage() { wipe(); }
 
-void AddCardPage::onShown() { gtk_widget_grab_focus(widget("number")); }
+void AddCardPage::onShown() { focus("number"); }
 
 void AddCardPage::wipe() {
     for (const auto* const entry : {"number", "code"}) setText(entry, "");
@@ -57,27 +57,30 @@ bool AddCardPage::isRight() {
         if (problem.empty() || !isRight) continue;
         isRight = false;
         window.say(problem);
-        gtk_widget_grab_focus(widget(entry));
+        focus(entry);
     }
     return isRight;
 }
 
-Task AddCardPage::store() {
-    if (!isRight()) co_return;
+Operation<std::shared_ptr<const CreditCard>> AddCardPage::operation() {
     const auto entered = [this](const Entry& entry) { return wallet::tidied(entry.field, textOf(entry.widget)); };
     const auto number = [&](const Entry& entry) {
         return command_line::numberFrom<std::int64_t>(entered(entry)).value_or(0);
     };
     const auto& [pan, month, year, code, name, address] = entries;
+    if (gtk_switch_get_active(widget<GtkSwitch>("secure")) != FALSE) {
+        return kavio().addCreditCardTDSecure({entered(pan), number(month), number(year), number(code)},
+                                             {.name = entered(name), .email = entered(address)});
+    }
+    return kavio().addCreditCard(std::make_shared<const Card>(
+        Card{entered(pan), entered(month), entered(year), entered(code), entered(address)}));
+}
+
+Task AddCardPage::store() {
+    if (!isRight()) co_return;
     const Busy busy{window, root()};
     window.sayNothing();
-    const auto operation =
-        gtk_switch_get_active(widget<GtkSwitch>("secure")) != FALSE
-            ? kavio().addCreditCardTDSecure({entered(pan), number(month), number(year), number(code)},
-                                            {.name = entered(name), .email = entered(address)})
-            : kavio().addCreditCard(std::make_shared<const Card>(
-                  Card{entered(pan), entered(month), entered(year), entered(code), entered(address)}));
-    const auto outcome = co_await operation;
+    const auto outcome = co_await operation();
     if (outcome) {
         window.say(tr("The card was stored."));
         window.showTabs();

@@ -13,6 +13,7 @@ public:
 
 private:
     Task store();
+    Operation<std::shared_ptr<const CreditCard>> operation();
     /// Says what is wrong with the first entry that cannot be right, and goes there.
     bool isRight();
     void wipe();

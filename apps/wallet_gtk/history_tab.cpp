@@ -80,15 +80,18 @@ void HistoryTab::onShown() {
 Task HistoryTab::load() {
     auto& kavio = freeKavio();
     const Busy busy{window};
-    const bool isFirst = mOldest == nullptr;
-    const auto outcome = co_await kavio.getTransactions(std::make_shared<const TransactionFilter>(TransactionFilter{
-        .limit = ordersAtOnce, .transactionsBefore = isFirst ? std::nullopt : std::optional{mOldest->date}}));
+    const auto oldest = mOldest;
+    std::optional<Date> before;
+    if (oldest) before = oldest->date;
+    const auto filter = std::make_shared<const TransactionFilter>(
+        TransactionFilter{.limit = ordersAtOnce, .transactionsBefore = before});
+    const auto outcome = co_await kavio.getTransactions(filter);
     if (!outcome) {
         window.fail(*outcome.result, [this] { Page::keep(load()); });
         co_return;
     }
     auto* const list = widget<GtkListBox>("list");
-    if (isFirst) clear(list);
+    if (!oldest) clear(list);
     const auto orders = outcome.payload.value_or(Orders{});
     for (const auto& order : orders) gtk_list_box_append(list, makeOrderRow(*order));
     if (!orders.empty()) mOldest = orders.back();

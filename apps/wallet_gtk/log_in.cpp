@@ -18,13 +18,13 @@ LogIn::LogIn(MainWindow& owner) : Page(owner, tr("Log in"), "log_in") {
     ask(false);
 }
 
-void LogIn::onShown() { gtk_widget_grab_focus(widget("countryCode")); }
+void LogIn::onShown() { focus("countryCode"); }
 
 void LogIn::ask(bool forCode) {
     gtk_widget_set_visible(widget("phoneGroup"), !forCode);
     gtk_widget_set_visible(widget("codeGroup"), forCode);
     setText("code", "");
-    gtk_widget_grab_focus(widget(forCode ? "code" : "phone"));
+    focus(forCode ? "code" : "phone");
 }
 
 std::string LogIn::countryCode() const {
@@ -38,7 +38,7 @@ Task LogIn::askForCode() {
         markWrong(widget(entry), isMissing);
         if (!isMissing) continue;
         window.say(tr("Enter the phone’s country code, its number, and its country."));
-        gtk_widget_grab_focus(widget(entry));
+        focus(entry);
         co_return;
     }
     const Busy busy{window, root()};

@@ -24,8 +24,11 @@ MachinePage::MachinePage(MainWindow& owner, std::shared_ptr<const Machine> machi
 Task MachinePage::load() {
     const Busy busy{window};
     const auto products = co_await kavio().getMachineProducts(mMachine->id);
-    const auto methods =
-        products ? co_await kavio().getPaymentMethods() : Outcome<std::optional<PaymentMethods>>{products.result};
+    if (!products) {
+        window.fail(*products.result, [this] { keep(load()); });
+        co_return;
+    }
+    const auto methods = co_await kavio().getPaymentMethods();
     if (!methods) {
         window.fail(*methods.result, [this] { keep(load()); });
         co_return;

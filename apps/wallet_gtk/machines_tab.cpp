@@ -98,28 +98,32 @@ void MachinesTab::searchText() {
     begin({position ? "" : text, position});
 }
 
+/// Null for the person's own.
+std::shared_ptr<const MachineFilter> MachinesTab::filter() const {
+    const auto& [code, position, isForOne] = mSearch;
+    if (position) {
+        return std::make_shared<const MachineFilter>(
+            MachineFilter{.latitude = position->latitude, .longitude = position->longitude});
+    }
+    return code.empty() ? nullptr : std::make_shared<const MachineFilter>(MachineFilter{.value = code});
+}
+
+std::string MachinesTab::heading() const {
+    if (mSearch.position) return tr("Machines near there");
+    return mSearch.code.empty() ? tr("Your machines") : tr("Machines found");
+}
+
 Task MachinesTab::search() {
     auto& kavio = freeKavio();
     const Busy busy{window};
-    const auto& position = mSearch.position;
-    const bool isOwn = mSearch.code.empty() && !position;
-    const auto operation =
-        kavio.getMachines(isOwn ? nullptr
-                                : std::make_shared<const MachineFilter>(MachineFilter{
-                                      .value = position ? std::nullopt : std::optional{mSearch.code},
-                                      .latitude = position ? std::optional{position->latitude} : std::nullopt,
-                                      .longitude = position ? std::optional{position->longitude} : std::nullopt}));
-    const auto outcome = co_await operation;
+    const auto outcome = co_await kavio.getMachines(filter());
     if (outcome.result->cause == Cause::INVALID_INPUT) {
         window.say(
             tr("That is neither a machine’s code, nor the text of a QR code, nor a position such as 52.52, 13.41."));
     } else if (!outcome) {
         window.fail(*outcome.result, [this] { keep(search()); });
     } else {
-        adw_preferences_group_set_title(widget<AdwPreferencesGroup>("group"), (isOwn      ? tr("Your machines")
-                                                                               : position ? tr("Machines near you")
-                                                                                          : tr("Machines found"))
-                                                                                  .c_str());
+        adw_preferences_group_set_title(widget<AdwPreferencesGroup>("group"), heading().c_str());
         show(outcome.payload.value_or(Machines{}));
     }
 }

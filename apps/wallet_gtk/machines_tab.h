@@ -30,6 +30,8 @@ private:
     void addPictures();
     /// Fetches and shows what `mSearch` asks for.
     Task search();
+    std::shared_ptr<const MachineFilter> filter() const;
+    std::string heading() const;
     void begin(Search search);
     void searchText();
     void searchPicture(const std::filesystem::path& file, const std::string& name, bool isTemporary = false);

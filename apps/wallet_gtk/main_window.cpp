@@ -15,7 +15,7 @@ MainWindow::MainWindow(GtkApplication* application, Service service)
     : mService(std::move(service)), mPayments(std::make_unique<Payments>(*this, widget<GtkListBox>("payments"))) {
     gtk_window_set_application(mWindow, application);
     addTab<MachinesTab>("machines", "mark-location-symbolic");
-    addTab<MethodsTab>("methods", "wallet-symbolic");
+    addTab<MethodsTab>("methods", "auth-smartcard-symbolic");
     addTab<HistoryTab>("history", "document-open-recent-symbolic");
     on(widget("tabs"), "notify::visible-child", [this] { onTabChanged(); });
     on(widget("switcher"), "notify::title-visible", [this] { updateBar(); });

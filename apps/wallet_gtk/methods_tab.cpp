@@ -82,10 +82,12 @@ void MethodsTab::addCard(const PaymentMethod& card) {
 Task MethodsTab::remove(std::string id) {
     auto& kavio = freeKavio();
     const auto outcome = co_await kavio.removeCard(id);
-    if (!outcome) window.fail(*outcome.result, [this, id] { keep(remove(id)); });
-    const auto methods =
-        outcome ? co_await kavio.getPaymentMethods() : Outcome<std::optional<PaymentMethods>>{outcome.result};
-    if (methods) show(methods.payload.value_or(PaymentMethods{}));
+    if (!outcome) {
+        window.fail(*outcome.result, [this, id] { keep(remove(id)); });
+        co_return;
+    }
+    const auto left = co_await kavio.getPaymentMethods();
+    if (left) show(left.payload.value_or(PaymentMethods{}));
 }
 
 Task MethodsTab::logOut() {

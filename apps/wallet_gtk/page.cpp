@@ -25,6 +25,12 @@ Ref<GtkBuilder> loadUi(const char* file) {
 Page::Page(MainWindow& owner, std::string name, const char* file)
     : title(std::move(name)), window(owner), mBuilder(loadUi(file)), mKavio(owner.makeKavio()) {}
 
+void Page::focus(const char* id) const {
+    later([wanted = widget(id), weak = alive()] {
+        if (!weak.expired()) gtk_widget_grab_focus(wanted);
+    });
+}
+
 AsyncKavio& Page::freeKavio() {
     if (mKavio->kavio().isBusy()) mKavio = window.makeKavio();
     return *mKavio;

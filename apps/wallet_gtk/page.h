@@ -43,6 +43,9 @@ protected:
         gtk_editable_set_text(widget<GtkEditable>(entry), text.c_str());
     }
 
+    /// As soon as whatever is being done now is over, and the widget can be used again.
+    void focus(const char* id) const;
+
     AsyncKavio& kavio() { return *mKavio; }
     /// A wallet that is not busy: whatever is under way is given up.
     AsyncKavio& freeKavio();

@@ -23,7 +23,7 @@ TopUpPage::TopUpPage(MainWindow& owner, std::shared_ptr<const DepositCard> card,
     on(widget("amount"), "entry-activated", [this] { topUp(); });
 }
 
-void TopUpPage::onShown() { gtk_widget_grab_focus(widget("amount")); }
+void TopUpPage::onShown() { focus("amount"); }
 
 void TopUpPage::topUp() {
     const auto currency = wallet::currencyOf(*mCard);
