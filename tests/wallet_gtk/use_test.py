@@ -191,7 +191,7 @@ class Failures(WalletTest):
             ({"body": "<html>"}, "not understood"),
         ]:
             with self.subTest(sentence):
-                self.fault("/account/paymentMethods*", times=3, **fault)
+                self.fault("/prepaidCards", times=3, **fault)
                 wallet.tab("Wallet")
                 wallet.says(sentence)
                 self.sandbox.control("DELETE", "/faults")
@@ -308,7 +308,7 @@ class Everybody(WalletTest):
         self.assertEqual(self.purchases(), [(42100107, 150)])
 
     def test_from_right_to_left(self):
-        wallet = self.start_logged_in(LANGUAGE="ar", LC_ALL="")
+        wallet = self.start_logged_in(LANGUAGE="ar", LC_ALL="C.UTF-8")
         wallet.open(COFFEE)
         row = wallet.find("list item", "Espresso")
         choice, label = row.find("checkbox|radio"), row.find("label", "Espresso")

@@ -184,16 +184,20 @@ class Wallet:
         self.process.send_signal(sign)
         self.process.wait()
 
-    def window(self, title="Kavio Wallet"):
-        """What there is to see in the window now; None if there is no such window."""
+    def windows(self):
+        """The places of the program's windows, the oldest first."""
         assert self.process.poll() is None, f"the program has ended with {self.process.returncode}"
-        programs = [Node(self.bus, place) for place in self.bus.ask([(ROOT, "org.a11y.atspi.Accessible", "GetChildren", None)])[0] or ()]
+        children = "org.a11y.atspi.Accessible", "GetChildren", None
+        programs = self.bus.ask([(ROOT, *children)])[0] or ()
         owners = self.bus.ask([(("org.freedesktop.DBus", "/"), "org.freedesktop.DBus", "GetConnectionUnixProcessID",
-                                GLib.Variant("(s)", (program.place[0],))) for program in programs])
-        windows = [Node(self.bus, place) for program, owner in zip(programs, owners) if owner == self.process.pid
-                   for place in program.call("Accessible", "GetChildren") or ()]
-        named = [window for window, name in zip(windows, self.bus.get_all(windows, "Name")) if name == title]
-        return Node.tree(self.bus, named[0].place) if named else None
+                                GLib.Variant("(s)", (name,))) for name, _ in programs])
+        own = [(place, *children) for place, owner in zip(programs, owners) if owner == self.process.pid]
+        return [window for windows in self.bus.ask(own) for window in windows or ()]
+
+    def window(self, number=0):
+        """What there is to see in it now, if it is there."""
+        places = self.windows()
+        return Node.tree(self.bus, places[number]) if len(places) > number else None
 
     def find(self, roles, name=""):
         return until(f"a {roles} {name!r}", lambda: self.window().find(roles, name))
@@ -319,8 +323,12 @@ class Wallet:
         raise AssertionError(f"the keyboard does not lead to {name!r}")
 
     def answer_issuer(self, code):
-        """Types into the issuer's page, once that is there, and presses Enter."""
-        until("the issuer's page", lambda: self.window("Kavio Wallet"))
+        """Types into the issuer's page, which has the focus as soon as it is there, and presses Enter."""
+        def focus():
+            scene = self.window(1)
+            page = scene and scene.find("document")
+            return page and "focused" in page.states
+        until("the issuer's page", focus)
         self.key(*code, "Return")
 
     def choose_file(self, file):
