@@ -34,14 +34,14 @@ std::string folded(const std::string& text) {
 
 GtkWidget* makeOrderRow(const Order& order) {
     const auto amount = order.amount < 0 ? std::string{} : wallet::moneyText(order.amount, order.currency);
-    const auto title = wallet::printable(wallet::orderTypeName(order.type));
-    const auto subtitle = wallet::localTime(order.date) + " · " + wallet::statusName(order.status) + " · " +
+    const auto title = wallet::capitalized(wallet::printable(wallet::orderTypeName(order.type)));
+    const auto subtitle = wallet::timeOfDay(order.date) + " · " + wallet::statusName(order.status) + " · " +
                           wallet::printable(wallet::paymentSourceName(order.paymentSource)) + " · " +
                           wallet::printable(order.id);
     auto* const row = makeRow(title, subtitle);
     adw_action_row_add_suffix(ADW_ACTION_ROW(row), gtk_label_new(amount.c_str()));
     keep(row, dayKey, wallet::localDay(order.date));
-    keep(row, searchedKey, folded(title + " " + subtitle + " " + amount));
+    keep(row, searchedKey, folded(wallet::localTime(order.date) + " " + title + " " + subtitle + " " + amount));
     return row;
 }
 

@@ -13,6 +13,7 @@ class HistoryTab final : public Page {
 public:
     explicit HistoryTab(MainWindow& owner);
     void onShown() override;
+    void onPaid() override { onShown(); }
 
 private:
     /// Those before the oldest one that is there, or the latest ones.

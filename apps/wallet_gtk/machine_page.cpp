@@ -23,24 +23,33 @@ MachinePage::MachinePage(MainWindow& owner, std::shared_ptr<const Machine> machi
 
 Task MachinePage::load() {
     const Busy busy{window};
-    const auto products = co_await kavio().getMachineProducts(mMachine->id);
-    if (!products) {
-        window.fail(*products.result, [this] { keep(load()); });
+    const auto outcome = co_await kavio().getMachineProducts(mMachine->id);
+    if (!outcome) {
+        window.fail(*outcome.result, [this] { keep(load()); });
         co_return;
     }
-    const auto methods = co_await kavio().getPaymentMethods();
-    if (!methods) {
-        window.fail(*methods.result, [this] { keep(load()); });
+    showProducts(outcome.payload.value_or(Products{}));
+    later([this, weak = alive()] {
+        if (!weak.expired()) keep(loadMethods());
+    });
+}
+
+Task MachinePage::loadMethods() {
+    auto& kavio = freeKavio();
+    const Busy busy{window};
+    const auto outcome = co_await kavio.getPaymentMethods();
+    if (!outcome) {
+        window.fail(*outcome.result, [this] { keep(loadMethods()); });
         co_return;
     }
-    showMethods(methods.payload.value_or(PaymentMethods{}));
-    showProducts(products.payload.value_or(Products{}));
+    showMethods(outcome.payload.value_or(PaymentMethods{}));
     update();
 }
 
 /// Those that the machine takes.
 void MachinePage::showMethods(const PaymentMethods& methods) {
     std::vector<std::string> names;
+    const auto before = method();
     mMethods.clear();
     for (const auto& method : methods) {
         const auto deposit = std::dynamic_pointer_cast<const DepositCard>(method);
@@ -53,6 +62,11 @@ void MachinePage::showMethods(const PaymentMethods& methods) {
         names.push_back(deposit ? nameOf(*method) + ", " + wallet::balanceText(*deposit) : nameOf(*method));
     }
     offer(widget<AdwComboRow>("method"), names);
+    const auto same = [&](const auto& other) {
+        return before && other->id == before->id && other->type == before->type;
+    };
+    if (const auto kept = std::ranges::find_if(mMethods, same); kept != mMethods.end())
+        adw_combo_row_set_selected(widget<AdwComboRow>("method"), static_cast<guint>(kept - mMethods.begin()));
     if (names.empty()) window.say(tr("You have nothing that this machine takes. Add a card first."));
 }
 

@@ -20,9 +20,11 @@ class MachinePage final : public Page {
 public:
     MachinePage(MainWindow& owner, std::shared_ptr<const Machine> machine);
     void onShown() override { keep(load()); }
+    void onPaid() override { keep(loadMethods()); }
 
 private:
     Task load();
+    Task loadMethods();
     void showProducts(const Products& products);
     void showMethods(const PaymentMethods& methods);
     void update();

@@ -7,6 +7,7 @@
 #include "wording/distance.h"
 #include "wording/names.h"
 #include "wording/qr_picture.h"
+#include "wording/text.h"
 
 #include <kavio/platform/platform.h>
 
@@ -40,7 +41,7 @@ std::string subtitleOf(const Machine& machine, const std::optional<Position>& po
           wallet::machineStateName(machine)}) {
         if (!part.empty()) text += (text.empty() ? "" : " · ") + part;
     }
-    return text;
+    return wallet::capitalized(text);
 }
 
 void removeFile(const std::filesystem::path& file) {

@@ -90,10 +90,19 @@ void MainWindow::showLogin() {
     });
 }
 
+Page* MainWindow::shown() const {
+    if (mAbove) return mAbove.get();
+    auto* const child = adw_view_stack_get_visible_child(widget<AdwViewStack>("tabs"));
+    const auto tab = std::ranges::find(mTabs, child, [](const auto& page) { return page->root(); });
+    return tab == mTabs.end() ? nullptr : tab->get();
+}
+
 void MainWindow::onTabChanged() {
-    auto* const shown = adw_view_stack_get_visible_child(widget<AdwViewStack>("tabs"));
-    for (const auto& tab : mTabs)
-        if (tab->root() == shown && !mAbove) tab->onShown();
+    if (auto* const page = shown(); page != nullptr && !mAbove) page->onShown();
+}
+
+void MainWindow::refresh() {
+    if (auto* const page = shown()) page->onPaid();
 }
 
 void MainWindow::updateBar() {

@@ -35,6 +35,8 @@ public:
     /// As soon as whatever is being done now is over. The tab that is there fetches anew what it shows.
     void showTabs();
     void showLogin();
+    /// Has the page that is there show what is different after a payment.
+    void refresh();
 
     /// Says what failed. `again` does it once more, where that makes sense.
     void fail(const KavioResult& result, std::function<void()> again = nullptr);
@@ -54,6 +56,7 @@ private:
     template <class Tab>
     void addTab(const char* name, const char* icon);
     Task start();
+    Page* shown() const;
     void onTabChanged();
     void updateBar();
 

@@ -14,6 +14,7 @@ class MethodsTab final : public Page {
 public:
     explicit MethodsTab(MainWindow& owner);
     void onShown() override { keep(load()); }
+    void onPaid() override { keep(load()); }
 
 private:
     Task load();

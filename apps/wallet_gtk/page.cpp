@@ -39,7 +39,9 @@ AsyncKavio& Page::freeKavio() {
 Busy::Busy(MainWindow& window, GtkWidget* controls)
     : mWindow(window), mControls(retained(controls)), mFocus(retained(controls ? window.focus() : nullptr)) {
     mWindow.setBusy(+1);
-    if (mControls) gtk_widget_set_sensitive(mControls.get(), FALSE);
+    if (!mControls) return;
+    gtk_window_set_focus(mWindow.handle(), nullptr);  // GTK warns of an entry that loses its use first
+    gtk_widget_set_sensitive(mControls.get(), FALSE);
 }
 
 Busy::~Busy() {

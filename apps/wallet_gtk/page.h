@@ -30,6 +30,8 @@ public:
     const std::string title;
     /// The person looks at it now.
     virtual void onShown() {}
+    /// A payment has ended while the person looks at it.
+    virtual void onPaid() {}
 
 protected:
     Page(MainWindow& owner, std::string name, const char* file);

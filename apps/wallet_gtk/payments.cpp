@@ -92,6 +92,7 @@ Task Payment::follow(Operation<Payload> operation) {
         }
     }
     if (last) conclude(*last);
+    window.refresh();
 }
 
 /// The last report says how certain it is.

@@ -77,6 +77,18 @@ std::string localTime(Date date) {
 
 std::string localDay(Date date) { return Platform::current().dateFormatter->format(ownDay().value_or(isoDay), date); }
 
+std::string timeOfDay(Date date) {
+    const DateFormat plain{"HH:mm", isoMinute.locale, std::nullopt};
+    return Platform::current().dateFormatter->format(ownFormat("jjmm").value_or(plain), date);
+}
+
+std::string capitalized(std::string_view text) {
+    auto wide = icu::UnicodeString::fromUTF8({text.data(), static_cast<std::int32_t>(text.size())});
+    wide.replace(0, wide.moveIndex32(0, 1), icu::UnicodeString(wide, 0, wide.moveIndex32(0, 1)).toUpper());
+    std::string result;
+    return wide.toUTF8String(result);
+}
+
 std::optional<Date> dateFromLocalTime(const std::string& text) {
     const auto& formatter = *Platform::current().dateFormatter;
     // Where clocks go forward at midnight, the day begins at one o'clock.

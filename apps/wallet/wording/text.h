@@ -21,8 +21,13 @@ std::string withoutMarks(const icu::UnicodeString& text);
 
 /// To the minute, in the user's own time zone and notation, such as "2024-03-05 14:07".
 std::string localTime(Date date);
-/// The day alone.
+///@{
+/// The day alone, or the time of the day.
 std::string localDay(Date date);
+std::string timeOfDay(Date date);
+///@}
+/// The text with its first letter as a sentence begins.
+std::string capitalized(std::string_view text);
 /// Reads such a text, or a day, which begins at midnight; "2024-03-05 14:07" is read everywhere. Absent for any other
 /// text.
 std::optional<Date> dateFromLocalTime(const std::string& text);
