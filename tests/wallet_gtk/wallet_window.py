@@ -332,9 +332,9 @@ class Wallet:
         self.key(*code, "Return")
 
     def choose_file(self, file):
-        """Types the name into the dialog."""
-        subprocess.run(["xdotool", "search", "--sync", "--name", "Open", "key", "slash"], check=True)
-        subprocess.run(["xdotool", "type", str(file)[1:]], check=True)
+        """In the dialog, a slash begins to ask for a path."""
+        until("a dialog", lambda: (dialog := self.window(1)) and dialog.find("button", "Open"))
+        subprocess.run(["xdotool", "type", str(file)], check=True)
         self.key("Return")
 
     def log_in(self, number="151234567", code="123456"):
