@@ -77,7 +77,7 @@ kavio_package(kavio-tools-gtk kavio-tools-gtk utils "windows for the terminal wa
 kavio_package(kavio-wallet-gtk kavio-wallet-gtk utils "wallet with a window, on Kavio and GTK 4"
 "This has kavio-wallet-gtk, a sample wallet for desktops and phones. It needs
 what is suggested to know where it is, and to read QR codes with a camera."
-  ON kavio-gtk SUGGESTS "geoclue-2.0, gstreamer1.0-plugins-good")
+  ON kavio-gtk kavio-tools SUGGESTS "geoclue-2.0, gstreamer1.0-plugins-good")
 kavio_package(kavio-python python3-kavio python "payments at unattended vending points, for Python 3"
 "This is the package for Python, for asyncio, with type hints."
   ON kavio-c NEEDS "python3:any (>= 3.11~)" CONTROL python/postinst python/prerm FOR_ALL)

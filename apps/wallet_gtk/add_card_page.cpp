@@ -85,7 +85,7 @@ Task AddCardPage::store() {
         window.say(tr("The card was stored."));
         window.showTabs();
     } else if (outcome.result->effect == Effect::UNKNOWN) {
-        window.say(explain(*outcome.result).sentence + " " +
+        window.say(explain(*outcome.result).problem + " " +
                    tr("The card may have been stored all the same: look into the wallet before you add it again."));
     } else {
         window.fail(*outcome.result, [this] { keep(store()); });

@@ -81,28 +81,30 @@ Owned<GstDevice> firstDevice() {
     return first;
 }
 
+/// Null where there is none, or with an error.
+GstElement* makeSource(GError** error) {
+    if (const auto* const description = describedSource())
+        return gst_parse_bin_from_description(description, TRUE, error);
+    const auto device = firstDevice();
+    return device ? gst_device_create_element(device.get(), nullptr) : nullptr;
+}
+
 /// Null and a problem unless it can be had.
 Owned<GstElement> makePipeline(std::string& problem) {
-    const auto* const described = describedSource();
-    const auto device = described == nullptr ? firstDevice() : nullptr;
-    if (described == nullptr && !device) {
-        problem = tr("There is no camera.");
-        return nullptr;
-    }
     GError* error = nullptr;
-    const auto description = described == nullptr ? reader : std::string(described) + " ! " + reader;
-    Owned<GstElement> pipeline{gst_parse_launch(description.c_str(), &error)};
-    if (const Owned<GError> owned{error}) {
-        problem = tr("The camera cannot be used: {}", owned->message);
+    auto* const source = makeSource(&error);
+    auto* const pipeline = source != nullptr ? gst_parse_launch(reader, &error) : nullptr;
+    const Owned<GError> owned{error};
+    if (owned || source == nullptr) {
+        problem = owned ? tr("The camera cannot be used: {}", owned->message) : tr("There is no camera.");
+        for (auto* const unused : {source, pipeline})
+            if (unused != nullptr) gst_object_unref(unused);
         return nullptr;
     }
-    if (device) {
-        auto* const source = gst_device_create_element(device.get(), nullptr);
-        const Owned<GstElement> next{gst_bin_get_by_name(GST_BIN(pipeline.get()), "source")};
-        gst_bin_add(GST_BIN(pipeline.get()), source);
-        gst_element_link(source, next.get());
-    }
-    return pipeline;
+    const Owned<GstElement> next{gst_bin_get_by_name(GST_BIN(pipeline), "source")};
+    gst_bin_add(GST_BIN(pipeline), source);
+    gst_element_link(source, next.get());
+    return Owned<GstElement>(GST_ELEMENT(gst_object_ref_sink(pipeline)));
 }
 
 std::vector<std::uint8_t> brightnessOf(const GstVideoFrame& frame) {

@@ -6,11 +6,12 @@
 
 namespace kavio::wallet_gtk {
 
-/// What a failure means for the person, and what to do next.
+/// What a failure means for the person.
 struct Explanation {
     enum class Remedy { NONE, TRY_AGAIN, LOG_IN };
 
-    std::string sentence;
+    std::string problem;  ///< a sentence
+    std::string advice;   ///< what to do next, if what was asked for has certainly not been done; may be empty
     Remedy remedy = Remedy::NONE;
 };
 

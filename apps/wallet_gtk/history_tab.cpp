@@ -52,8 +52,7 @@ void setHeading(GtkListBoxRow* row, GtkListBoxRow* before, gpointer /*unused*/) 
     auto* const heading = gtk_label_new(day.c_str());
     gtk_widget_add_css_class(heading, "heading");
     gtk_label_set_xalign(GTK_LABEL(heading), 0);
-    for (const auto set : {gtk_widget_set_margin_start, gtk_widget_set_margin_top, gtk_widget_set_margin_bottom})
-        set(heading, 12);
+    for (const auto set : {gtk_widget_set_margin_start, gtk_widget_set_margin_top}) set(heading, 14);
     gtk_list_box_row_set_header(row, heading);
 }
 

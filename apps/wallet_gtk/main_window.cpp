@@ -118,7 +118,8 @@ void MainWindow::fail(const KavioResult& result, std::function<void()> again) {
     // The next operation sets the clock.
     if (result.cause == Cause::SIGNATURE_REFUSED && again && !std::exchange(mHasTriedAgain, true)) return later(again);
     mHasTriedAgain = false;
-    const auto [sentence, remedy] = explain(result);
+    const auto [problem, advice, remedy] = explain(result);
+    const auto sentence = advice.empty() ? problem : problem + " " + advice;
     if (remedy == Explanation::Remedy::LOG_IN) {
         say(sentence);
         showLogin();

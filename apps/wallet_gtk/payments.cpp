@@ -109,7 +109,7 @@ void Payment::conclude(const KavioResult& last) {
         return show(State::OVER, tr("The service does not have this payment: nothing was paid."));
     if (last.cause == Cause::CANCELED_BY_PERSON)
         return show(State::OVER, tr("Given up before it was sent: nothing was paid."));
-    const auto why = isSuccess || last.cause == Cause::NOT_CERTAIN ? std::string{} : explain(last).sentence + " ";
+    const auto why = isSuccess || last.cause == Cause::NOT_CERTAIN ? std::string{} : explain(last).problem + " ";
     if (last.effect == Effect::NONE && !isOrder && !mDoubt) return show(State::OVER, why + tr("Nothing was paid."));
     if (const auto unknown = window.payments().unknown(); !mDoubt && !unknown.empty()) mDoubt = unknown.back();
     if (!mDoubt) return show(State::OVER, why + tr("Look into the history before you pay again."));

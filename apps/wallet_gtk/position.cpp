@@ -100,14 +100,13 @@ void start(GObject*, GAsyncResult* result, gpointer data) {
 }  // namespace
 
 void whenPositionIsThere(std::function<void()> isThere) {
-    auto watch = std::make_unique<Watch>(std::move(isThere));
-    auto* const data = watch.release();
+    auto* const data = new Watch{std::move(isThere)};
     data->id = g_bus_watch_name(G_BUS_TYPE_SYSTEM, service, G_BUS_NAME_WATCHER_FLAGS_AUTO_START, noteService, nullptr,
                                 data, [](gpointer done) { delete static_cast<Watch*>(done); });
 }
 
 void askPosition(std::function<void(std::optional<Position>, std::string problem)> then) {
-    auto* const question = std::make_unique<Question>(std::move(then)).release();
+    auto* const question = new Question{std::move(then)};
     question->alarm = g_timeout_add_seconds(longest, giveUp, question);
     gclue_client_proxy_create_full("example.kavio.Wallet", GCLUE_ACCURACY_LEVEL_EXACT,
                                    GCLUE_CLIENT_PROXY_CREATE_AUTO_DELETE, question->waiting.get(), start, question);

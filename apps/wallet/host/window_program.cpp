@@ -30,7 +30,10 @@ std::unique_ptr<Host> makeWindowHost(const Options&, std::string& reason) {
     for (auto& argument : arguments) pointers.push_back(argument.data());
     pointers.push_back(nullptr);
     execv(program.c_str(), pointers.data());
-    reason = tr("this kavio-wallet cannot open windows: {} is missing", program.string());
+    reason =
+        tr("this kavio-wallet cannot open windows: {} is missing; `scripts/demo --window` builds it, and the package "
+           "kavio-tools-gtk has it",
+           program.string());
     return nullptr;
 }
 

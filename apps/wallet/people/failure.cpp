@@ -58,7 +58,8 @@ Failure explain(const KavioResult& result) {
             return {
                 ExitStatus::FAILED,
                 tr("The card's issuer wants to show a page, but there is no window for it: this requires a display, "
-                   "and kavio-wallet-window next to this program.")};
+                   "and kavio-wallet-window next to this program: `scripts/demo --window` builds it, and the package "
+                   "kavio-tools-gtk has it.")};
         case Cause::STORE_FAILED:
             return {ExitStatus::FAILED,
                     tr("Nothing was paid, because the payment could not be written down first. Is its folder "
