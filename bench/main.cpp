@@ -23,6 +23,7 @@ int run(int argc, char** argv) {
     openSession(setup);
     registerPreparing(setup);
     registerCalls(setup);
+    registerPauses(setup);
     std::fputs(report(setup).c_str(), stdout);
     return 0;
 }

@@ -139,6 +139,9 @@ void addCalls(Table& table, const BestRuns& best, const Setup& setup) {
     table.alone("the same on the library's session alone", duration(best["sessionCall"]));
     table.ratio("call on a new connection, whose TLS session is resumed, over a session's first call",
                 best["resumedCall"], best["firstCallOfSession"]);
+    table.ratio(
+        "query after a pause in which the service has closed the connection, with `warmsConnection` over without",
+        best["queryAfterPauseWarm"], best["queryAfterPause"]);
     for (const auto* calls : {"1", "10", "100", "1000"})
         table.alone(std::string(calls) + " calls at once, each of a facade of its own, until the last is answered",
                     duration(best[std::string("callsAtOnce/") + calls]));
@@ -154,7 +157,7 @@ void addCalls(Table& table, const BestRuns& best, const Setup& setup) {
 std::string report(const Setup& setup) {
     BestRuns best;
     // Calls first: decoding 10,000 machines leaves a heap that no application has.
-    for (const auto* group : {"Call|callsAtOnce|Digests|Request|Store|Payment|Commit", "decode|Parse"})
+    for (const auto* group : {"Call|callsAtOnce|Pause|Digests|Request|Store|Payment|Commit", "decode|Parse"})
         benchmark::RunSpecifiedBenchmarks(&best, group);
     Table table;
     addDecoding(table, best);

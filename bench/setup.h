@@ -18,5 +18,6 @@ struct Setup {
 void openSession(const Setup& setup);
 void registerPreparing(const Setup& setup);
 void registerCalls(const Setup& setup);
+void registerPauses(const Setup& setup);
 
 }  // namespace kavio::bench

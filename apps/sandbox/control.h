@@ -1,8 +1,8 @@
 #pragma once
 
-#include "events.h"
+#include "controlled.h"
 #include "reply.h"
-#include "sandbox.h"
+#include "secrets.h"
 
 #include <httplib.h>
 
@@ -14,7 +14,7 @@ namespace kavio::sandbox {
 inline constexpr std::string_view controlPath = "/_sandbox";
 
 /// Answers a request to control the sandbox, all but the stream of events; throws a Refusal.
-Reply control(Sandbox& sandbox, const httplib::Request& request);
+Reply control(Controlled& service, const httplib::Request& request);
 
 /// The page that does so in a browser.
 Reply pageReply();

@@ -10,7 +10,6 @@
 #include "issuer.h"
 #include "journal.h"
 #include "listener.h"
-#include "report.h"
 #include "service.h"
 #include "verdict.h"
 
@@ -120,10 +119,8 @@ bool isSigned(const httplib::Request& request) {
 }  // namespace
 
 struct Sandbox::Parts {
-    Parts(Sandbox& owner, Options options)
-        : sandbox(owner),
-          authorityFile(options.authorityFile, authority.pem()),
-          backend(std::move(options), Backend::Recording::off) {}
+    explicit Parts(Options options)
+        : authorityFile(options.authorityFile, authority.pem()), backend(std::move(options), Backend::Recording::off) {}
     ~Parts() { bell.close(); }
 
     void listen();
@@ -134,13 +131,13 @@ struct Sandbox::Parts {
                      Reply (Backend::*handle)(const httplib::Request&));
     std::optional<Verdict> verdict(const httplib::Request& request);
 
-    Sandbox& sandbox;
     Authority authority;
     Identity identity = authority.issue(serverNames);
     AuthorityFile authorityFile;
     Backend backend;
     Journal journal;
     Bell bell;
+    Controlled controlled{backend, journal, [this] { listener->resume(); }};
     Events events{backend, journal, bell};
     std::optional<Listener> listener;  // these two last: their threads use everything above
     std::optional<Listener> issuerListener;
@@ -183,7 +180,7 @@ void Sandbox::Parts::serveControl(Listener& from, const httplib::Request& reques
         refuseOtherSites(request);
         if (request.method == "GET" && request.path == std::string(controlPath) + "/events")
             return events.stream(secretsIn(request), response);
-        reply = control(sandbox, request);
+        reply = control(controlled, request);
     } catch (const Refusal& refusal) {
         reply = jsonReply({{"message", refusal.what()}}, refusal.status);
     }
@@ -209,66 +206,13 @@ std::optional<Verdict> Sandbox::Parts::verdict(const httplib::Request& request) 
     return verdictOn(request, now, window);
 }
 
-Sandbox::Sandbox(Options options) : mParts(std::make_unique<Parts>(*this, std::move(options))) { mParts->listen(); }
+Sandbox::Sandbox(Options options) : Sandbox(std::make_unique<Parts>(std::move(options))) { mParts->listen(); }
+Sandbox::Sandbox(std::unique_ptr<Parts> parts) : Controlled(parts->controlled), mParts(std::move(parts)) {}
 Sandbox::~Sandbox() = default;
 
 std::uint16_t Sandbox::port() const { return mParts->listener->port(); }
 std::string Sandbox::address() const { return fmt::format("127.0.0.1:{}", port()); }
 std::uint16_t Sandbox::issuerPort() const { return mParts->issuerListener ? mParts->issuerListener->port() : 0; }
 const std::filesystem::path& Sandbox::authorityFile() const { return mParts->authorityFile.path(); }
-
-std::uint64_t Sandbox::fault(const std::string& path, Fault fault) {
-    return mParts->backend.faults().add(path, std::move(fault));
-}
-bool Sandbox::removeFault(std::uint64_t id) { return mParts->backend.faults().remove(id); }
-std::vector<SetFault> Sandbox::faults() const { return mParts->backend.faults().all(); }
-void Sandbox::clearFaults() {
-    mParts->backend.faults().clear();
-    mParts->listener->resume();
-}
-
-void Sandbox::setClockOffset(std::chrono::seconds offset) {
-    mParts->backend.use([&](World& world) { world.clockOffset = offset; });
-}
-void Sandbox::stopClock(bool isStopped) {
-    mParts->backend.use([&](World& world) {
-        const auto clock = world.options.clock();
-        isStopped ? world.paceKeeper.stop(clock) : world.paceKeeper.resume(clock);
-    });
-}
-void Sandbox::stepClock(std::chrono::milliseconds step) {
-    mParts->backend.use([&](World& world) { world.paceKeeper.ahead += step; });
-}
-nlohmann::json Sandbox::clock() const {
-    return mParts->backend.use([](World& world) {
-        auto report = clockReport(world);
-        report["now"] = millisecondsText(world.now());
-        return report;
-    });
-}
-void Sandbox::setCode(const std::string& number, const std::string& code) {
-    mParts->backend.use([&](World& world) { world.codes[number] = code; });
-}
-void Sandbox::expireTokens() {
-    mParts->backend.use([](World& world) { world.sessions.clear(); });
-}
-std::vector<Request> Sandbox::requests() const {
-    std::vector<Request> requests;
-    for (auto& exchange : exchanges()) requests.push_back(std::move(exchange.request));
-    return requests;
-}
-std::vector<Exchange> Sandbox::exchanges() const { return mParts->journal.changedSince(0); }
-void Sandbox::clearRequests() { mParts->journal.clear(); }
-void Sandbox::reset() {
-    mParts->backend.reset();
-    mParts->journal.clear();
-    mParts->listener->resume();
-}
-nlohmann::json Sandbox::state() const {
-    return mParts->backend.use([](World& world) {
-        world.settleOrders();
-        return stateReport(world);
-    });
-}
 
 }  // namespace kavio::sandbox

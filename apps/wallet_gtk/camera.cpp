@@ -202,7 +202,7 @@ private:
         return GST_FLOW_OK;
     }
 
-    /// None where there are several: which of them is meant, nobody knows.
+    /// None where there are different ones: which of them is meant, nobody knows.
     std::optional<std::string> codeIn(const GstVideoFrame& frame) const {
         constexpr unsigned long grey = 0x30303859;  // "Y800", one byte per pixel
         const auto brightness = brightnessOf(frame);
@@ -211,9 +211,14 @@ private:
         zbar_image_set_size(image.get(), static_cast<unsigned>(GST_VIDEO_FRAME_WIDTH(&frame)),
                             static_cast<unsigned>(GST_VIDEO_FRAME_HEIGHT(&frame)));
         zbar_image_set_data(image.get(), brightness.data(), brightness.size(), nullptr);
-        if (zbar_scan_image(mScanner.get(), image.get()) != 1) return std::nullopt;
-        const auto* const code = zbar_image_first_symbol(image.get());
-        return std::string(zbar_symbol_get_data(code), zbar_symbol_get_data_length(code));
+        zbar_scan_image(mScanner.get(), image.get());
+        std::optional<std::string> found;
+        for (const auto* code = zbar_image_first_symbol(image.get()); code != nullptr; code = zbar_symbol_next(code)) {
+            const std::string text(zbar_symbol_get_data(code), zbar_symbol_get_data_length(code));
+            if (found && text != *found) return std::nullopt;
+            found = text;
+        }
+        return found;
     }
 
     static gboolean hear(gpointer data) {

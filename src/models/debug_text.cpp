@@ -21,6 +21,10 @@ std::string quoted(std::string_view text) {
     return quoted + '"';
 }
 
+std::string wrapped(std::string_view text) { return std::string("Optional(").append(text).append(")"); }
+
+std::string debugText(const std::optional<std::string>& value) { return value ? wrapped(quoted(*value)) : "nil"; }
+
 std::string debugText(double value) {
     // Plain digits for magnitudes that people write that way, and an exponent beyond them.
     const auto magnitude = std::abs(value);
@@ -32,5 +36,10 @@ std::string debugText(double value) {
 }
 
 std::string debugText(Date value) { return DateText::debug(value); }
+
+DebugText& DebugText::add(std::string_view label, std::string_view value, std::string_view end) {
+    mText.append("\n\t").append(label).append(value).append(end);
+    return *this;
+}
 
 }  // namespace kavio

@@ -21,9 +21,12 @@ std::string debugText(double value);
 std::string debugText(Date value);
 inline std::string debugText(std::same_as<bool> auto value) { return value ? "true" : "false"; }
 inline std::string debugText(const std::string& value) { return value; }
+std::string debugText(const std::optional<std::string>& value);
 
 /// In double quotes, with a backslash before anything that would end the text or its line.
 std::string quoted(std::string_view text);
+/// Marks the text of a value that could have been absent.
+std::string wrapped(std::string_view text);
 
 /// An enumerator's own name.
 template <class T>
@@ -31,17 +34,12 @@ requires std::is_enum_v<T> std::string debugText(T value) { return std::string(n
 
 template <class T>
 std::string debugText(const std::shared_ptr<const T>& object) {
-    return object ? "Optional(" + object->debugDescription() + ")" : "nil";
+    return object ? wrapped(object->debugDescription()) : "nil";
 }
 
 template <class T>
 std::string debugText(const std::optional<T>& value) {
-    if (!value) return "nil";
-    if constexpr (std::is_same_v<T, std::string>) {
-        return "Optional(" + quoted(*value) + ")";
-    } else {
-        return "Optional(" + debugText(*value) + ")";
-    }
+    return value ? wrapped(debugText(*value)) : "nil";
 }
 
 template <class T>
@@ -59,12 +57,13 @@ public:
 
     template <class T>
     DebugText& line(std::string_view label, const T& value, std::string_view end = ",") {
-        mText.append("\n\t").append(label).append(debugText(value)).append(end);
-        return *this;
+        return add(label, debugText(value), end);
     }
     operator std::string() { return std::move(mText); }  // NOLINT(google-explicit-constructor): ends each description
 
 private:
+    DebugText& add(std::string_view label, std::string_view value, std::string_view end);
+
     std::string mText;
 };
 

@@ -55,12 +55,14 @@ TEST_P(CameraTest, TellsWhatItSees) {
     std::filesystem::remove_all(folder);
 }
 
-const auto qrCode = std::string("qrencode -o picture.png https://qr.kavio.example/m/42100107");
+const auto code = std::string("https://qr.kavio.example/m/42100107");
+const auto qrCode = "qrencode -o picture.png " + code;
 INSTANTIATE_TEST_SUITE_P(
     Sources, CameraTest,
-    testing::Values(Source{"code", qrCode, "! pngdec ! imagefreeze", "https://qr.kavio.example/m/42100107"},
-                    Source{"compressed", qrCode, "! pngdec ! imagefreeze ! videoconvert ! jpegenc",
-                           "https://qr.kavio.example/m/42100107"},
+    testing::Values(Source{"code", qrCode, "! pngdec ! imagefreeze", code},
+                    Source{"twice", qrCode + " && convert picture.png picture.png +append picture.png",
+                           "! pngdec ! imagefreeze", code},
+                    Source{"compressed", qrCode, "! pngdec ! imagefreeze ! videoconvert ! jpegenc", code},
                     Source{"lost", "true", "! pngdec ! imagefreeze", "The camera cannot be used: Resource not found."},
                     Source{"unknown", "true", "! magic", "The camera cannot be used: no element \"magic\""}),
     [](const auto& given) { return given.param.name; });

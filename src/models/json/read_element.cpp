@@ -1,7 +1,5 @@
 #include "models/json/read_element.h"
 
-#include "models/json/keyed_container.h"
-
 namespace kavio {
 namespace {
 
@@ -39,19 +37,18 @@ JsonObject looseObject(Element value) {
 
 std::optional<JsonValue> looseValue(Element value) {
     const auto element = domElement(value);
-    const DecodedValue decoded(value, {});
     switch (element.type()) {
         case element_type::NULL_VALUE:
             return std::nullopt;
         case element_type::BOOL:
-            return decoded.as<bool>();
+            return Reading<bool>::read(element);
         case element_type::STRING:
-            return decoded.as<std::string>();
+            return Reading<std::string>::read(element);
         case element_type::INT64:
         case element_type::UINT64:
         case element_type::DOUBLE:
             if (const auto integer = integerOf<std::int64_t>(element)) return *integer;
-            return decoded.as<double>();
+            return Reading<double>::read(element);
         case element_type::OBJECT:
             return looseObject(value);
         case element_type::ARRAY:

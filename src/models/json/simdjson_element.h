@@ -1,6 +1,6 @@
 #pragma once
 
-#include "models/json/decoded_value.h"
+#include "models/json/element.h"
 
 #include <simdjson.h>
 

@@ -2,18 +2,12 @@
 
 #include "platform/linux/url_session_failure.h"
 #include "platform/linux/url_session_kept_connection.h"
+#include "platform/linux/url_session_libraries.h"
+#include "platform/linux/url_session_wakeup.h"
 
 #include <openssl/crypto.h>
-#include <openssl/decoder.h>
-#include <openssl/evp.h>
-#include <openssl/kdf.h>
-#include <openssl/rand.h>
-#include <openssl/ssl.h>
-#include <sys/eventfd.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <chrono>
 #include <climits>
@@ -50,37 +44,6 @@ struct Task {
 
 using TaskPointer = std::unique_ptr<Task>;
 
-template <class Algorithm>
-bool canFetch(Algorithm* (*fetch)(OSSL_LIB_CTX*, const char*, const char*), void (*release)(Algorithm*),
-              const char* name) {
-    auto* const algorithm = fetch(nullptr, name, nullptr);
-    release(algorithm);
-    return algorithm != nullptr;
-}
-
-/// OpenSSL prepares much when it is first needed, such as all algorithms of a kind. What it has no memory for then is
-/// missing until the process ends, so this is not left to the middle of an operation.
-bool prepareOpenssl() {
-    unsigned char random = 0;
-    return OPENSSL_init_ssl(0, nullptr) == 1 && SSL_get_ex_data_X509_STORE_CTX_idx() >= 0 &&
-           RAND_bytes(&random, 1) == 1 && canFetch(EVP_MD_fetch, EVP_MD_free, "SHA256") &&
-           canFetch(EVP_CIPHER_fetch, EVP_CIPHER_free, "AES-128-GCM") &&
-           canFetch(EVP_MAC_fetch, EVP_MAC_free, "HMAC") && canFetch(EVP_KDF_fetch, EVP_KDF_free, "HKDF") &&
-           canFetch(EVP_RAND_fetch, EVP_RAND_free, "CTR-DRBG") && canFetch(EVP_KEYMGMT_fetch, EVP_KEYMGMT_free, "EC") &&
-           canFetch(EVP_KEYEXCH_fetch, EVP_KEYEXCH_free, "X25519") &&
-           canFetch(EVP_SIGNATURE_fetch, EVP_SIGNATURE_free, "ECDSA") &&
-           canFetch(EVP_ASYM_CIPHER_fetch, EVP_ASYM_CIPHER_free, "RSA") &&
-           canFetch(EVP_KEM_fetch, EVP_KEM_free, "RSA") && canFetch(OSSL_DECODER_fetch, OSSL_DECODER_free, "EC");
-}
-
-void initializeLibraries() {
-    // A session may live until the process ends, and OpenSSL's exit handler would then pull its tables from under the
-    // network thread. If another library has already used OpenSSL, it is too late to ask for no handler.
-    static const bool done = OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr) == 1 && prepareOpenssl() &&
-                             curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
-    if (!done) throw std::bad_alloc();
-}
-
 CurlMulti makeMulti() {
     CurlMulti made(curl_multi_init());
     curl_multi_setopt(made.get(), CURLMOPT_MAX_HOST_CONNECTIONS, mostConnectionsToHost);
@@ -106,31 +69,6 @@ bool isNetworkMissing(const UrlOutcome& outcome) {
 bool isDistrust(CURLcode code) {
     return code == CURLE_PEER_FAILED_VERIFICATION || code == CURLE_SSL_CONNECT_ERROR || code == CURLE_OUT_OF_MEMORY;
 }
-
-/// Ends the network thread's wait. libcurl's own way takes a trip through a pair of sockets at every hand-over.
-class Wakeup {
-public:
-    Wakeup() {
-        if (mDescriptor < 0) throw std::bad_alloc();
-    }
-    ~Wakeup() { close(mDescriptor); }
-    Wakeup(const Wakeup&) = delete;
-    Wakeup& operator=(const Wakeup&) = delete;
-
-    void signal() const { eventfd_write(mDescriptor, 1); }
-    /// Waits for a signal, for what the open exchanges wait for, or until the time is up. True if there is something to
-    /// read from `idle`, which may be no socket.
-    bool wait(CURLM* multi, curl_socket_t idle, int milliseconds) const {
-        std::array<curl_waitfd, 2> watched{{{mDescriptor, CURL_WAIT_POLLIN, 0}, {idle, CURL_WAIT_POLLIN, 0}}};
-        curl_multi_wait(multi, watched.data(), idle == CURL_SOCKET_BAD ? 1 : 2, milliseconds, nullptr);
-        eventfd_t count = 0;
-        if (watched[0].revents != 0) eventfd_read(mDescriptor, &count);
-        return watched[1].revents != 0;
-    }
-
-private:
-    const int mDescriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-};
 
 template <class Container>
 TaskPointer takeAt(Container& tasks, typename Container::iterator position) {

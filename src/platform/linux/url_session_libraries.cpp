@@ -1,0 +1,49 @@
+#include "platform/linux/url_session_libraries.h"
+
+#include <curl/curl.h>
+#include <openssl/crypto.h>
+#include <openssl/decoder.h>
+#include <openssl/evp.h>
+#include <openssl/kdf.h>
+#include <openssl/rand.h>
+#include <openssl/ssl.h>
+
+#include <new>
+
+namespace kavio {
+namespace {
+
+template <class Algorithm>
+bool canFetch(Algorithm* (*fetch)(OSSL_LIB_CTX*, const char*, const char*), void (*release)(Algorithm*),
+              const char* name) {
+    auto* const algorithm = fetch(nullptr, name, nullptr);
+    release(algorithm);
+    return algorithm != nullptr;
+}
+
+/// OpenSSL prepares much when it is first needed, such as all algorithms of a kind. What it has no memory for then is
+/// missing until the process ends, so this is not left to the middle of an operation.
+bool prepareOpenssl() {
+    unsigned char random = 0;
+    return OPENSSL_init_ssl(0, nullptr) == 1 && SSL_get_ex_data_X509_STORE_CTX_idx() >= 0 &&
+           RAND_bytes(&random, 1) == 1 && canFetch(EVP_MD_fetch, EVP_MD_free, "SHA256") &&
+           canFetch(EVP_CIPHER_fetch, EVP_CIPHER_free, "AES-128-GCM") &&
+           canFetch(EVP_MAC_fetch, EVP_MAC_free, "HMAC") && canFetch(EVP_KDF_fetch, EVP_KDF_free, "HKDF") &&
+           canFetch(EVP_RAND_fetch, EVP_RAND_free, "CTR-DRBG") && canFetch(EVP_KEYMGMT_fetch, EVP_KEYMGMT_free, "EC") &&
+           canFetch(EVP_KEYEXCH_fetch, EVP_KEYEXCH_free, "X25519") &&
+           canFetch(EVP_SIGNATURE_fetch, EVP_SIGNATURE_free, "ECDSA") &&
+           canFetch(EVP_ASYM_CIPHER_fetch, EVP_ASYM_CIPHER_free, "RSA") &&
+           canFetch(EVP_KEM_fetch, EVP_KEM_free, "RSA") && canFetch(OSSL_DECODER_fetch, OSSL_DECODER_free, "EC");
+}
+
+}  // namespace
+
+void initializeLibraries() {
+    // A session may live until the process ends, and OpenSSL's exit handler would then pull its tables from under the
+    // network thread. If another library has already used OpenSSL, it is too late to ask for no handler.
+    static const bool done = OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr) == 1 && prepareOpenssl() &&
+                             curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+    if (!done) throw std::bad_alloc();
+}
+
+}  // namespace kavio
