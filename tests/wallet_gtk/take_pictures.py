@@ -6,55 +6,60 @@ Usage: run-on-display --accessible --screen SCREEN take_pictures.py WALLET SANDB
 import subprocess
 import sys
 
-from wallet_window import EDGE, Wallet
+from wallet_window import EDGE, Wallet, until
 from running_sandbox import RunningSandbox
 
 PROGRAM, SANDBOX, FOLDER, WIDTH, HEIGHT = sys.argv[1:]
+STYLES = {"light": {"ADW_DEBUG_COLOR_SCHEME": "prefer-light"}, "dark": {"ADW_DEBUG_COLOR_SCHEME": "prefer-dark"},
+          "doubled": {"settings": "gtk-font-name=Sans 20"}}
 
 
-def take_all(style, scheme):
-    with RunningSandbox(SANDBOX, "--seed", "1") as sandbox, \
-            Wallet(PROGRAM, sandbox, size=(int(WIDTH), int(HEIGHT)), ADW_DEBUG_COLOR_SCHEME=scheme) as wallet:
-        def picture(page):
-            wallet.pointer(0, int(HEIGHT) - 1)  # over nothing
-            wallet.until_still()
-            subprocess.run(["import", "-window", "root", "-crop", f"{WIDTH}x{HEIGHT}+{EDGE}+{EDGE}", f"{FOLDER}/wallet-{page}-{style}-{WIDTH}.png"], check=True)
+def take(wallet, name):
+    """As soon as nothing moves any more, which takes a moment after everything is there."""
+    last = [None]
 
-        picture("log-in")
+    def is_still():
+        before, last[0] = last[0], subprocess.check_output(["import", "-window", "root", "rgb:-"])
+        return before == last[0]
+    wallet.point(0, int(HEIGHT) - 1)
+    until("stillness", is_still)
+    subprocess.run(["import", "-window", "root", "-crop", f"{WIDTH}x{HEIGHT}+{EDGE}+{EDGE}", "+repage",
+                    f"{FOLDER}/wallet-{name}-{WIDTH}.png"], check=True)
+
+
+for style, options in STYLES.items():
+    with RunningSandbox(SANDBOX, "--seed", "1") as sandbox, Wallet(PROGRAM, sandbox, size=(int(WIDTH), int(HEIGHT)), **options) as wallet:
+        take(wallet, f"log-in-{style}")
         wallet.log_in()
         wallet.type("Code, QR text or position", "52.5219, 13.4132", enter=True)
         wallet.find("list item", "Cooler, platform 2")
-        picture("machines")
+        take(wallet, f"machines-{style}")
         wallet.open("Espresso corner, Alexanderplatz")
         wallet.open("Cappuccino")
-        picture("machine")
+        take(wallet, f"machine-{style}")
         sandbox.control("PUT", "/clock", {"isStopped": True})
-        wallet.press("Pay .*")
-        wallet.payment_says("placed")
+        wallet.press("Pay .+")
+        wallet.payment_says("was placed")
         sandbox.control("POST", "/clock", {"stepMs": 2000})
-        wallet.payment_says("✓.*✓")
-        picture("order")
+        wallet.payment_says("was approved")
+        take(wallet, f"order-{style}")
         sandbox.control("PUT", "/clock", {"isStopped": False})
         wallet.press("Dismiss")
         wallet.press("Back")
         wallet.tab("Wallet")
         wallet.find("list item", "Visa.*")
-        picture("wallet")
+        take(wallet, f"wallet-{style}")
         wallet.press("Add a card")
-        wallet.type_all(Card_number="4111111111111111", Expiry_month="12", Expiry_year="2039")
-        picture("card")
+        wallet.type_all({"Card number": "4111111111111111", "Expiry month": "12", "Expiry year": "2039"})
+        take(wallet, f"card-{style}")
         wallet.press("Back")
         wallet.tab("History")
         wallet.find("list item")
-        picture("history")
+        take(wallet, f"history-{style}")
         sandbox.control("POST", "/faults", {"path": "/machines/*/orders", "drop": True, "handled": True})
         wallet.tab("Machines")
         wallet.buy_at("42100107")
         wallet.payment_says("not certain")
-        wallet.press("Pay .*")
+        wallet.press("Pay .+")
         wallet.find("button", "Pay all the same")
-        picture("doubt")
-
-
-take_all("light", "prefer-light")
-take_all("dark", "prefer-dark")
+        take(wallet, f"doubt-{style}")
