@@ -77,18 +77,23 @@ void MachinesTab::addPictures() {
                      this);
     gtk_widget_add_controller(root(), GTK_EVENT_CONTROLLER(drop));
     auto* const keys = gtk_shortcut_controller_new();
-    gtk_shortcut_controller_add_shortcut(GTK_SHORTCUT_CONTROLLER(keys),
-                                         gtk_shortcut_new(gtk_keyval_trigger_new(GDK_KEY_v, GDK_CONTROL_MASK),
-                                                          gtk_callback_action_new(
-                                                              [](GtkWidget*, GVariant*, gpointer self) -> gboolean {
-                                                                  static_cast<MachinesTab*>(self)->pastePicture();
-                                                                  return TRUE;
-                                                              },
-                                                              this, nullptr)));
+    gtk_event_controller_set_propagation_phase(keys, GTK_PHASE_CAPTURE);  // before the entry, which takes only text
+    gtk_shortcut_controller_add_shortcut(
+        GTK_SHORTCUT_CONTROLLER(keys),
+        gtk_shortcut_new(gtk_keyval_trigger_new(GDK_KEY_v, GDK_CONTROL_MASK),
+                         gtk_callback_action_new(
+                             [](GtkWidget* page, GVariant*, gpointer self) -> gboolean {
+                                 auto* const formats = gdk_clipboard_get_formats(gtk_widget_get_clipboard(page));
+                                 const auto isPicture = gdk_content_formats_contain_gtype(formats, GDK_TYPE_TEXTURE);
+                                 if (isPicture != FALSE) static_cast<MachinesTab*>(self)->pastePicture();
+                                 return isPicture;
+                             },
+                             this, nullptr)));
     gtk_widget_add_controller(root(), keys);
 }
 
 void MachinesTab::begin(Search search) {
+    window.sayNothing();
     mSearch = std::move(search);
     keep(this->search());
 }
