@@ -153,8 +153,12 @@ class Wallet:
             [program, "--connect-to", f"127.0.0.1:{sandbox.port}", "--ca-file", sandbox.authority,
              "--store-dir", store or self.folder.name + "/store"],
             env={**os.environ, "XDG_CONFIG_HOME": self.folder.name, **environment})
-        until("a window", self.window)
-        self.resize(*size)
+        try:
+            until("a window", self.window)
+            self.resize(*size)
+        except BaseException:
+            self.end(signal.SIGKILL)
+            raise
 
     def __enter__(self):
         return self
