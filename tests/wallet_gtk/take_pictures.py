@@ -11,7 +11,7 @@ from running_sandbox import RunningSandbox
 
 PROGRAM, SANDBOX, FOLDER, WIDTH, HEIGHT = sys.argv[1:]
 STYLES = {"light": {"ADW_DEBUG_COLOR_SCHEME": "prefer-light"}, "dark": {"ADW_DEBUG_COLOR_SCHEME": "prefer-dark"},
-          "doubled": {"settings": "gtk-font-name=Sans 20"}}
+          "large": {"settings": "gtk-font-name=Sans 20"}}
 
 
 def take(wallet, name):

@@ -295,6 +295,16 @@ class Everybody(WalletTest):
         until("no payment", lambda: not wallet.window().find("list", "Payments"))
         self.assertEqual(self.purchases(), [(42100107, 150)])
 
+    def test_everything_has_a_name(self):
+        wallet = self.start_logged_in()
+        for enter in [lambda: wallet.find("list item", COFFEE), lambda: wallet.tab("History"), lambda: wallet.tab("Wallet"),
+                      lambda: wallet.press("Top up"), lambda: wallet.press("Top up"),  # and a notice
+                      lambda: (wallet.press("Back"), wallet.tab("Machines"), wallet.open(COFFEE), wallet.find("checkbox"))]:
+            enter()
+            usable = wallet.window().find_all("button|tab|text box|search box|combo box|switch|checkbox")
+            # GTK names what has no name after its class.
+            self.assertEqual([node for node in usable if not node.name or node.name.startswith(("Gtk", "Adw"))], [])
+
     def test_from_right_to_left(self):
         """GTK goes by the languages that the program has been translated to."""
         with tempfile.TemporaryDirectory() as folder:
