@@ -86,7 +86,7 @@ Task AddCardPage::store() {
         window.showTabs();
     } else if (outcome.result->effect == Effect::UNKNOWN) {
         window.say(explain(*outcome.result).problem + " " +
-                   tr("The card may have been stored all the same: look into the wallet before you add it again."));
+                   tr("The card may have been stored anyway: look in the wallet before you add it again."));
     } else {
         window.fail(*outcome.result, [this] { keep(store()); });
     }

@@ -61,7 +61,7 @@ Task LogIn::verify() {
         window.showTabs();
     } else if (const auto cause = outcome.result->cause;
                cause == Cause::REFUSED_BY_SERVICE || cause == Cause::SESSION_REFUSED) {
-        window.say(tr("The code was not accepted. Look at the message on the phone, and enter it again."));
+        window.say(tr("The code was not accepted. Look at the message on the phone, and enter the code again."));
     } else {
         window.fail(*outcome.result, [this] { keep(verify()); });
     }

@@ -67,7 +67,7 @@ void MachinePage::showMethods(const PaymentMethods& methods) {
     };
     if (const auto kept = std::ranges::find_if(mMethods, same); kept != mMethods.end())
         adw_combo_row_set_selected(widget<AdwComboRow>("method"), static_cast<guint>(kept - mMethods.begin()));
-    if (names.empty()) window.say(tr("You have nothing that this machine takes. Add a card first."));
+    if (names.empty()) window.say(tr("You have no payment method that this machine takes. Add a card first."));
 }
 
 void MachinePage::showProducts(const Products& products) {
@@ -78,7 +78,7 @@ void MachinePage::showProducts(const Products& products) {
     const auto shownIn = wallet::currencyOfCountry(mMachine->country.value_or(""));
     for (const auto& product : products) {
         auto* const row =
-            makeRow(wallet::printable(product->name.value_or(tr("Without a name"))),
+            makeRow(wallet::printable(product->name.value_or(tr("No name"))),
                     product->vendOut ? tr("sold out") : wallet::printable(product->department.value_or("")));
         const auto price = wallet::priceText(*product, shownIn);
         adw_action_row_add_suffix(ADW_ACTION_ROW(row), gtk_label_new(price.c_str()));
@@ -135,10 +135,11 @@ void MachinePage::pay() {
     const bool isText = !mSellsByCode && !isPrepaid();
     markWrong(widget("amount"), isText && !units);
     if (mMachine->kavioId == 0)
-        return window.say(tr("This machine cannot be paid: the service gives no number for it."));
-    if (!method()) return window.say(tr("Choose what to pay with. A card can be added in the wallet."));
-    if (window.payments().isUnderWay()) return window.say(tr("Another payment is still under way. Wait for its end."));
-    if (mSellsByCode && !mProduct) return window.say(tr("Choose what to buy first."));
+        return window.say(tr("You cannot pay at this machine: the service gives no number for it."));
+    if (!method()) return window.say(tr("Choose how to pay. You can add a card under Wallet."));
+    if (window.payments().isUnderWay())
+        return window.say(tr("Another payment is still under way. Wait until it has ended."));
+    if (mSellsByCode && !mProduct) return window.say(tr("First choose what to buy."));
     if (!units && isText)
         return window.say(tr("That is not an amount such as {}.", wallet::moneyText(150, currency())));
     if (!units) return window.say(tr("The price is not known: choose something else."));
@@ -162,7 +163,7 @@ void MachinePage::pay() {
 
 /// Nobody should pay twice because they did not see the first payment.
 void MachinePage::ask(Purchase purchase) {
-    window.say(tr("A payment is in doubt: find out about it first, or pay all the same."), tr("Pay all the same"),
+    window.say(tr("A payment is in doubt: find out what became of it first, or pay anyway."), tr("Pay anyway"),
                [&owner = window, purchase] { owner.payments().buy(purchase); });
 }
 

@@ -115,7 +115,7 @@ std::shared_ptr<const MachineFilter> MachinesTab::filter() const {
 }
 
 std::string MachinesTab::heading() const {
-    if (mSearch.position) return tr("Machines near there");
+    if (mSearch.position) return tr("Machines nearby");
     return mSearch.code.empty() ? tr("Your machines") : tr("Machines found");
 }
 

@@ -76,6 +76,7 @@ struct Program {
 };
 
 int run(const CommandLine& line) {
+    gtk_disable_setlocale();  // the language is chosen already, and the rest is to stay as programs write it
     if (gtk_init_check() == FALSE) throw std::runtime_error(tr("there is no display"));
     const Ref<AdwApplication> application{adw_application_new(
         applicationId, line.isForItself() ? G_APPLICATION_NON_UNIQUE : G_APPLICATION_DEFAULT_FLAGS)};

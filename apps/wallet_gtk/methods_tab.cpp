@@ -74,7 +74,7 @@ void MethodsTab::addDeposit(GtkListBox* list, const std::shared_ptr<const Deposi
 void MethodsTab::addCard(const PaymentMethod& card) {
     auto* const row = makeRow(nameOf(card), "");
     adw_action_row_add_suffix(ADW_ACTION_ROW(row), makeButton(tr("Remove"), [this, id = card.id, name = nameOf(card)] {
-                                  window.say(tr("Remove {}?", name), tr("Remove it"), [this, id] { keep(remove(id)); });
+                                  window.say(tr("Remove {}?", name), tr("Remove"), [this, id] { keep(remove(id)); });
                               }));
     gtk_list_box_append(widget<GtkListBox>("cards"), row);
 }

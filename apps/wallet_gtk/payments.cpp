@@ -99,22 +99,22 @@ Task Payment::follow(Operation<Payload> operation) {
 void Payment::conclude(const KavioResult& last) {
     const bool isOrder = mOrder != nullptr;
     const bool isSuccess = last.type == ResultType::SUCCESS;
-    if (isSuccess && !isOrder) return show(State::OVER, tr("The money was added."));
+    if (isSuccess && !isOrder) return show(State::OVER, tr("The top-up was made."));
     if (isOrder && isFinal(mOrder->status)) {
         const bool isBalance = mOrder->status == Order::Status::CANCELED && mIsTooMuch;
         return show(State::OVER,
                     wallet::statusSentence(*mOrder) + (isBalance ? " " + tr("The balance is too small.") : ""));
     }
     if (last.cause == Cause::NOT_MADE)
-        return show(State::OVER, tr("The service does not have this payment: nothing was paid."));
+        return show(State::OVER, tr("The service does not know this payment: nothing was paid."));
     if (last.cause == Cause::CANCELED_BY_PERSON)
-        return show(State::OVER, tr("Given up before it was sent: nothing was paid."));
+        return show(State::OVER, tr("Canceled before it was sent: nothing was paid."));
     const auto why = isSuccess || last.cause == Cause::NOT_CERTAIN ? std::string{} : explain(last).problem + " ";
     if (last.effect == Effect::NONE && !isOrder && !mDoubt) return show(State::OVER, why + tr("Nothing was paid."));
     if (const auto unknown = window.payments().unknown(); !mDoubt && !unknown.empty()) mDoubt = unknown.back();
-    if (!mDoubt) return show(State::OVER, why + tr("Look into the history before you pay again."));
+    if (!mDoubt) return show(State::OVER, why + tr("Check the history before you pay again."));
     show(State::IN_DOUBT, why + (last.cause == Cause::NOT_CERTAIN
-                                     ? tr("It is not certain yet what became of this. Find out again in a few minutes.")
+                                     ? tr("It is not certain yet what became of this. Try again in a few minutes.")
                                      : tr("It is not certain whether this was paid: find out before you pay again.")));
     gtk_widget_set_visible(widget("forget"), last.cause == Cause::NOT_CERTAIN);
 }

@@ -54,14 +54,15 @@ void answer(gpointer data, std::optional<Position> position, const std::string& 
 void answer(gpointer data, const Error& error) {
     if (g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_CANCELLED) != FALSE) return;
     if (g_error_matches(error.get(), G_DBUS_ERROR, G_DBUS_ERROR_ACCESS_DENIED) != FALSE)
-        return answer(data, {}, tr("This device does not say where it is. Its privacy settings can allow it."));
+        return answer(data, {},
+                      tr("This device does not reveal its location. You can allow that in its privacy settings."));
     g_dbus_error_strip_remote_error(error.get());
-    answer(data, {}, tr("This device cannot say where it is: {}", error->message));
+    answer(data, {}, tr("This device cannot tell where it is: {}", error->message));
 }
 
 gboolean giveUp(gpointer data) {
     static_cast<Question*>(data)->alarm = 0;
-    answer(data, {}, tr("This device has not found out where it is."));
+    answer(data, {}, tr("This device could not find out where it is."));
     return G_SOURCE_REMOVE;
 }
 

@@ -34,15 +34,15 @@ void TopUpPage::topUp() {
     if (!amount) return window.say(tr("That is not an amount such as {}.", wallet::moneyText(2000, currency)));
     if (!charged) return window.say(tr("There is no card to charge. Add one first."));
     auto& payments = window.payments();
-    if (payments.isUnderWay()) return window.say(tr("Another payment is still under way. Wait for its end."));
+    if (payments.isUnderWay()) return window.say(tr("Another payment is still under way. Wait until it has ended."));
     const auto start = [&owner = window, topUp = TopUp{tr("Top-up of {}", wallet::moneyText(*units, currency)), mCard,
                                                        *amount, charged->id}] {
         owner.payments().topUp(topUp);
         owner.showTabs();
     };
     if (payments.isInDoubt()) {
-        return window.say(tr("A payment is in doubt: find out about it first, or pay all the same."),
-                          tr("Pay all the same"), start);
+        return window.say(tr("A payment is in doubt: find out what became of it first, or pay anyway."),
+                          tr("Pay anyway"), start);
     }
     window.sayNothing();
     start();

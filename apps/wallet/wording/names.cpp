@@ -119,7 +119,7 @@ std::string machineStateName(const Machine& machine) {
 
 std::string titleOf(const Machine& machine) {
     const auto title = printable(machine.name.value_or(""));
-    return title.empty() ? fmt::format("machine {}", machine.kavioId == 0 ? machine.id : machine.kavioId) : title;
+    return title.empty() ? tr("machine {}", machine.kavioId == 0 ? machine.id : machine.kavioId) : title;
 }
 
 }  // namespace kavio::wallet
