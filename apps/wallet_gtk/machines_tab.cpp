@@ -57,9 +57,9 @@ MachinesTab::MachinesTab(MainWindow& owner) : Page(owner, tr("Machines"), "machi
     on(widget("pastePicture"), "clicked", [this] { pastePicture(); });
     on(widget("near"), "clicked", [this] { searchHere(); });
     on(widget("scan"), "clicked", [this] { mCamera ? stopScanning() : scan(); });
-    gtk_widget_set_visible(widget("scan"), Camera::isThere());
+    gtk_widget_set_visible(widget("scanChild"), Camera::isThere());
     whenPositionIsThere([this, weak = alive()] {
-        if (!weak.expired()) gtk_widget_set_visible(widget("near"), TRUE);
+        if (!weak.expired()) gtk_widget_set_visible(widget("nearChild"), TRUE);
     });
     addPictures();
 }
