@@ -206,17 +206,20 @@ class Wallet:
         until(f"{pattern!r} about a payment", is_so)
 
     def press(self, name, roles="button", within="window", part=""):
-        def button():
-            parts = self.window().find_all(within, part)
-            return next((each for whole in parts for each in whole.find_all(roles, name) if "sensitive" in each.states), None)
-        until(f"{name!r} to press", button).call("Action", "DoAction", "(i)", 0)
+        """Once more if the button has gone in the meantime, with a list that is filled anew."""
+        def is_pressed():
+            buttons = [button for whole in self.window().find_all(within, part) for button in whole.find_all(roles, name)
+                       if "sensitive" in button.states]
+            return buttons and buttons[0].call("Action", "DoAction", "(i)", 0)[0]
+        until(f"{name!r} to press", is_pressed)
 
     def tab(self, name):
         self.press(name, roles="tab")
 
     def type(self, name, text, enter=False):
         entries = "text box|search box"
-        self.find(entries, name).call("EditableText", "SetTextContents", "(s)", text)
+        until(f"an entry {name!r}", lambda: (entry := self.window().find(entries, name))
+              and entry.call("EditableText", "SetTextContents", "(s)", text)[0])
         if enter:
             self.click(lambda window: window.find(entries, name))
             self.key("Return")
