@@ -133,10 +133,10 @@ class Flows(WalletTest):
         before = self.account()["balance"]
         wallet.tab("Wallet")
         wallet.press("Top up")
-        wallet.choose("From card", "Mastercard.*")
+        wallet.choose("Card to charge", "Mastercard.*")
         wallet.type("Amount", "20")
         wallet.press("Top up")
-        wallet.payment_says("The money was added")
+        wallet.payment_says("The top-up was made")
         self.assertEqual(self.account()["balance"], before + 2000)
 
     def test_cards(self):
@@ -169,7 +169,7 @@ class Flows(WalletTest):
         def orders():
             return wallet.window().find_all("list item")
         until("a page of orders", lambda: len(orders()) == 30)
-        wallet.press("Older")
+        wallet.press("Show older")
         until("all orders", lambda: len(orders()) == 33)
         self.assertEqual(len([text for text in wallet.window().texts() if text.startswith("20") and len(text) == 10]), 4, "days")
         oldest = orders()[-1].texts()
