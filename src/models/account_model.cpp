@@ -95,10 +95,8 @@ AccountModel AccountModel::decode(const KeyedContainer& in) {
     };
 }
 
-JsonObject AccountModel::encode() const {
-    auto cards = JsonValue::array();
-    for (const auto& card : tokenLocators) cards.push_back(card.encode());
-    JsonObject account{
+NestedObject AccountModel::encode() const {
+    NestedObject account(JsonObject{
         {"phone", phone},
         {"email", email},
         {"country", country},
@@ -114,17 +112,18 @@ JsonObject AccountModel::encode() const {
         {"preventPayPalTopUpDeposit", preventPayPalTopUpDeposit},
         {"preventCreditCardTopUpDeposit", preventCreditCardTopUpDeposit},
         {"preventGPayTopUpDeposit", preventGPayTopUpDeposit},
-    };
-    account.emplace("tokenLocators", std::move(cards));
+    });
+    auto& cards = account["tokenLocators"] = JsonValue::array();
+    for (const auto& card : tokenLocators) cards.push_back(card.encode());
     setIfPresent(account, "marketingConfirmation", marketingConfirmation);
     setIfPresent(account, "gameficationTotalGamePlayed", gamificationTotalGamePlayed);
     setIfPresent(account, "gameficationHighScore", gamificationHighScore);
     setIfPresent(account, "gameficationTotalAmountOfCashback", gamificationTotalAmountOfCashback);
     if (appData) setIfPresent(account, "appData", serialise(appData->encode()));
 
-    JsonObject object;
-    object.emplace("token", JsonObject{{"token", token}});
-    object.emplace("account", std::move(account));
+    NestedObject object;
+    object.add("token", JsonObject{{"token", token}});
+    object.add("account", std::move(account));
     setIfPresent(object, "configurationMaxUpdatedDT", configurationMaxUpdatedDT);
     return object;
 }

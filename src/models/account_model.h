@@ -71,7 +71,7 @@ struct AccountModel {
     std::optional<std::int64_t> gamificationTotalAmountOfCashback;
     std::optional<AppData> appData;
     static AccountModel decode(const KeyedContainer& in);
-    JsonObject encode() const;
+    NestedObject encode() const;
 };
 
 /// What the account pays with: the wallet, then the stored cards in their order.

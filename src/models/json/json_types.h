@@ -14,6 +14,8 @@ using JsonValue = nlohmann::json;
 using OrderedJsonValue = nlohmann::ordered_json;
 /// A loosely typed object, and the body of a request.
 using JsonObject = std::map<std::string, JsonValue, std::less<>>;
-struct Parameters;
+struct NestedObject;
+/// Of a request.
+using Parameters = NestedObject;
 
 }  // namespace kavio

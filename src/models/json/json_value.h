@@ -24,20 +24,20 @@ std::optional<std::string> serialise(JsonObject object, int indent = 0);
 /// in it, which ends the program if there is none.
 void wipe(JsonObject& object) noexcept;
 
-/// The parameters of a request, which may hold objects and a card number. Their destruction takes no memory and leaves
-/// nothing in it.
-struct Parameters : JsonObject {
+/// An object that holds objects or lists, and perhaps a card number. Its destruction takes no memory and leaves nothing
+/// in it.
+struct NestedObject : JsonObject {
     using JsonObject::JsonObject;
-    Parameters(JsonObject object) noexcept : JsonObject(std::move(object)) {}
-    Parameters(Parameters&&) noexcept = default;
-    ~Parameters() { wipe(*this); }
-    Parameters& operator=(Parameters other) noexcept {
+    NestedObject(JsonObject object) noexcept : JsonObject(std::move(object)) {}
+    NestedObject(NestedObject&&) noexcept = default;
+    ~NestedObject() { wipe(*this); }
+    NestedObject& operator=(NestedObject other) noexcept {
         swap(other);
         return *this;
     }
 
     /// Adds the member. It is moved, and not copied as a value in braces is.
-    void add(const char* key, Parameters members) { emplace(key, static_cast<JsonObject&&>(members)); }
+    void add(const char* key, NestedObject members) { emplace(key, static_cast<JsonObject&&>(members)); }
 };
 
 /// The member `key`; null when it is missing.
