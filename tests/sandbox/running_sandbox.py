@@ -37,13 +37,13 @@ def until(what, condition, seconds=20):
 class RunningSandbox:
     def __init__(self, program, *options):
         self.folder = tempfile.TemporaryDirectory()
-        authority = str(Path(self.folder.name, "authority.pem"))
-        self.process = subprocess.Popen([program, "--json", "--authority", authority, *options],
+        self.authority = str(Path(self.folder.name, "authority.pem"))
+        self.process = subprocess.Popen([program, "--json", "--authority", self.authority, *options],
                                         stdout=subprocess.PIPE, text=True)
         listening = json.loads(self.process.stdout.readline())
         self.port = int(listening["address"].rsplit(":", 1)[1])
         self.origin = f"https://localhost:{self.port}"
-        self.trust = ssl.create_default_context(cafile=authority)
+        self.trust = ssl.create_default_context(cafile=self.authority)
         self.token = ""
 
     def __enter__(self):
