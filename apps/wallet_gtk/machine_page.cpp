@@ -2,7 +2,6 @@
 
 #include "choice.h"
 #include "command_line/translation.h"
-#include "methods_tab.h"
 #include "shell.h"
 #include "wording/names.h"
 #include "wording/text.h"
@@ -59,7 +58,8 @@ void MachinePage::showMethods(const PaymentMethods& methods) {
                              method->type == PaymentType::CREDIT_CARD || (prepaid && prepaid->isActive);
         if (!isTaken) continue;
         mMethods.push_back(method);
-        names.push_back(deposit ? nameOf(*method) + ", " + wallet::balanceText(*deposit) : nameOf(*method));
+        names.push_back(deposit ? wallet::titleOf(*method) + ", " + wallet::balanceText(*deposit)
+                                : wallet::titleOf(*method));
     }
     offer(widget<AdwComboRow>("method"), names);
     const auto same = [&](const auto& other) {

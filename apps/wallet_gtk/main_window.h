@@ -1,5 +1,7 @@
 #pragma once
 
+#include "page.h"
+#include "payments.h"
 #include "shell.h"
 
 #include <functional>

@@ -5,6 +5,7 @@
 #include "shell.h"
 #include "top_up_page.h"
 #include "wording/money.h"
+#include "wording/names.h"
 #include "wording/text.h"
 
 namespace kavio::wallet_gtk {
@@ -19,14 +20,6 @@ GtkWidget* makeButton(const std::string& label, std::function<void()> onClicked)
 }
 
 }  // namespace
-
-std::string nameOf(const PaymentMethod& method) {
-    const auto number = wallet::printable(method.number);
-    if (const auto* const card = dynamic_cast<const CreditCard*>(&method))
-        return (card->brand.empty() ? tr("Card") : wallet::printable(card->brand)) + " " + number;
-    if (method.type == PaymentMethod::PaymentType::PREPAID) return tr("Prepaid card {}", number);
-    return method.type == PaymentMethod::PaymentType::KAVIO ? tr("Wallet") : number;
-}
 
 MethodsTab::MethodsTab(Shell& owner) : Page(owner, tr("Wallet"), "methods") {
     on(widget("add"), "clicked", [this] { window.push(std::make_unique<AddCardPage>(window)); });
@@ -62,7 +55,7 @@ void MethodsTab::show(const PaymentMethods& methods) {
 void MethodsTab::addDeposit(GtkListBox* list, const std::shared_ptr<const DepositCard>& card) {
     const auto* const prepaid = dynamic_cast<const PrepaidCard*>(card.get());
     const bool isActive = prepaid == nullptr || prepaid->isActive;
-    auto* const row = makeRow(nameOf(*card), isActive ? wallet::balanceText(*card) : tr("not active"));
+    auto* const row = makeRow(wallet::titleOf(*card), isActive ? wallet::balanceText(*card) : tr("not active"));
     if (isActive) {
         adw_action_row_add_suffix(ADW_ACTION_ROW(row), makeButton(tr("Top up"), [this, card] {
                                       window.push(std::make_unique<TopUpPage>(window, card, mMethods));
@@ -72,8 +65,9 @@ void MethodsTab::addDeposit(GtkListBox* list, const std::shared_ptr<const Deposi
 }
 
 void MethodsTab::addCard(const PaymentMethod& card) {
-    auto* const row = makeRow(nameOf(card), "");
-    adw_action_row_add_suffix(ADW_ACTION_ROW(row), makeButton(tr("Remove"), [this, id = card.id, name = nameOf(card)] {
+    auto* const row = makeRow(wallet::titleOf(card), "");
+    adw_action_row_add_suffix(ADW_ACTION_ROW(row),
+                              makeButton(tr("Remove"), [this, id = card.id, name = wallet::titleOf(card)] {
                                   window.say(tr("Remove {}?", name), tr("Remove"), [this, id] { keep(remove(id)); });
                               }));
     gtk_list_box_append(widget<GtkListBox>("cards"), row);

@@ -27,7 +27,4 @@ private:
     PaymentMethods mMethods;
 };
 
-/// What to call it, such as "Visa •••• 1111".
-std::string nameOf(const PaymentMethod& method);
-
 }  // namespace kavio::wallet_gtk

@@ -1,13 +1,17 @@
 #pragma once
 
-#include "page.h"
-#include "payments.h"
+#include <kavio/async.h>
+
+#include <gtk/gtk.h>
 
 #include <functional>
 #include <memory>
 #include <string>
 
 namespace kavio::wallet_gtk {
+
+class Page;
+class Payments;
 
 /// What pages have around them.
 class Shell {

@@ -2,9 +2,10 @@
 
 #include "choice.h"
 #include "command_line/translation.h"
-#include "methods_tab.h"
+#include "payments.h"
 #include "shell.h"
 #include "wording/money.h"
+#include "wording/names.h"
 
 namespace kavio::wallet_gtk {
 
@@ -14,10 +15,10 @@ TopUpPage::TopUpPage(Shell& owner, std::shared_ptr<const DepositCard> card, cons
     for (const auto& method : methods) {
         if (method->type != PaymentMethod::PaymentType::CREDIT_CARD) continue;
         mCharged.push_back(method);
-        names.push_back(nameOf(*method));
+        names.push_back(wallet::titleOf(*method));
     }
     offer(widget<AdwComboRow>("charged"), names);
-    const auto balance = tr("{}: {}", nameOf(*mCard), wallet::balanceText(*mCard));
+    const auto balance = tr("{}: {}", wallet::titleOf(*mCard), wallet::balanceText(*mCard));
     adw_preferences_group_set_description(widget<AdwPreferencesGroup>("group"), balance.c_str());
     on(widget("topUp"), "clicked", [this] { topUp(); });
     on(widget("amount"), "entry-activated", [this] { topUp(); });

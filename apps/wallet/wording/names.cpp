@@ -122,4 +122,12 @@ std::string titleOf(const Machine& machine) {
     return title.empty() ? tr("machine {}", machine.kavioId == 0 ? machine.id : machine.kavioId) : title;
 }
 
+std::string titleOf(const PaymentMethod& method) {
+    const auto number = printable(method.number);
+    if (const auto* const card = dynamic_cast<const CreditCard*>(&method))
+        return (card->brand.empty() ? tr("Card") : printable(card->brand)) + " " + number;
+    if (method.type == PaymentMethod::PaymentType::PREPAID) return tr("Prepaid card {}", number);
+    return method.type == PaymentMethod::PaymentType::KAVIO ? tr("Wallet") : number;
+}
+
 }  // namespace kavio::wallet

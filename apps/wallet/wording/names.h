@@ -2,6 +2,7 @@
 
 #include <kavio/machine.h>
 #include <kavio/order.h>
+#include <kavio/payment_method.h>
 
 #include <string>
 
@@ -22,7 +23,10 @@ std::string paymentSourceName(const std::string& code);
 std::string machineTypeName(Machine::MachineType type);
 /// Such as "ready".
 std::string machineStateName(const Machine& machine);
-/// What to call the machine in a sentence.
+///@{
+/// What to call the machine in a sentence; and what to pay with, such as "Visa •••• 1111".
 std::string titleOf(const Machine& machine);
+std::string titleOf(const PaymentMethod& method);
+///@}
 
 }  // namespace kavio::wallet
