@@ -181,7 +181,7 @@ class Failures(WalletTest):
     def test_replies_odd_and_late(self):
         wallet = self.start_logged_in()
         for fault, sentence in [({"drop": True}, "connection was lost"), ({"status": 503, "body": "{}"}, "service has a problem"),
-                                ({"body": "<html>"}, "not understood")]:
+                                ({"body": "<html>"}, "not be understood")]:
             with self.subTest(sentence):
                 self.fault("/prepaidCards", times=-1, **fault)
                 wallet.tab("Wallet")
