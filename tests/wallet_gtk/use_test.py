@@ -61,7 +61,7 @@ class Flows(WalletTest):
         wallet = self.start()
         wallet.log_in(code="654321")
         wallet.says("code was not accepted")
-        wallet.press("Other number")
+        wallet.press("Use another number")
         wallet.log_in()
         wallet.says("Your machines")
         wallet.says("code was not accepted", is_said=False)
@@ -155,7 +155,7 @@ class Flows(WalletTest):
                 self.assertRegex(wallet.notice(), "The card was stored")
                 self.assertEqual(len(self.account()["cards"]), before + 1)
         wallet.press("Remove", within="list item", part=".*1042")
-        wallet.press("Remove it")
+        wallet.press("Remove", within="alert")
         until("one card less", lambda: not wallet.window().find("list item", ".*1042"))
         self.assertEqual(len(self.account()["cards"]), before)
 
@@ -181,7 +181,7 @@ class Failures(WalletTest):
     def test_replies_odd_and_late(self):
         wallet = self.start_logged_in()
         for fault, sentence in [({"drop": True}, "connection was lost"), ({"status": 503, "body": "{}"}, "service has a problem"),
-                                ({"body": "<html>"}, "not understood")]:
+                                ({"body": "<html>"}, "not be understood")]:
             with self.subTest(sentence):
                 self.fault("/prepaidCards", times=-1, **fault)
                 wallet.tab("Wallet")

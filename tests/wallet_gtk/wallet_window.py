@@ -215,7 +215,7 @@ class Wallet:
 
     def tab(self, name):
         self.press(name, roles="tab")
-        until(f"the tab {name}", lambda: "selected" in self.window().find("tab", name).states)
+        until(f"the tab {name}", lambda: not (tab := self.window().find("tab", name)) or "selected" in tab.states)
 
     def type(self, name, text, enter=False):
         entries = "text box|search box"
