@@ -1,5 +1,6 @@
 #include "wording/text.h"
 
+#include "wording/distance.h"
 #include "wording/language.h"
 #include "wording/money.h"
 
@@ -34,6 +35,13 @@ TEST(WalletMoney, IsReadExactlyOrNotAtAll) {
     EXPECT_EQ(smallestUnits("1.5", 0), std::nullopt);
     for (const auto* text : {"92233720368547758.08", "0.00", "12.505", "12.", ".5", "1.2.3", "1,50", "-1", "+1", ""})
         EXPECT_EQ(smallestUnits(text, 2), std::nullopt) << text;
+}
+
+TEST(WalletMoney, IsTheNearestUnitToASumOfPrices) {
+    EXPECT_EQ(smallestUnitsOf(1.1 + 2.2, 2), 330);
+    EXPECT_EQ(smallestUnitsOf(1.5, 3), 1500);
+    for (const double cost : {0.0, 0.001, -1.0, 1e17, std::numeric_limits<double>::quiet_NaN()})
+        EXPECT_EQ(smallestUnitsOf(cost, 2), std::nullopt) << cost;
 }
 
 /// Writes by other customs while it exists.
@@ -79,6 +87,15 @@ TEST(WalletMoney, IsDepositedWithoutLosingTheLastUnit) {
         }
     }
     EXPECT_FALSE(wholeUnits(4340185607671923, 2) || wholeUnits(Limits::max(), 0)) << "between two doubles";
+}
+
+TEST(WalletText, WritesDistancesByTheCustomsOfThePlace) {
+    EXPECT_NEAR(metresBetween(52.5, 13.4, 52.51, 13.4), 1112, 1);
+    EXPECT_NEAR(metresBetween(0, 179.99, 0, -179.99), 2224, 1);
+    EXPECT_EQ(distanceText(274.0), "270 m");
+    EXPECT_EQ(distanceText(996.0), "1 km");
+    const CustomsOf place{"de_DE"};
+    EXPECT_EQ(distanceText(1249.0), "1,2 km");
 }
 
 TEST(WalletText, ShowsNothingThatATerminalWouldObey) {
