@@ -145,15 +145,16 @@ TEST_F(PositionTest, IsNotToldWhereItIsNotAllowed) {
     const Service service(journal, false);
     ask();
     runUntil([&] { return journal.back() == "DeleteClient"; });
-    EXPECT_THAT(journal, ElementsAre("GetClient", "example.kavio.Wallet", "Start",
-                                     "This device does not say where it is. Its privacy settings can allow it.",
-                                     "DeleteClient"));
+    EXPECT_THAT(journal,
+                ElementsAre("GetClient", "example.kavio.Wallet", "Start",
+                            "This device does not reveal its location. You can allow that in its privacy settings.",
+                            "DeleteClient"));
 }
 
 TEST_F(PositionTest, IsNotToldWithoutAService) {
     ask();
     EXPECT_THAT(journal,
-                ElementsAre(HasSubstr("This device cannot say where it is: The name org.freedesktop.GeoClue2")));
+                ElementsAre(HasSubstr("This device cannot tell where it is: The name org.freedesktop.GeoClue2")));
 }
 
 }  // namespace
