@@ -157,7 +157,7 @@ void MachinesTab::searchPicture(const std::filesystem::path& file, const std::st
         std::string problem;
         try {
             code = wallet::textOfQrCode(file, name);
-        } catch (const wallet::PictureProblem& why) {
+        } catch (const std::exception& why) {  // a picture that is too large for the memory, too
             problem = why.what();
         }
         if (isTemporary) removeFile(file);

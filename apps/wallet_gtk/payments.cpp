@@ -50,11 +50,13 @@ void Payment::buy(Purchase purchase) {
 }
 
 void Payment::topUp(TopUp topUp) {
+    mIsTopUp = true;
     begin(false);
     keep(follow(kavio().deposit(topUp.card, topUp.amount, topUp.chargedCardId)));
 }
 
 void Payment::doubt(UnsettledPayment payment) {
+    mIsTopUp = payment.kind == UnsettledPayment::Kind::DEPOSIT;
     mDoubt = std::move(payment);
     show(State::IN_DOUBT, tr("It is not certain whether this was paid."));
 }
@@ -99,7 +101,7 @@ Task Payment::follow(Operation<Payload> operation) {
 void Payment::conclude(const KavioResult& last) {
     const bool isOrder = mOrder != nullptr;
     const bool isSuccess = last.type == ResultType::SUCCESS;
-    if (isSuccess && !isOrder) return show(State::OVER, tr("The top-up was made."));
+    if (isSuccess && mIsTopUp) return show(State::OVER, tr("The top-up was made."));
     if (isOrder && isFinal(mOrder->status)) {
         const bool isBalance = mOrder->status == Order::Status::CANCELED && mIsTooMuch;
         return show(State::OVER,
@@ -110,7 +112,8 @@ void Payment::conclude(const KavioResult& last) {
     if (last.cause == Cause::CANCELED_BY_PERSON)
         return show(State::OVER, tr("Canceled before it was sent: nothing was paid."));
     const auto why = isSuccess || last.cause == Cause::NOT_CERTAIN ? std::string{} : explain(last).problem + " ";
-    if (last.effect == Effect::NONE && !isOrder && !mDoubt) return show(State::OVER, why + tr("Nothing was paid."));
+    if (!isSuccess && last.effect == Effect::NONE && !isOrder && !mDoubt)
+        return show(State::OVER, why + tr("Nothing was paid."));
     if (const auto unknown = window.payments().unknown(); !mDoubt && !unknown.empty()) mDoubt = unknown.back();
     if (!mDoubt) return show(State::OVER, why + tr("Check the history before you pay again."));
     show(State::IN_DOUBT, why + (last.cause == Cause::NOT_CERTAIN

@@ -56,6 +56,7 @@ private:
     void removeLater();
 
     State mState = State::OVER;
+    bool mIsTopUp = false;
     bool mIsTooMuch = false;
     std::stop_source mGiveUp;
     std::shared_ptr<const Order> mOrder;
