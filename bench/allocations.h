@@ -9,6 +9,9 @@ namespace kavio::bench {
 /// How much `work` allocates on this thread, whether it frees it again or not.
 std::size_t allocatedBytes(const std::function<void()>& work);
 
+/// From now on, the process gives no memory back to the system by itself.
+void keepFreedMemory();
+
 /// How much decoding a reply with this many machines allocates.
 double decodingBytes(std::int64_t machines);
 

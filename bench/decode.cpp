@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <limits>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -85,6 +86,19 @@ void measure(benchmark::State& state, Work work) {
     }
 }
 
+/// The same when the process must first get the memory from the system.
+void decodeInFreshMemory(benchmark::State& state) {
+    const auto reply = machinesReply(state.range(0));
+    Machines machines;
+    for (auto _ : state) {
+        state.PauseTiming();
+        machines = {};
+        ::malloc_trim(0);
+        state.ResumeTiming();
+        machines = decodeMachines(reply);
+    }
+}
+
 void bareParse(benchmark::State& state) {
     simdjson::dom::parser parser;
     measure(state, [&parser](const std::string& reply) { return parser.parse(reply).error(); });
@@ -112,8 +126,14 @@ BENCHMARK_CAPTURE(measure, decodeMachines, decodeMachines)
     ->Arg(500)
     ->Arg(1000)
     ->Arg(10000);
+BENCHMARK(decodeInFreshMemory)->Arg(10000);
 
 }  // namespace
+
+void keepFreedMemory() {
+    ::mallopt(M_MMAP_MAX, 0);
+    ::mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
+}
 
 double decodingBytes(std::int64_t machines) {
     const auto reply = machinesReply(machines);

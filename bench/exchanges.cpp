@@ -96,15 +96,21 @@ void lookUpMachines(std::size_t facades) {
     if (counter->answered != facades) throw std::runtime_error("Some of the calls at once have failed.");
 }
 
-BareExchange::BareExchange(const Setup& setup, const UrlRequest& request) : mRequest(request) {
+BareExchange::BareExchange(const Setup& setup, const UrlRequest& request)
+    : mRequest(request), mAuthority(setup.authority()) {
     mConnectTo.append(("::" + setup.address).c_str());
     for (const auto& [name, value] : request.headers)
         mHeaders.append(std::string(name).append(": ").append(value).c_str());
-    CURL* const easy = mEasy.get();
+    mEasy = makeHandle();
+}
+
+CurlEasy BareExchange::makeHandle() {
+    CurlEasy made(curl_easy_init());
+    CURL* const easy = made.get();
     curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(easy, CURLOPT_SSL_CTX_FUNCTION, &applyTlsProfile);
     curl_easy_setopt(easy, CURLOPT_CAPATH, static_cast<char*>(nullptr));
-    curl_easy_setopt(easy, CURLOPT_CAINFO, setup.authority().c_str());
+    curl_easy_setopt(easy, CURLOPT_CAINFO, mAuthority.c_str());
     curl_easy_setopt(easy, CURLOPT_CONNECT_TO, mConnectTo.get());
     curl_easy_setopt(easy, CURLOPT_PROXY, "");
     curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");
@@ -117,18 +123,19 @@ BareExchange::BareExchange(const Setup& setup, const UrlRequest& request) : mReq
     }
     curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, append);
     curl_easy_setopt(easy, CURLOPT_WRITEDATA, &mBody);
+    return made;
 }
 
-long BareExchange::run() {
+long BareExchange::run(CURL* easy) {
     mBody.clear();
-    curl_multi_add_handle(mMulti.get(), mEasy.get());
+    curl_multi_add_handle(mMulti.get(), easy);
     for (int running = 1; running > 0;) {
         curl_multi_perform(mMulti.get(), &running);
         if (running > 0) curl_multi_poll(mMulti.get(), nullptr, 0, 1000, nullptr);
     }
-    curl_multi_remove_handle(mMulti.get(), mEasy.get());
+    curl_multi_remove_handle(mMulti.get(), easy);
     long status = 0;
-    curl_easy_getinfo(mEasy.get(), CURLINFO_RESPONSE_CODE, &status);
+    curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
     return status;
 }
 
@@ -136,7 +143,7 @@ long ThreadedBareExchange::run() {
     std::promise<long> status;
     mThread->async([&] {
         preparedRequest();
-        const auto answer = mExchange.run();
+        const auto answer = mExchange.runOnNewHandle();
         decodeDocument<Machines>(mExchange.body());
         status.set_value(answer);
     });

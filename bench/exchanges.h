@@ -29,20 +29,27 @@ public:
     BareExchange(const Setup& setup, const UrlRequest& request);
 
     /// Returns the status of the reply, whose body is then in `body()`.
-    long run();
+    long run() { return run(mEasy.get()); }
+    /// The same with a handle of its own, as the library has it: a handle of libcurl 7.88 does not forget all of an
+    /// earlier reply, and a header that goes on in the next one is written to memory that has been freed.
+    long runOnNewHandle() { return run(makeHandle().get()); }
     const std::string& body() const { return mBody; }
 
 private:
+    CurlEasy makeHandle();
+    long run(CURL* easy);
+
     const UrlRequest mRequest;
     CurlMulti mMulti{curl_multi_init()};
-    CurlEasy mEasy{curl_easy_init()};
+    const std::string mAuthority;
     CurlList mHeaders;
     CurlList mConnectTo;
     std::string mBody;
+    CurlEasy mEasy;
 };
 
 /// The least that any library on top of libcurl must do for a caller who must not be blocked: on a network thread, it
-/// signs the request, sends it and decodes the reply.
+/// signs the request, sends it on a handle of its own and decodes the reply.
 class ThreadedBareExchange {
 public:
     ThreadedBareExchange(const Setup& setup, const UrlRequest& request) : mExchange(setup, request) {}

@@ -13,7 +13,7 @@ struct UnkeptList {
 
     static UnkeptList decode(const DecodedValue& list) {
         ArrayReader reader(list);
-        while (!reader.atEnd()) reader.next().as<T>();
+        while (!reader.atEnd()) reader.next<T>();
         return {reader.size()};
     }
 };

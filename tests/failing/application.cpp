@@ -1,6 +1,7 @@
 #include "failing/application.h"
 
 #include "failing/machine.h"
+#include "platform/linux/url_session_libraries.h"
 #include "storage/kavio_user_defaults.h"
 
 #include <kavio/platform/linux.h>
@@ -103,7 +104,10 @@ void failingApplication(const Json& task, const Tell& tell) {
     const bool fromTheStart = operation == "start";
     Json told{{"thrown", "nothing"}};
     auto course = courseOf(operation, task);
-    if (!fromTheStart) application.start();
+    if (!fromTheStart) {
+        application.start();
+        prepareOpenssl();  // waits until a session has done it
+    }
     bool isOver = false;
     beginToFail(Call(task.at("call").get<int>()), task.at("number"), task.at("lasts"));
     try {

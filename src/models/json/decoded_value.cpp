@@ -4,7 +4,6 @@
 #include "models/json/read_element.h"
 
 #include <array>
-#include <bit>
 
 namespace kavio {
 namespace {
@@ -61,19 +60,19 @@ T DecodedValue::simple() const {
 #define KAVIO_INSTANTIATE(T) template T DecodedValue::simple() const;
 KAVIO_FOR_SIMPLE_VALUES(KAVIO_INSTANTIATE)
 
-ArrayReader::ArrayReader(const DecodedValue& value) : mDocument(value.element().document), mPath(value.path()) {
-    simdjson::dom::array array;
-    if (domElement(value.element()).get_array().get(array) != simdjson::SUCCESS) value.refuse("an array");
-    mNext = fromDom(*array.begin()).index;
-    mEnd = fromDom(*array.end()).index;
-    mSize = array.size();
+ArrayReader::ArrayReader(const DecodedValue& value)
+    : mDocument(value.element().document), mTape(tapeOf(value.element())), mPath(value.path()) {
+    const auto index = value.element().index;
+    if (mTape.type(index) != '[') value.refuse("an array");
+    mNext = index + 1;
+    mEnd = mTape.after(index) - 1;
+    mSize = mTape.count(index);
     if (mSize > mostElements) value.refuse("an array of at most a million elements");
 }
 
 DecodedValue ArrayReader::next() {
     const Element element{mDocument, mNext};
-    auto iterator = std::bit_cast<simdjson::dom::array::iterator>(element);
-    mNext = fromDom(*++iterator).index;
+    mNext = mTape.after(mNext);
     return {element, Path{&mPath, {}, mPosition++}};
 }
 

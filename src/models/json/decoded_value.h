@@ -68,10 +68,19 @@ public:
 
     bool atEnd() const { return mNext == mEnd; }
     DecodedValue next();
+    template <SimpleValue T>
+    T next() {
+        T value{};
+        if (!mTape.read(mNext, value)) return next().template as<T>();
+        mNext = mTape.after(mNext);
+        ++mPosition;
+        return value;
+    }
     std::size_t size() const { return mSize; }
 
 private:
     const void* mDocument;
+    Tape mTape;
     std::size_t mNext;
     std::size_t mEnd;
     std::size_t mSize;

@@ -47,9 +47,8 @@ void Document::parse(const std::string& json) {
     const auto outcome = [&](const std::string& text) {
         return parser.parse_into_document(mParser->document, text).get(mParser->root);
     };
-    const bool isOrdinary = !mayHoldSurrogates(json);
-    auto error = isOrdinary ? outcome(json) : outcome(toleratedText(json));  // the text itself, not a copy
-    if (error == simdjson::NUMBER_ERROR && isOrdinary) error = outcome(toleratedText(json));
+    auto error = outcome(json);
+    if (error == simdjson::NUMBER_ERROR || error == simdjson::STRING_ERROR) error = outcome(toleratedText(json));
     if (error != simdjson::SUCCESS) throw DecodingError(simdjson::error_message(error));
     if (parser.capacity() > keptCapacity) parser = simdjson::dom::parser();
 }

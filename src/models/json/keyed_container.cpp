@@ -9,42 +9,42 @@ namespace kavio {
 
 namespace {
 
-simdjson::dom::object objectOf(const DecodedValue& value) {
-    simdjson::dom::object object;
-    if (domElement(value.element()).get_object().get(object) != simdjson::SUCCESS) value.refuse("an object");
-    if (object.size() > mostElements) value.refuse("an object of at most a million members");
-    return object;
+/// Throws for anything but an object of a size that can be.
+std::size_t sizeOf(const DecodedValue& value) {
+    const auto tape = tapeOf(value.element());
+    const auto index = value.element().index;
+    if (tape.type(index) != '{') value.refuse("an object");
+    const auto size = tape.count(index);
+    if (size > mostElements) value.refuse("an object of at most a million members");
+    return size;
 }
 
-KnownShape& placeOfShape(const simdjson::dom::object& object) {
-    return knownShape(object.size(), object.size() == 0 ? std::string_view() : object.begin().key());
-}
-
-std::unique_ptr<ObjectShape> shapeOf(const simdjson::dom::object& object) {
+std::unique_ptr<ObjectShape> shapeOf(const Tape& tape, std::span<const std::uint32_t> indices) {
     std::vector<std::string_view> names;
-    for (const auto member : object) names.push_back(member.key);
+    names.reserve(indices.size());
+    for (const auto index : indices) names.push_back(tape.text(index - 1));
     return std::make_unique<ObjectShape>(names);
 }
 
 }  // namespace
 
-KeyedContainer::KeyedContainer(const DecodedValue& value)
+KeyedContainer::KeyedContainer(const DecodedValue& value) : KeyedContainer(value, sizeOf(value)) {}
+
+KeyedContainer::KeyedContainer(const DecodedValue& value, std::size_t size)
     : mDocument(value.element().document),
+      mTape(tapeOf(value.element())),
       mPath(value.path()),
-      mShapePlace(placeOfShape(objectOf(value))),
+      mShapePlace(knownShape(size, size == 0 ? nullptr : mTape.sized(value.element().index + 1))),
       mShape(std::move(mShapePlace.shape)) {
-    const auto object = objectOf(value);
-    const std::size_t size = object.size();
     if (size > mFewIndices.size()) mManyIndices.resize(size);
     mIndices = size > mFewIndices.size() ? std::span(mManyIndices) : std::span(mFewIndices).first(size);
     bool isKnown = mShape && mShape->size() == size;
-    std::size_t position = 0;
-    const auto end = object.end();
-    for (auto member = object.begin(); member != end; ++member, ++position) {
-        mIndices[position] = static_cast<std::uint32_t>(fromDom(member.value()).index);
-        isKnown = isKnown && mShape->isName(position, member.key());
+    auto name = value.element().index + 1;
+    for (std::size_t position = 0; position < size; ++position, name = mTape.after(name + 1)) {
+        mIndices[position] = static_cast<std::uint32_t>(name + 1);
+        isKnown = isKnown && mShape->isName(position, mTape.sized(name));
     }
-    if (!isKnown) mShape = shapeOf(object);
+    if (!isKnown) mShape = shapeOf(mTape, mIndices);
     mShapePlace.isTaken = true;  // last: where memory runs out before, nobody would give it back
 }
 
@@ -77,8 +77,9 @@ std::optional<std::int64_t> KeyedContainer::integerIfInteger(Key key) const {
 
 void KeyedContainer::requireNumbers() const {
     for (std::size_t position = 0; position < mShape->size(); ++position) {
-        const auto name = mShape->name(position);
-        if (mShape->find(name) == position) DecodedValue({mDocument, mIndices[position]}, {&mPath, name}).as<double>();
+        double number = 0;
+        if (!mShape->counts(position) || mTape.read(mIndices[position], number)) continue;
+        DecodedValue({mDocument, mIndices[position]}, {&mPath, mShape->name(position)}).as<double>();
     }
 }
 
@@ -109,23 +110,21 @@ void KeyedContainer::refuse(Key key, Element element, std::string_view expected)
 }
 
 /// The value of the member; absent when it is missing or null.
-inline std::optional<Element> KeyedContainer::find(Key key) const {
-    const auto position = mShape->find(key, mTurn++);
-    if (position == ObjectShape::absent) return std::nullopt;
-    const Element element{mDocument, mIndices[position]};
-    return domElement(element).is_null() ? std::nullopt : std::optional(element);
+std::optional<Element> KeyedContainer::find(Key key) const {
+    const auto index = indexOf(key);
+    return isAbsent(index) ? std::nullopt : std::optional(Element{mDocument, index});
 }
 
 template <SimpleValue T>
-std::optional<T> KeyedContainer::simple(Key key) const {
-    const auto element = find(key);
-    if (!element) return std::nullopt;
-    auto value = Reading<T>::read(domElement(*element));
-    if (!value) refuse(key, *element, Reading<T>::expectation);
+std::optional<T> KeyedContainer::simple(Key key, std::size_t index) const {
+    if (isAbsent(index)) return std::nullopt;
+    const Element element{mDocument, index};
+    auto value = Reading<T>::read(domElement(element));
+    if (!value) refuse(key, element, Reading<T>::expectation);
     return value;
 }
 
-#define KAVIO_INSTANTIATE(T) template std::optional<T> KeyedContainer::simple(Key) const;
+#define KAVIO_INSTANTIATE(T) template std::optional<T> KeyedContainer::simple(Key, std::size_t) const;
 KAVIO_FOR_SIMPLE_VALUES(KAVIO_INSTANTIATE)
 
 }  // namespace kavio

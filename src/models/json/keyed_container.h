@@ -83,7 +83,7 @@ public:
         template <Decodable T>
         requires(mayBorrow || !borrowsTexts<T>) operator T() const {  // NOLINT(google-explicit-constructor)
             if constexpr (SimpleValue<T>) {
-                auto found = in.simple<T>(key);
+                auto found = in.read<T>(key);
                 if (!found) in.refuseMissing(key);
                 return *std::move(found);
             } else {
@@ -158,21 +158,33 @@ protected:
     std::optional<DecodedValue> valueIfObject(Key key) const;
 
 private:
+    KeyedContainer(const DecodedValue& object, std::size_t size);
+
     // Objects of up to this many members have the places of their values on the stack.
     static constexpr std::size_t mostOnStack = 128;
 
     template <Decodable T>
     std::optional<T> read(Key key) const {
         if constexpr (SimpleValue<T>) {
-            return simple<T>(key);
+            const auto index = indexOf(key);
+            if (T value{}; mTape.read(index, value)) return value;
+            return simple<T>(key, index);
         } else {
             const auto found = valueIfPresent(key);
             if (!found) return std::nullopt;
             return found->template borrowed<T>();
         }
     }
+    /// Of any spelling.
     template <SimpleValue T>
-    std::optional<T> simple(Key key) const;
+    std::optional<T> simple(Key key, std::size_t index) const;
+    /// Where the member's value is, or the root's when it is missing.
+    std::size_t indexOf(Key key) const {
+        const auto position = mShape->find(key, mTurn++);
+        return position == ObjectShape::absent ? 0 : mIndices[position];
+    }
+    /// For an optional member, missing and null are the same.
+    bool isAbsent(std::size_t index) const { return index == 0 || mTape.type(index) == 'n'; }
     DecodedValue value(Key key) const;
     std::optional<DecodedValue> valueIfPresent(Key key) const;
     std::optional<Element> find(Key key) const;
@@ -180,6 +192,7 @@ private:
     [[noreturn]] void refuse(Key key, Element element, std::string_view expected) const;
 
     const void* mDocument;
+    Tape mTape;
     Path mPath;
     KnownShape& mShapePlace;
     std::unique_ptr<ObjectShape> mShape;

@@ -20,6 +20,11 @@ static_assert(sizeof(Element) == sizeof(simdjson::dom::element));
 inline simdjson::dom::element domElement(Element element) { return std::bit_cast<simdjson::dom::element>(element); }
 inline Element fromDom(simdjson::dom::element element) { return std::bit_cast<Element>(element); }
 
+inline Tape tapeOf(Element element) {
+    const auto& document = *static_cast<const simdjson::dom::document*>(element.document);
+    return {document.tape.get(), reinterpret_cast<const char*>(document.string_buf.get())};
+}
+
 /// A double that is integral and in range, except from 2^53 on, where it may stand for another integer that
 /// was rounded.
 template <class Integer>

@@ -109,12 +109,6 @@ void copyNumber(std::string_view& rest, std::string& result) {
 
 }  // namespace
 
-bool mayHoldSurrogates(std::string_view json) {
-    for (auto at = json.find("\\u"); at != std::string_view::npos; at = json.find("\\u", at + 2))
-        if (at + 2 < json.size() && (json[at + 2] == 'd' || json[at + 2] == 'D')) return true;
-    return false;
-}
-
 std::string toleratedText(std::string_view json) {
     std::string result;
     result.reserve(json.size() + json.size() / 8);

@@ -5,9 +5,6 @@
 
 namespace kavio {
 
-/// Whether a text of the document may name half of a surrogate pair.
-bool mayHoldSurrogates(std::string_view json);
-
 /// The same text without the things that would make the parser refuse it whole, although perhaps no record reads them:
 /// an integer beyond 64 bits is spelled as a double, a number too large for a double becomes a list in a list, which no
 /// record reads, and half of a surrogate pair becomes U+FFFD.

@@ -60,7 +60,7 @@ SuiteFile::SuiteFile(const std::filesystem::path& path, std::shared_ptr<const Di
 // The counter is read without a lock. That is enough, because a commit changes it before it completes: as long as it is
 // the remembered one, no later write has completed. Any other value merely leads to a read transaction, which waits for
 // a commit under way and rolls back one that a crash cut off. The counter remembered is the one read inside such a
-// transaction, never one that could still be undone.
+// transaction or that of an own commit, never one that could still be undone.
 void SuiteFile::refresh() {
     if (mIsPrepared && mCounter && mDatabase.changeCounter() == mCounter) return;
     judging([this] {
@@ -97,14 +97,16 @@ bool SuiteFile::write(const StoreChanges& changes) {
     refresh();
     if (holds(changes)) return true;
     try {
-        judging([&] { store(changes); });
-        for (const auto& [key, value] : changes) {  // for when the file cannot be read
+        std::optional<std::uint32_t> counter;
+        judging([&] { counter = store(changes); });
+        for (const auto& [key, value] : changes) {
             if (value) {
                 mValues->insert_or_assign(key, *value);
             } else {
                 mValues->erase(key);
             }
         }
+        mCounter = counter;  // last: without memory, the values are not the file's
         return true;
     } catch (const SqliteError&) {
         // A commit that failed at its very end, while making the removal of its journal durable, may still stand.
@@ -166,13 +168,16 @@ SuiteFile::Values SuiteFile::read(SqliteDatabase& database) const {
     return values;
 }
 
-void SuiteFile::store(const StoreChanges& changes) {
+/// The file's counter afterwards, or nothing if another process has changed the file since its values were read.
+std::optional<std::uint32_t> SuiteFile::store(const StoreChanges& changes) {
     SqliteTransaction transaction(mDatabase, "BEGIN IMMEDIATE");
     expectUnmoved();
     knownLayout(mDatabase);  // a newer version may have taken over since
+    const bool isCurrent = mCounter && mDatabase.changeCounter() == mCounter;
     for (const auto& [key, wanted] : changes) store(key, wanted);
-    mCounter.reset();  // the next look into the file tells whether this has succeeded
+    const auto counter = std::exchange(mCounter, std::nullopt);  // the next look tells whether this has succeeded
     transaction.commit();
+    return isCurrent ? std::optional(*counter + 1) : std::nullopt;  // as every commit raises it that changes something
 }
 
 void SuiteFile::store(std::string_view key, const std::optional<StoredValue>& wanted) {

@@ -53,7 +53,7 @@ private:
     void load();
     Values read(SqliteDatabase& database) const;
     bool holds(const StoreChanges& changes) const;
-    void store(const StoreChanges& changes);
+    std::optional<std::uint32_t> store(const StoreChanges& changes);
     void store(std::string_view key, const std::optional<StoredValue>& wanted);
     /// Does `work`. If that fails as it would on a damaged file, checks whether the file is damaged and, if so, sets
     /// it aside.
@@ -70,7 +70,7 @@ private:
     SqliteDatabase mDatabase;
     bool mIsPrepared = false;
     std::optional<Values> mValues;
-    std::optional<std::uint32_t> mCounter;  // when `mValues` were read; absent if unknown
+    std::optional<std::uint32_t> mCounter;  // of the file that has `mValues`; absent if unknown
 };
 
 }  // namespace kavio

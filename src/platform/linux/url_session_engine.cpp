@@ -225,7 +225,10 @@ void UrlEngine::Loop::stop() {
 
 void UrlEngine::Loop::run() {
     blockSigpipe();
+    prepareOpenssl();
     while (!isStopping()) {
+        // Before the next request, as there may have been no memory for it after the last one.
+        if (mHaveDistrusted && mRunning.empty()) renewAfterDistrust();
         while (auto task = takeSubmitted()) begin(std::move(task));
         while (auto task = takeDue()) start(std::move(task));
         while (auto task = takeOverdue()) complete(std::move(task), urlError(UrlError::timedOut));
@@ -235,7 +238,6 @@ void UrlEngine::Loop::run() {
         int running = 0;
         curl_multi_perform(mMulti.get(), &running);
         endFinished();
-        if (mHaveDistrusted && mRunning.empty()) renewAfterDistrust();
         const auto idle = mRunning.empty() ? mKept.socket() : CURL_SOCKET_BAD;
         const bool isEnded = mWakeup.wait(mMulti.get(), idle, millisecondsToNextDeadline());
         if (mRunning.empty()) warm(isEnded);

@@ -21,12 +21,10 @@ bool canFetch(Algorithm* (*fetch)(OSSL_LIB_CTX*, const char*, const char*), void
     return algorithm != nullptr;
 }
 
-/// OpenSSL prepares much when it is first needed, such as all algorithms of a kind. What it has no memory for then is
-/// missing until the process ends, so this is not left to the middle of an operation.
-bool prepareOpenssl() {
+bool canPrepareOpenssl() {
     unsigned char random = 0;
-    return OPENSSL_init_ssl(0, nullptr) == 1 && SSL_get_ex_data_X509_STORE_CTX_idx() >= 0 &&
-           RAND_bytes(&random, 1) == 1 && canFetch(EVP_MD_fetch, EVP_MD_free, "SHA256") &&
+    return SSL_get_ex_data_X509_STORE_CTX_idx() >= 0 && RAND_bytes(&random, 1) == 1 &&
+           canFetch(EVP_MD_fetch, EVP_MD_free, "SHA256") &&
            canFetch(EVP_CIPHER_fetch, EVP_CIPHER_free, "AES-128-GCM") &&
            canFetch(EVP_MAC_fetch, EVP_MAC_free, "HMAC") && canFetch(EVP_KDF_fetch, EVP_KDF_free, "HKDF") &&
            canFetch(EVP_RAND_fetch, EVP_RAND_free, "CTR-DRBG") && canFetch(EVP_KEYMGMT_fetch, EVP_KEYMGMT_free, "EC") &&
@@ -41,9 +39,13 @@ bool prepareOpenssl() {
 void initializeLibraries() {
     // A session may live until the process ends, and OpenSSL's exit handler would then pull its tables from under the
     // network thread. If another library has already used OpenSSL, it is too late to ask for no handler.
-    static const bool done = OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr) == 1 && prepareOpenssl() &&
-                             curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+    static const bool done = OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr) == 1 &&
+                             OPENSSL_init_ssl(0, nullptr) == 1 && curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
     if (!done) throw std::bad_alloc();
+}
+
+void prepareOpenssl() {
+    [[maybe_unused]] static const bool done = canPrepareOpenssl();  // if not, connections say what is missing
 }
 
 }  // namespace kavio
