@@ -128,16 +128,24 @@ class Flows(WalletTest):
                 expected.append((42100107, cents))
                 self.assertEqual(self.purchases(), expected)
 
-    def test_top_up(self):
+    def test_top_ups(self):
         wallet = self.start_logged_in()
         before = self.account()["balance"]
-        wallet.tab("Wallet")
-        wallet.press("Top up")
-        wallet.choose("Card to charge", "Mastercard.*")
-        wallet.type("Amount", "20")
-        wallet.press("Top up")
-        wallet.payment_says("The top-up was made")
-        self.assertEqual(self.account()["balance"], before + 2000)
+        for made, fault in [(1, None), (2, {"drop": True}), (3, {"body": "null"})]:
+            with self.subTest(fault):
+                if fault:
+                    self.fault("/deposits/", handled=True, **fault)
+                wallet.tab("Wallet")
+                wallet.press("Top up")
+                wallet.choose("Card to charge", "Mastercard.*")
+                wallet.type("Amount", "20")
+                wallet.press("Top up")
+                if fault and "drop" in fault:
+                    wallet.payment_says("not certain")
+                    wallet.press("Find out")
+                wallet.payment_says("The top-up was made")
+                wallet.press("Dismiss")
+                self.assertEqual(self.account()["balance"], before + made * 2000)
 
     def test_cards(self):
         wallet = self.start_logged_in()
@@ -234,11 +242,15 @@ class Failures(WalletTest):
         wallet.payment_says("is complete")
         self.assertEqual(self.purchases(), [(42100107, 150)])
 
-    def test_a_lost_reply(self):
-        wallet = self.start_logged_in()
-        self.fault(ORDERS, drop=True, handled=True)
-        wallet.buy_at("42100107")
-        self.find_out(wallet)
+    def test_a_reply_without_the_order(self):
+        for what, fault in [("no reply", {"drop": True}), ("no order in it", {"body": "null"})]:
+            with self.subTest(what):
+                self.sandbox.control("DELETE", "/state")
+                wallet = self.start_logged_in()
+                self.fault(ORDERS, handled=True, **fault)
+                wallet.buy_at("42100107")
+                self.find_out(wallet)
+                wallet.close()
 
     def test_killed_while_paying(self):
         with tempfile.TemporaryDirectory() as store:
