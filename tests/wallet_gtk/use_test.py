@@ -95,7 +95,8 @@ class Flows(WalletTest):
         copy_picture(picture)
         for way, take in [("Ctrl+V", lambda: wallet.key("ctrl+v")),
                           ("Paste a picture", lambda: wallet.press("Paste a picture")),
-                          ("Open a picture", lambda: (wallet.press("Open a picture"), wallet.choose_file(picture)))]:
+                          ("Open a picture", lambda: (wallet.press("Open a picture"), wallet.choose_file(picture))),
+                          ("drop", lambda: wallet.drop_file(picture))]:
             with self.subTest(way):
                 wallet.find("search box", SEARCH)
                 take()

@@ -14,7 +14,8 @@ from pathlib import Path
 import gi
 
 gi.require_version("Gdk", "4.0")
-from gi.repository import Gdk, Gio, GLib  # noqa: E402
+gi.require_version("Gtk", "4.0")
+from gi.repository import Gdk, Gio, GLib, Gtk  # noqa: E402
 
 sys.path.insert(0, str(Path(__file__).parents[1] / "sandbox"))
 
@@ -257,14 +258,14 @@ class Wallet:
         self.point(*until("something to click", place), "click", "1")
 
     def point(self, x, y, *more):
-        subprocess.run(["xdotool", "mousemove", str(x + EDGE), str(y + EDGE), *more], check=True)
+        xdotool("mousemove", str(x + EDGE), str(y + EDGE), *more)
 
     def key(self, *keys):
-        subprocess.run(["xdotool", "key", *keys], check=True)
+        xdotool("key", *keys)
 
     def resize(self, width, height):
         window = subprocess.check_output(["xdotool", "search", "--name", "^Kavio Wallet$"], text=True).split()[-1]
-        subprocess.run(["xdotool", "windowsize", window, str(width + 2 * EDGE), str(height + 2 * EDGE)], check=True)
+        xdotool("windowsize", window, str(width + 2 * EDGE), str(height + 2 * EDGE))
         until(f"{width} by {height}", lambda: self.window().box == (0, 0, width, height))
 
     def notice(self):
@@ -312,11 +313,39 @@ class Wallet:
     def choose_file(self, file):
         """In the dialog, a slash begins to ask for a path."""
         until("a dialog", lambda: (dialog := self.window(1)) and dialog.find("button", "Open"))
-        subprocess.run(["xdotool", "type", str(file)], check=True)
+        xdotool("type", str(file))
         self.key("Return")
+
+    def drop_file(self, file):
+        """Drags it from a window beside the wallet's, as from a file manager, and lets go as soon as the wallet would take it."""
+        drags, source = [], Gtk.DragSource(actions=Gdk.DragAction.COPY)
+        source.set_content(content("text/uri-list", (Path(file).as_uri() + "\r\n").encode()))
+        source.connect("drag-begin", lambda _, drag: drags.append(drag))
+        files = Gtk.Window(title="Files", default_width=150, default_height=150)
+        files.add_controller(source)
+        files.present()
+        until("the files", lambda: files.get_surface().get_mapped())
+        _, _, width, height = self.window().box
+        xdotool("search", "--name", "^Files$", "windowmove", "--sync", str(width + 2 * EDGE), "0")
+        self.point(width + 80, 80, "mousedown", "1", "mousemove_relative", "20", "20")
+        until("a drag", lambda: drags)
+        self.point(width // 2, height // 2)
+        hand = GLib.timeout_add(100, lambda: xdotool("mousemove_relative", "1", "0"))  # a window is asked where a pointer moves
+        until("a wallet that takes the file", lambda: drags[0].get_selected_action() == Gdk.DragAction.COPY)
+        GLib.source_remove(hand)
+        xdotool("mouseup", "1")
+        files.destroy()
+
+
+def xdotool(*words):
+    subprocess.run(["xdotool", *words], check=True)
+    return True
+
+
+def content(kind, data):
+    return Gdk.ContentProvider.new_for_bytes(kind, GLib.Bytes.new(data))
 
 
 def copy_picture(file):
     """Puts a picture on the clipboard, where it stays as long as this process waits for something."""
-    clipboard = Gdk.Display.open(os.environ["DISPLAY"]).get_clipboard()
-    clipboard.set_content(Gdk.ContentProvider.new_for_bytes("image/png", GLib.Bytes.new(Path(file).read_bytes())))
+    Gdk.Display.get_default().get_clipboard().set_content(content("image/png", Path(file).read_bytes()))
