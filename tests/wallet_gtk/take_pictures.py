@@ -3,13 +3,16 @@
 
 Usage: run-on-display --accessible --screen SCREEN take_pictures.py WALLET SANDBOX FOLDER WIDTH HEIGHT
 """
+import signal
 import subprocess
 import sys
+import tempfile
 
-from wallet_window import EDGE, Wallet, until
+from wallet_window import EDGE, Wallet, from_right_to_left, until
 from running_sandbox import RunningSandbox
 
 PROGRAM, SANDBOX, FOLDER, WIDTH, HEIGHT = sys.argv[1:]
+SIZE = int(WIDTH), int(HEIGHT)
 STYLES = {"light": {"ADW_DEBUG_COLOR_SCHEME": "prefer-light"}, "dark": {"ADW_DEBUG_COLOR_SCHEME": "prefer-dark"},
           "large": {"settings": "gtk-font-name=Sans 20"}}
 
@@ -21,28 +24,34 @@ def take(wallet, name):
     def is_still():
         before, last[0] = last[0], subprocess.check_output(["import", "-window", "root", "rgb:-"])
         return before == last[0]
-    wallet.point(0, int(HEIGHT) - 1)
+    wallet.resize(*SIZE)  # after a page that needed more
+    wallet.point(0, SIZE[1] - 1)
     until("stillness", is_still)
     subprocess.run(["import", "-window", "root", "-crop", f"{WIDTH}x{HEIGHT}+{EDGE}+{EDGE}", "+repage",
                     f"{FOLDER}/wallet-{name}-{WIDTH}.png"], check=True)
 
 
+def buy(wallet, sandbox, style):
+    """Until the order is on its way, where it stays."""
+    wallet.open("Espresso corner, Alexanderplatz")
+    wallet.open("Cappuccino")
+    take(wallet, f"machine-{style}")
+    sandbox.control("PUT", "/clock", {"isStopped": True})
+    wallet.press("Pay .+")
+    wallet.payment_says("was placed")
+    sandbox.control("POST", "/clock", {"stepMs": 2000})
+    wallet.payment_says("was approved")
+    take(wallet, f"order-{style}")
+
+
 for style, options in STYLES.items():
-    with RunningSandbox(SANDBOX, "--seed", "1") as sandbox, Wallet(PROGRAM, sandbox, size=(int(WIDTH), int(HEIGHT)), **options) as wallet:
+    with RunningSandbox(SANDBOX, "--seed", "1") as sandbox, Wallet(PROGRAM, sandbox, size=SIZE, **options) as wallet:
         take(wallet, f"log-in-{style}")
         wallet.log_in()
         wallet.type("Code, QR text or position", "52.5219, 13.4132", enter=True)
         wallet.find("list item", "Cooler, platform 2")
         take(wallet, f"machines-{style}")
-        wallet.open("Espresso corner, Alexanderplatz")
-        wallet.open("Cappuccino")
-        take(wallet, f"machine-{style}")
-        sandbox.control("PUT", "/clock", {"isStopped": True})
-        wallet.press("Pay .+")
-        wallet.payment_says("was placed")
-        sandbox.control("POST", "/clock", {"stepMs": 2000})
-        wallet.payment_says("was approved")
-        take(wallet, f"order-{style}")
+        buy(wallet, sandbox, style)
         sandbox.control("PUT", "/clock", {"isStopped": False})
         wallet.press("Dismiss")
         wallet.press("Back")
@@ -63,3 +72,9 @@ for style, options in STYLES.items():
         wallet.press("Pay .+")
         wallet.find("button", "Pay anyway")
         take(wallet, f"doubt-{style}")
+
+with tempfile.TemporaryDirectory() as folder, RunningSandbox(SANDBOX, "--seed", "1") as sandbox, \
+        Wallet(sandbox=sandbox, size=SIZE, **from_right_to_left(PROGRAM, folder)) as wallet:
+    wallet.log_in()
+    buy(wallet, sandbox, "right-to-left")
+    wallet.end(signal.SIGTERM)

@@ -3,7 +3,6 @@
 
 Usage: run-on-display --accessible use_test.py WALLET SANDBOX [TEST]...
 """
-import shutil
 import signal
 import subprocess
 import sys
@@ -11,7 +10,7 @@ import tempfile
 import unittest
 from pathlib import Path
 
-from wallet_window import Wallet, copy_picture, until
+from wallet_window import Wallet, copy_picture, from_right_to_left, until
 from running_sandbox import RunningSandbox
 
 PROGRAM, SANDBOX = sys.argv[1:3]
@@ -319,29 +318,30 @@ class Everybody(WalletTest):
             self.assertEqual([node for node in usable if not node.name or node.name.startswith(("Gtk", "Adw"))], [])
 
     def test_from_right_to_left(self):
-        """GTK goes by the languages that the program has been translated to."""
         with tempfile.TemporaryDirectory() as folder:
-            catalog = Path(folder, "share/locale/ar/LC_MESSAGES/kavio-wallet.mo")
-            for place in catalog.parent, Path(folder, "bin"):
-                place.mkdir(parents=True)
-            subprocess.run(["msgfmt", "-o", catalog, "-"], check=True, text=True,
-                           input='msgid ""\nmsgstr "Content-Type: text/plain; charset=UTF-8\\n"\n')
-            program = shutil.copy(PROGRAM, Path(folder, "bin"))
-            wallet = self.start_logged_in(program=program, LANGUAGE="ar", LC_ALL="C.UTF-8")
+            wallet = self.start_logged_in(**from_right_to_left(PROGRAM, folder))
             wallet.open(COFFEE)
             row = wallet.find("list item", "Espresso")
             self.assertGreater(row.find("checkbox").box[0], row.find("label", "Espresso").box[0])
-            wallet.end(signal.SIGTERM)  # "Close" is called otherwise there
+            wallet.end(signal.SIGTERM)
 
     def test_large_text_on_a_phone(self):
         wallet = self.start_logged_in(settings="gtk-font-name=Sans 20", size=(360, 720))
         self.assertGreater(wallet.find("label", COFFEE).box[3], 25)
-        for tab in "Wallet", "History", "Machines":
-            wallet.tab(tab)
-            wallet.find("list item")
+
+        def assert_fit():
             wallet.resize(360, 720)  # as small as that it can be
             wide = [node for node in wallet.window().nodes() if node.box[0] < -1 or node.box[0] + node.box[2] > 361]
             self.assertEqual(wide, [])
+        for tab in "Wallet", "History", "Machines":
+            wallet.tab(tab)
+            wallet.find("list item")
+            assert_fit()
+        self.sandbox.control("PUT", "/clock", {"isStopped": True})
+        wallet.buy_at("42100107")
+        wallet.payment_says("was placed")
+        assert_fit()
+        self.sandbox.control("PUT", "/clock", {"isStopped": False})
 
 
 if __name__ == "__main__":
