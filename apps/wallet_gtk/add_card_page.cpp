@@ -40,11 +40,7 @@ AddCardPage::AddCardPage(Shell& owner) : Page(owner, tr("Add a card"), "add_card
     on(widget("store"), "clicked", [this] { keep(store()); });
 }
 
-AddCardPage::~AddCardPage() { wipe(); }
-
-void AddCardPage::onShown() { focus("number"); }
-
-void AddCardPage::wipe() {
+AddCardPage::~AddCardPage() {
     for (const auto* const entry : {"number", "code"}) setText(entry, "");
 }
 

@@ -9,14 +9,13 @@ class AddCardPage final : public Page {
 public:
     explicit AddCardPage(Shell& owner);
     ~AddCardPage() override;
-    void onShown() override;
+    void onShown() override { focus("number"); }
 
 private:
     Task store();
     Operation<std::shared_ptr<const CreditCard>> operation();
     /// Says what is wrong with the first entry that cannot be right, and goes there.
     bool isRight();
-    void wipe();
 };
 
 }  // namespace kavio::wallet_gtk

@@ -85,19 +85,16 @@ Task HistoryTab::load() {
     const auto filter = std::make_shared<const TransactionFilter>(
         TransactionFilter{.limit = ordersAtOnce, .transactionsBefore = before});
     const auto outcome = co_await kavio.getTransactions(filter);
-    if (!outcome) {
-        window.fail(*outcome.result, [this] { Page::keep(load()); });
-        co_return;
-    }
+    if (!outcome) co_return window.fail(*outcome.result, [this] { Page::keep(load()); });
     auto* const list = widget<GtkListBox>("list");
     if (!oldest) clear(list);
     const auto orders = outcome.payload.value_or(Orders{});
     for (const auto& order : orders) gtk_list_box_append(list, makeOrderRow(*order));
     if (!orders.empty()) mOldest = orders.back();
     const bool isEmpty = gtk_list_box_get_row_at_index(list, 0) == nullptr;
-    gtk_widget_set_visible(widget("list"), !isEmpty);
-    gtk_widget_set_visible(widget("nothing"), isEmpty);
-    gtk_widget_set_visible(widget("older"), orders.size() >= static_cast<std::size_t>(ordersAtOnce));
+    setVisible("list", !isEmpty);
+    setVisible("nothing", isEmpty);
+    setVisible("older", orders.size() >= static_cast<std::size_t>(ordersAtOnce));
 }
 
 }  // namespace kavio::wallet_gtk

@@ -18,11 +18,9 @@ LogIn::LogIn(Shell& owner) : Page(owner, tr("Log in"), "log_in") {
     ask(false);
 }
 
-void LogIn::onShown() { focus("countryCode"); }
-
 void LogIn::ask(bool forCode) {
-    gtk_widget_set_visible(widget("phoneGroup"), !forCode);
-    gtk_widget_set_visible(widget("codeGroup"), forCode);
+    setVisible("phoneGroup", !forCode);
+    setVisible("codeGroup", forCode);
     setText("code", "");
     focus(forCode ? "code" : "phone");
 }
@@ -44,10 +42,7 @@ Task LogIn::askForCode() {
     const Busy busy{window, root()};
     window.sayNothing();
     const auto outcome = co_await kavio().login(countryCode(), textOf("phone"));
-    if (!outcome) {
-        window.fail(*outcome.result, [this] { keep(askForCode()); });
-        co_return;
-    }
+    if (!outcome) co_return window.fail(*outcome.result, [this] { keep(askForCode()); });
     ask(true);
     const auto told = tr("A code was sent to +{} {}.", countryCode(), textOf("phone"));
     adw_preferences_group_set_description(widget<AdwPreferencesGroup>("codeGroup"), told.c_str());

@@ -8,7 +8,7 @@ namespace kavio::wallet_gtk {
 class LogIn final : public Page {
 public:
     explicit LogIn(Shell& owner);
-    void onShown() override;
+    void onShown() override { focus("countryCode"); }
 
 private:
     Task askForCode();

@@ -2,6 +2,7 @@
 
 #include "choice.h"
 #include "command_line/translation.h"
+#include "payments.h"
 #include "shell.h"
 #include "wording/names.h"
 #include "wording/text.h"
@@ -23,10 +24,7 @@ MachinePage::MachinePage(Shell& owner, std::shared_ptr<const Machine> machine)
 Task MachinePage::load() {
     const Busy busy{window};
     const auto outcome = co_await kavio().getMachineProducts(mMachine->id);
-    if (!outcome) {
-        window.fail(*outcome.result, [this] { keep(load()); });
-        co_return;
-    }
+    if (!outcome) co_return window.fail(*outcome.result, [this] { keep(load()); });
     showProducts(outcome.payload.value_or(Products{}));
     later([this, weak = alive()] {
         if (!weak.expired()) keep(loadMethods());
@@ -37,10 +35,7 @@ Task MachinePage::loadMethods() {
     auto& kavio = freeKavio();
     const Busy busy{window};
     const auto outcome = co_await kavio.getPaymentMethods();
-    if (!outcome) {
-        window.fail(*outcome.result, [this] { keep(loadMethods()); });
-        co_return;
-    }
+    if (!outcome) co_return window.fail(*outcome.result, [this] { keep(loadMethods()); });
     showMethods(outcome.payload.value_or(PaymentMethods{}));
     update();
 }
@@ -98,8 +93,8 @@ void MachinePage::showProducts(const Products& products) {
         }
         gtk_list_box_append(list, row);
     }
-    gtk_widget_set_visible(widget("productGroup"), !products.empty());
-    gtk_widget_set_visible(widget("amount"), !mSellsByCode);
+    setVisible("productGroup", !products.empty());
+    setVisible("amount", !mSellsByCode);
 }
 
 std::shared_ptr<const PaymentMethod> MachinePage::method() const {
@@ -127,7 +122,7 @@ void MachinePage::update() {
     const auto label = isNamed ? tr("Pay {}", wallet::moneyText(*units, currency())) : tr("Pay");
     gtk_button_set_label(widget<GtkButton>("pay"), label.c_str());
     gtk_widget_set_sensitive(widget("amount"), !isPrepaid());
-    gtk_widget_set_visible(widget("note"), !mMachine->machineStatus);
+    setVisible("note", !mMachine->machineStatus);
 }
 
 void MachinePage::pay() {
@@ -137,8 +132,6 @@ void MachinePage::pay() {
     if (mMachine->kavioId == 0)
         return window.say(tr("You cannot pay at this machine: the service gives no number for it."));
     if (!method()) return window.say(tr("Choose how to pay. You can add a card under Wallet."));
-    if (window.payments().isUnderWay())
-        return window.say(tr("Another payment is still under way. Wait until it has ended."));
     if (mSellsByCode && !mProduct) return window.say(tr("First choose what to buy."));
     if (!units && isText)
         return window.say(tr("That is not an amount such as {}.", wallet::moneyText(150, currency())));
@@ -156,15 +149,7 @@ void MachinePage::pay() {
         purchase.products.push_back(std::make_shared<const RemoteVendProduct>(
             RemoteVendProduct{.codeInMap = *mProduct->codeInMap, .quantity = 1, .pulseLineNumber = 0}));
     }
-    if (window.payments().isInDoubt()) return ask(std::move(purchase));
-    window.sayNothing();
     window.payments().buy(std::move(purchase));
-}
-
-/// Nobody should pay twice because they did not see the first payment.
-void MachinePage::ask(Purchase purchase) {
-    window.say(tr("A payment is in doubt: find out what became of it first, or pay anyway."), tr("Pay anyway"),
-               [&owner = window, purchase] { owner.payments().buy(purchase); });
 }
 
 }  // namespace kavio::wallet_gtk

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "page.h"
-#include "payments.h"
 #include "wording/money.h"
 
 #include <kavio/machine.h>
@@ -29,7 +28,6 @@ private:
     void showMethods(const PaymentMethods& methods);
     void update();
     void pay();
-    void ask(Purchase purchase);
 
     /// What has been chosen would be paid like this; absent while something is missing.
     std::optional<std::int64_t> amount() const;

@@ -57,9 +57,9 @@ MachinesTab::MachinesTab(Shell& owner) : Page(owner, tr("Machines"), "machines")
     on(widget("pastePicture"), "clicked", [this] { pastePicture(); });
     on(widget("near"), "clicked", [this] { searchHere(); });
     on(widget("scan"), "clicked", [this] { mCamera ? stopScanning() : scan(); });
-    gtk_widget_set_visible(widget("scanChild"), Camera::isThere());
+    setVisible("scanChild", Camera::isThere());
     whenPositionIsThere([this, weak = alive()] {
-        if (!weak.expired()) gtk_widget_set_visible(widget("nearChild"), TRUE);
+        if (!weak.expired()) setVisible("nearChild", true);
     });
     addPictures();
 }
@@ -124,21 +124,18 @@ Task MachinesTab::search() {
     const Busy busy{window};
     const auto outcome = co_await kavio.getMachines(filter());
     if (outcome.result->cause == Cause::INVALID_INPUT) {
-        window.say(
+        co_return window.say(
             tr("That is neither a machine’s code, nor the text of a QR code, nor a position such as 52.52, 13.41."));
-    } else if (!outcome) {
-        window.fail(*outcome.result, [this] { keep(search()); });
-    } else {
-        adw_preferences_group_set_title(widget<AdwPreferencesGroup>("group"), heading().c_str());
-        show(outcome.payload.value_or(Machines{}));
     }
+    if (!outcome) co_return window.fail(*outcome.result, [this] { keep(search()); });
+    adw_preferences_group_set_title(widget<AdwPreferencesGroup>("group"), heading().c_str());
+    show(outcome.payload.value_or(Machines{}));
 }
 
 void MachinesTab::show(const Machines& machines) {
     auto* const list = widget<GtkListBox>("list");
     clear(list);
     gtk_widget_set_visible(GTK_WIDGET(list), !machines.empty());
-    gtk_widget_set_visible(widget("nothing"), machines.empty());
     for (const auto& machine : machines) {
         auto* const row = makeRow(wallet::titleOf(*machine), subtitleOf(*machine, mSearch.position));
         adw_action_row_add_suffix(ADW_ACTION_ROW(row), gtk_image_new_from_icon_name("go-next-symbolic"));
@@ -227,11 +224,11 @@ void MachinesTab::scan() {
             window.say(problem);
         });
     gtk_picture_set_paintable(widget<GtkPicture>("camera"), mCamera->picture());
-    gtk_widget_set_visible(widget("camera"), TRUE);
+    setVisible("camera", true);
 }
 
 void MachinesTab::stopScanning() {
-    gtk_widget_set_visible(widget("camera"), FALSE);
+    setVisible("camera", false);
     gtk_picture_set_paintable(widget<GtkPicture>("camera"), nullptr);
     mCamera.reset();
 }

@@ -18,7 +18,6 @@ MainWindow::MainWindow(GtkApplication* application, Service service)
     addTab<MethodsTab>("methods", "auth-smartcard-symbolic");
     addTab<HistoryTab>("history", "document-open-recent-symbolic");
     on(widget("tabs"), "notify::visible-child", [this] { onTabChanged(); });
-    on(widget("switcher"), "notify::title-visible", [this] { updateBar(); });
     on(widget("back"), "clicked", [this] { showTabs(); });
     on(widget("close"), "clicked", [this] { sayNothing(); });
     on(widget("remedy"), "clicked", [this] {
@@ -28,7 +27,6 @@ MainWindow::MainWindow(GtkApplication* application, Service service)
         work();
     });
     mPayments->showThoseInDoubt();
-    updateBar();
     mKavio = makeKavio();
     mStart.emplace(start());
 }
@@ -61,27 +59,19 @@ std::unique_ptr<AsyncKavio> MainWindow::makeKavio() const {
     return std::make_unique<AsyncKavio>(mService.apiKey, mService.environment);
 }
 
-void MainWindow::push(std::unique_ptr<Page> page) {
+/// The tabs, if there is no page.
+void MainWindow::show(std::unique_ptr<Page> page) {
+    const bool isPage = page != nullptr;
     auto* const pages = widget<GtkStack>("pages");
     const auto before = std::exchange(mAbove, std::move(page));
-    gtk_stack_add_child(pages, mAbove->root());
-    gtk_stack_set_visible_child(pages, mAbove->root());
+    if (isPage) gtk_stack_add_child(pages, mAbove->root());
+    gtk_stack_set_visible_child(pages, isPage ? mAbove->root() : widget("tabs"));
     if (before) gtk_stack_remove(pages, before->root());
-    adw_view_switcher_title_set_title(widget<AdwViewSwitcherTitle>("switcher"), mAbove->title.c_str());
-    updateBar();
-    mAbove->onShown();
-}
-
-void MainWindow::showTabs() {
-    later([this] {
-        auto* const pages = widget<GtkStack>("pages");
-        const auto before = std::exchange(mAbove, nullptr);
-        gtk_stack_set_visible_child(pages, widget("tabs"));
-        if (before) gtk_stack_remove(pages, before->root());
-        adw_view_switcher_title_set_title(widget<AdwViewSwitcherTitle>("switcher"), gtk_window_get_title(mWindow));
-        updateBar();
-        onTabChanged();
-    });
+    auto* const switcher = widget<AdwViewSwitcherTitle>("switcher");
+    adw_view_switcher_title_set_title(switcher, isPage ? mAbove->title.c_str() : gtk_window_get_title(mWindow));
+    adw_view_switcher_title_set_view_switcher_enabled(switcher, !isPage);
+    gtk_widget_set_visible(widget("back"), isPage && dynamic_cast<LogIn*>(mAbove.get()) == nullptr);
+    if (auto* const now = shown()) now->onShown();
 }
 
 void MainWindow::showLogin() {
@@ -105,29 +95,15 @@ void MainWindow::refresh() {
     if (auto* const page = shown()) page->onPaid();
 }
 
-void MainWindow::updateBar() {
-    auto* const switcher = widget<AdwViewSwitcherTitle>("switcher");
-    adw_view_switcher_title_set_view_switcher_enabled(switcher, mAbove == nullptr);
-    adw_view_switcher_bar_set_reveal(widget<AdwViewSwitcherBar>("bar"),
-                                     mAbove == nullptr && adw_view_switcher_title_get_title_visible(switcher));
-    gtk_widget_set_visible(widget("back"), mAbove != nullptr && dynamic_cast<LogIn*>(mAbove.get()) == nullptr);
-}
-
 void MainWindow::fail(const KavioResult& result, std::function<void()> again) {
     if (result.cause == Cause::RELEASED) return;  // the person has gone on to something else
     // The next operation sets the clock.
     if (result.cause == Cause::SIGNATURE_REFUSED && again && !std::exchange(mHasTriedAgain, true)) return later(again);
     mHasTriedAgain = false;
     const auto [problem, advice, remedy] = explain(result);
-    const auto sentence = advice.empty() ? problem : problem + " " + advice;
-    if (remedy == Explanation::Remedy::LOG_IN) {
-        say(sentence, {}, nullptr);
-        showLogin();
-    } else if (remedy == Explanation::Remedy::TRY_AGAIN && again) {
-        say(sentence, tr("Try again"), std::move(again));
-    } else {
-        say(sentence, {}, nullptr);
-    }
+    const bool isRepeatable = remedy == Explanation::Remedy::TRY_AGAIN && again;
+    say(advice.empty() ? problem : problem + " " + advice, isRepeatable ? tr("Try again") : "", std::move(again));
+    if (remedy == Explanation::Remedy::LOG_IN) showLogin();
 }
 
 void MainWindow::say(const std::string& sentence, const std::string& button, std::function<void()> work) {

@@ -30,8 +30,10 @@ public:
     GtkWindow* handle() const override { return mWindow; }
     std::unique_ptr<AsyncKavio> makeKavio() const override;
     Payments& payments() override { return *mPayments; }
-    void push(std::unique_ptr<Page> page) override;
-    void showTabs() override;
+    void push(std::unique_ptr<Page> page) override { show(std::move(page)); }
+    void showTabs() override {
+        later([this] { show(nullptr); });
+    }
     void showLogin() override;
     void refresh() override;
     void fail(const KavioResult& result, std::function<void()> again) override;
@@ -48,8 +50,8 @@ private:
     void addTab(const char* name, const char* icon);
     Task start();
     Page* shown() const;
+    void show(std::unique_ptr<Page> page);
     void onTabChanged();
-    void updateBar();
 
     const Service mService;
     const Ref<GtkBuilder> mBuilder = loadUi("window");

@@ -30,10 +30,8 @@ Task MethodsTab::load() {
     auto& kavio = freeKavio();
     const Busy busy{window};
     const auto outcome = co_await kavio.getPaymentMethods();
-    if (outcome)
-        show(outcome.payload.value_or(PaymentMethods{}));
-    else
-        window.fail(*outcome.result, [this] { keep(load()); });
+    if (!outcome) co_return window.fail(*outcome.result, [this] { keep(load()); });
+    show(outcome.payload.value_or(PaymentMethods{}));
 }
 
 void MethodsTab::show(const PaymentMethods& methods) {
@@ -48,8 +46,7 @@ void MethodsTab::show(const PaymentMethods& methods) {
             addCard(*method);
     }
     for (const auto* const list : {"wallet", "cards", "prepaid"})
-        gtk_widget_set_visible(widget(list), gtk_list_box_get_row_at_index(widget<GtkListBox>(list), 0) != nullptr);
-    gtk_widget_set_visible(widget("prepaidGroup"), gtk_widget_get_visible(widget("prepaid")));
+        setVisible(list, gtk_list_box_get_row_at_index(widget<GtkListBox>(list), 0) != nullptr);
 }
 
 void MethodsTab::addDeposit(GtkListBox* list, const std::shared_ptr<const DepositCard>& card) {
@@ -76,10 +73,7 @@ void MethodsTab::addCard(const PaymentMethod& card) {
 Task MethodsTab::remove(std::string id) {
     auto& kavio = freeKavio();
     const auto outcome = co_await kavio.removeCard(id);
-    if (!outcome) {
-        window.fail(*outcome.result, [this, id] { keep(remove(id)); });
-        co_return;
-    }
+    if (!outcome) co_return window.fail(*outcome.result, [this, id] { keep(remove(id)); });
     const auto left = co_await kavio.getPaymentMethods();
     if (left) show(left.payload.value_or(PaymentMethods{}));
 }
@@ -88,10 +82,8 @@ Task MethodsTab::logOut() {
     auto& kavio = freeKavio();
     const Busy busy{window, root()};
     const auto outcome = co_await kavio.logout();
-    if (outcome)
-        window.showLogin();
-    else
-        window.fail(*outcome.result, [this] { keep(logOut()); });
+    if (!outcome) co_return window.fail(*outcome.result, [this] { keep(logOut()); });
+    window.showLogin();
 }
 
 }  // namespace kavio::wallet_gtk

@@ -44,6 +44,7 @@ protected:
     void setText(const char* entry, const std::string& text) const {
         gtk_editable_set_text(widget<GtkEditable>(entry), text.c_str());
     }
+    void setVisible(const char* id, bool isVisible) const { gtk_widget_set_visible(widget(id), isVisible); }
 
     /// As soon as whatever is being done now is over, and the widget can be used again.
     void focus(const char* id) const;

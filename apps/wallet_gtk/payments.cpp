@@ -77,7 +77,7 @@ void Payment::removeLater() {
 
 void Payment::begin(bool canBeGivenUp) {
     show(State::UNDER_WAY, tr("One moment, please."));
-    gtk_widget_set_visible(widget("giveUp"), canBeGivenUp);
+    setVisible("giveUp", canBeGivenUp);
 }
 
 template <class Payload>
@@ -86,7 +86,7 @@ Task Payment::follow(Operation<Payload> operation) {
     std::shared_ptr<const KavioResult> last;
     while (const auto report = co_await operation.next()) {
         last = report->result;
-        gtk_widget_set_visible(widget("giveUp"), FALSE);
+        setVisible("giveUp", false);
         if (const auto order = orderOf(report->payload)) {
             mOrder = order;
             showSteps(order->status);
@@ -119,7 +119,7 @@ void Payment::conclude(const KavioResult& last) {
     show(State::IN_DOUBT, why + (last.cause == Cause::NOT_CERTAIN
                                      ? tr("It is not certain yet what became of this. Try again in a few minutes.")
                                      : tr("It is not certain whether this was paid: find out before you pay again.")));
-    gtk_widget_set_visible(widget("forget"), last.cause == Cause::NOT_CERTAIN);
+    setVisible("forget", last.cause == Cause::NOT_CERTAIN);
 }
 
 void Payment::show(State state, const std::string& sentence) {
@@ -129,14 +129,14 @@ void Payment::show(State state, const std::string& sentence) {
     // Screen readers listen for the name of what reports something.
     gtk_accessible_update_property(widget<GtkAccessible>("sentence"), GTK_ACCESSIBLE_PROPERTY_LABEL, sentence.c_str(),
                                    -1);
-    gtk_widget_set_visible(widget("spinner"), state == State::UNDER_WAY);
-    gtk_widget_set_visible(widget("findOut"), state == State::IN_DOUBT);
-    gtk_widget_set_visible(widget("dismiss"), state == State::OVER);
-    for (const auto* const button : {"giveUp", "forget"}) gtk_widget_set_visible(widget(button), FALSE);
+    setVisible("spinner", state == State::UNDER_WAY);
+    setVisible("findOut", state == State::IN_DOUBT);
+    setVisible("dismiss", state == State::OVER);
+    for (const auto* const button : {"giveUp", "forget"}) setVisible(button, false);
 }
 
 void Payment::showSteps(Order::Status status) {
-    gtk_widget_set_visible(widget("steps"), TRUE);
+    setVisible("steps", true);
     const std::array names{wallet::statusName(Order::Status::CREATED), wallet::statusName(Order::Status::AUTHORIZED),
                            wallet::statusName(isFinal(status) ? status : Order::Status::COMPLETED)};
     const std::array labels{"placed", "approved", "ended"};
@@ -147,6 +147,28 @@ void Payment::showSteps(Order::Status status) {
         const std::array<const char*, 2> classes{isDone ? "success" : "dim-label", nullptr};
         gtk_widget_set_css_classes(widget(labels[step]), const_cast<const char**>(classes.data()));
     }
+}
+
+void Payments::buy(Purchase purchase) {
+    start([this, purchase = std::move(purchase)] { add(purchase.title).buy(purchase); });
+}
+
+void Payments::topUp(TopUp topUp) {
+    start([this, topUp = std::move(topUp)] {
+        add(topUp.title).topUp(topUp);
+        mWindow.showTabs();
+    });
+}
+
+/// Nobody should pay twice because they did not see the first payment.
+void Payments::start(const std::function<void()>& payment) {
+    if (isUnderWay()) return mWindow.say(tr("Another payment is still under way. Wait until it has ended."));
+    if (std::ranges::any_of(mPayments, [](const auto& row) { return row->inDoubt().has_value(); })) {
+        return mWindow.say(tr("A payment is in doubt: find out what became of it first, or pay anyway."),
+                           tr("Pay anyway"), payment);
+    }
+    mWindow.sayNothing();
+    payment();
 }
 
 Payment& Payments::add(const std::string& title) {
@@ -180,10 +202,6 @@ void Payments::showThoseInDoubt() {
 
 bool Payments::isUnderWay() const {
     return std::ranges::any_of(mPayments, [](const auto& payment) { return payment->isUnderWay(); });
-}
-
-bool Payments::isInDoubt() const {
-    return std::ranges::any_of(mPayments, [](const auto& payment) { return payment->inDoubt().has_value(); });
 }
 
 }  // namespace kavio::wallet_gtk

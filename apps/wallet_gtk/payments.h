@@ -5,6 +5,7 @@
 #include <kavio/unsettled_payment.h>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stop_token>
@@ -68,20 +69,20 @@ class Payments {
 public:
     Payments(Shell& window, GtkListBox* list) : mWindow(window), mList(list) {}
 
-    /// Not while another is under way.
-    void buy(Purchase purchase) { add(purchase.title).buy(std::move(purchase)); }
-    void topUp(TopUp topUp) { add(topUp.title).topUp(std::move(topUp)); }
+    /// Not while another is under way, and only if the person insists while one is in doubt.
+    void buy(Purchase purchase);
+    void topUp(TopUp topUp);
     void remove(const Payment* payment);
     /// Adds a row for each of the store that has none.
     void showThoseInDoubt();
 
-    bool isUnderWay() const;
-    bool isInDoubt() const;
     /// Those of the store that have no row, oldest first.
     std::vector<UnsettledPayment> unknown() const;
 
 private:
     Payment& add(const std::string& title);
+    void start(const std::function<void()>& payment);
+    bool isUnderWay() const;
 
     Shell& mWindow;
     GtkListBox* const mList;

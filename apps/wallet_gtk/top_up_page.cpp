@@ -24,8 +24,6 @@ TopUpPage::TopUpPage(Shell& owner, std::shared_ptr<const DepositCard> card, cons
     on(widget("amount"), "entry-activated", [this] { topUp(); });
 }
 
-void TopUpPage::onShown() { focus("amount"); }
-
 void TopUpPage::topUp() {
     const auto currency = wallet::currencyOf(*mCard);
     const auto units = wallet::smallestUnits(textOf("amount"), currency.digits);
@@ -34,19 +32,7 @@ void TopUpPage::topUp() {
     markWrong(widget("amount"), !amount);
     if (!amount) return window.say(tr("That is not an amount such as {}.", wallet::moneyText(2000, currency)));
     if (!charged) return window.say(tr("There is no card to charge. Add one first."));
-    auto& payments = window.payments();
-    if (payments.isUnderWay()) return window.say(tr("Another payment is still under way. Wait until it has ended."));
-    const auto start = [&owner = window, topUp = TopUp{tr("Top-up of {}", wallet::moneyText(*units, currency)), mCard,
-                                                       *amount, charged->id}] {
-        owner.payments().topUp(topUp);
-        owner.showTabs();
-    };
-    if (payments.isInDoubt()) {
-        return window.say(tr("A payment is in doubt: find out what became of it first, or pay anyway."),
-                          tr("Pay anyway"), start);
-    }
-    window.sayNothing();
-    start();
+    window.payments().topUp({tr("Top-up of {}", wallet::moneyText(*units, currency)), mCard, *amount, charged->id});
 }
 
 }  // namespace kavio::wallet_gtk

@@ -13,7 +13,7 @@ namespace kavio::wallet_gtk {
 class TopUpPage final : public Page {
 public:
     TopUpPage(Shell& owner, std::shared_ptr<const DepositCard> card, const PaymentMethods& methods);
-    void onShown() override;
+    void onShown() override { focus("amount"); }
 
 private:
     void topUp();
