@@ -44,11 +44,6 @@ std::string subtitleOf(const Machine& machine, const std::optional<Position>& po
     return wallet::capitalized(text);
 }
 
-void removeFile(const std::filesystem::path& file) {
-    std::error_code ignored;
-    std::filesystem::remove(file, ignored);
-}
-
 }  // namespace
 
 MachinesTab::MachinesTab(Shell& owner) : Page(owner, tr("Machines"), "machines") {
@@ -157,7 +152,8 @@ void MachinesTab::searchPicture(const std::filesystem::path& file, const std::st
         } catch (const std::exception& why) {  // a picture that is too large for the memory, too
             problem = why.what();
         }
-        if (isTemporary) removeFile(file);
+        std::error_code ignored;
+        if (isTemporary) std::filesystem::remove(file, ignored);
         queue->post([this, weak, code, problem] {
             if (weak.expired()) return;
             problem.empty() ? begin({.code = code, .isForOne = true}) : window.say(problem);

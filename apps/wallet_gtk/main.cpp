@@ -62,32 +62,24 @@ struct CommandLine : driver::Options {
 
 void complain(std::string_view sentence) { g_printerr("kavio-wallet-gtk: %s\n", wallet::printable(sentence).c_str()); }
 
-/// The window, which may be asked for again while it is there.
-struct Program {
-    const CommandLine& line;
-    AdwApplication* application;
-    std::unique_ptr<MainWindow> window;
-
-    void open() {
-        if (!window)
-            window = std::make_unique<MainWindow>(GTK_APPLICATION(application), Service{line.apiKey, line.environment});
-        window->present();
-    }
-};
-
 int run(const CommandLine& line) {
     gtk_disable_setlocale();  // the language is chosen already, and the rest is to stay as programs write it
     if (gtk_init_check() == FALSE) throw std::runtime_error(tr("there is no display"));
     const Ref<AdwApplication> application{adw_application_new(
         applicationId, line.isForItself() ? G_APPLICATION_NON_UNIQUE : G_APPLICATION_DEFAULT_FLAGS)};
-    Program program{line, application.get(), nullptr};
+    std::unique_ptr<MainWindow> window;
     on(application.get(), "startup", [&] {
         auto device = driver::deviceOptions(line, nullptr);
         device.information.emplace("CFBundleIdentifier", std::string("kavio-wallet-gtk"));
-        Platform::install(makeGtkPlatform(GTK_APPLICATION(program.application), std::move(device)));
+        Platform::install(makeGtkPlatform(GTK_APPLICATION(application.get()), std::move(device)));
         gtk_window_set_default_icon_name(applicationId);
     });
-    on(application.get(), "activate", [&] { program.open(); });
+    on(application.get(), "activate", [&] {  // again, if the program is started once more
+        if (!window)
+            window = std::make_unique<MainWindow>(GTK_APPLICATION(application.get()),
+                                                  Service{line.apiKey, line.environment});
+        window->present();
+    });
     return g_application_run(G_APPLICATION(application.get()), 0, nullptr);
 }
 
