@@ -252,6 +252,21 @@ class Failures(WalletTest):
                 self.find_out(wallet)
                 wallet.close()
 
+    def test_nobody_pays_twice_unawares(self):
+        wallet = self.start_logged_in()
+        self.fault(ORDERS, drop=True, handled=True)
+        wallet.buy_at("42100107")
+        wallet.payment_says("not certain")
+        wallet.press("Pay 1.50 EUR")
+        wallet.says("in doubt", "alert")
+        self.assertEqual(len(self.purchases()), 1)
+        self.sandbox.control("PUT", "/clock", {"isStopped": True})
+        wallet.press("Pay anyway")
+        wallet.payment_says("was placed")
+        wallet.press("Pay 1.50 EUR")
+        wallet.says("still under way", "alert")
+        self.assertEqual(len(self.purchases()), 2)
+
     def test_killed_while_paying(self):
         with tempfile.TemporaryDirectory() as store:
             wallet = self.start_logged_in(store=store)
@@ -341,7 +356,6 @@ class Everybody(WalletTest):
         wallet.buy_at("42100107")
         wallet.payment_says("was placed")
         assert_fit()
-        self.sandbox.control("PUT", "/clock", {"isStopped": False})
 
 
 if __name__ == "__main__":
