@@ -87,7 +87,8 @@ void cut(const Reply& reply, httplib::Response& response) {
 }
 
 void send(Listener& from, const httplib::Request& request, const Reply& reply, httplib::Response& response) {
-    if (!from.pause(reply.delay) || reply.isLost) Listener::drop(request);
+    const bool isLost = !from.pause(reply.delay) || reply.isLost;
+    if (isLost && Listener::drop(request)) return;
     response.status = reply.status;
     for (const auto& [name, value] : reply.headers) response.set_header(name, value);
     if (reply.cutAfter)
@@ -148,12 +149,13 @@ void Sandbox::Parts::listen() {
     const auto& options = backend.use([](World & world) -> auto& { return world.options; });
     // Only for pages: the API is never served over plain HTTP.
     if (options.issuerPort) {
-        issuerListener.emplace(nullptr, *options.issuerPort, options.idleLimit,
+        issuerListener.emplace(Listener::Protocol::http, nullptr, *options.issuerPort, options.idleLimit,
                                [this](auto& from, const auto& request, auto& response) {
                                    serveClient(from, request, response, &Backend::handleIssuerPage);
                                });
     }
-    listener.emplace(&identity, options.port, options.idleLimit,
+    listener.emplace(options.http2 ? Listener::Protocol::http2 : Listener::Protocol::https, &identity, options.port,
+                     options.idleLimit,
                      [this](auto& from, const auto& request, auto& response) { serve(from, request, response); });
     backend.use([this](World& world) {
         world.issuerScheme = issuerListener ? "http" : "https";
