@@ -11,7 +11,7 @@ namespace kavio::sandbox {
 namespace {
 
 constexpr std::size_t mostStreams = 100;  // each takes a thread
-constexpr std::size_t headersLimit = 64 << 10;
+constexpr std::size_t headersLimit = 32 << 10;
 constexpr std::size_t headerOverhead = 32;  // what HTTP/2 adds to the size of each
 constexpr std::size_t bodyLimit = 1 << 20;
 constexpr std::size_t pieceSize = 64 << 10;  // of a reply's body
@@ -21,7 +21,7 @@ void addHeader(httplib::Request& request, const std::string& name, const std::st
     if (name == ":method") request.method = value;
     if (name == ":path") request.target = value;
     const bool isHost = name == ":authority" || name == "host";
-    if (value.empty() || (name.front() == ':' && !isHost)) return;
+    if (value.empty() || (name.starts_with(':') && !isHost)) return;
     if (!isHost)
         request.headers.emplace(name, value);
     else if (!request.has_header("Host"))  // :authority comes first
