@@ -77,6 +77,7 @@ void Connection::run(std::chrono::milliseconds idleLimit) {
 bool Connection::receive() {
     std::array<std::uint8_t, 16 << 10> bytes;
     for (;;) {
+        ERR_clear_error();  // such as that of the thread's last connection
         const int size = outcome(SSL_read(mTls.get(), bytes.data(), int(bytes.size())));
         if (size <= 0) return size == 0;
         if (!mSession.receive(bytes.data(), std::size_t(size))) return false;
@@ -87,6 +88,7 @@ bool Connection::send() {
     for (;;) {
         if (mUnsent.empty()) mUnsent = mSession.toSend();
         if (mUnsent.empty()) return !mSession.isOver();
+        ERR_clear_error();
         const int size = outcome(SSL_write(mTls.get(), mUnsent.data(), int(mUnsent.size())));
         if (size <= 0) return size == 0;
         mUnsent.remove_prefix(std::size_t(size));
@@ -97,7 +99,6 @@ bool Connection::send() {
 int Connection::outcome(int result) {
     if (result > 0) return result;
     const int error = SSL_get_error(mTls.get(), result);
-    ERR_clear_error();
     if (error == SSL_ERROR_WANT_WRITE) mAwaited |= POLLOUT;
     return error == SSL_ERROR_WANT_READ || error == SSL_ERROR_WANT_WRITE ? 0 : -1;
 }
@@ -125,7 +126,7 @@ bool Http2Server::process_and_close_socket(socket_t socket) {
     try {
         Connection(ssl_context(), socket, mHandler).run(mIdleLimit);
     } catch (const std::exception&) {
-        shutdown(socket, SHUT_RDWR);  // no memory for it
+        // There was no memory or no file for it.
     }
     close(socket);
     return true;

@@ -51,7 +51,6 @@ int guarded(Work work) {
 }  // namespace
 
 struct Http2Session::Stream {
-    Http2Session& session;
     const std::int32_t id;
     httplib::Request request{};
     std::size_t headersSize = 0;
@@ -79,7 +78,7 @@ struct Http2Session::Callbacks {
             my.forgetClosed();
             // A client may have reset requests that are still being handled.
             if (my.mStreams.size() >= mostStreams) return NGHTTP2_ERR_TEMPORAL_CALLBACK_FAILURE;
-            auto& stream = my.mStreams.emplace_back(Stream{my, frame->hd.stream_id});
+            auto& stream = my.mStreams.emplace_back(Stream{frame->hd.stream_id});
             stream.request.version = http2Version;
             return nghttp2_session_set_stream_user_data(session, stream.id, &stream);
         });
@@ -111,7 +110,7 @@ struct Http2Session::Callbacks {
             const bool mayEnd = frame->hd.type == NGHTTP2_HEADERS || frame->hd.type == NGHTTP2_DATA;
             if (!mayEnd || (frame->hd.flags & NGHTTP2_FLAG_END_STREAM) == 0) return 0;
             auto* stream = find(session, frame->hd.stream_id);
-            if (stream == nullptr) return 0;
+            if (stream == nullptr || stream->thread.joinable()) return 0;
             readTarget(stream->request);
             stream->thread = std::thread([self, stream] { static_cast<Http2Session*>(self)->handle(*stream); });
             stream->isRunning = true;
@@ -216,7 +215,7 @@ void Http2Session::handle(Stream& stream) {
             isWhole = writeBody(stream, response);
         }
     } catch (const std::exception&) {
-        isWhole = false;  // the stream is reset
+        // The stream is reset.
     }
     endReply(stream, isWhole);
 }

@@ -122,7 +122,7 @@ TEST(Http2, RefusesClientsWithoutIt) {
 TEST(Http2, TakesLeaveOfClientsThatAreIdleOrNotInOrder) {
     const sandbox::Sandbox service({.http2 = true, .idleLimit = 1s});
     const auto start = "PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n\0\0\0\4\0\0\0\0\0"s;
-    const auto noWindow = "\0\0\6\4\0\0\0\0\0\0\4\0\0\0\0"s;
+    const auto noWindow = start + "\0\0\6\4\0\0\0\0\0\0\4\0\0\0\0"s;
     const auto request = "\0\0\x05\1\5\0\0\0\1\x82\x87\x84\x41\0"s;  // GET https:///
     struct Case {
         const char* what;
@@ -131,7 +131,7 @@ TEST(Http2, TakesLeaveOfClientsThatAreIdleOrNotInOrder) {
     };
     for (const auto& c : std::initializer_list<Case>{
              {"idle", start, 0},
-             {"takes no reply", start + noWindow + request, 0},
+             {"takes no reply", noWindow + request, 0},
              {"another protocol", "GET / HTTP/1.1\r\nHost: localhost\r\n\r\n", std::nullopt},
              {"data of no stream", start + "\0\0\1\0\0\0\0\0\0x"s, 1},
              {"a header that is not in the table", start + "\0\0\1\1\5\0\0\0\1\xff"s, 9},

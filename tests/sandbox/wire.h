@@ -3,6 +3,7 @@
 #include "sandbox/sandbox.h"
 
 #include <curl/curl.h>
+#include <fmt/format.h>
 #include <httplib.h>
 #include <nlohmann/json.hpp>
 
@@ -52,6 +53,7 @@ public:
     std::vector<Answer> send(
         const std::vector<Ask>& asks, const std::function<void(std::size_t)>& done = [](std::size_t) {}) {
         std::vector<std::unique_ptr<Transfer>> transfers;
+        transfers.reserve(asks.size());
         for (const auto& each : asks) transfers.push_back(begin(each));
         for (int running = 1; running > 0;) {
             if (curl_multi_perform(mMulti.get(), &running) != CURLM_OK) throw std::runtime_error("libcurl fails");
@@ -65,6 +67,7 @@ public:
             if (running > 0) curl_multi_poll(mMulti.get(), nullptr, 0, 100, nullptr);
         }
         std::vector<Answer> answers;
+        answers.reserve(asks.size());
         for (auto& transfer : transfers) answers.push_back(std::move(transfer->answer));
         return answers;
     }
@@ -90,7 +93,7 @@ private:
         };
         addLine("Expect:");
         if (!request.has_header("Content-Type")) addLine("Content-Type:");
-        for (const auto& [name, value] : request.headers) addLine(name + ": " + value);
+        for (const auto& [name, value] : request.headers) addLine(fmt::format("{}: {}", name, value));
         curl_easy_setopt(easy, CURLOPT_URL, (mOrigin + request.path).c_str());
         curl_easy_setopt(easy, CURLOPT_PATH_AS_IS, 1L);
         curl_easy_setopt(easy, CURLOPT_CAINFO, mAuthority.c_str());
