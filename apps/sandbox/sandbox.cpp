@@ -114,7 +114,7 @@ bool isForBrowser(std::string_view path, const httplib::Request& request) {
 
 /// Whether the signature of a request is looked at.
 bool isSigned(const httplib::Request& request) {
-    return request.path.starts_with(basePath) || request.path.starts_with(std::string(issuerPath) + "fingerprint/");
+    return request.path.starts_with(basePath) || request.path.starts_with(fmt::format("{}fingerprint/", issuerPath));
 }
 
 }  // namespace
@@ -180,7 +180,7 @@ void Sandbox::Parts::serveControl(Listener& from, const httplib::Request& reques
     try {
         if (!isAtOneOf(serverNames, request)) throw Refusal(403, "the sandbox has no such host name");
         refuseOtherSites(request);
-        if (request.method == "GET" && request.path == std::string(controlPath) + "/events")
+        if (request.method == "GET" && request.path == fmt::format("{}/events", controlPath))
             return events.stream(secretsIn(request), response);
         reply = control(controlled, request);
     } catch (const Refusal& refusal) {
