@@ -102,6 +102,7 @@ void Events::stream(Secrets secrets, httplib::Response& response) {
     };
     // Shared because the server copies what it calls.
     const std::shared_ptr<State> state(new State{Seat(mReaders), Reader(mBackend, mJournal, secrets)});
+    response.status = 200;
     response.set_chunked_content_provider("text/event-stream",
                                           [this, state](std::size_t offset, httplib::DataSink& sink) {
                                               if (offset > 0 && !mBell.wait(state->heard, tick)) return false;

@@ -1,5 +1,8 @@
 #include "listener.h"
 
+#include "http2_server.h"
+#include "http2_session.h"
+
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/socket.h>
@@ -72,14 +75,15 @@ void Connections::close() {
     for (const int socket : mSockets) shutdown(socket, SHUT_RDWR);
 }
 
-Listener::Listener(const Identity* identity, std::uint16_t port, std::chrono::seconds idleLimit, Handler handler)
-    : mServer(makeServer(identity, idleLimit)) {
+Listener::Listener(Protocol protocol, const Identity* identity, std::uint16_t port, std::chrono::seconds idleLimit,
+                   Handler handler) {
+    const auto every = [this, handler](const auto& request, auto& response) { handler(*this, request, response); };
+    mServer = makeServer(protocol, identity, idleLimit, every);
     mServer->new_task_queue = [] { return new httplib::ThreadPool(workers); };
     mServer->set_tcp_nodelay(true);
     mServer->set_socket_options(refuseTakenPorts);
     mServer->set_pre_routing_handler(noLengthIsNoBody);
     mServer->set_payload_max_length(bodyLimit);
-    const auto every = [this, handler](const auto& request, auto& response) { handler(*this, request, response); };
     mServer->Get(".*", every).Post(".*", every).Put(".*", every).Patch(".*", every).Delete(".*", every);
     mServer->Options(".*", every);
 
@@ -92,13 +96,18 @@ Listener::Listener(const Identity* identity, std::uint16_t port, std::chrono::se
     while (!mServer->is_running()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
-std::unique_ptr<httplib::Server> Listener::makeServer(const Identity* identity, std::chrono::seconds idleLimit) {
-    if (identity == nullptr) {
+std::unique_ptr<httplib::Server> Listener::makeServer(Protocol protocol, const Identity* identity,
+                                                      std::chrono::seconds idleLimit,
+                                                      httplib::Server::Handler handler) {
+    if (protocol == Protocol::http) {
         auto plain = std::make_unique<httplib::Server>();
         plain->set_keep_alive_max_count(1);  // so that no idle connection keeps a stop waiting
         return plain;
     }
-    auto secure = std::make_unique<httplib::SSLServer>(identity->certificate.get(), identity->key.get());
+    auto* const certificate = identity->certificate.get();
+    auto* const key = identity->key.get();
+    auto secure = protocol == Protocol::http2 ? std::make_unique<Http2Server>(certificate, key, idleLimit, handler)
+                                              : std::make_unique<httplib::SSLServer>(certificate, key);
     if (!secure->is_valid()) throw std::runtime_error("the server certificate is not usable");
     mConnections.watch(secure->ssl_context());
     secure->set_keep_alive_max_count(1000);
@@ -131,8 +140,11 @@ void Listener::resume() {
     mResumed.notify_all();
 }
 
-void Listener::drop(const httplib::Request& request) {
-    if (request.ssl != nullptr) shutdown(SSL_get_fd(request.ssl), SHUT_RDWR);
+bool Listener::drop(const httplib::Request& request) {
+    if (request.version == http2Version) return true;
+    if (request.ssl == nullptr) return false;
+    shutdown(SSL_get_fd(request.ssl), SHUT_RDWR);
+    return true;
 }
 
 }  // namespace kavio::sandbox

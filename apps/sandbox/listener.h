@@ -37,9 +37,11 @@ private:
 class Listener {
 public:
     using Handler = std::function<void(Listener&, const httplib::Request&, httplib::Response&)>;
+    enum class Protocol { http, https, http2 };
 
-    /// Over TLS with an identity, plain without one. Throws if the port is not available.
-    Listener(const Identity* identity, std::uint16_t port, std::chrono::seconds idleLimit, Handler handler);
+    /// Plain HTTP needs no identity. Throws if the port is not available.
+    Listener(Protocol protocol, const Identity* identity, std::uint16_t port, std::chrono::seconds idleLimit,
+             Handler handler);
     ~Listener();
     Listener(const Listener&) = delete;
     Listener& operator=(const Listener&) = delete;
@@ -49,11 +51,13 @@ public:
     bool pause(std::chrono::milliseconds time);
     /// Ends all delays under way.
     void resume();
-    /// Closes the connection of a request that came over TLS, so that its handler's reply is lost.
-    static void drop(const httplib::Request& request);
+    /// Closes the connection of a request that came over TLS, or its stream if it has one. Its handler then sets no
+    /// status. False for a request that came without TLS.
+    static bool drop(const httplib::Request& request);
 
 private:
-    std::unique_ptr<httplib::Server> makeServer(const Identity* identity, std::chrono::seconds idleLimit);
+    std::unique_ptr<httplib::Server> makeServer(Protocol protocol, const Identity* identity,
+                                                std::chrono::seconds idleLimit, httplib::Server::Handler handler);
 
     Connections mConnections;
     std::mutex mMutex;

@@ -62,6 +62,7 @@ void addOptions(CLI::App& app, Given& given) {
     app.add_option("--idle-limit", given.idleLimit, "Seconds after which idle connections are closed, at most a day")
         ->transform(wholeNumber(1, 86'400))
         ->capture_default_str();
+    app.add_flag("--http2", options.http2, "Speak HTTP/2 instead of HTTP/1.1");
     app.add_option_function<std::uint64_t>(
            "--seed", [&](std::uint64_t seed) { options.unguessableText = seededText(seed); },
            "Make tokens and locators from this number: the same in every run (default: nobody can guess them)")

@@ -29,6 +29,8 @@ struct Options {
     std::string code = "123456";
     /// How long an order stays in each of its statuses.
     std::chrono::milliseconds orderStep{1000};
+    /// Whether the HTTPS service speaks HTTP/2 instead of HTTP/1.1.
+    bool http2 = false;
     /// How long a connection may be idle before it is closed, with a TLS close notification.
     std::chrono::seconds idleLimit{60};
     std::chrono::seconds tokenLifetime{std::chrono::hours{24}};

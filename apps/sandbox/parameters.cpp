@@ -77,6 +77,15 @@ std::int64_t numberFrom(std::string_view text) {
     return read.ec == std::errc{} && read.ptr == end ? number : -1;
 }
 
+void readTarget(httplib::Request& request) {
+    const auto queryStart = request.target.find('?');
+    request.path = httplib::detail::decode_url(request.target.substr(0, queryStart), false);
+    if (queryStart != std::string::npos)
+        httplib::detail::parse_query_text(request.target.substr(queryStart + 1), request.params);
+    if (request.get_header_value("Content-Type").starts_with("application/x-www-form-urlencoded"))
+        httplib::detail::parse_query_text(request.body, request.params);
+}
+
 nlohmann::json queryParameters(const httplib::Params& query, const Parameters& parameters) {
     auto object = nlohmann::json::object();
     for (const auto& [name, text] : query) {

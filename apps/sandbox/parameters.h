@@ -29,6 +29,9 @@ bool onlyDigits(std::string_view text);
 /// The number that the whole text spells; -1 when it spells none.
 std::int64_t numberFrom(std::string_view text);
 
+/// Fills in what an HTTP server reads from a request's target, and from the body of a form.
+void readTarget(httplib::Request& request);
+
 /// A query as an object. Each value is read as its parameter's kind; one that cannot be stays a text.
 nlohmann::json queryParameters(const httplib::Params& query, const Parameters& parameters);
 

@@ -87,7 +87,8 @@ void cut(const Reply& reply, httplib::Response& response) {
 }
 
 void send(Listener& from, const httplib::Request& request, const Reply& reply, httplib::Response& response) {
-    if (!from.pause(reply.delay) || reply.isLost) Listener::drop(request);
+    const bool isLost = !from.pause(reply.delay) || reply.isLost;
+    if (isLost && Listener::drop(request)) return;
     response.status = reply.status;
     for (const auto& [name, value] : reply.headers) response.set_header(name, value);
     if (reply.cutAfter)
@@ -113,7 +114,7 @@ bool isForBrowser(std::string_view path, const httplib::Request& request) {
 
 /// Whether the signature of a request is looked at.
 bool isSigned(const httplib::Request& request) {
-    return request.path.starts_with(basePath) || request.path.starts_with(std::string(issuerPath) + "fingerprint/");
+    return request.path.starts_with(basePath) || request.path.starts_with(fmt::format("{}fingerprint/", issuerPath));
 }
 
 }  // namespace
@@ -148,12 +149,13 @@ void Sandbox::Parts::listen() {
     const auto& options = backend.use([](World & world) -> auto& { return world.options; });
     // Only for pages: the API is never served over plain HTTP.
     if (options.issuerPort) {
-        issuerListener.emplace(nullptr, *options.issuerPort, options.idleLimit,
+        issuerListener.emplace(Listener::Protocol::http, nullptr, *options.issuerPort, options.idleLimit,
                                [this](auto& from, const auto& request, auto& response) {
                                    serveClient(from, request, response, &Backend::handleIssuerPage);
                                });
     }
-    listener.emplace(&identity, options.port, options.idleLimit,
+    listener.emplace(options.http2 ? Listener::Protocol::http2 : Listener::Protocol::https, &identity, options.port,
+                     options.idleLimit,
                      [this](auto& from, const auto& request, auto& response) { serve(from, request, response); });
     backend.use([this](World& world) {
         world.issuerScheme = issuerListener ? "http" : "https";
@@ -178,7 +180,7 @@ void Sandbox::Parts::serveControl(Listener& from, const httplib::Request& reques
     try {
         if (!isAtOneOf(serverNames, request)) throw Refusal(403, "the sandbox has no such host name");
         refuseOtherSites(request);
-        if (request.method == "GET" && request.path == std::string(controlPath) + "/events")
+        if (request.method == "GET" && request.path == fmt::format("{}/events", controlPath))
             return events.stream(secretsIn(request), response);
         reply = control(controlled, request);
     } catch (const Refusal& refusal) {

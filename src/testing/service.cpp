@@ -1,4 +1,5 @@
 #include "sandbox/backend.h"
+#include "sandbox/parameters.h"
 
 #include <kavio/testing/service.h>
 
@@ -16,10 +17,6 @@ httplib::Request received(const UrlRequest& request) {
     const auto targetStart = std::min(request.url.find('/', hostStart), request.url.size());
     received.method = request.method;
     received.target = targetStart == request.url.size() ? "/" : request.url.substr(targetStart);
-    const auto queryStart = received.target.find('?');
-    received.path = httplib::detail::decode_url(received.target.substr(0, queryStart), false);
-    if (queryStart != std::string::npos)
-        httplib::detail::parse_query_text(received.target.substr(queryStart + 1), received.params);
     auto authority = request.url.substr(hostStart, targetStart - hostStart);
     if (authority.ends_with(":443")) authority.resize(authority.size() - 4);
     received.headers.emplace("Host", authority);
@@ -28,8 +25,7 @@ httplib::Request received(const UrlRequest& request) {
         if (!value.empty()) received.headers.emplace(name, value);
     }
     received.body = request.body.value_or("");
-    if (received.get_header_value("Content-Type") == "application/x-www-form-urlencoded")
-        httplib::detail::parse_query_text(received.body, received.params);
+    sandbox::readTarget(received);
     return received;
 }
 

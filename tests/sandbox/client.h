@@ -1,10 +1,9 @@
 #pragma once
 
-#include "sandbox/sandbox.h"
 #include "sandbox/signature.h"
+#include "wire.h"
 
 #include <gtest/gtest.h>
-#include <httplib.h>
 #include <nlohmann/json.hpp>
 
 #include <string>
@@ -14,24 +13,22 @@ namespace kavio::test {
 using namespace std::chrono_literals;
 using nlohmann::json;
 
-/// A sandbox whose clock stands still, and a plain HTTPS client that signs as the library does.
+/// A sandbox whose clock stands still, and a client that signs as the library does.
 class Client {
 public:
-    explicit Client(sandbox::Options options = {}) : service(clocked(std::move(options))) {}
+    explicit Client(sandbox::Options options = {})
+        : version(options.http2 ? CURL_HTTP_VERSION_2TLS : CURL_HTTP_VERSION_1_1),
+          service(clocked(std::move(options))) {}
 
-    struct Answer {
-        int status = 0;  // 0: no reply
-        std::string body;
-        json parsed() const { return json::parse(body, nullptr, false); }
-        std::string message() const { return parsed().value("message", ""); }
-    };
     /// Sends a request with all headers correct; `headers` replace them, and an empty one removes its header.
     Answer send(const std::string& method, const std::string& path, const json& body = nullptr,
                 const httplib::Headers& headers = {}) {
-        httplib::Request request;
-        request.method = method;
-        request.path = path;
-        request.body = body.is_null() ? "" : body.dump();
+        return Wire(service, version).send({signedAsk(method, path, body, headers)}).front();
+    }
+    Ask signedAsk(const std::string& method, const std::string& path, const json& body = nullptr,
+                  const httplib::Headers& headers = {}) const {
+        auto made = ask(method, path, body);
+        auto& request = made.request;
         request.headers = {{"Host", "api-qa2.kavio.example"},
                            {"Content-Type", "application/json; charset=utf-8"},
                            {"X-Zelto-Wallet-Api-Key", "demo-key"},
@@ -43,12 +40,7 @@ public:
             request.headers.erase(name);
             if (!value.empty()) request.set_header(name.c_str(), value);
         }
-
-        httplib::SSLClient client("127.0.0.1", service.port());
-        client.set_ca_cert_path(service.authorityFile().c_str());
-        client.enable_server_certificate_verification(true);
-        const auto reply = client.send(request);
-        return reply ? Answer{reply->status, reply->body} : Answer{};
+        return made;
     }
     /// Like `send`, but returns the reply's JSON; a reply other than 200 fails the test.
     json ok(const std::string& method, const std::string& path, const json& body = nullptr) {
@@ -70,6 +62,7 @@ public:
     }
 
     const sandbox::TimePoint time{1'709'647'629'250ms};  // 2024-03-05T14:07:09.250
+    const long version;                                  // of HTTP
     std::string token;
 
 private:

@@ -17,8 +17,12 @@ using testing::SizeIs;
 
 const std::string base = "/_sandbox";
 
-TEST(Control, ShowsRequestsAndSteersTheSandboxOverHttps) {
-    Client client;
+/// Over HTTP/1.1 and over HTTP/2.
+class ControlOverHttps : public testing::TestWithParam<bool> {};
+INSTANTIATE_TEST_SUITE_P(Http2, ControlOverHttps, testing::Bool());
+
+TEST_P(ControlOverHttps, ShowsRequestsAndSteersTheSandbox) {
+    Client client({.http2 = GetParam()});
     client.send("POST", "/v1/none?a=%20b", {{"x", 1}});
     const auto sent = client.service.requests().at(0);
     EXPECT_EQ(sent.method + " " + sent.host + sent.target + " " + sent.body,
@@ -42,8 +46,8 @@ TEST(Control, ShowsRequestsAndSteersTheSandboxOverHttps) {
     EXPECT_EQ(client.send("GET", base + "/nothing").status, 404);
 }
 
-TEST(Control, RefusesWhatThePageOfAnotherSiteMayHaveCaused) {
-    Client client;
+TEST_P(ControlOverHttps, RefusesWhatThePageOfAnotherSiteMayHaveCaused) {
+    Client client({.http2 = GetParam()});
     struct Case {
         const char* method;
         httplib::Headers headers;

@@ -48,6 +48,14 @@ def two_run_side_by_side():
         assert third.token != one.token
 
 
+def http2_is_spoken_instead():
+    with RunningSandbox(PROGRAM, "--http2") as sandbox:
+        sandbox.trust.set_alpn_protocols(["http/1.1", "h2"])
+        with socket.create_connection(("localhost", sandbox.port)) as plain:
+            with sandbox.trust.wrap_socket(plain, server_hostname="localhost") as stream:
+                expect(stream.selected_alpn_protocol(), "h2")
+
+
 class Reader:
     """Reads the events, or does not."""
 
@@ -112,7 +120,7 @@ def slow_readers_are_dropped():
 
 def main():
     failed = 0
-    for test in (wrong_options_are_answered_with_a_sentence, two_run_side_by_side, events_tell_how_an_order_moves,
+    for test in (wrong_options_are_answered_with_a_sentence, two_run_side_by_side, http2_is_spoken_instead, events_tell_how_an_order_moves,
                  slow_readers_are_dropped):
         try:
             test()

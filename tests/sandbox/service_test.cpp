@@ -6,8 +6,12 @@
 namespace kavio::test {
 namespace {
 
-TEST(Service, RefusesWhatIsNotInOrder) {
-    Client client({.apiKey = "demo-key"});
+/// Over HTTP/1.1 and over HTTP/2.
+class Service : public testing::TestWithParam<bool> {};
+INSTANTIATE_TEST_SUITE_P(Http2, Service, testing::Bool());
+
+TEST_P(Service, RefusesWhatIsNotInOrder) {
+    Client client({.apiKey = "demo-key", .http2 = GetParam()});
     client.login();
     struct Case {
         std::string request;
@@ -60,8 +64,8 @@ TEST(Service, RefusesWhatIsNotInOrder) {
     }
 }
 
-TEST(Service, ServesTheGallerysPageForEachOfItsCards) {
-    Client client;
+TEST_P(Service, ServesTheGallerysPageForEachOfItsCards) {
+    Client client({.http2 = GetParam()});
     client.login();
     int key = 10'000'000;
     for (const auto& page : sandbox::galleryPages()) {

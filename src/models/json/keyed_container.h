@@ -178,7 +178,7 @@ private:
     /// Of any spelling.
     template <SimpleValue T>
     std::optional<T> simple(Key key, std::size_t index) const;
-    /// Where the member's value is, or the root's when it is missing.
+    /// Where the member's value is, or 0, where no value can be, when it is missing.
     std::size_t indexOf(Key key) const {
         const auto position = mShape->find(key, mTurn++);
         return position == ObjectShape::absent ? 0 : mIndices[position];

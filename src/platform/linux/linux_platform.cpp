@@ -5,6 +5,7 @@
 #include "platform/linux/sqlite_stores.h"
 #include "platform/linux/thread_queue.h"
 #include "platform/linux/url_session.h"
+#include "platform/linux/url_session_libraries.h"
 
 #include <kavio/platform/linux.h>
 
@@ -57,6 +58,7 @@ public:
 }  // namespace
 
 Platform makeLinuxPlatform(LinuxPlatformOptions options) {
+    initializeLibraries();  // first, as the digest uses OpenSSL
     const auto digest = makeOpensslDigest();
     const auto mainBundle =
         std::make_shared<DictionaryBundle>(std::move(options.information), std::move(options.localizedStrings));

@@ -240,7 +240,7 @@ void UrlEngine::Loop::run() {
         endFinished();
         const auto idle = mRunning.empty() ? mKept.socket() : CURL_SOCKET_BAD;
         const bool isEnded = mWakeup.wait(mMulti.get(), idle, millisecondsToNextDeadline());
-        if (mRunning.empty()) warm(isEnded);
+        if (mRunning.empty() && !mHaveDistrusted) warm(isEnded);
     }
     close();
 }

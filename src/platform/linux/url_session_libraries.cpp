@@ -38,9 +38,11 @@ bool canPrepareOpenssl() {
 
 void initializeLibraries() {
     // A session may live until the process ends, and OpenSSL's exit handler would then pull its tables from under the
-    // network thread. If another library has already used OpenSSL, it is too late to ask for no handler.
+    // network thread. If another library has already used OpenSSL, it is too late to ask for no handler; then the
+    // preparation must at least be over before that handler runs.
     static const bool done = OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr) == 1 &&
-                             OPENSSL_init_ssl(0, nullptr) == 1 && curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+                             OPENSSL_init_ssl(0, nullptr) == 1 && OPENSSL_atexit(&prepareOpenssl) == 1 &&
+                             curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
     if (!done) throw std::bad_alloc();
 }
 
