@@ -27,6 +27,13 @@ namespace {
 
 using namespace std::chrono_literals;
 
+/// The address sanitizer ends the program where a thread begins without memory.
+#ifdef __SANITIZE_ADDRESS__
+constexpr int endWhereAThreadBegins = -1;
+#else
+constexpr int endWhereAThreadBegins = SIGABRT;
+#endif
+
 struct Kind {
     const char* operation;
     const char* orderType = nullptr;  // of the service's order, if there is one
@@ -148,6 +155,7 @@ protected:
 /// itself.
 bool FailingMachine::isEndedByALibrary(const Told& told, const Trouble& trouble) const {
     if (trouble.call != Call::ALLOCATION) return false;
+    if (isStart() && trouble.lasts && told.ended == endWhereAThreadBegins) return true;
     return told.ended == SIGABRT || (isStart() && (told.ended == SIGSEGV || told.ended == SIGALRM));
 }
 

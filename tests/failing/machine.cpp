@@ -20,10 +20,11 @@
 
 extern "C" {
 std::size_t __sanitizer_get_current_allocated_bytes() __attribute__((weak));  // NOLINT(bugprone-reserved-identifier)
-/// All of `new` is `malloc` here, also where a library of the sanitizer would tell them apart. And lack of memory is
-/// the allocator's to report, not a reason to end the program.
+/// All of `new` is `malloc` here, also where a library of the sanitizer would tell them apart. Lack of memory is the
+/// allocator's to report, not a reason to end the program. And a program that another library ends is to end with its
+/// signal, not with the sanitizer's status.
 __attribute__((visibility("default"))) const char* __asan_default_options() {  // NOLINT(bugprone-reserved-identifier)
-    return "alloc_dealloc_mismatch=0";
+    return "alloc_dealloc_mismatch=0:handle_segv=0";
 }
 }
 

@@ -3,7 +3,7 @@
 #include <pthread.h>
 
 #include <condition_variable>
-#include <deque>
+#include <list>
 #include <mutex>
 #include <new>
 #include <system_error>
@@ -17,7 +17,7 @@ namespace {
 struct Shared {
     std::mutex mutex;
     std::condition_variable changed;
-    std::deque<std::function<void()>> pending;
+    std::list<std::function<void()>> pending;  // takes no memory while it is empty, nor to be destroyed
     std::size_t idle = 0;
     bool stopping = false;
 };
@@ -52,7 +52,7 @@ public:
     ThreadQueue(std::string name, std::size_t threads) : mName(std::move(name)), mLimit(threads) {}
 
     ~ThreadQueue() override {
-        std::deque<std::function<void()>> dropped;
+        std::list<std::function<void()>> dropped;
         {
             const std::lock_guard lock(mShared->mutex);
             mShared->stopping = true;
