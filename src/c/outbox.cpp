@@ -24,9 +24,8 @@ void Outbox::put(std::string line) {
 }
 
 void Outbox::close() {
-    std::deque<std::string> dropped;
     const std::lock_guard lock(mMutex);
-    dropped.swap(mLines);
+    mLines.clear();
     if (!std::exchange(mIsClosed, true)) raise();
     mChanged.notify_all();
 }
