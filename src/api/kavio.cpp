@@ -2,6 +2,7 @@
 #include "models/json/document.h"
 #include "network/environments.h"
 #include "util/auxiliary.h"
+#include "util/background_step.h"
 
 #include <kavio/kavio.h>
 
@@ -20,6 +21,12 @@ ApiType serviceOf(Kavio::EnvironmentType environment) {
     return ApiType::ApiProduction;
 }
 
+/// Network threads decode replies.
+void prepareDecoding() {
+    static const bool done = (Document::chooseParser(), BackgroundStep::endAtExit(), true);
+    static_cast<void>(done);
+}
+
 }  // namespace
 
 std::optional<Kavio::EnvironmentType> Kavio::environmentType(std::int64_t rawValue) {
@@ -30,7 +37,7 @@ std::optional<Kavio::EnvironmentType> Kavio::environmentType(std::int64_t rawVal
 Kavio::Kavio(std::weak_ptr<KavioDelegate> delegate, std::string apiKey, EnvironmentType environment)
     : mState(std::make_shared<State>(std::move(delegate))) {
     try {
-        Document::chooseParser();
+        prepareDecoding();
         StoreChanges changes{{std::string(keys::apiKey), std::move(apiKey)}};
         const auto service = serviceOf(environment);
         if (service != currentApiType()) changes.emplace(keys::serviceName, std::string(name(service)));

@@ -117,7 +117,8 @@ void storeSet(Facades&, const Call& call) {
 }
 
 const std::vector<Operation>& operations() {
-    static const std::vector<Operation> table{
+    static const auto& table = *new std::vector<Operation>{
+        // never destroyed, like the thread of the C library
         {"create", {}, create},
         {"release", {}, release},
         {"destroy", {}, destroy},

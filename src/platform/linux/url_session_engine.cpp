@@ -4,6 +4,7 @@
 #include "platform/linux/url_session_kept_connection.h"
 #include "platform/linux/url_session_libraries.h"
 #include "platform/linux/url_session_wakeup.h"
+#include "util/background_step.h"
 
 #include <openssl/crypto.h>
 
@@ -115,6 +116,8 @@ public:
     void close();
 
 private:
+    void takeTurn(bool idleHasEnded);
+    bool waitForMore();
     void cancelAll();
     bool isStopping();
     TaskPointer takeSubmitted();
@@ -178,11 +181,13 @@ UrlEngine::UrlEngine(UrlConduct conduct) try
 
 UrlEngine::~UrlEngine() {
     mLoop->stop();
-    if (mThread.get_id() != std::this_thread::get_id()) {
-        mThread.join();
-    } else {
+    if (mThread.get_id() == std::this_thread::get_id()) {
         mLoop->close();
         mThread.detach();
+    } else if (BackgroundStep::haveEnded()) {
+        mThread.detach();
+    } else {
+        mThread.join();
     }
 }
 
@@ -226,23 +231,35 @@ void UrlEngine::Loop::stop() {
 void UrlEngine::Loop::run() {
     blockSigpipe();
     prepareOpenssl();
+    bool idleHasEnded = false;
     while (!isStopping()) {
-        // Before the next request, as there may have been no memory for it after the last one.
-        if (mHaveDistrusted && mRunning.empty()) renewAfterDistrust();
-        while (auto task = takeSubmitted()) begin(std::move(task));
-        while (auto task = takeDue()) start(std::move(task));
-        while (auto task = takeOverdue()) complete(std::move(task), urlError(UrlError::timedOut));
-        while (mSomeAreGivenUp.exchange(false)) {
-            while (auto task = takeGivenUp()) complete(std::move(task), urlError(UrlError::cancelled));
-        }
-        int running = 0;
-        curl_multi_perform(mMulti.get(), &running);
-        endFinished();
-        const auto idle = mRunning.empty() ? mKept.socket() : CURL_SOCKET_BAD;
-        const bool isEnded = mWakeup.wait(mMulti.get(), idle, millisecondsToNextDeadline());
-        if (mRunning.empty() && !mHaveDistrusted) warm(isEnded);
+        takeTurn(idleHasEnded);
+        idleHasEnded = waitForMore();
     }
+    const BackgroundStep step;
     close();
+}
+
+void UrlEngine::Loop::takeTurn(bool idleHasEnded) {
+    const BackgroundStep step;
+    if (mRunning.empty() && !mHaveDistrusted) warm(idleHasEnded);
+    // Before the next request, as there may have been no memory for it after the last one.
+    if (mHaveDistrusted && mRunning.empty()) renewAfterDistrust();
+    while (auto task = takeSubmitted()) begin(std::move(task));
+    while (auto task = takeDue()) start(std::move(task));
+    while (auto task = takeOverdue()) complete(std::move(task), urlError(UrlError::timedOut));
+    while (mSomeAreGivenUp.exchange(false)) {
+        while (auto task = takeGivenUp()) complete(std::move(task), urlError(UrlError::cancelled));
+    }
+    int running = 0;
+    curl_multi_perform(mMulti.get(), &running);
+    endFinished();
+}
+
+/// Whether the connection that is kept for the next request has ended meanwhile.
+bool UrlEngine::Loop::waitForMore() {
+    const auto idle = mRunning.empty() ? mKept.socket() : CURL_SOCKET_BAD;
+    return mWakeup.wait(mMulti.get(), idle, millisecondsToNextDeadline());
 }
 
 void UrlEngine::Loop::begin(TaskPointer task) {

@@ -1,5 +1,7 @@
 #include "platform/linux/url_session_libraries.h"
 
+#include "util/background_step.h"
+
 #include <curl/curl.h>
 #include <openssl/crypto.h>
 #include <openssl/decoder.h>
@@ -37,16 +39,19 @@ bool canPrepareOpenssl() {
 }  // namespace
 
 void initializeLibraries() {
-    // A session may live until the process ends, and OpenSSL's exit handler would then pull its tables from under the
-    // network thread. If another library has already used OpenSSL, it is too late to ask for no handler; then the
-    // preparation must at least be over before that handler runs.
-    static const bool done = OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr) == 1 &&
-                             OPENSSL_init_ssl(0, nullptr) == 1 && OPENSSL_atexit(&prepareOpenssl) == 1 &&
-                             curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+    static const bool done = [] {
+        // A platform may live until the process ends, and OpenSSL's exit handler would pull its tables from under
+        // whoever still uses it. If another library has already used OpenSSL, it is too late to ask for no handler.
+        const bool isReady = OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr) == 1 &&
+                             OPENSSL_init_ssl(0, nullptr) == 1 && curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+        BackgroundStep::endAtExit();
+        return isReady;
+    }();
     if (!done) throw std::bad_alloc();
 }
 
 void prepareOpenssl() {
+    const BackgroundStep step;
     [[maybe_unused]] static const bool done = canPrepareOpenssl();  // if not, connections say what is missing
 }
 
