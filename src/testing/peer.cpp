@@ -60,22 +60,24 @@ public:
     }
 
 private:
-    std::pair<Conduct, std::string> conduct() const {
+    bool isSilent() const {
         const std::lock_guard lock(mMutex);
-        return {mConduct, mReply};
+        return mConduct == Conduct::SILENT;
     }
     void meet(RawServer::Connection& connection) {
-        if (conduct().first == Conduct::SILENT) return connection.stall();
+        if (isSilent()) return connection.stall();
         meeting([this](RawServer::Connection& met, const std::string& request) {
-            {
-                const std::lock_guard lock(mMutex);
-                mSeen.push_back(outline(request));
-            }
-            return answer(met);
+            const auto [conduct, reply] = see(request);
+            return answer(met, conduct, reply);
         })(connection);
     }
-    bool answer(RawServer::Connection& connection) const {
-        const auto [conduct, reply] = this->conduct();
+    /// Notes the request, and how to behave from then on: a test may change that once it knows that it was seen.
+    std::pair<Conduct, std::string> see(const std::string& request) {
+        const std::lock_guard lock(mMutex);
+        mSeen.push_back(outline(request));
+        return {mConduct, mReply};
+    }
+    static bool answer(RawServer::Connection& connection, Conduct conduct, const std::string& reply) {
         if (conduct == Conduct::STALLS) connection.stall();
         if (conduct == Conduct::CUTS) connection.send(reply.substr(0, reply.size() - 1));
         return conduct == Conduct::ANSWERS && connection.send(reply);
