@@ -47,7 +47,7 @@ Identity newIdentity(const std::string& name, std::chrono::seconds validFor) {
     check(RAND_bytes(reinterpret_cast<unsigned char*>(&serial), sizeof serial) == 1);
     ASN1_INTEGER_set(X509_get_serialNumber(certificate), serial & 0x7fffffff);
     X509_gmtime_adj(X509_getm_notBefore(certificate), -day);
-    X509_gmtime_adj(X509_getm_notAfter(certificate), validFor.count());
+    X509_gmtime_adj(X509_getm_notAfter(certificate), static_cast<long>(validFor.count()));
     X509_set_pubkey(certificate, made.key.get());
     X509_NAME_add_entry_by_txt(X509_get_subject_name(certificate), "CN", MBSTRING_UTF8,
                                reinterpret_cast<const unsigned char*>(name.c_str()), -1, -1, 0);

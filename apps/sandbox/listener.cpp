@@ -7,6 +7,8 @@
 #include <fmt/format.h>
 #include <sys/socket.h>
 
+#include <ctime>
+
 namespace kavio::sandbox {
 namespace {
 
@@ -111,7 +113,7 @@ std::unique_ptr<httplib::Server> Listener::makeServer(Protocol protocol, const I
     if (!secure->is_valid()) throw std::runtime_error("the server certificate is not usable");
     mConnections.watch(secure->ssl_context());
     secure->set_keep_alive_max_count(1000);
-    secure->set_keep_alive_timeout(idleLimit.count());
+    secure->set_keep_alive_timeout(static_cast<std::time_t>(idleLimit.count()));
     return secure;
 }
 

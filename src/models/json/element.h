@@ -39,13 +39,13 @@ struct Tape {
         return {sized(index) + sizeof size, size};
     }
     /// Of the elements or members of an array or object; more than sixteen million count as so many.
-    std::size_t count(std::size_t index) const { return payload(index) >> 32; }
+    std::size_t count(std::size_t index) const { return static_cast<std::size_t>(payload(index) >> 32); }
     /// The index after a value: an object or array says where it ends, and a number has a word more.
     std::size_t after(std::size_t index) const {
         switch (type(index)) {
             case '{':
             case '[':
-                return words[index] & 0xFFFFFFFF;
+                return static_cast<std::uint32_t>(words[index]);
             case 'l':
             case 'u':
             case 'd':
