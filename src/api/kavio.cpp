@@ -1,8 +1,8 @@
 #include "api/state.h"
 #include "models/json/document.h"
 #include "network/environments.h"
+#include "platform/background_step.h"
 #include "util/auxiliary.h"
-#include "util/background_step.h"
 
 #include <kavio/kavio.h>
 

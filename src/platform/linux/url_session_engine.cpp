@@ -1,10 +1,10 @@
 #include "platform/linux/url_session_engine.h"
 
+#include "platform/background_step.h"
 #include "platform/linux/url_session_failure.h"
 #include "platform/linux/url_session_kept_connection.h"
 #include "platform/linux/url_session_libraries.h"
 #include "platform/linux/url_session_wakeup.h"
-#include "util/background_step.h"
 
 #include <openssl/crypto.h>
 

@@ -1,6 +1,6 @@
 #include "platform/linux/url_session_libraries.h"
 
-#include "util/background_step.h"
+#include "platform/background_step.h"
 
 #include <curl/curl.h>
 #include <openssl/crypto.h>

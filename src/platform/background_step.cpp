@@ -1,4 +1,4 @@
-#include "util/background_step.h"
+#include "platform/background_step.h"
 
 #include <atomic>
 #include <chrono>
