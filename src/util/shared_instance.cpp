@@ -1,14 +1,15 @@
 #include "util/shared_instance.h"
 
-#include <map>
 #include <mutex>
+#include <unordered_map>
 
 namespace kavio {
 namespace {
 
 struct Registry {
     std::mutex mutex;
-    std::map<std::type_index, std::shared_ptr<void>> instances;
+    // Not in an order: that of types is inconsistent on 32 bit ARM, where those of anonymous namespaces take part.
+    std::unordered_map<std::type_index, std::shared_ptr<void>> instances;
 };
 
 // Never destroyed: a reply may still arrive while the program's statics are being destroyed.
