@@ -21,7 +21,7 @@ ApiType serviceOf(Kavio::EnvironmentType environment) {
     return ApiType::ApiProduction;
 }
 
-/// Network threads decode replies.
+/// Network threads decode replies, and must have ended that before the parser's tables are destroyed.
 void prepareDecoding() {
     static const bool done = (Document::chooseParser(), BackgroundStep::endAtExit(), true);
     static_cast<void>(done);

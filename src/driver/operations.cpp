@@ -117,8 +117,8 @@ void storeSet(Facades&, const Call& call) {
 }
 
 const std::vector<Operation>& operations() {
+    // Never destroyed, like the thread of the C library.
     static const auto& table = *new std::vector<Operation>{
-        // never destroyed, like the thread of the C library
         {"create", {}, create},
         {"release", {}, release},
         {"destroy", {}, destroy},

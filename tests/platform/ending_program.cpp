@@ -1,9 +1,8 @@
-// ending_program FOLDER                                  ends while a network thread is still preparing OpenSSL
-// ending_program FOLDER after-openssl                    the same where the program has used OpenSSL before, as many
-// do:
-//                                                        then OpenSSL's exit handler frees what that thread is using
-// ending_program FOLDER AUTHORITY ADDRESS MICROSECONDS   ends that long after a request, whose reply is being read or
-// not
+// ending_program FOLDER [after-openssl]
+//     Ends while a network thread is still preparing OpenSSL. A program that has used OpenSSL before, as many do, has
+//     its exit handler, which frees what that thread is using.
+// ending_program FOLDER AUTHORITY ADDRESS MICROSECONDS
+//     Ends that long after a request, whose reply may just be being read.
 
 #include <kavio/kavio.h>
 #include <kavio/platform/linux.h>
