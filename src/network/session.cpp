@@ -10,6 +10,7 @@
 
 #include <kavio/platform/platform.h>
 
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <utility>
@@ -52,26 +53,28 @@ std::optional<SessionNote> storedNote() {
 /// only once.
 class KnownNote {
 public:
-    SessionNote of(const std::string& token) {
+    std::shared_ptr<const SessionNote> of(const std::string& token) {
         {
             const std::lock_guard lock(mMutex);
             if (token == mToken) return mNote;
         }
-        auto note = storedNote();                                // without the lock: the store may report to the host
-        if (!note || note->token != digestOf(token)) return {};  // not kept: it may have been unreadable only now
+        auto note = storedNote();  // without the lock: the store may report to the host
+        // None is not kept: it may have been unreadable only now.
+        if (!note || note->token != digestOf(token)) return std::make_shared<const SessionNote>();
+        auto known = std::make_shared<const SessionNote>(*std::move(note));
         const std::lock_guard lock(mMutex);
         mToken = token;
-        mNote = *note;
-        return mNote;
+        mNote = known;
+        return known;
     }
 
 private:
     std::mutex mMutex;
     std::optional<std::string> mToken;
-    SessionNote mNote;
+    std::shared_ptr<const SessionNote> mNote;
 };
 
-SessionNote noteOf(const std::string& token) { return sharedInstance<KnownNote>()->of(token); }
+std::shared_ptr<const SessionNote> noteOf(const std::string& token) { return sharedInstance<KnownNote>()->of(token); }
 
 }  // namespace
 
@@ -92,7 +95,7 @@ void endSession(const std::optional<std::string>& refusedToken) {
 }
 
 SessionToken withIssuer(std::string token) {
-    auto issuer = token.empty() ? std::string() : noteOf(token).service;
+    auto issuer = token.empty() ? std::string() : noteOf(token)->service;
     return {std::move(token), std::move(issuer)};
 }
 
@@ -103,8 +106,8 @@ std::string tokenFor(const SessionToken& token, ApiType service) {
 std::string sessionOwner() {
     const auto token = KavioUserDefaults::shared()->sessionToken();
     if (token.empty()) return {};
-    const auto owner = noteOf(token).owner;
-    return owner.empty() ? digestOf(token) : owner;
+    const auto note = noteOf(token);
+    return note->owner.empty() ? digestOf(token) : note->owner;
 }
 
 }  // namespace kavio

@@ -13,6 +13,7 @@ using Monotonic = std::chrono::steady_clock;
 
 /// A delay beyond this never elapses, and adding it to the clock could overflow.
 constexpr std::chrono::milliseconds longestDelay = std::chrono::years(100);
+constexpr auto never = Monotonic::time_point::max();
 
 struct Queue {
     const std::thread::id mainThread = std::this_thread::get_id();
@@ -40,7 +41,12 @@ struct Queue {
             const auto now = Monotonic::now();
             if (!work.empty() && work.begin()->first <= now) break;
             if (end <= now) return false;
-            changed.wait_until(lock, work.empty() ? end : std::min(end, work.begin()->first));
+            const auto next = work.empty() ? end : std::min(end, work.begin()->first);
+            if (next < never) {
+                changed.wait_until(lock, next);
+            } else {
+                changed.wait(lock);  // the system needs no timer for this
+            }
         }
         const auto block = std::move(work.extract(work.begin()).mapped());
         lock.unlock();
@@ -91,7 +97,7 @@ bool RunLoop::isMainThread() const { return std::this_thread::get_id() == mState
 
 void RunLoop::run() {
     const auto queue = mState->queue;
-    while (queue->runOne(Monotonic::now() + longestDelay, true)) {
+    while (queue->runOne(never, true)) {
     }
     queue->stop(false);
 }

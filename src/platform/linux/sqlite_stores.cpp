@@ -69,8 +69,9 @@ public:
     std::optional<StoredValue> value(std::string_view key) const override { return values({key}).front(); }
 
     std::vector<std::optional<StoredValue>> values(std::initializer_list<std::string_view> keys) const override {
-        std::vector<std::optional<StoredValue>> found(keys.size());
+        std::vector<std::optional<StoredValue>> found;
         use([&](SuiteFile& file) { found = file.values(keys); });
+        found.resize(keys.size());
         return found;
     }
 

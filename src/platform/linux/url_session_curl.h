@@ -5,6 +5,9 @@
 #include <curl/curl.h>
 
 #include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace kavio {
 
@@ -27,6 +30,34 @@ public:
 
 private:
     std::unique_ptr<curl_slist, Release<&curl_slist_free_all>> mHead;
+};
+
+/// A list that libcurl only reads, in two pieces of memory instead of two for each line. No line contains a NUL.
+class CurlLines {
+public:
+    void clear() {
+        mText.clear();
+        mNodes.clear();
+    }
+    void append(std::string_view start, std::string_view separator = {}, std::string_view end = {}) {
+        mNodes.push_back({nullptr, nullptr});
+        mText.append(start).append(separator).append(end).push_back('\0');
+    }
+    void reserve(std::size_t lines, std::size_t bytes) {
+        mNodes.reserve(lines);
+        mText.reserve(bytes);
+    }
+    /// Valid until the lines change.
+    curl_slist* get() {
+        char* line = mText.data();
+        for (std::size_t i = 0; i < mNodes.size(); line += std::string_view(line).size() + 1, ++i)
+            mNodes[i] = {line, i + 1 < mNodes.size() ? &mNodes[i + 1] : nullptr};
+        return mNodes.data();
+    }
+
+private:
+    std::string mText;
+    std::vector<curl_slist> mNodes;
 };
 
 }  // namespace kavio

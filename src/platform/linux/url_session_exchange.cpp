@@ -20,6 +20,7 @@
 namespace kavio {
 namespace {
 
+constexpr std::size_t usualHeaderBytes = 400;  // of a request
 constexpr std::size_t maximumHeaderBytes = 300'000;
 constexpr int maximumRedirects = 10;
 constexpr long longestTimeoutSeconds = 24L * 60 * 60;
@@ -31,7 +32,8 @@ constexpr long wholeExchangeTimeouts = 10;
 /// Whether libcurl would send the request as it stands: none of its texts must end early or begin a new line.
 bool isWellFormed(const UrlRequest& request) {
     const auto isLine = [](std::string_view text) {
-        return std::none_of(text.begin(), text.end(), [](char c) { return c == '\r' || c == '\n' || c == '\0'; });
+        constexpr auto absent = std::string_view::npos;
+        return text.find('\r') == absent && text.find('\n') == absent && text.find('\0') == absent;
     };
     return isLine(request.method) && isLine(request.url) &&
            std::all_of(request.headers.begin(), request.headers.end(),
@@ -97,9 +99,6 @@ public:
     template <class T>
     void set(CURLoption option, T value) {
         if (mResult == CURLE_OK) mResult = curl_easy_setopt(mEasy, option, value);
-    }
-    void append(CurlList& list, const std::string& line) {
-        if (mResult == CURLE_OK && !list.append(line.c_str())) mResult = CURLE_OUT_OF_MEMORY;
     }
     CURLcode result() const { return mResult; }
 
@@ -178,7 +177,7 @@ UrlExchange::~UrlExchange() { forgetBody(); }
 
 CURLcode UrlExchange::prepare(CURL* easy) {
     if (!isWellFormed(mRequest)) return CURLE_URL_MALFORMAT;
-    mHeaderLines = {};
+    mHeaderLines.clear();
     mBody.clear();
     mHeaderBytes = 0;
     mHeadIsWhole = false;
@@ -252,12 +251,11 @@ void UrlExchange::setRequest(Options& options) {
 
 void UrlExchange::setHeaders(Options& options) {
     // What libcurl would add by itself: a form's type, and a wait for "100 Continue", which may end in sending twice.
-    for (const char* name : {"Content-Type:", "Expect:"}) options.append(mHeaderLines, name);
+    mHeaderLines.reserve(mRequest.headers.size() + 2, usualHeaderBytes);
+    for (const char* name : {"Content-Type:", "Expect:"}) mHeaderLines.append(name);
     for (const auto& [name, value] : mRequest.headers) {
         const bool blank = value.find_first_not_of(" \t") == std::string::npos;
-        std::string line = name;
-        line.append(blank ? ";" : ": ").append(value);  // "NAME:" alone would remove the header
-        options.append(mHeaderLines, line);
+        mHeaderLines.append(name, blank ? ";" : ": ", value);  // "NAME:" alone would remove the header
     }
     options.set(CURLOPT_HTTPHEADER, mHeaderLines.get());
 }

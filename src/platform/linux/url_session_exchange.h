@@ -108,7 +108,7 @@ private:
     const UrlConduct& mConduct;
     CURL* mEasy = nullptr;
     const std::shared_ptr<Departure> mDeparture = std::make_shared<Departure>();
-    CurlList mHeaderLines;
+    CurlLines mHeaderLines;
     std::string mBody;
     std::size_t mHeaderBytes = 0;
     int mRedirects = 0;
