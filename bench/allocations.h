@@ -9,8 +9,13 @@ namespace kavio::bench {
 /// How much `work` allocates on this thread, whether it frees it again or not.
 std::size_t allocatedBytes(const std::function<void()>& work);
 
-/// From now on, the process gives no memory back to the system by itself.
-void keepFreedMemory();
+/// While it exists, the process gives no memory back to the system by itself.
+struct KeptMemory {
+    KeptMemory();
+    ~KeptMemory();
+    KeptMemory(const KeptMemory&) = delete;
+    KeptMemory& operator=(const KeptMemory&) = delete;
+};
 
 /// How much decoding a reply with this many machines allocates.
 double decodingBytes(std::int64_t machines);

@@ -130,9 +130,15 @@ BENCHMARK(decodeInFreshMemory)->Arg(10000);
 
 }  // namespace
 
-void keepFreedMemory() {
+KeptMemory::KeptMemory() {
     ::mallopt(M_MMAP_MAX, 0);
     ::mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
+}
+
+KeptMemory::~KeptMemory() {
+    ::mallopt(M_MMAP_MAX, 65'536);  // glibc's own limits
+    ::mallopt(M_TRIM_THRESHOLD, 128 * 1024);
+    ::malloc_trim(0);
 }
 
 double decodingBytes(std::int64_t machines) {

@@ -26,13 +26,16 @@ std::shared_ptr<RunLoop> mainQueue() {
     return queue;
 }
 
-/// Sends, and runs the main queue until the result is there.
+/// Sends, and runs the main queue until the result is there: every request ends by itself.
 template <class T, class Send>
 T resultOf(Send send) {
     std::optional<APIResult<T>> result;
-    send([&result](APIResult<T> reported) { result = std::move(reported); });
-    mainQueue()->runUntil([&result] { return result.has_value(); }, std::chrono::seconds(30));
-    if (!result || !*result) throw std::runtime_error("The service refused a request.");
+    send([&result](APIResult<T> reported) {
+        result = std::move(reported);
+        mainQueue()->stop();
+    });
+    mainQueue()->run();
+    if (!*result) throw std::runtime_error("The service refused a request.");
     return *(*std::move(result)).payload();
 }
 
@@ -96,17 +99,18 @@ void lookUpMachines(std::size_t facades) {
     if (counter->answered != facades) throw std::runtime_error("Some of the calls at once have failed.");
 }
 
-BareExchange::BareExchange(const Setup& setup, const UrlRequest& request)
-    : mRequest(request), mAuthority(setup.authority()) {
+BareExchange::BareExchange(const Setup& setup, UrlRequest request) : mAuthority(setup.authority()) {
     mConnectTo.append(("::" + setup.address).c_str());
-    for (const auto& [name, value] : request.headers)
-        mHeaders.append(std::string(name).append(": ").append(value).c_str());
-    mEasy = makeHandle();
+    makeHandle(std::move(request));
 }
 
-CurlEasy BareExchange::makeHandle() {
-    CurlEasy made(curl_easy_init());
-    CURL* const easy = made.get();
+void BareExchange::makeHandle(UrlRequest request) {
+    mRequest = std::move(request);
+    mHeaders = {};
+    for (const auto& [name, value] : mRequest.headers)
+        mHeaders.append(std::string(name).append(": ").append(value).c_str());
+    mEasy.reset(curl_easy_init());
+    CURL* const easy = mEasy.get();
     curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(easy, CURLOPT_SSL_CTX_FUNCTION, &applyTlsProfile);
     curl_easy_setopt(easy, CURLOPT_CAPATH, static_cast<char*>(nullptr));
@@ -114,6 +118,7 @@ CurlEasy BareExchange::makeHandle() {
     curl_easy_setopt(easy, CURLOPT_CONNECT_TO, mConnectTo.get());
     curl_easy_setopt(easy, CURLOPT_PROXY, "");
     curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");
+    curl_easy_setopt(easy, CURLOPT_UPLOAD_BUFFERSIZE, 16L * 1024);  // as ours: the default costs trips to the system
     curl_easy_setopt(easy, CURLOPT_URL, mRequest.url.c_str());
     curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, mRequest.method.c_str());
     curl_easy_setopt(easy, CURLOPT_HTTPHEADER, mHeaders.get());
@@ -123,10 +128,15 @@ CurlEasy BareExchange::makeHandle() {
     }
     curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, append);
     curl_easy_setopt(easy, CURLOPT_WRITEDATA, &mBody);
-    return made;
 }
 
-long BareExchange::run(CURL* easy) {
+long BareExchange::run(UrlRequest request) {
+    makeHandle(std::move(request));
+    return run();
+}
+
+long BareExchange::run() {
+    CURL* const easy = mEasy.get();
     mBody.clear();
     curl_multi_add_handle(mMulti.get(), easy);
     for (int running = 1; running > 0;) {
@@ -140,14 +150,13 @@ long BareExchange::run(CURL* easy) {
 }
 
 long ThreadedBareExchange::run() {
-    std::promise<long> status;
+    long status = 0;
+    std::promise<Machines> machines;
     mThread->async([&] {
-        preparedRequest();
-        const auto answer = mExchange.runOnNewHandle();
-        decodeDocument<Machines>(mExchange.body());
-        status.set_value(answer);
+        status = mExchange.run(preparedRequest());
+        machines.set_value(*decodeDocument<Machines>(mExchange.body()));
     });
-    return status.get_future().get();
+    return machines.get_future().get().empty() ? 0 : status;
 }
 
 LibraryExchange::LibraryExchange(const Setup& setup) : mEngine(conduct(setup)) {}

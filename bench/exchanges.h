@@ -26,20 +26,20 @@ void lookUpMachines(std::size_t facades);
 /// A request made directly with libcurl, with those of the library's settings that affect what is sent.
 class BareExchange {
 public:
-    BareExchange(const Setup& setup, const UrlRequest& request);
+    BareExchange(const Setup& setup, UrlRequest request);
 
     /// Returns the status of the reply, whose body is then in `body()`.
-    long run() { return run(mEasy.get()); }
-    /// The same with a handle of its own, as the library has it: a handle of libcurl 7.88 does not forget all of an
-    /// earlier reply, and a header that goes on in the next one is written to memory that has been freed.
-    long runOnNewHandle() { return run(makeHandle().get()); }
+    long run();
+    /// The same for another request with a handle of its own, as the library has it: a handle of libcurl 7.88 does not
+    /// forget all of an earlier reply, and a header that goes on in the next one is written to memory that has been
+    /// freed.
+    long run(UrlRequest request);
     const std::string& body() const { return mBody; }
 
 private:
-    CurlEasy makeHandle();
-    long run(CURL* easy);
+    void makeHandle(UrlRequest request);
 
-    const UrlRequest mRequest;
+    UrlRequest mRequest;
     CurlMulti mMulti{curl_multi_init()};
     const std::string mAuthority;
     CurlList mHeaders;
@@ -49,10 +49,10 @@ private:
 };
 
 /// The least that any library on top of libcurl must do for a caller who must not be blocked: on a network thread, it
-/// signs the request, sends it on a handle of its own and decodes the reply.
+/// signs the request, sends it on a handle of its own and decodes the reply, whose objects go to the caller.
 class ThreadedBareExchange {
 public:
-    ThreadedBareExchange(const Setup& setup, const UrlRequest& request) : mExchange(setup, request) {}
+    ThreadedBareExchange(const Setup& setup, UrlRequest request) : mExchange(setup, std::move(request)) {}
 
     long run();
 
