@@ -55,11 +55,11 @@ using Recorder = std::function<void(APIResult<T>&)>;
 /// Decodes on the thread that brings the reply, and completes on the main queue.
 template <class T>
 RawCompletion decodePayload(Completion<T> completion, Recorder<T> record = nullptr) {
-    return [completion = std::move(completion), record = std::move(record)](RawResult raw) mutable {
+    return [completion = std::move(completion), record = std::move(record)](RawResult raw) {
         auto result = std::make_shared<APIResult<T>>(decoded<T>(std::move(raw)));
         if (record) record(*result);
         Platform::current().mainQueue->post(
-            [completion = std::move(completion), result] { contained([&] { completion(std::move(*result)); }); });
+            [completion, result] { contained([&] { completion(std::move(*result)); }); });
     };
 }
 

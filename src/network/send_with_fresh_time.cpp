@@ -61,24 +61,24 @@ void withFreshTime(const std::shared_ptr<APIRequest>& kept, const std::shared_pt
 
 /// The same, and `send` unless `prepare` fails.
 void withFreshTime(APIRequest request, RawCompletion completion, BeforeSending prepare,
-                   std::function<void(KavioNetworkService&, APIRequest, RawCompletion)> send) {
+                   std::function<void(KavioNetworkService&, APIRequest, const RawCompletion&)> send) {
     const auto transport = KavioNetworkService::shared();
     const auto kept = std::make_shared<APIRequest>(std::move(request));
-    withFreshTime(kept, transport,
-                  [transport, kept, completion = std::move(completion), prepare = std::move(prepare),
-                   send = std::move(send)]() mutable {
-                      if (auto failure = prepare ? prepare() : std::nullopt)
-                          return completion(RawResult::failed(*std::move(failure)));
-                      send(*transport, std::move(*kept), std::move(completion));
-                  });
+    withFreshTime(
+        kept, transport,
+        [transport, kept, completion = std::move(completion), prepare = std::move(prepare), send = std::move(send)] {
+            if (auto failure = prepare ? prepare() : std::nullopt)
+                return completion(RawResult::failed(*std::move(failure)));
+            send(*transport, std::move(*kept), completion);
+        });
 }
 
 }  // namespace
 
 void sendRawWithFreshTime(APIRequest request, RawCompletion completion, BeforeSending prepare) {
     withFreshTime(std::move(request), std::move(completion), std::move(prepare),
-                  [](KavioNetworkService& transport, APIRequest ready, RawCompletion completed) {
-                      transport.send(std::move(ready), std::move(completed));
+                  [](KavioNetworkService& transport, APIRequest ready, const RawCompletion& completed) {
+                      transport.send(std::move(ready), completed);
                   });
 }
 
