@@ -4,8 +4,19 @@
 #include "explain.h"
 #include "shell.h"
 #include "wording/language.h"
+#include "wording/text.h"
+
+#include <algorithm>
 
 namespace kavio::wallet_gtk {
+
+namespace {
+
+bool isCountry(const std::string& text) {
+    return text.size() == 2 && std::ranges::all_of(text, [](char letter) { return g_ascii_isalpha(letter); });
+}
+
+}  // namespace
 
 LogIn::LogIn(Shell& owner) : Page(owner, tr("Log in"), "log_in") {
     setText("country", wallet::ownCountry());
@@ -14,7 +25,10 @@ LogIn::LogIn(Shell& owner) : Page(owner, tr("Log in"), "log_in") {
         on(widget(entry), "entry-activated", [this] { keep(askForCode()); });
     on(widget("code"), "entry-activated", [this] { keep(verify()); });
     on(widget("logIn"), "clicked", [this] { keep(verify()); });
-    on(widget("other"), "clicked", [this] { ask(false); });
+    on(widget("other"), "clicked", [this] {
+        window.sayNothing();
+        ask(false);
+    });
     ask(false);
 }
 
@@ -32,10 +46,10 @@ std::string LogIn::countryCode() const {
 
 Task LogIn::askForCode() {
     for (const auto* const entry : {"countryCode", "phone", "country"}) {
-        const bool isMissing = textOf(entry).empty();
-        markWrong(widget(entry), isMissing);
-        if (!isMissing) continue;
-        window.say(tr("Enter the phone’s country code, its number, and its country."));
+        const bool isRight = entry == std::string_view("country") ? isCountry(textOf(entry)) : !textOf(entry).empty();
+        markWrong(widget(entry), !isRight);
+        if (isRight) continue;
+        window.say(tr("Enter the phone’s country code, such as 49, its number, and its country, such as DE."));
         focus(entry);
         co_return;
     }
@@ -56,7 +70,8 @@ Task LogIn::verify() {
         window.showTabs();
     } else if (const auto cause = outcome.result->cause;
                cause == Cause::REFUSED_BY_SERVICE || cause == Cause::SESSION_REFUSED) {
-        window.say(tr("The code was not accepted. Look at the message on the phone, and enter the code again."));
+        const auto said = outcome.result->message ? " (" + wallet::printable(*outcome.result->message) + ")" : "";
+        window.say(tr("The code was not accepted. Look at the message on the phone, and enter the code again.") + said);
     } else {
         window.fail(*outcome.result, [this] { keep(verify()); });
     }

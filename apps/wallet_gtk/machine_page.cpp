@@ -88,6 +88,7 @@ void MachinePage::showProducts(const Products& products) {
             on(choice, "toggled", [this, choice, product] {
                 if (gtk_check_button_get_active(GTK_CHECK_BUTTON(choice)) == FALSE) return;
                 mProduct = product;
+                window.sayNothing();
                 update();
             });
         }

@@ -18,7 +18,10 @@ MainWindow::MainWindow(GtkApplication* application, Service service)
     addTab<MethodsTab>("methods", "auth-smartcard-symbolic");
     addTab<HistoryTab>("history", "document-open-recent-symbolic");
     on(widget("tabs"), "notify::visible-child", [this] { onTabChanged(); });
-    on(widget("back"), "clicked", [this] { showTabs(); });
+    on(widget("back"), "clicked", [this] {
+        sayNothing();
+        showTabs();
+    });
     on(widget("close"), "clicked", [this] { sayNothing(); });
     on(widget("remedy"), "clicked", [this] {
         const auto work = mRemedy;
@@ -62,6 +65,7 @@ std::unique_ptr<AsyncKavio> MainWindow::makeKavio() const {
 /// The tabs, if there is no page.
 void MainWindow::show(std::unique_ptr<Page> page) {
     const bool isPage = page != nullptr;
+    if (mAbove && mRemedy) sayNothing();  // the page that goes would be asked to try again
     auto* const pages = widget<GtkStack>("pages");
     const auto before = std::exchange(mAbove, std::move(page));
     if (isPage) gtk_stack_add_child(pages, mAbove->root());
@@ -76,7 +80,7 @@ void MainWindow::show(std::unique_ptr<Page> page) {
 
 void MainWindow::showLogin() {
     later([this] {
-        if (dynamic_cast<LogIn*>(mAbove.get()) == nullptr) push(std::make_unique<LogIn>(*this));
+        if (dynamic_cast<LogIn*>(mAbove.get()) == nullptr) show(std::make_unique<LogIn>(*this));
     });
 }
 
@@ -88,7 +92,10 @@ Page* MainWindow::shown() const {
 }
 
 void MainWindow::onTabChanged() {
-    if (auto* const page = shown(); page != nullptr && !mAbove) page->onShown();
+    auto* const page = shown();
+    if (page == nullptr || mAbove) return;
+    sayNothing();
+    page->onShown();
 }
 
 void MainWindow::refresh() {
@@ -116,7 +123,10 @@ void MainWindow::say(const std::string& sentence, const std::string& button, std
     gtk_widget_set_visible(widget("notice"), TRUE);
 }
 
-void MainWindow::sayNothing() { gtk_widget_set_visible(widget("notice"), FALSE); }
+void MainWindow::sayNothing() {
+    mRemedy = nullptr;
+    gtk_widget_set_visible(widget("notice"), FALSE);
+}
 
 void MainWindow::setBusy(int change) {
     mBusy += change;

@@ -30,7 +30,10 @@ public:
     GtkWindow* handle() const override { return mWindow; }
     std::unique_ptr<AsyncKavio> makeKavio() const override;
     Payments& payments() override { return *mPayments; }
-    void push(std::unique_ptr<Page> page) override { show(std::move(page)); }
+    void push(std::unique_ptr<Page> page) override {
+        sayNothing();
+        show(std::move(page));
+    }
     void showTabs() override {
         later([this] { show(nullptr); });
     }

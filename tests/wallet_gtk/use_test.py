@@ -58,12 +58,15 @@ class WalletTest(unittest.TestCase):
 class Flows(WalletTest):
     def test_log_in_and_out(self):
         wallet = self.start()
+        wallet.type_all({"Country code": "49", "Phone number": "151234567", "Country, two letters": "Germany"})
+        wallet.press("Send code")
+        wallet.says("such as DE", "alert")
         wallet.log_in(code="654321")
         wallet.says("code was not accepted")
         wallet.press("Use another number")
+        wallet.says("code was not accepted", is_said=False)
         wallet.log_in()
         wallet.says("Your machines")
-        wallet.says("code was not accepted", is_said=False)
         wallet.tab("Wallet")
         wallet.press("Log out")
         wallet.find("text box", "Phone number")
@@ -199,6 +202,11 @@ class Failures(WalletTest):
                 wallet.find("list item", "Visa.*")
                 wallet.says(sentence, is_said=False)
                 wallet.tab("Machines")
+        self.fault("/machines/*/products", status=503, body="{}")
+        wallet.open("Snack wall")
+        wallet.find("button", "Try again")
+        wallet.press("Back")  # what there was to try goes with the page
+        wallet.says("service has a problem", is_said=False)
         self.fault("/machines/byValue", delayMs=3_000)
         wallet.type(SEARCH, "42100178", enter=True)
         wallet.tab("Wallet")  # the window waits for nothing
@@ -210,7 +218,7 @@ class Failures(WalletTest):
         with RunningSandbox(SANDBOX) as gone, Wallet(PROGRAM, gone) as wallet:
             gone.process.terminate()
             gone.process.wait()
-            wallet.type_all({"Country code": "49", "Phone number": "151234567", "Country": "DE"})
+            wallet.type_all({"Country code": "49", "Phone number": "151234567", "Country, two letters": "DE"})
             wallet.press("Send code")
             wallet.says("service cannot be reached", "alert")
             wallet.find("button", "Try again")

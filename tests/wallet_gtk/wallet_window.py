@@ -277,7 +277,7 @@ class Wallet:
         return text
 
     def log_in(self, number="151234567", code="123456"):
-        self.type_all({"Country code": "49", "Phone number": number, "Country": "DE"})
+        self.type_all({"Country code": "49", "Phone number": number, "Country, two letters": "DE"})
         self.press("Send code")
         self.type("Code", code)
         self.press("Log in")
