@@ -48,6 +48,9 @@ std::string subtitleOf(const Machine& machine, const std::optional<Position>& po
 
 MachinesTab::MachinesTab(Shell& owner) : Page(owner, tr("Machines"), "machines") {
     on(widget("search"), "activate", [this] { searchText(); });
+    on(widget("search"), "search-changed", [this] {
+        if (textOf("search").empty()) searchText();
+    });
     on(widget("openPicture"), "clicked", [this] { openPicture(); });
     on(widget("pastePicture"), "clicked", [this] { pastePicture(); });
     on(widget("near"), "clicked", [this] { searchHere(); });
@@ -90,6 +93,7 @@ void MachinesTab::addPictures() {
 void MachinesTab::begin(Search search) {
     window.sayNothing();
     mSearch = std::move(search);
+    if (mSearch.isForOne) setText("search", mSearch.code);  // clearing it leads back to the person's own
     keep(this->search());
 }
 

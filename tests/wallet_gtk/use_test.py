@@ -104,6 +104,8 @@ class Flows(WalletTest):
                 take()
                 wallet.find("list item", "Lemonade")
                 wallet.press("Back")
+                wallet.type(SEARCH, "")
+                wallet.says("Your machines")
         subprocess.run(["convert", "-size", "9x9", "xc:white", picture], check=True)
         copy_picture(picture)
         wallet.press("Paste a picture")
