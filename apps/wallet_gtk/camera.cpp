@@ -15,41 +15,6 @@
 #include <utility>
 #include <vector>
 
-// What a widget draws: always the last frame.
-struct KavioCameraPicture {
-    GObject parent;
-    GdkPaintable* frame;
-};
-struct KavioCameraPictureClass {
-    GObjectClass parent;
-};
-
-static GdkPaintable* frameOf(gpointer picture) { return static_cast<KavioCameraPicture*>(picture)->frame; }
-
-static void kavio_camera_picture_paintable(GdkPaintableInterface* paintable) {
-    paintable->snapshot = [](GdkPaintable* picture, GdkSnapshot* snapshot, double width, double height) {
-        if (frameOf(picture) != nullptr) gdk_paintable_snapshot(frameOf(picture), snapshot, width, height);
-    };
-    paintable->get_intrinsic_width = [](GdkPaintable* picture) {
-        return frameOf(picture) == nullptr ? 0 : gdk_paintable_get_intrinsic_width(frameOf(picture));
-    };
-    paintable->get_intrinsic_height = [](GdkPaintable* picture) {
-        return frameOf(picture) == nullptr ? 0 : gdk_paintable_get_intrinsic_height(frameOf(picture));
-    };
-}
-
-G_DEFINE_TYPE_WITH_CODE(KavioCameraPicture, kavio_camera_picture, G_TYPE_OBJECT,
-                        G_IMPLEMENT_INTERFACE(GDK_TYPE_PAINTABLE, kavio_camera_picture_paintable))
-
-static void kavio_camera_picture_init(KavioCameraPicture*) {}
-
-static void kavio_camera_picture_class_init(KavioCameraPictureClass* pictures) {
-    G_OBJECT_CLASS(pictures)->finalize = [](GObject* picture) {
-        g_clear_object(&reinterpret_cast<KavioCameraPicture*>(picture)->frame);
-        G_OBJECT_CLASS(kavio_camera_picture_parent_class)->finalize(picture);
-    };
-}
-
 namespace kavio::wallet_gtk {
 
 namespace {
@@ -132,8 +97,9 @@ Owned<GdkPaintable> paintableOf(const GstVideoFrame& frame) {
 
 class Camera::Parts : public std::enable_shared_from_this<Parts> {
 public:
-    Parts(std::function<void(std::string)> onCode, std::function<void(std::string)> onProblem)
-        : mOnCode(std::move(onCode)), mOnProblem(std::move(onProblem)) {
+    Parts(std::function<void(GdkPaintable*)> onPicture, std::function<void(std::string)> onCode,
+          std::function<void(std::string)> onProblem)
+        : mOnPicture(std::move(onPicture)), mOnCode(std::move(onCode)), mOnProblem(std::move(onProblem)) {
         zbar_image_scanner_set_config(mScanner.get(), zbar::ZBAR_NONE, zbar::ZBAR_CFG_ENABLE, 0);
         zbar_image_scanner_set_config(mScanner.get(), zbar::ZBAR_QRCODE, zbar::ZBAR_CFG_ENABLE, 1);
         zbar_image_scanner_set_config(mScanner.get(), zbar::ZBAR_NONE, zbar::ZBAR_CFG_TEST_INVERTED, 1);
@@ -159,9 +125,6 @@ public:
         gst_bus_remove_watch(Owned<GstBus>(gst_element_get_bus(mPipeline.get())).get());
         mPipeline.reset();
     }
-
-    const Owned<KavioCameraPicture> picture{
-        static_cast<KavioCameraPicture*>(g_object_new(kavio_camera_picture_get_type(), nullptr))};
 
 private:
     /// What is told to the main thread.
@@ -233,22 +196,14 @@ private:
             stop();
             return mOnProblem(seen.problem);
         }
-        draw(std::move(seen.frame));
+        mOnPicture(seen.frame.get());
         const bool isNew = seen.code && seen.code != mCode;
         mCode = seen.code;
         mIsTold = false;
         if (isNew) mOnCode(*seen.code);
     }
 
-    void draw(Owned<GdkPaintable> frame) {
-        const auto widthOf = gdk_paintable_get_intrinsic_width;
-        const bool isSized = picture->frame != nullptr && widthOf(picture->frame) == widthOf(frame.get());
-        g_clear_object(&picture->frame);
-        picture->frame = frame.release();
-        if (!isSized) gdk_paintable_invalidate_size(GDK_PAINTABLE(picture.get()));
-        gdk_paintable_invalidate_contents(GDK_PAINTABLE(picture.get()));
-    }
-
+    const std::function<void(GdkPaintable*)> mOnPicture;
     const std::function<void(std::string)> mOnCode;
     const std::function<void(std::string)> mOnProblem;
     const Owned<zbar::zbar_image_scanner_t> mScanner{zbar::zbar_image_scanner_create()};
@@ -263,14 +218,12 @@ bool Camera::isThere() {
     return describedSource() != nullptr || firstDevice() != nullptr;
 }
 
-Camera::Camera(std::function<void(std::string)> onCode, std::function<void(std::string)> onProblem)
-    : mParts(std::make_shared<Parts>(std::move(onCode), std::move(onProblem))) {
+Camera::Camera(std::function<void(GdkPaintable*)> onPicture, std::function<void(std::string)> onCode,
+               std::function<void(std::string)> onProblem)
+    : mParts(std::make_shared<Parts>(std::move(onPicture), std::move(onCode), std::move(onProblem))) {
     gst_init(nullptr, nullptr);
     mParts->start();
 }
 
 Camera::~Camera() { mParts->stop(); }
-
-GdkPaintable* Camera::picture() const { return GDK_PAINTABLE(mParts->picture.get()); }
-
 }  // namespace kavio::wallet_gtk

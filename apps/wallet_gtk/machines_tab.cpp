@@ -215,6 +215,7 @@ void MachinesTab::searchHere() {
 
 void MachinesTab::scan() {
     mCamera = std::make_unique<Camera>(
+        [this](GdkPaintable* frame) { gtk_picture_set_paintable(widget<GtkPicture>("camera"), frame); },
         [this](const std::string& text) {
             stopScanning();
             begin({.code = text, .isForOne = true});
@@ -223,7 +224,6 @@ void MachinesTab::scan() {
             stopScanning();
             window.say(problem);
         });
-    gtk_picture_set_paintable(widget<GtkPicture>("camera"), mCamera->picture());
     setVisible("camera", true);
 }
 

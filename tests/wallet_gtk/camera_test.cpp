@@ -36,9 +36,8 @@ TEST_P(CameraTest, TellsWhatItSees) {
     int drawn = 0;
     std::optional<Camera> camera;
     const auto note = [&](std::string text) { journal.push_back(std::move(text)); };
-    camera.emplace(note, note);
-    g_signal_connect_swapped(camera->picture(), "invalidate-contents", G_CALLBACK(+[](int* count) { ++*count; }),
-                             &drawn);
+    const auto draw = [&](GdkPaintable*) { ++drawn; };
+    camera.emplace(draw, note, note);
     EXPECT_EQ(journal, Journal());
     runUntil([&] { return !journal.empty() && (drawn == 0 || drawn > 2); });
     EXPECT_THAT(journal, ElementsAre(given.told));  // of a code that stays in view only once
@@ -48,7 +47,7 @@ TEST_P(CameraTest, TellsWhatItSees) {
         journal.push_back(text);
         camera.reset();
     };
-    camera.emplace(end, end);
+    camera.emplace(draw, end, end);
     runUntil([&] { return !camera; });
     EXPECT_THAT(journal, ElementsAre(given.told));
     unsetenv("KAVIO_CAMERA");
