@@ -2,9 +2,9 @@
 
 #include "command_line/numbers.h"
 #include "command_line/translation.h"
-#include "explain.h"
 #include "shell.h"
 #include "wording/card_fields.h"
+#include "wording/explain.h"
 
 #include <kavio/platform/platform.h>
 
@@ -81,7 +81,7 @@ Task AddCardPage::store() {
         window.say(tr("The card was stored."));
         window.showTabs();
     } else if (outcome.result->effect == Effect::UNKNOWN) {
-        window.say(explain(*outcome.result).problem + " " +
+        window.say(wallet::explain(*outcome.result).problem + " " +
                    tr("The card may have been stored anyway: look in the wallet before you add it again."));
     } else {
         window.fail(*outcome.result, [this] { keep(store()); });

@@ -1,7 +1,6 @@
 #include "log_in.h"
 
 #include "command_line/translation.h"
-#include "explain.h"
 #include "shell.h"
 #include "wording/language.h"
 #include "wording/text.h"

@@ -21,17 +21,17 @@ namespace kavio::wallet_gtk {
 namespace {
 
 /// "52.52, 13.41"; absent for anything else.
-std::optional<Position> positionIn(std::string text) {
+std::optional<device::Position> positionIn(std::string text) {
     std::erase(text, ' ');
     const auto comma = text.find(',');
     if (comma == std::string::npos) return std::nullopt;
     const auto latitude = command_line::numberFrom<double>(text.substr(0, comma));
     const auto longitude = command_line::numberFrom<double>(text.substr(comma + 1));
     const bool isPosition = latitude && longitude && std::abs(*latitude) <= 90 && std::abs(*longitude) <= 180;
-    return isPosition ? std::optional{Position{*latitude, *longitude}} : std::nullopt;
+    return isPosition ? std::optional{device::Position{*latitude, *longitude}} : std::nullopt;
 }
 
-std::string subtitleOf(const Machine& machine, const std::optional<Position>& position) {
+std::string subtitleOf(const Machine& machine, const std::optional<device::Position>& position) {
     std::string text;
     for (const auto& part :
          {wallet::machineTypeName(machine.type),
@@ -55,8 +55,8 @@ MachinesTab::MachinesTab(Shell& owner) : Page(owner, tr("Machines"), "machines")
     on(widget("pastePicture"), "clicked", [this] { pastePicture(); });
     on(widget("near"), "clicked", [this] { searchHere(); });
     on(widget("scan"), "clicked", [this] { mCamera ? stopScanning() : scan(); });
-    setVisible("scanChild", Camera::isThere());
-    whenPositionIsThere([this, weak = alive()] {
+    setVisible("scanChild", device::Camera::isThere());
+    device::whenPositionIsThere([this, weak = alive()] {
         if (!weak.expired()) setVisible("nearChild", true);
     });
     addPictures();
@@ -206,15 +206,16 @@ void MachinesTab::pastePicture() {
 
 void MachinesTab::searchHere() {
     window.setBusy(+1);
-    askPosition([this, weak = alive()](const std::optional<Position>& position, const std::string& problem) {
-        if (weak.expired()) return;
-        window.setBusy(-1);
-        position ? begin({.position = position}) : window.say(problem);
-    });
+    device::askPosition(
+        [this, weak = alive()](const std::optional<device::Position>& position, const std::string& problem) {
+            if (weak.expired()) return;
+            window.setBusy(-1);
+            position ? begin({.position = position}) : window.say(problem);
+        });
 }
 
 void MachinesTab::scan() {
-    mCamera = std::make_unique<Camera>(
+    mCamera = std::make_unique<device::Camera>(
         [this](GdkPaintable* frame) { gtk_picture_set_paintable(widget<GtkPicture>("camera"), frame); },
         [this](const std::string& text) {
             stopScanning();

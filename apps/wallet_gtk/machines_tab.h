@@ -1,8 +1,8 @@
 #pragma once
 
-#include "camera.h"
+#include "device/camera.h"
+#include "device/position.h"
 #include "page.h"
-#include "position.h"
 
 #include <kavio/machine.h>
 
@@ -23,7 +23,7 @@ public:
 private:
     struct Search {
         std::string code = {};
-        std::optional<Position> position = {};
+        std::optional<device::Position> position = {};
         bool isForOne = false;  // to be shown at once
     };
 
@@ -43,7 +43,7 @@ private:
     void stopScanning();
 
     Search mSearch;
-    std::unique_ptr<Camera> mCamera;
+    std::unique_ptr<device::Camera> mCamera;
 };
 
 }  // namespace kavio::wallet_gtk

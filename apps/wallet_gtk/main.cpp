@@ -1,8 +1,8 @@
 // kavio-wallet-gtk: a wallet with windows, built only on the public API and Kavio::gtk.
 
+#include "command_line/service_options.h"
 #include "command_line/start.h"
 #include "command_line/translation.h"
-#include "driver/names.h"
 #include "driver/options.h"
 #include "main_window.h"
 #include "wording/language.h"
@@ -10,7 +10,6 @@
 
 #include <kavio/gtk.h>
 
-#include <CLI/CLI.hpp>
 #include <adwaita.h>
 
 #include <cstdlib>
@@ -27,33 +26,7 @@ struct CommandLine : driver::Options {
 
     CommandLine() {
         program.set_version_flag("-V,--version", KAVIO_WALLET_VERSION, tr("Show the program's version and exit"));
-        program.add_option("--api-key", apiKey, tr("API key (default: demo-key)"))->type_name("KEY");
-        program
-            .add_option_function<std::string>(
-                "--environment",
-                [this](const std::string& name) {
-                    const auto named = driver::environmentNamed(name);
-                    if (!named)
-                        throw CLI::ValidationError("--environment", tr("'{}' is not TEST, TESTS or PROD", name));
-                    environment = *named;
-                },
-                tr("Service to use: TEST, TESTS or PROD (default: TEST)"))
-            ->type_name("NAME");
-        program
-            .add_option(
-                "--store-dir", storeDirectory,
-                tr("Folder that holds the session (default: the program's own folder in the user's data folder)"))
-            ->type_name("DIR");
-        program.add_option("--connect-to", connectTo, tr("Connect to this address, whatever host a URL names"))
-            ->type_name("HOST:PORT")
-            ->check([](const std::string& address) {
-                return driver::isAddress(address) ? std::string{} : tr("'{}' is not HOST:PORT", address);
-            });
-        program
-            .add_option("--ca-file", certificateAuthorities,
-                        tr("PEM file of certificate authorities to trust instead of the system's"))
-            ->type_name("FILE")
-            ->check(CLI::Validator(CLI::ExistingFile).description(""));
+        command_line::addServiceOptions(program, *this);
     }
 
     /// The wallet of a service of one's own has nothing to do with other windows.

@@ -1,11 +1,11 @@
 #include "main_window.h"
 
 #include "command_line/translation.h"
-#include "explain.h"
 #include "history_tab.h"
 #include "log_in.h"
 #include "machines_tab.h"
 #include "methods_tab.h"
+#include "wording/explain.h"
 
 #include <algorithm>
 
@@ -107,10 +107,10 @@ void MainWindow::fail(const KavioResult& result, std::function<void()> again) {
     // The next operation sets the clock.
     if (result.cause == Cause::SIGNATURE_REFUSED && again && !std::exchange(mHasTriedAgain, true)) return later(again);
     mHasTriedAgain = false;
-    const auto [problem, advice, remedy] = explain(result);
-    const bool isRepeatable = remedy == Explanation::Remedy::TRY_AGAIN && again;
+    const auto [problem, advice, remedy] = wallet::explain(result);
+    const bool isRepeatable = remedy == wallet::Explanation::Remedy::TRY_AGAIN && again;
     say(advice.empty() ? problem : problem + " " + advice, isRepeatable ? tr("Try again") : "", std::move(again));
-    if (remedy == Explanation::Remedy::LOG_IN) showLogin();
+    if (remedy == wallet::Explanation::Remedy::LOG_IN) showLogin();
 }
 
 void MainWindow::say(const std::string& sentence, const std::string& button, std::function<void()> work) {

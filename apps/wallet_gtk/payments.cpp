@@ -1,8 +1,8 @@
 #include "payments.h"
 
 #include "command_line/translation.h"
-#include "explain.h"
 #include "shell.h"
+#include "wording/explain.h"
 #include "wording/money.h"
 #include "wording/names.h"
 
@@ -111,7 +111,8 @@ void Payment::conclude(const KavioResult& last) {
         return show(State::OVER, tr("The service does not know this payment: nothing was paid."));
     if (last.cause == Cause::CANCELED_BY_PERSON)
         return show(State::OVER, tr("Canceled before it was sent: nothing was paid."));
-    const auto why = isSuccess || last.cause == Cause::NOT_CERTAIN ? std::string{} : explain(last).problem + " ";
+    const auto why =
+        isSuccess || last.cause == Cause::NOT_CERTAIN ? std::string{} : wallet::explain(last).problem + " ";
     if (!isSuccess && last.effect == Effect::NONE && !isOrder && !mDoubt)
         return show(State::OVER, why + tr("Nothing was paid."));
     if (const auto unknown = window.payments().unknown(); !mDoubt && !unknown.empty()) mDoubt = unknown.back();

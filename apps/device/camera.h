@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-namespace kavio::wallet_gtk {
+namespace kavio::device {
 
 /// Looks for QR codes with the device's camera until it is destroyed. Calls the functions on the main thread, and not
 /// before the constructor has returned; the last two may destroy the camera.
@@ -29,4 +29,4 @@ private:
     const std::shared_ptr<Parts> mParts;
 };
 
-}  // namespace kavio::wallet_gtk
+}  // namespace kavio::device

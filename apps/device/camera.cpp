@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-namespace kavio::wallet_gtk {
+namespace kavio::device {
 
 namespace {
 
@@ -226,4 +226,4 @@ Camera::Camera(std::function<void(GdkPaintable*)> onPicture, std::function<void(
 }
 
 Camera::~Camera() { mParts->stop(); }
-}  // namespace kavio::wallet_gtk
+}  // namespace kavio::device

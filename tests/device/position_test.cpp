@@ -1,4 +1,4 @@
-#include "position.h"
+#include "device/position.h"
 
 #include "main_thread.h"
 
@@ -10,7 +10,7 @@
 #include <optional>
 #include <string>
 
-namespace kavio::wallet_gtk {
+namespace kavio::device {
 namespace {
 
 using testing::ElementsAre;
@@ -158,4 +158,4 @@ TEST_F(PositionTest, IsNotToldWithoutAService) {
 }
 
 }  // namespace
-}  // namespace kavio::wallet_gtk
+}  // namespace kavio::device

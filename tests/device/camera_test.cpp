@@ -1,4 +1,4 @@
-#include "camera.h"
+#include "device/camera.h"
 
 #include "main_thread.h"
 
@@ -9,7 +9,7 @@
 #include <optional>
 #include <string>
 
-namespace kavio::wallet_gtk {
+namespace kavio::device {
 namespace {
 
 using testing::ElementsAre;
@@ -67,4 +67,4 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& given) { return given.param.name; });
 
 }  // namespace
-}  // namespace kavio::wallet_gtk
+}  // namespace kavio::device

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace kavio::wallet_gtk {
+namespace kavio::device {
 
 /// Runs what is due on the main thread until this has come, or for ten seconds.
 inline void runUntil(const std::function<bool()>& hasCome) {
@@ -21,4 +21,4 @@ inline void runUntil(const std::function<bool()>& hasCome) {
 
 using Journal = std::vector<std::string>;
 
-}  // namespace kavio::wallet_gtk
+}  // namespace kavio::device

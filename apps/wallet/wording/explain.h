@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace kavio::wallet_gtk {
+namespace kavio::wallet {
 
 /// What a failure means for the person.
 struct Explanation {
@@ -18,4 +18,4 @@ struct Explanation {
 /// Of any result but `SUCCESS`.
 Explanation explain(const KavioResult& result);
 
-}  // namespace kavio::wallet_gtk
+}  // namespace kavio::wallet

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-namespace kavio::wallet_gtk {
+namespace kavio::device {
 
 struct Position {
     double latitude;
@@ -18,4 +18,4 @@ void whenPositionIsThere(std::function<void()> isThere);
 /// Calls once, on the main thread, with where the device is; or without, and with a sentence on why that is not known.
 void askPosition(std::function<void(std::optional<Position>, std::string problem)> then);
 
-}  // namespace kavio::wallet_gtk
+}  // namespace kavio::device

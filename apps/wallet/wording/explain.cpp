@@ -5,7 +5,7 @@
 
 #include <map>
 
-namespace kavio::wallet_gtk {
+namespace kavio::wallet {
 
 namespace {
 
@@ -58,8 +58,8 @@ Explanation explain(const KavioResult& result) {
     const auto found = words.find(result.cause);
     const auto& known = found == words.end() ? unknown : found->second;
     auto problem = translated(known.problem);
-    if (known.withMessage && result.message) problem += " (" + wallet::printable(*result.message) + ")";
+    if (known.withMessage && result.message) problem += " (" + printable(*result.message) + ")";
     return {problem, translated(known.advice), known.remedy};
 }
 
-}  // namespace kavio::wallet_gtk
+}  // namespace kavio::wallet

@@ -1,6 +1,6 @@
 #include "camera.h"
 
-namespace kavio::wallet_gtk {
+namespace kavio::device {
 
 class Camera::Parts {};
 
@@ -9,4 +9,4 @@ Camera::Camera(std::function<void(GdkPaintable*)>, std::function<void(std::strin
 }
 Camera::~Camera() = default;
 
-}  // namespace kavio::wallet_gtk
+}  // namespace kavio::device

@@ -7,7 +7,7 @@
 #include <memory>
 #include <utility>
 
-namespace kavio::wallet_gtk {
+namespace kavio::device {
 
 namespace {
 
@@ -113,4 +113,4 @@ void askPosition(std::function<void(std::optional<Position>, std::string problem
                                    GCLUE_CLIENT_PROXY_CREATE_AUTO_DELETE, question->waiting.get(), start, question);
 }
 
-}  // namespace kavio::wallet_gtk
+}  // namespace kavio::device
