@@ -46,10 +46,20 @@ SqliteDatabase SqliteDatabase::copyOf(std::string_view contents) {
     auto* bytes = static_cast<unsigned char*>(sqlite3_malloc64(contents.size()));
     if (bytes == nullptr) throw SqliteError(SQLITE_NOMEM);
     std::copy(contents.begin(), contents.end(), bytes);
+    // A file that keeps a log beside it says so, and in memory there is none.
+    constexpr std::array<std::size_t, 2> versions{18, 19};
+    for (const auto version : versions)
+        if (version < contents.size() && bytes[version] == 2) bytes[version] = 1;
     const auto size = static_cast<sqlite3_int64>(contents.size());
     check(sqlite3_deserialize(copy.handle(), "main", bytes, size, size,
                               SQLITE_DESERIALIZE_FREEONCLOSE | SQLITE_DESERIALIZE_READONLY));
     return copy;
+}
+
+bool SqliteDatabase::hasMemory(std::size_t bytes) {
+    void* const memory = sqlite3_malloc64(bytes);
+    sqlite3_free(memory);
+    return memory != nullptr;
 }
 
 void SqliteDatabase::execute(const char* statements) {

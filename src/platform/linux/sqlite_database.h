@@ -4,6 +4,7 @@
 
 #include <sqlite3.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <filesystem>
@@ -39,6 +40,8 @@ public:
     explicit SqliteDatabase(const std::filesystem::path& file);
     /// Opens a copy of a file in memory, read-only.
     static SqliteDatabase copyOf(std::string_view contents);
+    /// Whether SQLite can have so much more memory.
+    static bool hasMemory(std::size_t bytes);
 
     void execute(const char* statements);
     /// Ends an open transaction; without memory, even that may fail.

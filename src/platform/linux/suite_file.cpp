@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <bit>
 #include <chrono>
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -13,6 +14,7 @@ namespace {
 
 constexpr std::uint64_t layout = 1;  // of the table; files from before layouts were numbered say 0
 constexpr std::chrono::days lifeOfDamagedFile{7};
+constexpr std::size_t memoryToRead = 1'000'000;  // more than a small file takes
 
 std::filesystem::path damagedPath(const std::filesystem::path& path) { return path.string() + ".damaged"; }
 
@@ -220,6 +222,13 @@ void SuiteFile::judging(const Work& work) {
     try {
         work();
     } catch (const SqliteError& error) {
+        if (error.isLackOfMemory()) {
+            try {
+                setAsideIfDamaged();
+            } catch (const std::bad_alloc&) {  // NOLINT(bugprone-empty-catch): as it said
+            } catch (const SqliteError&) {     // NOLINT(bugprone-empty-catch): the first failure says more
+            }
+        }
         if (!error.mayBeDamage()) throw;
         setAsideIfDamaged();
         // What looked like damage is gone, but may still be in the connection's cache.
@@ -245,18 +254,28 @@ void SuiteFile::setAsideIfDamaged() {
 // which no disk can garble, and which is made while no other process can write.
 bool SuiteFile::isDamaged() const {
     // The next look into the file undoes what a crash has left unfinished.
-    std::error_code none;
-    if (std::filesystem::file_size(mPath.string() + "-journal", none) > 0 && !none) throw SqliteError(SQLITE_IOERR);
+    for (const auto* const log : {"-journal", "-wal"}) {
+        std::error_code none;
+        if (std::filesystem::file_size(mPath.string() + log, none) > 0 && !none) throw SqliteError(SQLITE_IOERR);
+    }
     const auto contents = mDatabase.contents();
-    if (contents.empty()) return false;
-    auto copy = SqliteDatabase::copyOf(contents);
+    const auto verdict = contents.empty() ? Verdict::SOUND : judge(contents);
+    if (verdict != Verdict::OUT_OF_MEMORY) return verdict == Verdict::DAMAGED;
+    // SQLite says so of some forged schemas, too. It is damage if it says so where there is memory.
+    if (!SqliteDatabase::hasMemory(memoryToRead + 4 * contents.size())) throw std::bad_alloc();
+    return judge(contents) != Verdict::SOUND;
+}
+
+SuiteFile::Verdict SuiteFile::judge(std::string_view contents) const {
     try {
+        auto copy = SqliteDatabase::copyOf(contents);
         const SqliteTransaction transaction(copy, "BEGIN");
         read(copy);
-        return false;
+        return Verdict::SOUND;
     } catch (const SqliteError& error) {
-        if (!error.mayBeDamage()) throw;
-        return true;
+        if (error.mayBeDamage()) return Verdict::DAMAGED;
+        if (error.isLackOfMemory()) return Verdict::OUT_OF_MEMORY;
+        throw;
     }
 }
 

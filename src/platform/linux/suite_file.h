@@ -61,6 +61,8 @@ private:
     void judging(const Work& work);
     void setAsideIfDamaged();
     bool isDamaged() const;
+    enum class Verdict { SOUND, DAMAGED, OUT_OF_MEMORY };
+    Verdict judge(std::string_view contents) const;
     std::optional<StoredValue> known(std::string_view key) const;
     StoredValue checksum(std::string_view key, const StoredValue& value) const;
     void expectUnmoved() const;
