@@ -224,9 +224,8 @@ void SuiteFile::judging(const Work& work) {
     } catch (const SqliteError& error) {
         if (error.isLackOfMemory()) {
             try {
-                setAsideIfDamaged();
+                if (SqliteDatabase::hasMemory(memoryToRead)) setAsideIfDamaged();
             } catch (const std::bad_alloc&) {  // NOLINT(bugprone-empty-catch): as it said
-            } catch (const SqliteError&) {     // NOLINT(bugprone-empty-catch): the first failure says more
             }
         }
         if (!error.mayBeDamage()) throw;
