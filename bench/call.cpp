@@ -9,7 +9,7 @@ namespace kavio::bench {
 namespace {
 
 /// The first one, which is not counted, leaves the caches as they are for later calls. The connection is the same in
-/// all repetitions: a fresh one acknowledges each packet at once, which costs as much again.
+/// all repetitions: a fresh one acknowledges each packet at once, which costs almost as much again.
 template <class Call>
 void repeatedCall(benchmark::State& state, Call call) {
     if (call() != 200) state.SkipWithError("The service refused the request.");
