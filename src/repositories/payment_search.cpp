@@ -26,6 +26,8 @@ constexpr auto clockTolerance = 60s;
 constexpr auto retransmissionLimit = 120s;
 /// A request leaves this device within 60 seconds, unless it waits for the network.
 constexpr auto arrivalLimit = 60s + retransmissionLimit;
+/// Nobody waits longer than this for an answer.
+constexpr auto answerLimit = 600s;
 constexpr std::int64_t pageSize = 100;
 constexpr int mostPages = 20;
 /// A person who bought the same thing more often than this has to look for themselves.
@@ -37,6 +39,13 @@ std::optional<Date> lastArrival(const JournalEntry& entry) {
     if (entry.endedAt) return *entry.endedAt + retransmissionLimit;
     if (!entry.hasWaited) return entry.payment.startedAt + arrivalLimit;
     return entry.askedAt ? std::optional(*entry.askedAt + arrivalLimit) : std::nullopt;
+}
+
+/// Whether another program that uses the store may be making the payment: no program has noted how it ended.
+bool mayBeMadeElsewhere(const JournalEntry& entry) {
+    if (entry.endedAt || entry.payment.orderId) return false;
+    const auto last = lastArrival(entry);
+    return !last || serverNow() < *last + answerLimit;
 }
 
 std::optional<std::string> unlessEmpty(const std::optional<std::string>& text) {
@@ -113,12 +122,13 @@ void PaymentSearch::judge() {
     askForTargets();
 }
 
-// Whether the order may be that of a payment which this process still waits for.
+// Whether the order may be that of a payment whose answer somebody still waits for.
 bool PaymentSearch::isAwaitedByAnother(const OrderActivityModel& activity) const {
     const auto journal = PaymentJournal::shared();
     const auto others = journal->unsettled();
     return std::any_of(others.begin(), others.end(), [&](const JournalEntry& other) {
-        return other.service == mEntry.service && journal->isUnderWay(other.payment.id) &&
+        return other.service == mEntry.service && other.payment.id != mEntry.payment.id &&
+               (journal->isUnderWay(other.payment.id) || mayBeMadeElsewhere(other)) &&
                fitOf(other, activity) != Fit::NO;
     });
 }

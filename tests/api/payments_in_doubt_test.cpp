@@ -486,6 +486,25 @@ TEST(Settling, NeverTakesTheOrderOfAnotherPayment) {
     EXPECT_THAT(world.outcomes(), ElementsAre("NONE NOT_MADE"));
 }
 
+TEST(Settling, LeavesAnOrderToTheProgramThatMayBeMakingIt) {
+    World world;
+    buy(world);
+    world.answer({UrlError::timedOut});
+    world.advance(seconds(1));
+    buy(world);
+    world.restart();  // and for all this program knows, another one waits for the answer
+    const auto settleFirst = [&] {
+        world.kavio().settlePayment(unsettled(world).front().id);
+        world.answer({200, JsonValue(JsonValue::array_t{transaction(), transaction(before)}).dump()});
+        if (world.isBusy()) world.answer({200, orderAt(1234, "completed")});
+        if (world.isBusy()) world.answer({200, orderAt(1234, "completed")});
+        return world.outcomes().back();
+    };
+    EXPECT_EQ(settleFirst(), "UNKNOWN NOT_CERTAIN");
+    world.advance(std::chrono::minutes(14));
+    EXPECT_EQ(settleFirst(), "DONE NONE");
+}
+
 TEST(Settling, FindsADeposit) {
     World world;
     topUp(world);
