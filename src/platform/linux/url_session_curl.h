@@ -47,12 +47,12 @@ public:
         mNodes.reserve(lines);
         mText.reserve(bytes);
     }
-    /// Valid until the lines change.
+    /// Null without any lines. Valid until they change.
     curl_slist* get() {
         char* line = mText.data();
         for (std::size_t i = 0; i < mNodes.size(); line += std::string_view(line).size() + 1, ++i)
             mNodes[i] = {line, i + 1 < mNodes.size() ? &mNodes[i + 1] : nullptr};
-        return mNodes.data();
+        return mNodes.empty() ? nullptr : mNodes.data();
     }
 
 private:
