@@ -63,7 +63,7 @@ std::string requiredLine(const Entry& entry) {
 /// Asks until the answer can be right; what does not come from a terminal has only one chance.
 std::string entered(const Session& session, const Entry& entry, CardJudge& judge, std::string line) {
     for (;;) {
-        const auto text = tidied(entry.field, line);
+        auto text = tidied(entry.field, line);
         const auto problem = judge.problemWith(entry.field, text);
         if (problem.empty()) return text;
         if (!isInputTerminal()) throw Failure(ExitStatus::REFUSED, problem);
