@@ -249,7 +249,7 @@ void World::buy(Facade& facade, std::int64_t machine, PaymentMethod::PaymentType
 void World::deposit(Facade& facade) {
     const auto wallet = std::make_shared<DepositCard>("0", "", PaymentMethod::PaymentType::KAVIO, 0, "EUR", 2);
     pay(facade, true,
-        [&](Kavio& kavio, std::int64_t amount) { kavio.deposit(wallet, double(amount / 100), cardOf(facade)); });
+        [&](Kavio& kavio, std::int64_t amount) { kavio.deposit(wallet, double(amount) / 100, cardOf(facade)); });
 }
 
 void World::askOrder(Facade& facade) {
