@@ -104,12 +104,6 @@ TEST(CLibrary, ShowsNothingButItsFunctions) {
                                      "kavio_destroy", "kavio_free", "kavio_receive", "kavio_send", "kavio_version"));
 }
 
-TEST(CLibrary, KnowsItsVersions) {
-    EXPECT_STREQ(kavio_version(), "1.0.0");
-    EXPECT_STREQ(kavio_build(), "100");
-    EXPECT_EQ(kavio_abi(), KAVIO_ABI);
-}
-
 TEST(CLibrary, TakesNullPointers) {
     const auto session = open();
     kavio_session* other = session.get();
@@ -214,32 +208,6 @@ TEST(CLibrary, KeepsTheLinesOfSessionsApart) {
         EXPECT_EQ(receive(other), R"({"event":"return","op":"isBusy","facade":"main","value":false})");
     }
     EXPECT_EQ(receive(waiting, 0), "");
-}
-
-TEST(CLibrary, HoldsALineBackUntilTheOneBeforeItHasBeenReportedOrGivenUp) {
-    const auto session = open();
-    const std::vector<std::string> lines{
-        create,
-        R"({"op":"isLoggedIn","facade":"f"})",
-        R"({"op":"isLoggedIn","facade":"f","await":2,"timeoutMs":5})",
-        R"({"op":"sleep","milliseconds":5})",
-        R"({"op":"sleep","milliseconds":5,"await":1,"timeoutMs":5})",
-        R"({"op":"getMachines","facade":"f"})",
-        R"({"op":"getMachines","facade":"f","await":0})",
-        R"({"op":"isBusy","facade":"f"})",
-    };
-    for (const auto& line : lines) send(session, line);
-    std::vector<std::string> events;
-    for (int i = 0; i < 8; ++i) {
-        const auto event = Json::parse(receive(session));
-        events.push_back(event.value("callback", event.value("op", "")));
-        events.back() +=
-            " " + (event.contains("result") ? event["result"].value("type", "") : event.value("event", ""));
-        EXPECT_NE(event.value("onMainThread", true), false);
-    }
-    EXPECT_THAT(events, ElementsAre("create return", "onCheckIsUserLogin FAILURE", "onCheckIsUserLogin FAILURE",
-                                    "isLoggedIn timeout", "sleep timeout", "onGetMachines FAILURE", "isBusy return",
-                                    "onGetMachines FAILURE"));
 }
 
 TEST(CLibrary, EndsEverythingThatWaitsWhenItIsClosed) {

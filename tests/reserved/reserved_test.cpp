@@ -50,23 +50,5 @@ TEST_F(Reserved, PlaceOrderModelKeepsTheOrderOfItsKeys) {
     EXPECT_EQ(decodeDocument<PlaceOrderModel>(some)->encode().dump(), some);
 }
 
-TEST_F(Reserved, ReliableClockStateComesBackFromItsArchive) {
-    ReliableClockState state;
-    state.real = 1;
-    state.elapsed = 2;
-    state.local = 3;
-    state.tag = "t";
-    auto archive = state.archive();
-    EXPECT_EQ(archive, (Serializable::Archive{{"real", 1}, {"elapsed", 2}, {"local", 3}}));
-    archive.erase("elapsed");
-    state.unarchive(archive);
-    EXPECT_THAT((std::vector{state.real, state.elapsed, state.local}), testing::ElementsAre(1, 0, 3));
-    EXPECT_EQ(state.tag, std::nullopt);
-}
-
-TEST_F(Reserved, HexDigestHasTwoLowerCaseDigitsPerByte) {
-    EXPECT_EQ(hexDigest(device.platform().digest->sha1("abc")), "a9993e364706816aba3e25717850c26c9cd0d89d");
-}
-
 }  // namespace
 }  // namespace kavio::test
