@@ -46,39 +46,31 @@ TEST(Transport, TakesAReplyWithoutABodyForAFailureAndShowsTheHostsTranslations) 
                              Report{"onGetOrder", ResultType::ACCESS_DENIED, "Sitzung abgelaufen"}));
 }
 
-TEST(Transport, TellsALostConnectionFromOtherFailures) {
-    const std::string scripted = "failed to send request, error: scripted failure";
-    World world;
-    for (const auto& [answer, type, message] : std::vector<std::tuple<Answer, ResultType, std::string>>{
-             {UrlError::notConnectedToInternet, ResultType::NETWORK_FAILED, scripted},
-             {UrlError::timedOut, ResultType::FAILURE, scripted},
-             {UrlError::serverCertificateUntrusted, ResultType::FAILURE, scripted},
-             {{600, "{}"}, ResultType::FAILURE, "{}"},
-             {{503, "\xff\xfe"}, ResultType::SERVER_ERROR, "\uFFFD\uFFFD"},
-         }) {
-        world.kavio().getOrder("1");
-        world.answer(answer);
-        EXPECT_EQ(world.reports().back(), (Report{"onGetOrder", type, message}));
-    }
-}
-
 struct FixedErrorHandler final : NetworkServiceErrorHandler {
+    explicit FixedErrorHandler(std::optional<std::string> fixed) : message(std::move(fixed)) {}
     void handle(const UrlReply&, Completion completion) override { completion(APIError::serverError, message); }
-    std::optional<std::string> message;
+    const std::optional<std::string> message;
 };
 
-TEST(Transport, LeavesFailuresToTheHostsErrorHandler) {
-    for (const auto& [handled, answer, type, message] :
-         std::vector<std::tuple<std::optional<std::string>, Answer, ResultType, std::string>>{
-             {"H", UrlError::networkConnectionLost, ResultType::NETWORK_FAILED, "H"},
-             {"H", {401, "{}"}, ResultType::ACCESS_DENIED, "H"},
-             {std::nullopt, {500, R"({"message":"M"})"}, ResultType::SERVER_ERROR, "M"},
-             {"H", {417, "{}"}, ResultType::FAILURE, "invalid_signature"},
-             {"H", {488, R"({"code":"C"})"}, ResultType::FAILURE, "C"},
+TEST(Transport, TellsFailuresApartAndLeavesThemToTheHostsErrorHandler) {
+    const std::string scripted = "failed to send request, error: scripted failure";
+    const auto nobody = std::shared_ptr<FixedErrorHandler>();
+    const auto silent = std::make_shared<FixedErrorHandler>(std::nullopt);
+    const auto says = std::make_shared<FixedErrorHandler>("H");
+    for (const auto& [handler, answer, type, message] :
+         std::vector<std::tuple<std::shared_ptr<FixedErrorHandler>, Answer, ResultType, std::string>>{
+             {nobody, UrlError::notConnectedToInternet, ResultType::NETWORK_FAILED, scripted},
+             {nobody, UrlError::timedOut, ResultType::FAILURE, scripted},
+             {nobody, UrlError::serverCertificateUntrusted, ResultType::FAILURE, scripted},
+             {nobody, {600, "{}"}, ResultType::FAILURE, "{}"},
+             {nobody, {503, "\xff\xfe"}, ResultType::SERVER_ERROR, "\uFFFD\uFFFD"},
+             {says, UrlError::networkConnectionLost, ResultType::NETWORK_FAILED, "H"},
+             {says, {401, "{}"}, ResultType::ACCESS_DENIED, "H"},
+             {silent, {500, R"({"message":"M"})"}, ResultType::SERVER_ERROR, "M"},
+             {says, {417, "{}"}, ResultType::FAILURE, "invalid_signature"},
+             {says, {488, R"({"code":"C"})"}, ResultType::FAILURE, "C"},
          }) {
         World world;
-        const auto handler = std::make_shared<FixedErrorHandler>();
-        handler->message = handled;
         KavioNetworkService::shared()->setErrorHandler(handler);
         world.kavio().getOrder("1");
         world.answer(answer);
