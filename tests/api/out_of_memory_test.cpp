@@ -62,6 +62,7 @@ const Step enrol = inside([](Kavio& kavio) {
 });
 const auto* challengePage = R"({"type":3,"url":"https://acs.example/c","id":"I"})";
 const auto* fingerprintPage = R"({"type":2,"page":"https://acs.example/f","id":"I"})";
+const Step useWindows = [](World&) { Platform::current().windows = windows; };
 const Step redirect = inside([](Kavio&) { windows->navigate(loopback); });
 // Of another facade, which shares the screen.
 std::unique_ptr<Kavio> neighbour;
@@ -107,15 +108,15 @@ const std::vector<Course> courses{
      {expireTime, buy, reply(replies::order("created")), reply(replies::order("completed"))},
      true},
     {"logout", {inside([](Kavio& kavio) { kavio.logout(); }), reply("{}")}},
-    {"enrolment, closed", {[](World&) { Platform::current().windows = windows; }, enrol, reply(challengePage), close}},
+    {"enrolment, closed", {useWindows, enrol, reply(challengePage), close}},
     {"enrolment, replaced",
-     {makeNeighbour, [](World&) { Platform::current().windows = windows; }, enrol, reply(challengePage), enrolNeighbour,
-      reply(challengePage), close, close, destroyNeighbour}},
+     {makeNeighbour, useWindows, enrol, reply(challengePage), enrolNeighbour, reply(challengePage), close, close,
+      destroyNeighbour}},
     {"enrolment, taken down",
-     {makeNeighbour, [](World&) { Platform::current().windows = windows; }, enrol, reply(challengePage),
-      releaseNeighbour, releaseNeighbour, close, destroyNeighbour}},
+     {makeNeighbour, useWindows, enrol, reply(challengePage), releaseNeighbour, releaseNeighbour, close,
+      destroyNeighbour}},
     {"enrolment",
-     {[](World&) { Platform::current().windows = windows; }, enrol, reply(fingerprintPage), reply("<html>"), redirect,
+     {useWindows, enrol, reply(fingerprintPage), reply("<html>"), redirect,
       reply(R"({"result":2,"url":"https://acs.example/c"})"), redirect,
       reply(R"({"result":3,"locator":"L","url":"U","message":"M"})"), close}},
 };

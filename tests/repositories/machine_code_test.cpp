@@ -1,6 +1,5 @@
 #include "repositories/machine_code.h"
 
-#include "repositories/repositories.h"
 #include "support/world.h"
 
 #include <gmock/gmock.h>
@@ -125,27 +124,6 @@ TEST(MachineCode, KnowsEveryCheckDigit) {
                 << digits << digit;
         }
     }
-}
-
-TEST(MachineRepository, RemembersTheLastLookUpOfASingleMachine) {
-    World world;
-    const auto repository = std::make_shared<MachineRepository>();
-    const auto lookUp = [&](const MachineQuery& query, const std::string& body) {
-        repository->machines(query, [](const auto&) {});
-        world.answer({200, body});
-    };
-    const std::string machine =
-        R"([{"name":1,"machineId":5,"machineType":1,"isRevalueOnly":false,"reviewsCount":0,"reviewsCount1":0,)"
-        R"("reviewsCount2":0,"reviewsCount3":0,"reviewsCount4":0,"reviewsCount5":0,"isPulse":false}])";
-
-    lookUp({.kavioMachineId = 7}, machine);
-    ASSERT_TRUE(repository->lastMachineRequest() && repository->lastMachineResponse());
-    EXPECT_EQ(repository->lastMachineResponse()->id, 5);
-    lookUp({.qr_number = "123456"}, "[]");
-    EXPECT_EQ(repository->lastMachineRequest()->qrNumber, "123456");
-    EXPECT_FALSE(repository->lastMachineResponse());
-    lookUp({.machineId = 7}, machine);
-    EXPECT_FALSE(repository->lastMachineRequest() || repository->lastMachineResponse());
 }
 
 }  // namespace
