@@ -134,18 +134,13 @@ TEST_F(AsyncTest, GivesUpAPurchaseOnlyBeforeItLeaves) {
 }
 
 TEST_F(AsyncTest, EndsWithTheWallet) {
-    struct Case {
-        const char* name;
-        std::function<void(std::unique_ptr<AsyncKavio>&)> letGo;
-    };
-    for (const auto& c : {Case{"released", [](auto& going) { going->release(); }},
-                          Case{"destroyed", [](auto& going) { going.reset(); }}}) {
-        SCOPED_TRACE(c.name);
+    for (const bool isDestroyed : {false, true}) {
+        SCOPED_TRACE(isDestroyed);
         wallet = std::make_unique<AsyncKavio>("key", Kavio::EnvironmentType::TEST);
         const auto operation = wallet->getPaymentMethods();
         std::vector<std::string> told;
         operation.then([&](const auto& last) { told.push_back(shown(last)); });
-        c.letGo(wallet);
+        isDestroyed ? wallet.reset() : wallet->release();
         EXPECT_THAT(told, ElementsAre("FAILURE UNKNOWN RELEASED"));
         device.letPass(2min);
         EXPECT_THAT(heard(operation), ElementsAre("FAILURE UNKNOWN RELEASED"));

@@ -131,10 +131,6 @@ ssize_t read(int file, void* bytes, std::size_t count) {
     static auto* const real = next<ssize_t(int, void*, std::size_t)>("read");
     return refuses(Call::READ, EIO) ? -1 : real(file, bytes, count);
 }
-ssize_t pread(int file, void* bytes, std::size_t count, off_t offset) {
-    static auto* const real = next<ssize_t(int, void*, std::size_t, off_t)>("pread");
-    return refuses(Call::READ, EIO) ? -1 : real(file, bytes, count, offset);
-}
 ssize_t pread64(int file, void* bytes, std::size_t count, off64_t offset) {
     static auto* const real = next<ssize_t(int, void*, std::size_t, off64_t)>("pread64");
     return refuses(Call::READ, EIO) ? -1 : real(file, bytes, count, offset);
@@ -143,17 +139,9 @@ ssize_t write(int file, const void* bytes, std::size_t count) {
     static auto* const real = next<ssize_t(int, const void*, std::size_t)>("write");
     return refuses(Call::WRITE, ENOSPC) ? -1 : real(file, bytes, count);
 }
-ssize_t pwrite(int file, const void* bytes, std::size_t count, off_t offset) {
-    static auto* const real = next<ssize_t(int, const void*, std::size_t, off_t)>("pwrite");
-    return refuses(Call::WRITE, ENOSPC) ? -1 : real(file, bytes, count, offset);
-}
 ssize_t pwrite64(int file, const void* bytes, std::size_t count, off64_t offset) {
     static auto* const real = next<ssize_t(int, const void*, std::size_t, off64_t)>("pwrite64");
     return refuses(Call::WRITE, ENOSPC) ? -1 : real(file, bytes, count, offset);
-}
-int fsync(int file) {
-    static auto* const real = next<int(int)>("fsync");
-    return refuses(Call::SYNC, EIO) ? -1 : real(file);
 }
 int fdatasync(int file) {
     static auto* const real = next<int(int)>("fdatasync");

@@ -99,9 +99,11 @@ TEST(DebugTexts, OfOrders) {
                              "|date: 2024-01-01 00:00:00 +0000,|currency: nil,|items count: 0,|ending balance: -1}");
 }
 
-// The kinds of payment method that an account has are compared where the account is read.
 TEST(DebugTexts, OfPaymentMethods) {
-    expectText(PaymentMethod("1", "n", PaymentType::PAYPAL), "|{ID: 1,|number: n,|type: PAYPAL");
+    expectText(CreditCard("1", "n", PaymentType::CREDIT_CARD, "b"), "|{ID: 1,|number: n,|type: CREDIT_CARD,|brand: b}");
+    expectText(PrepaidCard("1", "n", PaymentType::PREPAID, 5, "EUR", 2),
+               "|{ID: 1,|number: n,|type: PREPAID,|balance: 5,|currency: EUR, |currency decimal digits: 2},"
+               "|isActive: false,|created: 1970-01-01 00:00:00 +0000,|isMoney: false}");
     expectText(Card{"4111", "1", "2030", "123", "e@x"}, "|{PAN: 4111,|month: 1,|year: 2030,|CVV: 123,|email: e@x}");
 }
 
