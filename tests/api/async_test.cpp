@@ -48,25 +48,6 @@ protected:
 const std::vector<std::string> orderReports{"SUCCESS DONE NONE CREATED", "SUCCESS DONE NONE AUTHORIZED",
                                             "SUCCESS DONE NONE COMPLETED"};
 
-Task purchase(AsyncKavio& wallet, std::vector<std::string>& heard) {
-    heard.push_back("methods " + shown(co_await wallet.getPaymentMethods()));
-    auto order = wallet.placeOrder(42100107, balance, 150, {});
-    heard.push_back("meanwhile " + shown(co_await wallet.logout()));
-    while (const auto report = co_await order.next()) heard.push_back(shown(*report));
-    heard.push_back("last " + shown(co_await order));
-    if (!co_await wallet.getOrder("nonsense")) heard.push_back("refused");
-}
-
-TEST_F(AsyncTest, ReadsFromTopToBottomInACoroutine) {
-    std::vector<std::string> heard;
-    const auto task = purchase(*wallet, heard);
-    EXPECT_FALSE(task.isDone());
-    device.letPass(2min);
-    EXPECT_TRUE(task.isDone());
-    EXPECT_THAT(heard, ElementsAre("methods SUCCESS NONE NONE", "meanwhile BUSY NONE BUSY", orderReports[0],
-                                   orderReports[1], orderReports[2], "last " + orderReports[2], "refused"));
-}
-
 TEST_F(AsyncTest, TellsEveryWayAtOnceAndTheDelegate) {
     const auto operation = buy();
     std::vector<std::string> onTheWay;
@@ -169,29 +150,19 @@ TEST_F(AsyncTest, ForgetsACoroutineThatIsGone) {
     EXPECT_EQ(delegate->reports.size(), 1U);
 }
 
-TEST_F(AsyncTest, SettlesPaymentsOfBothKinds) {
+TEST_F(AsyncTest, SettlesADeposit) {
     const auto wallets = std::make_shared<const DepositCard>("0", "", PaymentMethod::PaymentType::KAVIO, 0, "EUR", 2);
     const auto methods = wallet->getPaymentMethods();
     device.letPass(1s);
-    std::string card;
-    for (const auto& method : *methods.reports().back().payload)
-        if (method->type == PaymentMethod::PaymentType::CREDIT_CARD) card = method->id;
     device.network().next(fate::replyLost());
-    const auto bought = buy();
-    device.letPass(5s);
-    device.network().next(fate::replyLost());
-    const auto deposited = wallet->deposit(wallets, 5, card);
+    const auto deposited = wallet->deposit(wallets, 5, methods.reports().back().payload->at(1)->id);
     device.letPass(5min);
-    EXPECT_THAT(heard(bought), ElementsAre("NETWORK_FAILED UNKNOWN CONNECTION_LOST"));
     EXPECT_THAT(heard(deposited), ElementsAre("NETWORK_FAILED UNKNOWN CONNECTION_LOST"));
-    for (const auto& payment : wallet->kavio().unsettledPayments()) {
-        const auto settled = wallet->settlePayment(payment.id);
-        device.letPass(2min);
-        ASSERT_TRUE(settled.isOver());
-        const auto& last = settled.reports().back();
-        EXPECT_EQ(shown(last), "SUCCESS DONE NONE");
-        EXPECT_NE(last.payload.order != nullptr, last.payload.balance.has_value());
-    }
+    const auto settled = wallet->settlePayment(wallet->kavio().unsettledPayments().at(0).id);
+    device.letPass(2min);
+    EXPECT_THAT(heard(settled), ElementsAre("SUCCESS DONE NONE"));
+    EXPECT_EQ(settled.reports().back().payload.order, nullptr);
+    EXPECT_TRUE(settled.reports().back().payload.balance);
     EXPECT_THAT(wallet->kavio().unsettledPayments(), IsEmpty());
 }
 

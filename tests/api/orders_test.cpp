@@ -197,6 +197,7 @@ TEST(GetOrder, AsksForDecimalIntegersOnly) {
                                                                 {"9223372036854775808", false},
                                                                 {"+-5", false},
                                                                 {" 5", false},
+                                                                {"", false},
                                                                 {"\u0665", false}}) {
         World world;
         world.kavio().getOrder(id);

@@ -71,14 +71,6 @@ TEST(Deposit, SendsTheAmountInTheSmallestUnit) {
     }
 }
 
-TEST(Deposit, ToAPrepaidCardGoesToThatCard) {
-    World world;
-    world.kavio().deposit(std::make_shared<DepositCard>("9/..", "99", PaymentType::PREPAID, 0, "USD", 2), 1, "L1");
-    EXPECT_THAT(world.paths(), ElementsAre("/prepaidCards/9/../deposits/"));
-    world.answer({200, R"({"deposit":{"balance":77}})"});
-    EXPECT_THAT(world.reports(), ElementsAre(Report{"onDeposit", ResultType::SUCCESS, {}, "77"}));
-}
-
 TEST(Deposit, IsRefusedAtOnceWhereNothingCanBeSent) {
     const std::vector<std::tuple<std::optional<PaymentType>, double, const char*>> cases{
         {PaymentType::CREDIT_CARD, 1, "cannot deposit to CREDIT_CARD card"},

@@ -102,17 +102,6 @@ TEST(Results, TellOfEveryAnswerWhatHappenedAndWhy) {
     }
 }
 
-TEST(Results, TellOfRefusalsBeforeAnythingIsSent) {
-    World world;
-    world.kavio().isLoggedIn();
-    world.kavio().verify("1", "DE", "49", "501");
-    world.kavio().placeOrder(1, nullptr, 1, {});
-    world.kavio().settlePayment("none");
-    EXPECT_THAT(world.outcomes(),
-                ElementsAre("NONE NO_SESSION", "NONE NO_SESSION", "NONE INVALID_INPUT", "NONE INVALID_INPUT"));
-    EXPECT_EQ(world.reports().back(), (Report{"onPlaceOrder", ResultType::BAD_INPUT, "{none} is invalid payment ID"}));
-}
-
 TEST(Results, OfAFollowedOrderAreDone) {
     for (const int status : {503, 401}) {
         World world;
@@ -266,8 +255,11 @@ std::string orderAt(std::int64_t machine, const std::string& status, const std::
     return order.dump();
 }
 
-/// The reply to the request for transactions.
-Answer listing(const std::vector<JsonObject>& transactions) { return {200, JsonValue(transactions).dump()}; }
+/// Settles the oldest payment in doubt by these transactions.
+void settle(World& world, const std::vector<JsonObject>& transactions) {
+    world.kavio().settlePayment(unsettled(world).front().id);
+    world.answer({200, JsonValue(transactions).dump()});
+}
 
 TEST(Settling, FindsThePurchaseThatFitsOrSaysThatNoneWasMade) {
     struct Case {
@@ -315,11 +307,9 @@ TEST(Settling, FindsThePurchaseThatFitsOrSaysThatNoneWasMade) {
         buy(world);
         world.restart();
         world.advance(c.later);
-        world.kavio().settlePayment(unsettled(world).front().id);
-        EXPECT_TRUE(world.isBusy());
         auto transactions = c.transactions;
         transactions.push_back(transaction(before));
-        world.answer(listing(transactions));
+        settle(world, transactions);
         for (const auto& order : c.orders) world.answer({200, order});
         EXPECT_THAT(world.outcomes(), ElementsAre(c.outcome));
         EXPECT_THAT(unsettled(world), SizeIs(c.outcome == notCertain ? 1 : 0));
@@ -333,9 +323,8 @@ TEST(Settling, ReadsTheTransactionsBackToThePurchase) {
     buy(world);
     world.restart();
     world.advance(std::chrono::hours(1));
-    world.kavio().settlePayment(unsettled(world).front().id);
     // A service that returns fewer than were asked for has not said that there are no others.
-    world.answer(listing({transaction({{"orderId", 600}, {"created", "2024-01-01T00:50:00.000"}, {"amount", 5}})}));
+    settle(world, {transaction({{"orderId", 600}, {"created", "2024-01-01T00:50:00.000"}, {"amount", 5}})});
     EXPECT_EQ(world.paths().back(), "/orders/activities?beforeAuTime=2024-01-01T00:50:00.001&limit=100");
     world.answer({200, "[]"});
     EXPECT_THAT(world.outcomes(), ElementsAre("NONE NOT_MADE"));
@@ -344,8 +333,7 @@ TEST(Settling, ReadsTheTransactionsBackToThePurchase) {
 // The order of a list, the clock and the wait for a network decide what may be concluded.
 TEST(Settling, SaysThatNoneWasMadeOnlyWhenThatIsCertain) {
     const auto settleFirst = [](World& world) {
-        world.kavio().settlePayment(unsettled(world).front().id);
-        world.answer(listing({transaction(before)}));
+        settle(world, {transaction(before)});
         return world.outcomes().back();
     };
     {
@@ -384,8 +372,7 @@ TEST(Settling, SaysThatNoneWasMadeOnlyWhenThatIsCertain) {
         buy(world);
         world.restart();
         world.advance(std::chrono::hours(1));
-        world.kavio().settlePayment(unsettled(world).front().id);
-        world.answer(listing({transaction(before), transaction({{"amount", 5}})}));
+        settle(world, {transaction(before), transaction({{"amount", 5}})});
         EXPECT_TRUE(world.isBusy()) << "asks on";
         world.answer({200, "[]"});
         EXPECT_EQ(world.outcomes().back(), "NONE NOT_MADE");
@@ -405,7 +392,7 @@ TEST(Settling, FindsAPurchaseDuringWhichSomebodySetTheClock) {
         world.kavio().settlePayment(unsettled(world).front().id);
         world.answer(
             {200, R"({"serverTime":"2024-01-01T00:06:00.000+0000","expireTime":"2024-01-01T01:06:00.000+0000"})"});
-        world.answer(listing({transaction(), transaction(before)}));
+        world.answer({200, JsonValue(std::vector{transaction(), transaction(before)}).dump()});
         for (int i = 0; i < 2; ++i) world.answer({200, orderAt(1234, "completed")});
         EXPECT_EQ(world.outcomes().back(), "DONE NONE");
     }
@@ -440,8 +427,7 @@ TEST(Settling, NeverTakesTheOrderOfAnotherPayment) {
     world.answer({200, orderAt(1234, "completed")});
     world.restart();
     world.advance(std::chrono::minutes(10));
-    world.kavio().settlePayment(unsettled(world).front().id);
-    world.answer(listing({transaction(), transaction(before)}));
+    settle(world, {transaction(), transaction(before)});
     EXPECT_THAT(world.outcomes(), ElementsAre("NONE NOT_MADE"));
 }
 
@@ -453,8 +439,7 @@ TEST(Settling, LeavesAnOrderToTheProgramThatMayBeMakingIt) {
     buy(world);
     world.restart();  // and for all this program knows, another one waits for the answer
     const auto settleFirst = [&] {
-        world.kavio().settlePayment(unsettled(world).front().id);
-        world.answer(listing({transaction(), transaction(before)}));
+        settle(world, {transaction(), transaction(before)});
         if (world.isBusy()) world.answer({200, orderAt(1234, "completed")});
         if (world.isBusy()) world.answer({200, orderAt(1234, "completed")});
         return world.outcomes().back();
@@ -468,11 +453,10 @@ TEST(Settling, FindsADeposit) {
     World world;
     topUp(world);
     world.restart();
-    world.kavio().settlePayment(unsettled(world).front().id);
     const auto made = transaction({{"orderType", 3}, {"amount", 1250}});
     const auto refused =
         transaction({{"orderId", 502}, {"orderType", 3}, {"amount", 1250}, {"orderStatusName", "refused"}});
-    world.answer(listing({refused, made, transaction(before)}));
+    settle(world, {refused, made, transaction(before)});
     EXPECT_THAT(world.reports(), ElementsAre(Report{"onDeposit", ResultType::SUCCESS, std::nullopt, "7"}));
     EXPECT_THAT(unsettled(world), IsEmpty());
 }

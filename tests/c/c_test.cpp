@@ -6,7 +6,6 @@
 #include <poll.h>
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <cstdio>
 #include <future>
@@ -78,16 +77,12 @@ bool isReadable(const Session& session, int milliseconds = 0) {
     return ::poll(&entry, 1, milliseconds) == 1 && entry.revents == POLLIN;
 }
 
-/// What the dynamic symbol table of a library offers.
-std::vector<std::string> symbolsOf(const std::string& library) {
-    std::vector<std::string> names;
-    const std::unique_ptr<FILE, decltype(&pclose)> output{popen(("nm -D --defined-only -j " + library).c_str(), "r"),
+/// What the dynamic symbol table of the library offers, a name a line.
+std::string symbols() {
+    const std::unique_ptr<FILE, decltype(&pclose)> output{popen("nm -D --defined-only -j " KAVIO_C_LIBRARY, "r"),
                                                           pclose};
-    std::array<char, 1000> line{};
-    while (std::fgets(line.data(), line.size(), output.get()) != nullptr) {
-        names.emplace_back(line.data());
-        names.back().pop_back();
-    }
+    std::string names(10'000, ' ');
+    names.resize(std::fread(names.data(), 1, names.size(), output.get()));
     return names;
 }
 
@@ -99,9 +94,9 @@ const std::string createAnswer = R"({"event":"return","op":"create","facade":"f"
 }  // namespace
 
 TEST(CLibrary, ShowsNothingButItsFunctions) {
-    EXPECT_THAT(symbolsOf(KAVIO_C_LIBRARY),
-                UnorderedElementsAre("kavio_abi", "kavio_build", "kavio_close", "kavio_create", "kavio_descriptor",
-                                     "kavio_destroy", "kavio_free", "kavio_receive", "kavio_send", "kavio_version"));
+    EXPECT_EQ(symbols(),
+              "kavio_abi\nkavio_build\nkavio_close\nkavio_create\nkavio_descriptor\nkavio_destroy\nkavio_free\n"
+              "kavio_receive\nkavio_send\nkavio_version\n");
 }
 
 TEST(CLibrary, TakesNullPointers) {
