@@ -1,11 +1,14 @@
 #include "models/json/decoding_error.h"
 #include "models/json/document.h"
 #include "models/json/json_value.h"
+#include "models/json/object_shape.h"
 #include "models/replies.h"
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <limits>
+#include <tuple>
 #include <type_traits>
 
 namespace kavio::test {
@@ -112,6 +115,14 @@ TEST(Members, AreFoundWhateverObjectWasReadBefore) {
     for (int time = 0; time < 2; ++time) EXPECT_EQ(textOf(*decodeDocument<std::vector<Pair>>(list)), expected);
 }
 
+TEST(Shapes, AreRememberedOnlyOfOrdinaryObjects) {
+    for (const auto& [count, name, expected] : std::vector<std::tuple<std::size_t, std::string, bool>>{
+             {256, "", true}, {257, "", false}, {256, "sixteen letters!", true}, {256, "seventeen letters", false}}) {
+        const std::vector<std::string_view> names(count, name);
+        EXPECT_EQ(ObjectShape(names).isOrdinary(), expected) << count << " of \"" << name << '"';
+    }
+}
+
 TEST(Members, WithoutANameAreTakenForNoOther) {
     for (const int count : {1, 2, 300}) {
         std::string nameless = R"("":7)";
@@ -125,6 +136,20 @@ TEST(Members, WithoutANameAreTakenForNoOther) {
             EXPECT_EQ(textOf(*decodeDocument<std::vector<Pair>>(list)), "-- 1- -2 3- -- ");
     }
 }
+
+// A literal as a template's argument.
+template <std::size_t N>
+struct Literal {
+    char text[N]{};
+    consteval Literal(const char (&literal)[N]) { std::copy_n(literal, N, text); }
+};
+template <Literal name>
+concept IsKey = requires {
+    typename std::bool_constant<(Key(name.text), true)>;
+};
+
+static_assert(IsKey<"one"> && IsKey<"">);
+static_assert(!IsKey<"one\0two"> && !IsKey<"\0">, "A key that is cut off would be another one.");
 
 // Something that a record cannot do by mistake, because it does not compile.
 struct Borrowing {
@@ -144,6 +169,10 @@ static_assert(!gives<KeyedContainer::Optional<false>, std::optional<std::string_
               !gives<KeyedContainer::Required<false>, std::vector<Borrowing>>);
 static_assert(!gives<KeyedContainer::Optional<false>, std::string>,
               "An optional member cannot become one that is always there.");
+static_assert(!gives<KeyedContainer::WithFallback<false, double>, std::int64_t> &&
+                  !gives<KeyedContainer::WithFallback<false, int>, double> &&
+                  !gives<KeyedContainer::WithFallback<false, const char*>, std::optional<bool>>,
+              "A default has the type of its member.");
 
 struct Loose {
     JsonValue value;

@@ -1,3 +1,5 @@
+#include "util/event.h"
+#include "util/kavio_utils.h"
 #include "util/trace.h"
 
 #include <kavio/testing/device.h>
@@ -54,6 +56,44 @@ TEST_F(Threads, GuardBlocksByTheAddressOfTheirLock) {
     count();
     second.join();
     EXPECT_EQ(counter, 2000);
+}
+
+TEST_F(Threads, FindEveryMatchOfAPattern) {
+    EXPECT_THAT(KavioUtils::matches("a(b)", "abxab"), testing::ElementsAre("ab", "ab"));
+    EXPECT_THAT(KavioUtils::matches("(", "abab"), testing::IsEmpty()) << "a pattern that does not compile";
+}
+
+struct Door {
+    std::shared_ptr<Event<Door>> opened;
+};
+
+TEST_F(Threads, HearOfAnEventAsLongAsTheyAreAttached) {
+    auto door = std::make_shared<Door>();
+    const auto event = std::make_shared<Event<Door>>(door);
+    const auto owner = std::make_shared<int>();
+    std::string heard;
+    const auto observer = [&](
+                              const std::string& name, std::function<void()> more = [] {}) {
+        return std::make_shared<Event<Door>::Observer>(owner, [&heard, name, more](Door&) { heard += name, more(); });
+    };
+    const auto stays = observer("s");
+    event->attach(stays);
+    event->attach(stays);
+    event->attachOnce(observer("o", [&] { event->attach(observer("l")); }));
+    EXPECT_EQ(event->name() + std::to_string(event->count()), "Door2");
+    std::thread([&] { event->invokeOnMainThread(); }).join();
+    EXPECT_EQ(heard, "") << "posted to the main thread";
+    device.run();
+    event->detach(stays);
+    event->invokeOnMainThread();
+    EXPECT_THAT(heard, testing::AnyOf("sol", "osl"));
+    event->detach(owner.get());
+    event->invokeAll();
+    for (const auto* name : {"a", "b"}) event->attach(observer(name, [&] { door.reset(); }));
+    event->invokeAll();
+    EXPECT_THAT(heard.substr(3), testing::AnyOf("a", "b")) << "until the sender is gone";
+    event->detachAll();
+    EXPECT_EQ(event->count(), 0U);
 }
 
 }  // namespace
