@@ -77,22 +77,6 @@ TEST(SqliteStores, LiveInMemoryWhereNothingCanBeWritten) {
     EXPECT_FALSE(stores->standard()->isKept());
 }
 
-TEST(SqliteStores, ShowEachProcessTheOthersWritesAtOnce) {
-    StoreFolder store;
-    const OtherProcess other([&](int channel) {  // answers each number that it finds with the next one
-        const auto suite = store.suite();
-        for (int turn = 0; hear(channel, turn); tell(channel, turn))
-            suite->set("n", std::to_string(std::stoi(suite->string("n").value_or("-1000")) + 1));
-        return true;
-    });
-    const auto suite = store.suite();
-    for (int turn = 0; turn < 50; ++turn) {
-        ASSERT_TRUE(suite->set("n", std::to_string(turn * 10)));
-        ASSERT_TRUE(tell(other.channel, turn) && hear(other.channel, turn));
-        ASSERT_EQ(suite->string("n"), std::to_string(turn * 10 + 1));
-    }
-}
-
 TEST(SqliteStores, KeepEveryAcknowledgedWriteOfAWriterThatIsKilled) {
     constexpr int keys = 5;
     const auto key = [](int n) { return "key" + std::to_string(n % keys); };
@@ -462,37 +446,22 @@ void writeIt(Trial& trial, Fault, const Repair& plan, const Repair& repair) {
 
 TEST(SqliteStores, LoseNothingAndSetNothingAsideWhenDiskOrMemoryFail) {
     const FailingDevice device;
-    const auto disk = &FailingDevice::disk;
-    const auto memory = &FailingDevice::memory;
-    for (const auto& [plan, fault, operation, what] :
-         std::vector<std::tuple<FaultPlan*, Fault, decltype(&openIt), const char*>>{
-             {disk, Fault::REFUSED_ONCE, openIt, "open, refused once"},
-             {disk, Fault::DONE_ONCE, openIt, "open, done once"},
-             {disk, Fault::GARBLED_ONCE, openIt, "open, garbled once"},
-             {disk, Fault::FOR_EVER, openIt, "open, for ever"},
-             {memory, Fault::REFUSED_ONCE, openIt, "open, no memory once"},
-             {memory, Fault::FOR_EVER, openIt, "open, no memory for ever"},
-             {disk, Fault::REFUSED_ONCE, readIt, "read, refused once"},
-             {disk, Fault::GARBLED_ONCE, readIt, "read, garbled once"},
-             {disk, Fault::FOR_EVER, readIt, "read, for ever"},
-             {memory, Fault::REFUSED_ONCE, readIt, "read, no memory once"},
-             {memory, Fault::FOR_EVER, readIt, "read, no memory for ever"},
-             {disk, Fault::REFUSED_ONCE, writeIt, "write, refused once"},
-             {disk, Fault::DONE_ONCE, writeIt, "write, done once"},
-             {disk, Fault::FOR_EVER, writeIt, "write, for ever"},
-             {memory, Fault::REFUSED_ONCE, writeIt, "write, no memory once"},
-             {memory, Fault::FOR_EVER, writeIt, "write, no memory for ever"},
-         }) {
-        bool hasCome = true;
-        int turn = 1;
-        for (; hasCome && turn < 2000; ++turn) {
-            SCOPED_TRACE(what + std::string(", at ") + std::to_string(turn));
-            Trial trial;
-            operation(
-                trial, fault, [&, p = plan, f = fault] { p->failAt(turn, f); },
-                [&, p = plan] { hasCome = p->repair(); });
+    const std::initializer_list<std::pair<const char*, decltype(&openIt)>> operations{
+        {"open", openIt}, {"read", readIt}, {"write", writeIt}};
+    for (const auto& [what, operation] : operations) {
+        for (auto* const plan : {&FailingDevice::disk, &FailingDevice::memory}) {
+            for (const auto fault : {Fault::REFUSED_ONCE, Fault::DONE_ONCE, Fault::GARBLED_ONCE, Fault::FOR_EVER}) {
+                bool hasCome = true;
+                int turn = 1;
+                for (; hasCome && turn < 2000; ++turn) {
+                    SCOPED_TRACE(testing::Message() << what << ", fault " << int(fault) << " at " << turn);
+                    Trial trial;
+                    operation(
+                        trial, fault, [&] { plan->failAt(turn, fault); }, [&] { hasCome = plan->repair(); });
+                }
+                EXPECT_GT(turn, 3) << what;
+            }
         }
-        EXPECT_GT(turn, 3) << what;
     }
 }
 

@@ -12,16 +12,6 @@
 namespace kavio::test {
 namespace {
 
-TEST(UrlSession, TakesUpTlsSessionsSoThatNewConnectionsAreCheap) {
-    const ServiceServer server(meeting([](Connection& connection, const std::string&) {
-        return connection.send(httpReply(200, connection.isResumed() ? "resumed" : "new"));
-    }));
-    const auto session = makeUrlSession(configured(server.address()));
-    for (const char* expected : {"200 new", "200 resumed", "200 resumed"})
-        EXPECT_EQ(text(fetch(*session, post(serviceUrl, "body"))), expected);
-    EXPECT_EQ(server.received().size(), 3u);
-}
-
 TEST(UrlSession, KeepsAConnectionForQueriesAlone) {
     const ServiceServer server(answering(httpReply(200, "ok")));
     const auto session = makeUrlSession(configured(server.address()));
@@ -37,28 +27,6 @@ TEST(UrlSession, DoesNotContinueAHeaderOfTheReplyBefore) {
     const auto session = makeUrlSession(configured(server.address()));
     EXPECT_EQ(text(fetch(*session, get(std::string(serviceUrl) + "/first"))), "200 ok");
     EXPECT_EQ(text(fetch(*session, get(std::string(serviceUrl) + "/second"))), "-1011 The reply is malformed.");
-}
-
-TEST(UrlSession, SaysWhatIsWrongWithACertificate) {
-    for (const auto& [identity, reason] : std::vector<std::pair<Identity, std::string>>{
-             {serviceAuthority().issue({"service.test"}, std::chrono::hours(-1)), "expired"},
-             {serviceAuthority().issue({"else.test"}), "another host"},
-             {Authority::selfSigned({"service.test"}), "self-signed"},
-             {Authority().issue({"service.test"}), "issuer|signature"},
-         }) {
-        const RawServer server(identity, answering(httpReply(200, "")));
-        EXPECT_THAT(text(fetch(*makeUrlSession(configured(server.address())), get(serviceUrl))),
-                    testing::ContainsRegex("^-1202 The .*(" + reason + ").*\\.$"));
-    }
-}
-
-TEST(UrlSession, MayBeDestroyedByACompletionThatComesAtOnce) {
-    for (int i = 0; i < 100; ++i) {
-        auto session = makeUrlSession(configured(""));
-        std::promise<void> ended;
-        session->dataTask(get("no URL"), [&](const Outcome&) { session.reset(), ended.set_value(); });
-        ended.get_future().wait();
-    }
 }
 
 TEST(UrlSessionHttp2, CarriesRequestsSideBySide) {
