@@ -99,10 +99,6 @@ TEST_F(EnrolmentTest, IsCanceledByAPersonUntilThePageHasEndedAndNotAfter) {
 }
 
 TEST_F(EnrolmentTest, StaysInTheHandsOfThePersonWhateverThePageDoes) {
-    server.serve("/download", [](const auto&, auto& response) {
-        response.set_header("Content-Disposition", "attachment; filename=kavio-test-download");
-        response.set_content("bytes", "application/octet-stream");
-    });
     server.servePage("/again", "<script>location='/again'</script>");
     server.servePage("/large",
                      "<p>" + std::string(50'000'000, 'x'));  // NOLINT(bugprone-string-constructor): as large as meant
@@ -113,13 +109,6 @@ TEST_F(EnrolmentTest, StaysInTheHandsOfThePersonWhateverThePageDoes) {
              {"endless redirects", "<script>location='/again'</script>"},
              {"a refusal to leave", "<script>onbeforeunload = () => 'stay'; location='/again'</script>"},
              {"a large document", "<script>location='/large'</script>"},
-             {"a download", "<script>location='/download'</script>"},
-             {"a file", "<script>location='file:///etc/passwd'</script>"},
-             {"a program", "<script>location='mailto:a@b.example'; location='kavio-test:x'</script>"},
-             {"permissions",
-              "<script>Notification.requestPermission(); navigator.geolocation.getCurrentPosition(() => 0)"
-              "</script><input type=file autofocus>"},
-             {"full screen", "<script>document.documentElement.requestFullscreen(); print()</script>"},
          }) {
         SCOPED_TRACE(name);
         enrolWith(html + std::string("<p>page"));

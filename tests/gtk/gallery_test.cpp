@@ -1,4 +1,5 @@
 #include "gtk/enrolling.h"
+#include "support/from_environment.h"
 
 #include <gmock/gmock.h>
 
@@ -10,18 +11,13 @@ namespace {
 using sandbox::GalleryPage;
 using sandbox::Person;
 
-int runs() {
-    const char* wanted = std::getenv("KAVIO_GALLERY_RUNS");
-    return wanted ? std::stoi(wanted) : 1;
-}
-
 /// Each page of the sandbox's gallery, from the card to the report.
 class GalleryTest : public Enrolling, public testing::WithParamInterface<GalleryPage> {};
 
 TEST_P(GalleryTest, EndsInOneReport) {
     const auto& page = GetParam();
     if (page.person != Person::nothing && std::getenv("WAYLAND_DISPLAY")) GTEST_SKIP() << "nobody can type on Wayland";
-    for (int run = 1; run <= runs() && !HasFailure(); ++run) {
+    for (int run = 1; run <= fromEnvironment("KAVIO_GALLERY_RUNS", 1) && !HasFailure(); ++run) {
         SCOPED_TRACE(run);
         enrol(std::string(page.number));
         EXPECT_TRUE(leaveToEnd(page.person, [this] { return reports().size() > expected.size(); })) << shown();
