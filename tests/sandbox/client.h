@@ -1,46 +1,52 @@
 #pragma once
 
+#include "platform/linux/url_session.h"
+#include "sandbox/sandbox.h"
 #include "sandbox/signature.h"
-#include "wire.h"
 
-#include <gtest/gtest.h>
+#include <kavio/testing/conformance/sessions.h>
+
 #include <nlohmann/json.hpp>
 
+#include <map>
 #include <string>
 
 namespace kavio::test {
 
 using namespace std::chrono_literals;
 using nlohmann::json;
+using Headers = std::map<std::string, std::string>;
+
+struct Answer {
+    int status = 0;  // 0: no whole reply
+    std::string body;
+
+    json parsed() const { return json::parse(body, nullptr, false); }
+    std::string message() const { return parsed().value("message", ""); }
+};
 
 /// A sandbox whose clock stands still, and a client that signs as the library does.
 class Client {
 public:
-    explicit Client(sandbox::Options options = {})
-        : version(options.http2 ? CURL_HTTP_VERSION_2TLS : CURL_HTTP_VERSION_1_1),
-          service(clocked(std::move(options))) {}
+    explicit Client(sandbox::Options options = {}) : service(clocked(std::move(options))) {}
 
     /// Sends a request with all headers correct; `headers` replace them, and an empty one removes its header.
     Answer send(const std::string& method, const std::string& path, const json& body = nullptr,
-                const httplib::Headers& headers = {}) {
-        return Wire(service, version).send({signedAsk(method, path, body, headers)}).front();
-    }
-    Ask signedAsk(const std::string& method, const std::string& path, const json& body = nullptr,
-                  const httplib::Headers& headers = {}) const {
-        auto made = ask(method, path, body);
-        auto& request = made.request;
-        request.headers = {{"Host", "api-qa2.kavio.example"},
-                           {"Content-Type", "application/json; charset=utf-8"},
-                           {"X-Zelto-Wallet-Api-Key", "demo-key"},
-                           {"lang", "en"}};
-        if (!token.empty()) request.set_header("X-Zelto-Wallet-Session-Token", token);
-        request.set_header("X-Zelto-Sign", sandbox::sign("https://api-qa2.kavio.example" + path, request.body,
-                                                         sandbox::timeStamp(time)));
-        for (const auto& [name, value] : headers) {
-            request.headers.erase(name);
-            if (!value.empty()) request.set_header(name.c_str(), value);
-        }
-        return made;
+                const Headers& headers = {}) {
+        const auto url = "https://api-qa2.kavio.example" + path;
+        const auto text = body.is_null() ? "" : body.dump();
+        Headers all{{"Host", "api-qa2.kavio.example"},
+                    {"Content-Type", "application/json; charset=utf-8"},
+                    {"X-Zelto-Wallet-Api-Key", "demo-key"},
+                    {"X-Zelto-Wallet-Session-Token", token},
+                    {"X-Zelto-Sign", sandbox::sign(url, text, sandbox::timeStamp(time))},
+                    {"lang", "en"}};
+        for (const auto& [name, value] : headers) all[name] = value;
+        std::erase_if(all, [](const auto& header) { return header.second.empty(); });
+        const auto session = makeUrlSession({service.authorityFile(), service.address()});
+        const auto outcome = fetch(*session, {method, url, {all.begin(), all.end()}, text});
+        const auto* reply = std::get_if<UrlReply>(&outcome);
+        return reply ? Answer{reply->status, reply->body.value_or("")} : Answer{};
     }
     /// Like `send`, but returns the reply's JSON; a reply other than 200 fails the test.
     json ok(const std::string& method, const std::string& path, const json& body = nullptr) {
@@ -62,7 +68,6 @@ public:
     }
 
     const sandbox::TimePoint time{1'709'647'629'250ms};  // 2024-03-05T14:07:09.250
-    const long version;                                  // of HTTP
     std::string token;
 
 private:

@@ -50,7 +50,7 @@ TEST_P(ControlOverHttps, RefusesWhatThePageOfAnotherSiteMayHaveCaused) {
     Client client({.http2 = GetParam()});
     struct Case {
         const char* method;
-        httplib::Headers headers;
+        Headers headers;
         int status;
     };
     const auto own = "https://localhost:" + std::to_string(client.service.port());

@@ -1,52 +1,58 @@
 #include "client.h"
 
-#include <gmock/gmock.h>
-#include <openssl/err.h>
 #include <openssl/ssl.h>
 
 #include <array>
+#include <cstdio>
 #include <optional>
 
 namespace kavio::test {
 namespace {
 
 using namespace std::string_literals;
-using testing::ElementsAre;
 
-constexpr long http2 = CURL_HTTP_VERSION_2TLS;
-const auto time = ask("GET", "/v1/time");
-const auto clock = ask("GET", "/_sandbox/clock");
+/// curl, talking to a sandbox by HTTP/2 unless its arguments say something else, and what it prints. What goes to the
+/// standard error comes at once.
+class Curl {
+public:
+    Curl(const sandbox::Sandbox& service, const std::string& arguments) {
+        const auto command = "curl -sN --no-progress-meter --cacert " + service.authorityFile().string() +
+                             " --connect-to ::" + service.address() + " " + arguments + " 2>&1";
+        mOutput.reset(::popen(command.c_str(), "r"));
+    }
+    /// Empty at the end.
+    std::string line() const {
+        std::string text;
+        for (int next = 0; !text.ends_with('\n') && (next = std::fgetc(mOutput.get())) != EOF;) text += char(next);
+        return text;
+    }
+
+private:
+    std::unique_ptr<FILE, int (*)(FILE*)> mOutput{nullptr, ::pclose};
+};
+
+const std::string time = " https://localhost/v1/time";
+const std::string clock = " https://localhost/_sandbox/clock";
 
 TEST(Http2, DelaysOneRequestOfAConnectionUntilItStops) {
     std::optional<sandbox::Sandbox> service(sandbox::Options{.http2 = true});
     service->fault("/time", {.delay = 24h});
-    Wire wire(*service, http2);
-    std::vector<std::size_t> order;
-    const auto answers = wire.send({time, clock}, [&](std::size_t answered) {
-        order.push_back(answered);
-        service.reset();
-    });
-    EXPECT_THAT(order, ElementsAre(1, 0));
-    EXPECT_EQ(answers[0].status, 0);
-    EXPECT_EQ(answers[1].status, 200);
-    EXPECT_EQ(answers[1].version, CURL_HTTP_VERSION_2_0);
-    EXPECT_EQ(answers[1].connects, 0) << "the connection of the other";
+    const Curl curl(
+        *service,
+        "-Z -o /dev/null -o /dev/null -w '%{stderr}%{urlnum}: %{http_code}, %{num_connects} new\n'" + time + clock);
+    EXPECT_EQ(curl.line(), "1: 200, 0 new\n");
+    service.reset();
+    EXPECT_EQ(curl.line(), "0: 000, 1 new\n");
 }
 
 TEST(Http2, LosesOneReplyOfAConnection) {
     sandbox::Sandbox service({.http2 = true});
-    Wire wire(service, http2);
-    struct Case {
-        sandbox::Fault fault;
-        std::string arrived;
-    };
-    wire.send({clock});
-    for (const auto& c : std::initializer_list<Case>{{{.drop = true}, ""}, {{.cutAfter = 5}, R"({"mes)"}}) {
-        service.fault("/time", c.fault);
-        const auto answers = wire.send({time, clock});
-        EXPECT_EQ(answers[0].result, CURLE_HTTP2_STREAM);
-        EXPECT_EQ(answers[0].body, c.arrived);
-        EXPECT_EQ(std::pair(answers[1].status, answers[1].connects), std::pair(200, 0L));
+    for (const auto& [fault, arrived] : std::initializer_list<std::pair<sandbox::Fault, std::string>>{
+             {{.drop = true}, ""}, {{.cutAfter = 5}, R"({"mes)"}}) {
+        service.fault("/time", fault);
+        const Curl curl(service, "-o - -o /dev/null -w ' %{exitcode}, %{num_connects} new\n'" + time + clock);
+        EXPECT_EQ(curl.line(), arrived + " 92, 1 new\n") << "the error of one stream";
+        EXPECT_EQ(curl.line(), " 0, 0 new\n");
     }
 }
 
@@ -54,43 +60,47 @@ TEST(Http2, SendsLargeBodiesAndNone) {
     Client client({.http2 = true});
     client.service.fault("/time", {.padTo = 1'000'000});
     EXPECT_EQ(client.send("GET", "/v1/time?").body.size(), 1'000'000U);
-    EXPECT_EQ(client.send("HEAD", "/v1/time?").status, 405);
+    EXPECT_EQ(Curl(client.service, "-I -o /dev/null -w '%{http_code}\n'" + time).line(), "405\n");
 }
 
 TEST(Http2, StreamsEvents) {
-    const sandbox::Sandbox service({.http2 = true});
-    auto events = ask("GET", "/_sandbox/events");
-    events.until = R"("isStopped":true)";
-    const auto answers = Wire(service, http2).send({events, ask("PUT", "/_sandbox/clock", {{"isStopped", true}})});
-    EXPECT_EQ(std::pair(answers[0].status, answers[1].status), std::pair(200, 200)) << answers[0].body;
+    std::optional<Client> client(sandbox::Options{.http2 = true});
+    const Curl events(client->service, "https://localhost/_sandbox/events");
+    client->ok("PUT", "/_sandbox/clock", {{"isStopped", true}});
+    std::string line;
+    do line = events.line();
+    while (!line.empty() && line.find(R"("isStopped":true)") == std::string::npos);
+    EXPECT_NE(line, "");
+    client.reset();
 }
 
 TEST(Http2, LimitsRequests) {
+    Client client({.http2 = true});
+    const auto text = [](std::size_t size) { return json(std::string(size - 2, 'x')); };  // between quotation marks
+    EXPECT_EQ(client.send("POST", "/v1/none", text(1 << 20)).status, 404);
+    EXPECT_EQ(client.send("POST", "/v1/none", text((1 << 20) + 1)).status, 413);
+    EXPECT_EQ(client.send("POST", "/v1/none", nullptr, {{"long", std::string(40'000, 'x')}}).status, 0);
+}
+
+TEST(Http2, RefusesClientsWithoutIt) {
     const sandbox::Sandbox service({.http2 = true});
-    auto largest = ask("POST", "/v1/none"), larger = largest, longHeader = largest;
-    largest.request.body.resize(1 << 20);
-    larger.request.body.resize((1 << 20) + 1);
-    longHeader.request.set_header("long", std::string(40'000, 'x'));
-    Wire wire(service, http2);
-    std::vector<int> statuses;
-    for (const auto& each : {largest, larger, longHeader, clock}) statuses.push_back(wire.send({each})[0].status);
-    EXPECT_THAT(statuses, ElementsAre(404, 413, 0, 200));
+    for (const auto& [offer, end] :
+         std::map<std::string, const char*>{{"--http1.1", "35"}, {"--no-alpn", "35"}, {"", "0"}})
+        EXPECT_EQ(Curl(service, offer + " -o /dev/null -w '%{exitcode}\n'" + time).line(), std::string(end) + "\n");
 }
 
 /// A TLS client that sends whatever it is told to.
 class RawClient {
 public:
-    RawClient(const sandbox::Sandbox& service, const std::string& offer) {
+    explicit RawClient(const sandbox::Sandbox& service) {
+        const std::string offer = "\x02h2";
         mStream.reset(BIO_new_ssl_connect(mContext.get()));
         SSL* tls = nullptr;
         BIO_get_ssl(mStream.get(), &tls);
         SSL_set_alpn_protos(tls, reinterpret_cast<const unsigned char*>(offer.data()), unsigned(offer.size()));
         BIO_set_conn_hostname(mStream.get(), service.address().c_str());
-        ERR_clear_error();
-        if (BIO_do_connect(mStream.get()) != 1) mAlert = ERR_GET_REASON(ERR_peek_last_error());
+        EXPECT_EQ(BIO_do_connect(mStream.get()), 1);
     }
-    /// Why the server refused the handshake; 0 if it did not.
-    int alert() const { return mAlert; }
     /// The error in the server's farewell; absent if it closes the connection without.
     std::optional<int> farewell(const std::string& sent) {
         BIO_write(mStream.get(), sent.data(), int(sent.size()));
@@ -108,16 +118,7 @@ public:
 private:
     std::unique_ptr<SSL_CTX, decltype(&SSL_CTX_free)> mContext{SSL_CTX_new(TLS_client_method()), SSL_CTX_free};
     std::unique_ptr<BIO, decltype(&BIO_free_all)> mStream{nullptr, BIO_free_all};
-    int mAlert = 0;
 };
-
-TEST(Http2, RefusesClientsWithoutIt) {
-    const sandbox::Sandbox service({.http2 = true});
-    EXPECT_EQ(Wire(service, CURL_HTTP_VERSION_1_1).send({clock})[0].result, CURLE_SSL_CONNECT_ERROR);
-    for (const auto* offer : {"", "\x08http/1.1"})
-        EXPECT_EQ(RawClient(service, offer).alert(), SSL_R_TLSV1_ALERT_NO_APPLICATION_PROTOCOL) << offer;
-    EXPECT_EQ(RawClient(service, "\x08http/1.1\x02h2").alert(), 0);
-}
 
 TEST(Http2, TakesLeaveOfClientsThatAreIdleOrNotInOrder) {
     const sandbox::Sandbox service({.http2 = true, .idleLimit = 1s});
@@ -137,9 +138,9 @@ TEST(Http2, TakesLeaveOfClientsThatAreIdleOrNotInOrder) {
              {"a header that is not in the table", start + "\0\0\1\1\5\0\0\0\1\xff"s, 9},
              {"too long a frame", start + "\xff\xff\xff\0\0\0\0\0\1"s, 6},
          }) {
-        EXPECT_EQ(RawClient(service, "\x02h2").farewell(c.sent), c.error) << c.what;
+        EXPECT_EQ(RawClient(service).farewell(c.sent), c.error) << c.what;
     }
-    EXPECT_EQ(Wire(service, http2).send({clock})[0].status, 200);
+    EXPECT_EQ(Curl(service, "-o /dev/null -w '%{http_code}\n'" + clock).line(), "200\n");
 }
 
 }  // namespace

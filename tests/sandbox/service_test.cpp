@@ -15,14 +15,14 @@ TEST_P(Service, RefusesWhatIsNotInOrder) {
     client.login();
     struct Case {
         std::string request;
-        httplib::Headers headers;
+        Headers headers;
         json body;
         int status;
         std::string message;
     };
     const auto signedAt = [&](std::chrono::seconds off) {
-        return httplib::Headers{{"X-Zelto-Sign", sandbox::sign("https://api-qa2.kavio.example/v1/account?", "",
-                                                               sandbox::timeStamp(client.time + off))}};
+        return Headers{{"X-Zelto-Sign", sandbox::sign("https://api-qa2.kavio.example/v1/account?", "",
+                                                      sandbox::timeStamp(client.time + off))}};
     };
     const std::string get = "GET account?";
     const std::string locators = "POST account/locators";
