@@ -24,16 +24,6 @@ def signature(url, body):
     return base64.urlsafe_b64encode(whole).decode().rstrip("=") + "0" + stamp[-4:]
 
 
-def until(what, condition, seconds=20):
-    """The first true value of the condition, which is asked again and again."""
-    end = time.monotonic() + seconds
-    while time.monotonic() < end:
-        if value := condition():
-            return value
-        time.sleep(0.05)
-    raise AssertionError("in vain: " + what)
-
-
 class RunningSandbox:
     def __init__(self, program, *options):
         self.folder = tempfile.TemporaryDirectory()
