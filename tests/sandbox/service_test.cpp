@@ -1,7 +1,4 @@
 #include "client.h"
-#include "sandbox/gallery.h"
-
-#include <regex>
 
 namespace kavio::test {
 namespace {
@@ -61,36 +58,6 @@ TEST_P(Service, RefusesWhatIsNotInOrder) {
         EXPECT_EQ(std::pair(answer.status, answer.status == 200 ? "" : answer.message()),
                   std::pair(c.status, c.message))
             << c.request;
-    }
-}
-
-TEST_P(Service, ServesTheGallerysPageForEachOfItsCards) {
-    Client client({.http2 = GetParam()});
-    client.login();
-    int key = 10'000'000;
-    for (const auto& page : sandbox::galleryPages()) {
-        SCOPED_TRACE(page.name);
-        const json browser{{"lang", "en"}, {"agent", "a"}, {"accept", "a"}, {"challengeWindow", 4},
-                           {"color", 1},   {"width", 300}, {"height", 300}};
-        const auto added =
-            client.ok("POST", "/v1/account/locators/credorax/addCard",
-                      {{"card", {{"number", page.number}, {"month", 1}, {"year", 2039}, {"securityCode", 7}}},
-                       {"key", std::to_string(++key) + "-0000-0000-0000-000000000000"},
-                       {"tdSecure",
-                        {{"holder", {{"name", "Robin"}, {"email", "robin@kavio.example"}}},
-                         {"browser", browser},
-                         {"redirect", "http://127.0.0.1"}}}});
-        if (page.flow == sandbox::Flow::fingerprint) {
-            EXPECT_EQ(added.value("page", "").find("https://acs.kavio.example/acs/fingerprint/"), 0U) << added;
-            continue;
-        }
-        const auto url = added.value("url", "");
-        const auto start = "https://" + std::string(page.host) + ":" + std::to_string(client.service.port());
-        ASSERT_EQ(url.find(start + "/acs/gallery/"), 0U) << added;
-        const auto shown = client.send("GET", url.substr(start.size()));
-        const auto expected = galleryReplies(page).front().reply;
-        EXPECT_EQ(shown.status, expected.isLost ? 0 : expected.status);
-        EXPECT_FALSE(std::regex_search(shown.body, std::regex("@[a-z]+@"))) << shown.body;
     }
 }
 

@@ -72,19 +72,21 @@ def dh_parameters():
                           check=True, capture_output=True).stdout
 
 
-def read_request(tls):
+def asked(tls_context, connection):
+    """The connection after a handshake and a request."""
+    tls = SSL.Connection(tls_context, connection)
+    tls.set_accept_state()
+    tls.do_handshake()
     request = b""
     while not request.endswith(b"\r\n\r\n"):
         request += tls.recv(4096)
+    return tls
 
 
 def answering(tls_context):
     """What a proper server does."""
     def meet(connection):
-        tls = SSL.Connection(tls_context, connection)
-        tls.set_accept_state()
-        tls.do_handshake()
-        read_request(tls)
+        tls = asked(tls_context, connection)
         tls.sendall(REPLY)
         tls.shutdown()
     return meet
@@ -93,21 +95,14 @@ def answering(tls_context):
 def truncating(tls_context):
     """Ends the connection, but not TLS, in the place of a reply's end."""
     def meet(connection):
-        tls = SSL.Connection(tls_context, connection)
-        tls.set_accept_state()
-        tls.do_handshake()
-        read_request(tls)
-        tls.sendall(b"HTTP/1.1 200 OK\r\nConnection: close\r\n\r\nhalf of a rep")
+        asked(tls_context, connection).sendall(b"HTTP/1.1 200 OK\r\nConnection: close\r\n\r\nhalf of a rep")
     return meet
 
 
 def renegotiating(tls_context):
     """Answers only after a second handshake."""
     def meet(connection):
-        tls = SSL.Connection(tls_context, connection)
-        tls.set_accept_state()
-        tls.do_handshake()
-        read_request(tls)
+        tls = asked(tls_context, connection)
         tls.renegotiate()
         tls.do_handshake()  # only asks for it
         connection.setblocking(False)
