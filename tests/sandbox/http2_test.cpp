@@ -1,15 +1,10 @@
 #include "client.h"
 
-#include <openssl/ssl.h>
-
-#include <array>
 #include <cstdio>
 #include <optional>
 
 namespace kavio::test {
 namespace {
-
-using namespace std::string_literals;
 
 /// curl, talking to a sandbox by HTTP/2 unless its arguments say something else, and what it prints. What goes to the
 /// standard error comes at once.
@@ -89,58 +84,13 @@ TEST(Http2, RefusesClientsWithoutIt) {
         EXPECT_EQ(Curl(service, offer + " -o /dev/null -w '%{exitcode}\n'" + time).line(), std::string(end) + "\n");
 }
 
-/// A TLS client that sends whatever it is told to.
-class RawClient {
-public:
-    explicit RawClient(const sandbox::Sandbox& service) {
-        const std::string offer = "\x02h2";
-        mStream.reset(BIO_new_ssl_connect(mContext.get()));
-        SSL* tls = nullptr;
-        BIO_get_ssl(mStream.get(), &tls);
-        SSL_set_alpn_protos(tls, reinterpret_cast<const unsigned char*>(offer.data()), unsigned(offer.size()));
-        BIO_set_conn_hostname(mStream.get(), service.address().c_str());
-        EXPECT_EQ(BIO_do_connect(mStream.get()), 1);
-    }
-    /// The error in the server's farewell; absent if it closes the connection without.
-    std::optional<int> farewell(const std::string& sent) {
-        BIO_write(mStream.get(), sent.data(), int(sent.size()));
-        std::string received;
-        std::array<char, 4096> bytes;
-        for (int size = 0; (size = BIO_read(mStream.get(), bytes.data(), int(bytes.size()))) > 0;)
-            received.append(bytes.data(), std::size_t(size));
-        const auto byte = [&](std::size_t at) { return std::size_t(static_cast<unsigned char>(received.at(at))); };
-        constexpr std::size_t head = 9, goAway = 7;
-        for (std::size_t at = 0; at < received.size(); at += head + (byte(at) << 16 | byte(at + 1) << 8 | byte(at + 2)))
-            if (byte(at + 3) == goAway) return int(byte(at + head + 7));
-        return std::nullopt;
-    }
-
-private:
-    std::unique_ptr<SSL_CTX, decltype(&SSL_CTX_free)> mContext{SSL_CTX_new(TLS_client_method()), SSL_CTX_free};
-    std::unique_ptr<BIO, decltype(&BIO_free_all)> mStream{nullptr, BIO_free_all};
-};
-
-TEST(Http2, TakesLeaveOfClientsThatAreIdleOrNotInOrder) {
+TEST(Http2, TakesLeaveOfClientsThatAreIdle) {
     const sandbox::Sandbox service({.http2 = true, .idleLimit = 1s});
-    const auto start = "PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n\0\0\0\4\0\0\0\0\0"s;
-    const auto noWindow = start + "\0\0\6\4\0\0\0\0\0\0\4\0\0\0\0"s;
-    const auto request = "\0\0\x05\1\5\0\0\0\1\x82\x87\x84\x41\0"s;  // GET https:///
-    struct Case {
-        const char* what;
-        std::string sent;
-        std::optional<int> error;
-    };
-    for (const auto& c : std::initializer_list<Case>{
-             {"idle", start, 0},
-             {"takes no reply", noWindow + request, 0},
-             {"another protocol", "GET / HTTP/1.1\r\nHost: localhost\r\n\r\n", std::nullopt},
-             {"data of no stream", start + "\0\0\1\0\0\0\0\0\0x"s, 1},
-             {"a header that is not in the table", start + "\0\0\1\1\5\0\0\0\1\xff"s, 9},
-             {"too long a frame", start + "\xff\xff\xff\0\0\0\0\0\1"s, 6},
-         }) {
-        EXPECT_EQ(RawClient(service).farewell(c.sent), c.error) << c.what;
-    }
-    EXPECT_EQ(Curl(service, "-o /dev/null -w '%{http_code}\n'" + clock).line(), "200\n");
+    // Two requests, the second one two seconds after the first.
+    const Curl curl(service,
+                    "--rate 30/m -o /dev/null -o /dev/null -w '%{http_code}, %{num_connects} new\n'" + clock + clock);
+    EXPECT_EQ(curl.line(), "200, 1 new\n");
+    EXPECT_EQ(curl.line(), "200, 1 new\n");
 }
 
 }  // namespace

@@ -121,16 +121,8 @@ def slow_readers_are_dropped():
             reader.__exit__()
 
 
-def main():
-    failed = 0
-    for test in (wrong_options_are_answered_with_a_sentence, two_run_side_by_side, http2_is_spoken_instead, events_tell_how_an_order_moves,
-                 slow_readers_are_dropped):
-        try:
-            test()
-        except AssertionError as problem:
-            failed += 1
-            print(test.__name__, "FAILED:", problem)
-    return failed
-
-
-sys.exit(main())
+wrong_options_are_answered_with_a_sentence()
+two_run_side_by_side()
+http2_is_spoken_instead()
+events_tell_how_an_order_moves()
+slow_readers_are_dropped()
