@@ -101,17 +101,6 @@ std::vector<std::string> filesOfTheUser() {
 
 TEST_F(EnrolmentTest, LeavesNothingOfAPageThatNeverCame) {
     const auto before = filesOfTheUser();
-    const Report busy{"onAddCreditCard", ResultType::BUSY};
-    for (const auto& [number, report] :
-         {std::pair("4000000000001018", success),
-          std::pair("4000000000001117", serverError("the card's bank cannot be reached"))}) {
-        enrol(number);
-        enrol(number);
-        expect(busy);
-        expect(report);
-        EXPECT_EQ(windowCount(), 1U);
-    }
-
     // What the process of the page may have come to when the facade goes.
     using Condition = std::function<bool()>;
     const auto isThere = [] { return !webProcesses().empty(); };

@@ -1,12 +1,7 @@
 #include "platform/linux/url_session.h"
 
-#include "platform/other_process.h"
 #include "platform/test_host.h"
 
-#include <kavio/testing/eventually.h>
-#include <kavio/testing/temporary_folder.h>
-
-#include <fstream>
 #include <tuple>
 
 namespace kavio::test {
@@ -27,33 +22,6 @@ TEST(UrlSession, DoesNotContinueAHeaderOfTheReplyBefore) {
     const auto session = makeUrlSession(configured(server.address()));
     EXPECT_EQ(text(fetch(*session, get(std::string(serviceUrl) + "/first"))), "200 ok");
     EXPECT_EQ(text(fetch(*session, get(std::string(serviceUrl) + "/second"))), "-1011 The reply is malformed.");
-}
-
-TEST(UrlSessionHttp2, CarriesRequestsSideBySide) {
-    const std::string url = serviceUrl;
-    const TemporaryFolder folder;
-    const std::string identity = folder.path() / "identity.pem";
-    std::ofstream(identity) << serviceAuthority().issue({"service.test"}).pem;
-    std::ofstream(folder.path() / "file") << "from a file";
-    const std::string address = abandonedAddress();
-    const OtherProcess server([&](int) {  // speaks only HTTP/2, and sends back what is posted to it
-        const std::string command = "exec nghttpd --echo-upload -a127.0.0.1 -d" + folder.path().string() + " " +
-                                    address.substr(address.find(':') + 1) + " " + identity + " " + identity;
-        return ::execl("/bin/sh", "sh", "-c", command.c_str(), nullptr) == 0;
-    });
-    const auto session = makeUrlSession(configured(address));
-    ASSERT_TRUE(eventually([&] { return text(fetch(*session, get(url + "/none"))).starts_with("404 "); }))
-        << "is nghttpd of the package nghttp2-server missing?";
-    // More would not fit into HTTP/2's window for a stream, and libcurl 7.88 may stall on several of those at once.
-    const std::string body(30'000, 'x');
-    std::vector<std::future<Outcome>> outcomes;
-    for (int i = 0; i < 20; ++i) {
-        outcomes.push_back(begin(*session, get(url + "/file")));
-        outcomes.push_back(begin(*session, post(url + "/echo", body)));
-    }
-    for (std::size_t i = 0; i < outcomes.size(); ++i) {
-        EXPECT_EQ(text(outcomes[i].get()), i % 2 == 0 ? "200 from a file" : "200 " + body);
-    }
 }
 
 /// In HTTP/2 a server can say that it has not looked at a request, which libcurl would then send again by itself.

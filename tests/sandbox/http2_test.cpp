@@ -40,6 +40,21 @@ TEST(Http2, DelaysOneRequestOfAConnectionUntilItStops) {
     EXPECT_EQ(curl.line(), "0: 000, 1 new\n");
 }
 
+TEST(Http2, AnswersManyRequestsSideBySide) {
+    const sandbox::Sandbox service({.http2 = true});
+    const auto session = makeUrlSession({service.authorityFile(), service.address()});
+    // More would not fit into HTTP/2's window for a stream, and libcurl 7.88 may stall on several of those at once.
+    const std::string body(30'000, 'x');
+    std::vector<std::future<Outcome>> outcomes;
+    for (int i = 0; i < 20; ++i) {
+        outcomes.push_back(begin(*session, get("https://localhost/_sandbox/clock")));
+        outcomes.push_back(begin(*session, post("https://localhost/v1/none", body, Idempotency::REPEATABLE)));
+    }
+    for (std::size_t i = 0; i < outcomes.size(); ++i)
+        EXPECT_EQ(text(outcomeOf(std::move(outcomes[i]))).substr(0, 4), i % 2 == 0 ? "200 " : "404 ");
+    EXPECT_EQ(service.requests().size(), 20U);
+}
+
 TEST(Http2, LosesOneReplyOfAConnection) {
     sandbox::Sandbox service({.http2 = true});
     for (const auto& [fault, arrived] : std::initializer_list<std::pair<sandbox::Fault, std::string>>{
