@@ -78,18 +78,6 @@ struct Outcome {
     }
 };
 
-/// Runs the real program to its end.
-inline Outcome runWallet(const Words& arguments, const std::string& input = {}) {
-    const TemporaryFolder folder;
-    const std::string path = folder.path();
-    std::ofstream{path + "/input"} << input;
-    std::string command = "exec " KAVIO_WALLET;
-    for (const auto& argument : arguments) command += " '" + argument + "'";
-    command += " <" + path + "/input >" + path + "/output 2>" + path + "/errors";
-    const int status = std::system(command.c_str());
-    return {endOf(status), contents(path + "/output"), contents(path + "/errors")};
-}
-
 /// Becomes the program that the first word names; false when that fails.
 inline bool execute(Words words) {
     std::vector<char*> pointers;
@@ -146,8 +134,16 @@ protected:
         for (const auto& word : words(more)) all.push_back(word);
         return all;
     }
+    /// Runs the real program to its end.
     Outcome run(const std::string& command, const std::string& input = {}) const {
-        return runWallet(options(command), input);
+        const TemporaryFolder folder;
+        const std::string path = folder.path();
+        std::ofstream{path + "/input"} << input;
+        std::string line = "exec " KAVIO_WALLET;
+        for (const auto& argument : options(command)) line += " '" + argument + "'";
+        line += " <" + path + "/input >" + path + "/output 2>" + path + "/errors";
+        const int status = std::system(line.c_str());
+        return {endOf(status), contents(path + "/output"), contents(path + "/errors")};
     }
     /// One line per operation.
     Outcome drive(const std::vector<std::string>& lines, const std::string& more = {}) const {
