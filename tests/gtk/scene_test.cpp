@@ -74,6 +74,21 @@ TEST_F(SceneTest, OpensANewWindowOfThePersonsInItself) {
     }
 }
 
+TEST_F(SceneTest, StaysWithThePageWhenThePersonFollowsALinkToAnApp) {
+    for (const std::string link : {"kavio-test-bank://approve?payment=1", "intent://approve#Intent;end"}) {
+        SCOPED_TRACE(link);
+        renew();
+        showPage("<a href='" + link + "' style='position:fixed;inset:0'>Open your bank's app</a>");
+        ASSERT_TRUE(until([] { return shown() == "page"; }));
+        int tries = 10;
+        const auto isFollowed = [&] { return made->log->lastUrl() == link; };
+        do click("webView");  // a click before the page is drawn misses
+        while (!until(isFollowed, std::chrono::seconds(2)) && --tries > 0);
+        EXPECT_TRUE(isFollowed());
+        EXPECT_EQ(shown() + " of " + text("host"), "page of localhost");
+    }
+}
+
 TEST_F(SceneTest, SaysWhetherThereIsAPageToGoBackTo) {
     const auto gone = PageServer().url("/");
     show(gone);
