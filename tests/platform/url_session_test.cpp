@@ -20,8 +20,8 @@ TEST(UrlSession, DoesNotContinueAHeaderOfTheReplyBefore) {
         return "HTTP/1.1 200 OK\r\n continued: a\r\nContent-Length: 2\r\n\r\nok";
     }));
     const auto session = makeUrlSession(configured(server.address()));
-    EXPECT_EQ(text(fetch(*session, get(std::string(serviceUrl) + "/first"))), "200 ok");
-    EXPECT_EQ(text(fetch(*session, get(std::string(serviceUrl) + "/second"))), "-1011 The reply is malformed.");
+    EXPECT_EQ(text(fetch(*session, get("https://service.test/first"))), "200 ok");
+    EXPECT_EQ(text(fetch(*session, get("https://service.test/second"))), "-1011 The reply is malformed.");
 }
 
 /// In HTTP/2 a server can say that it has not looked at a request, which libcurl would then send again by itself.
