@@ -27,6 +27,12 @@ Texts split(const std::string& text) {
     return words;
 }
 
+std::string repeated(const std::string& text, int times) {
+    std::string all;
+    for (; times > 0; --times) all += text;
+    return all;
+}
+
 /// Each of `inner` between `before` and `after`.
 Texts within(const std::string& before, const Texts& inner, const std::string& after) {
     Texts texts;
@@ -49,13 +55,14 @@ const Texts badLiterals = split(
 
 const Texts goodNumbers = split(
     "0 -0 1 -1 10 123456789 -9007199254740993 9223372036854775807 18446744073709551615 0.0 -0.0 0.5 1.0 1.000 "
-    "123.456789 0e0 0e1 0e+1 0E-1 1e1 1E1 1E+2 1e-2 1e05 20e1 1.5e3 1.5E-3 123.456e78 -1e+00 1e-400 "
+    "123.456789 "
+    "0e0 0e1 0e+1 0E-1 1e1 1E1 1E+2 1e-2 1e05 20e1 1.5e3 1.5E-3 123.456e78 -1e+00 1e-400 "
     "-0.000000000000000000000000000000000000000000000000000000000000000000000000000001");
 const Texts badNumbers = split(
     "- + +1 ++1 -- --1 -+1 00 01 -01 -012 012.5 1. -1. 0. .1 -.1 .5e1 . .. 1..2 1.2.3 0.1.2 1.e1 2.e+3 2.e-3 0.e1 .e1 "
-    "1e 1E 1e+ 1E- 1.0e 1.0e+ 0e 0e+ 1ee2 1e1e1 1e1.5 1eE2 0.3e 9.e+ 0x 0x42 0b1 1_000 1a 1f -a 1e1a 0.1a 1\u00e9 "
-    "\uFF11 "
-    "\u0661 -\u221e 1+2 1/2 (1) 1\xE5 $1 #1 "
+    "1e 1E "
+    "1e+ 1E- 1.0e 1.0e+ 0e 0e+ 1ee2 1e1e1 1e1.5 1eE2 0.3e 9.e+ 0x 0x42 0b1 0o7 1_000 1a 1A2 1f 1L -a 1e1a 0.1a 1\u00e9 "
+    "\uFF11 \u0661 -\u221e 1+2 1/2 (1) 1\xE5 -1x $1 #1 "
     // Malformed, and beyond a double or 64 bits besides.
     "01e400 -01e400 1.e400 1e400. 1e400x 1e400e1 1e+400- --1e400 .1e400 099999999999999999999 99999999999999999999. "
     "-99999999999999999999x");
@@ -66,10 +73,61 @@ Texts controls(const std::string& before, const std::string& after) {
     for (char c = 0; c < ' '; ++c) texts.push_back(before + c + after);
     return texts;
 }
-const Texts goodContents =
-    split(R"(a / /* *// ' {}[]:, \\ \" \/ \b\f\n\r\t \"\\\/\b\f\n\r\t \\n \\u0000 \\\" \u0000 \u000a \u0022 \u005C)"
-          R"( \u0061 \u00a0\u00A0 \uA66D \uFFFF \uFDD0 \ud83d\ude00 \uD834\uDd1e \uDBFF\uDFFF)") +
-    Texts{"", " ", "asd ", "\x7F", "\u0080", "\u0627\u0644", "\u2028", "\uFEFF", "\uFFFE", "\uFDD0", "\U0010FFFF"};
+const Texts goodContents = Texts{"",
+                                 " ",
+                                 "a",
+                                 "asd ",
+                                 "/",
+                                 "/*",
+                                 "*//",
+                                 "'",
+                                 "{}[]:,",
+                                 "\x7F",
+                                 "a\x7F"
+                                 "a",
+                                 R"(\\)",
+                                 R"(\")",
+                                 R"(\/)",
+                                 R"(\b\f\n\r\t)",
+                                 R"(\"\\\/\b\f\n\r\t)",
+                                 R"(\\n)",
+                                 R"(\\u0000)",
+                                 R"(\\\")",
+                                 R"(\u0000)",
+                                 R"(\u000a)",
+                                 R"(\u0012)",
+                                 R"(\u0022)",
+                                 R"(\u005C)",
+                                 R"(\u0061)",
+                                 R"(\u00a0\u00A0)",
+                                 R"(\u0821)",
+                                 R"(\uA66D)",
+                                 R"(\uFFFF)",
+                                 R"(\uFFFE)",
+                                 R"(\uFDD0)",
+                                 R"(\u200B)",
+                                 R"(\u2064)",
+                                 R"(\ud83d\ude00)",
+                                 R"(\uD834\uDd1e)",
+                                 R"(\uDBFF\uDFFF)",
+                                 R"(\uD83F\uDFFE)",
+                                 R"(\uDBFF\uDFFE)",
+                                 R"(\ud83d\ude39\ud83d\udc8d)",
+                                 "\u0080",
+                                 "\u00e9",
+                                 "\u03c0",
+                                 "\u0627\u0644",
+                                 "\u200B",
+                                 "\u2028",
+                                 "\u2029",
+                                 "\uFEFF",
+                                 "\uFFFE",
+                                 "\uFFFF",
+                                 "\uFDD0",
+                                 "\U0001D11E",
+                                 "\U0001BFFF",
+                                 "\U0010FFFF",
+                                 "\u20AC\U0001F600\u00fc" + std::string(1000, 'x')};
 const Texts badContents =
     Texts{"\"", "\\", "\\\\\\", R"(\ )", R"(\a)", R"(\v)", R"(\0)", R"(\')", R"(\x00)", R"(\x)", R"(\U0041)", R"(\N)",
           R"(\1)", R"(\u)", R"(\u1)", R"(\u00A)", R"(\u12)", R"(\u00G0)", R"(\u-123)", R"(\u 041)", R"(\u{41})",
@@ -83,20 +141,45 @@ const Texts badContents =
     controls("", "") + controls("a", "z");
 
 const Texts goodStructures =
-    split(R"([] {} [[]] [[],[]] [[[]],0] {"":0} {"a":{}} {"a":[]} {"a":1,"a":2} {"a":{"a":{"a":null}}} [null,1,"1",{}])"
-          R"( {"\u0000":0} {"title":"\u041f\u043e"} {"min":-1.0e+28,"max":1.0e+28})") +
-    Texts{" [ ] ", "[\n]", "\t{\r\n}\t", "[ 1 , 2 ]", R"({ "a" : 1 , "b" : 2 })", " [1]", "[\"a\"]\n"};
+    split(
+        R"([] {} [[]] [[],[]] [[[]],0] {"":0} {"":""} {"a":{}} {"a":[]} {"a":1,"a":2} {"a":1,"a":1} {"a":{"a":{"a":null}}} [null,1,"1",{}])"
+        R"( [1,null,null,null,2] {"\u0000":0} {"a\u0000b":0} {"title":"\u041f\u043e"} {"min":-1.0e+28,"max":1.0e+28} [0e1] [123.456e-78])") +
+    Texts{" [ ] ",
+          "[\n]",
+          "\t{\r\n}\t",
+          "[ 1 , 2 ]",
+          R"({ "a" : 1 , "b" : 2 })",
+          "{\n\"a\": \"b\"\n}\n",
+          "[[]   ]",
+          "[1\n]",
+          " [1]",
+          "[2] ",
+          "[\"a\"]\n",
+          std::string(400, '[') + std::string(400, ']')};
 
 const Texts badStructures =
     split(
-        R"([ ] { } [[] []] [} {] , : [,] [1,] [1,,2] [1 ["a" [1:2] {,} {:1} {"a"} {"a":} {"a":1, {"a":1,} {"a"::1})"
-        R"( {"a",1} {"a"1} {"a":1"b":2} {a:1} {'a':1} {1:1} {[]:1} {"a":1}} {"a":1}/**/ []{} [1]x "a""b" [-] // # ")") +
-    Texts{"", " ", "\t\r\n ", "1 2", "[1 2]", "[] []", "{\"a\" 1}", "{\"a\":1 x}", "[1]\0"s, "\0"s, "[\0]"s, "[\f]",
-          "[\u00a0]", "\f1", "[\xA0]", "\xEF\xBB{}", "\xFF\xFE[\0]\0"s, "{}\xEF\xBB\xBF", "\xEF\xBB\xBF", "[\xE5]",
-          "\xEF\xBB\xBF\xEF\xBB\xBF{}", "{\"\xC3\x28\":1}",
-          // Malformed, although they contain what is tolerated.
-          "[1e400,]", "[99999999999999999999 1]", "{\"a\":1e400,}", "[\"\\ud800\",]", "[\"\\ud800]",
-          std::string(100'000, '{'), std::string(100'000, ']')};
+        "[ ] { } [[] []] {{ }} [} {] {] [{ {[ [[ ]] , : [, [,] [,1] [1,] [1,,2] [1,,] [,,] [1 [1, [1,2 [\"\" [\"\", "
+        "[\"a\" [{} [{}, "
+        "[:] [1:2] [\"\":1] [\"a\",1: {, {,} {: {:} {:1} {\"a\" {\"a\"} {\"a\": {\"a\":} {\"a\":1 {\"a\":1, {\"a\":1,} "
+        "{\"a\":1,,\"b\":2} {,\"a\":1} "
+        "{\"a\"::1} {\"a\":1:2} {\"a\",1} {\"a\"1} {\"a\":1\"b\":2} {\"a\":1;\"b\":2} {\"a\"=1} {\"a\":1,\"b\"} "
+        "{\"a\":1,1} {a:1} {a:\"b\"} {'a':1} {1:1} {null:1} "
+        "{true:1} {[]:1} {{}:1} {\"a\":(1)} {\"a\":1}} {\"a\":1}# {\"a\":1}/**/ {\"a\":1}// {\"a\":/**/1} {\"a\":1/* "
+        "[]] [1]] []{} {}[] {}{} [][] [1]x [1]1 "
+        "{}\"\" 1,2 1;2 \"a\"\"b\" \"a\",\"b\" \"a\":1 [1\"a\"] [\"a\"1] [\"a\"\"b\"] [1[]] [[]1] [1{}] [3[4]] [*] [?] "
+        "[<null>] [-] [\\n] [\"x\"]] <.> [* "
+        "// /**/ # %00 \\ \" \"a a\" \"\\\" \"\\ \"\\u \"\\u00 [\" [\"a {\" {\"a [\\u000A\"\"] {\"a\":\"b \u2060 "
+        "\uFEFF") +
+    Texts{"", " ", "\n", "\t\r\n ", "1 2", "[1 2]", "[1 true]", "\"a\" \"b\"", "[] []", "{\"a\" 1}",
+          "{\"a\":1 \"b\":2}", "{\"a\" b}", "{\"a\":1 x}", "[1]\0"s, "\0"s, "[\0]"s, "{\"a\":\0}"s, "[\f]", "[\v]",
+          "[\u00a0]", "[\u2028]", "[\u3000]", "\f1", "1\v", "[\xA0]", "[1,\n1\n,1", "[\"a\",\n4\n,1,", "\xEF\xBB{}",
+          "\xEF{}", "\xFF\xFE[\0]\0"s, "\0[\0]"s, "{}\xEF\xBB\xBF", "\xEF\xBB\xBF", "\xEF\xBB\xBF\xEF\xBB\xBF{}",
+          "\xE5", "[\xE5]", "[\xFF]", "{\"\xC3\x28\":1}", "[1e400,]", "[99999999999999999999 1]", "{\"a\":1e400,}",
+          "[\"\\ud800\",]", "[\"\\ud800]",
+          // Open without an end, as deep as somebody cares to go.
+          std::string(100'000, '['), std::string(100'000, '{'), std::string(100'000, ']'),
+          std::string(100'000, '[') + std::string(99'999, ']'), repeated(R"([{"":)", 50'000)};
 
 /// As any reply is read.
 bool isAccepted(const std::string& json) {
