@@ -13,8 +13,8 @@ namespace {
 struct KindInfo {
     Kind kind;
     const char* name;
-    int weight;               // how often it happens
-    std::int64_t values = 1;  // its value is below this
+    int weight;      // how often it happens
+    int values = 1;  // its value is below this
 };
 
 constexpr KindInfo kinds[]{
