@@ -198,7 +198,10 @@ std::vector<UnsettledPayment> Payments::unknown() const {
 
 void Payments::showThoseInDoubt() {
     if (isUnderWay()) return;  // it is in the store, too
-    for (auto& payment : unknown()) add(titleOf(payment)).doubt(std::move(payment));
+    for (auto& payment : unknown()) {
+        auto& row = add(titleOf(payment));
+        row.doubt(std::move(payment));
+    }
 }
 
 bool Payments::isUnderWay() const {

@@ -280,7 +280,8 @@ private:
 template <class... Payload>
 void Kavio::State::tell(Callback<Payload...> callback, const std::shared_ptr<Listener>& listener, bool isLast,
                         const KavioDelegate::Result& result, Payload... payload) const {
-    const auto waiting = listener;  // the delegate may destroy all else
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the delegate may destroy all else
+    const auto waiting = listener;
     const auto delegate = mDelegate.lock();
     if (!waiting) {
         if (delegate) ((*delegate).*callback)(result, std::move(payload)...);
