@@ -54,13 +54,14 @@ std::optional<SessionToken> sessionToken(Token token, const StoredState& stored)
 
 APIRequest make(const Kind& kind, std::string endpoint, std::optional<Parameters> params = std::nullopt) {
     auto stored = storedState();
+    auto token = sessionToken(kind.token, stored);
     return {.requestName = kind.name,
             .method = kind.method,
             .encoding = kind.encoding,
             .idempotency = kind.idempotency,
             .endpoint = std::move(endpoint),
             .params = std::move(params),
-            .token = sessionToken(kind.token, stored),
+            .token = std::move(token),
             .stored = std::move(stored)};
 }
 
