@@ -36,7 +36,7 @@ std::string repeated(const std::string& text, int times) {
 /// Each of `inner` between `before` and `after`.
 Texts within(const std::string& before, const Texts& inner, const std::string& after) {
     Texts texts;
-    for (const auto& text : inner) texts.push_back(before + text + after);
+    for (const auto& text : inner) texts.push_back(std::string(before).append(text).append(after));
     return texts;
 }
 Texts quoted(const Texts& contents) { return within("\"", contents, "\""); }
@@ -70,7 +70,7 @@ const Texts badNumbers = split(
 // Control characters must be escaped; nothing else must be, other than quotes and backslashes.
 Texts controls(const std::string& before, const std::string& after) {
     Texts texts;
-    for (char c = 0; c < ' '; ++c) texts.push_back(before + c + after);
+    for (char c = 0; c < ' '; ++c) texts.push_back(std::string(before).append(1, c).append(after));
     return texts;
 }
 const Texts goodContents = Texts{"",
@@ -83,8 +83,7 @@ const Texts goodContents = Texts{"",
                                  "'",
                                  "{}[]:,",
                                  "\x7F",
-                                 "a\x7F"
-                                 "a",
+                                 "\x7F\x7F",
                                  R"(\\)",
                                  R"(\")",
                                  R"(\/)",
