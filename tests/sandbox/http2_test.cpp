@@ -1,5 +1,7 @@
 #include "client.h"
 
+#include <fmt/format.h>
+
 #include <cstdio>
 #include <optional>
 
@@ -10,9 +12,10 @@ namespace {
 /// standard error comes at once.
 class Curl {
 public:
-    Curl(const sandbox::Sandbox& service, const std::string& arguments) {
-        const auto command = "curl -sN --no-progress-meter --cacert " + service.authorityFile().string() +
-                             " --connect-to ::" + service.address() + " " + arguments + " 2>&1";
+    Curl(const sandbox::Sandbox& service, const std::vector<std::string>& arguments) {
+        const auto command =
+            fmt::format("curl -sN --no-progress-meter --cacert {} --connect-to ::{} {} 2>&1",
+                        service.authorityFile().string(), service.address(), fmt::join(arguments, " "));
         mOutput.reset(::popen(command.c_str(), "r"));
     }
     /// Empty at the end.
@@ -26,15 +29,15 @@ private:
     std::unique_ptr<FILE, int (*)(FILE*)> mOutput{nullptr, ::pclose};
 };
 
-const std::string time = " https://localhost/v1/time";
-const std::string clock = " https://localhost/_sandbox/clock";
+const std::string time = "https://localhost/v1/time";
+const std::string clock = "https://localhost/_sandbox/clock";
 
 TEST(Http2, DelaysOneRequestOfAConnectionUntilItStops) {
     std::optional<sandbox::Sandbox> service(sandbox::Options{.http2 = true});
     service->fault("/time", {.delay = 24h});
     const Curl curl(
         *service,
-        "-Z -o /dev/null -o /dev/null -w '%{stderr}%{urlnum}: %{http_code}, %{num_connects} new\n'" + time + clock);
+        {"-Z -o /dev/null -o /dev/null -w '%{stderr}%{urlnum}: %{http_code}, %{num_connects} new\n'", time, clock});
     EXPECT_EQ(curl.line(), "1: 200, 0 new\n");
     service.reset();
     EXPECT_EQ(curl.line(), "0: 000, 1 new\n");
@@ -60,7 +63,7 @@ TEST(Http2, LosesOneReplyOfAConnection) {
     for (const auto& [fault, arrived] : std::initializer_list<std::pair<sandbox::Fault, std::string>>{
              {{.drop = true}, ""}, {{.cutAfter = 5}, R"({"mes)"}}) {
         service.fault("/time", fault);
-        const Curl curl(service, "-o - -o /dev/null -w ' %{exitcode}, %{num_connects} new\n'" + time + clock);
+        const Curl curl(service, {"-o - -o /dev/null -w ' %{exitcode}, %{num_connects} new\n'", time, clock});
         EXPECT_EQ(curl.line(), arrived + " 92, 1 new\n") << "the error of one stream";
         EXPECT_EQ(curl.line(), " 0, 0 new\n");
     }
@@ -70,12 +73,12 @@ TEST(Http2, SendsLargeBodiesAndNone) {
     Client client({.http2 = true});
     client.service.fault("/time", {.padTo = 1'000'000});
     EXPECT_EQ(client.send("GET", "/v1/time?").body.size(), 1'000'000U);
-    EXPECT_EQ(Curl(client.service, "-I -o /dev/null -w '%{http_code}\n'" + time).line(), "405\n");
+    EXPECT_EQ(Curl(client.service, {"-I -o /dev/null -w '%{http_code}\n'", time}).line(), "405\n");
 }
 
 TEST(Http2, StreamsEvents) {
     std::optional<Client> client(sandbox::Options{.http2 = true});
-    const Curl events(client->service, "https://localhost/_sandbox/events");
+    const Curl events(client->service, {"https://localhost/_sandbox/events"});
     client->ok("PUT", "/_sandbox/clock", {{"isStopped", true}});
     std::string line;
     do line = events.line();
@@ -95,15 +98,15 @@ TEST(Http2, LimitsRequests) {
 TEST(Http2, RefusesClientsWithoutIt) {
     const sandbox::Sandbox service({.http2 = true});
     for (const auto& [offer, end] :
-         std::map<std::string, const char*>{{"--http1.1", "35"}, {"--no-alpn", "35"}, {"", "0"}})
-        EXPECT_EQ(Curl(service, offer + " -o /dev/null -w '%{exitcode}\n'" + time).line(), std::string(end) + "\n");
+         std::map<std::string, const char*>{{"--http1.1", "35\n"}, {"--no-alpn", "35\n"}, {"", "0\n"}})
+        EXPECT_EQ(Curl(service, {offer, "-o /dev/null -w '%{exitcode}\n'", time}).line(), end);
 }
 
 TEST(Http2, TakesLeaveOfClientsThatAreIdle) {
     const sandbox::Sandbox service({.http2 = true, .idleLimit = 1s});
     // Two requests, the second one two seconds after the first.
     const Curl curl(service,
-                    "--rate 30/m -o /dev/null -o /dev/null -w '%{http_code}, %{num_connects} new\n'" + clock + clock);
+                    {"--rate 30/m -o /dev/null -o /dev/null -w '%{http_code}, %{num_connects} new\n'", clock, clock});
     EXPECT_EQ(curl.line(), "200, 1 new\n");
     EXPECT_EQ(curl.line(), "200, 1 new\n");
 }
