@@ -46,39 +46,35 @@ std::optional<APIFailure> givenUp() {
     return connectionFailure({UrlError::cancelled, "cancelled", std::nullopt, false});
 }
 
-/// Calls `next` once the time sample is good for the request, or once an attempt to renew it has failed.
-void withFreshTime(const std::shared_ptr<APIRequest>& kept, const std::shared_ptr<KavioNetworkService>& transport,
-                   std::function<void()> next) {
-    if (kept->requestName == timeRequestName || isTimeSampleFresh(kept->stored.sample)) return next();
-    transport->send(timeRequest(), [kept, next = std::move(next)](RawResult raw) {
+/// Calls `send`, unless `prepare` fails, once the time sample is good for the request, or once an attempt to renew it
+/// has failed.
+void withFreshTime(APIRequest request, RawCompletion completion, BeforeSending prepare,
+                   std::function<void(KavioNetworkService&, APIRequest, RawCompletion)> send) {
+    const auto transport = KavioNetworkService::shared();
+    auto proceed = [transport, completion = std::move(completion), prepare = std::move(prepare),
+                    send = std::move(send)](APIRequest ready) mutable {
+        if (auto failure = prepare ? prepare() : std::nullopt)
+            return completion(RawResult::failed(*std::move(failure)));
+        send(*transport, std::move(ready), std::move(completion));
+    };
+    if (request.requestName == timeRequestName || isTimeSampleFresh(request.stored.sample))
+        return proceed(std::move(request));
+    const auto waiting = std::make_shared<APIRequest>(std::move(request));
+    transport->send(timeRequest(), [proceed = std::move(proceed), waiting](RawResult raw) mutable {
         // On the network's thread: the store syncs its writes to disk, and the main thread need not wait for that.
         const auto result = decoded<ServerTimeResponse>(std::move(raw));
         storeTimeSample(result ? result.payload() : std::nullopt);
-        kept->stored = storedState();
-        next();
+        waiting->stored = storedState();
+        proceed(std::move(*waiting));
     });
-}
-
-/// The same, and `send` unless `prepare` fails.
-void withFreshTime(APIRequest request, RawCompletion completion, BeforeSending prepare,
-                   std::function<void(KavioNetworkService&, APIRequest, const RawCompletion&)> send) {
-    const auto transport = KavioNetworkService::shared();
-    const auto kept = std::make_shared<APIRequest>(std::move(request));
-    withFreshTime(
-        kept, transport,
-        [transport, kept, completion = std::move(completion), prepare = std::move(prepare), send = std::move(send)] {
-            if (auto failure = prepare ? prepare() : std::nullopt)
-                return completion(RawResult::failed(*std::move(failure)));
-            send(*transport, std::move(*kept), completion);
-        });
 }
 
 }  // namespace
 
 void sendRawWithFreshTime(APIRequest request, RawCompletion completion, BeforeSending prepare) {
     withFreshTime(std::move(request), std::move(completion), std::move(prepare),
-                  [](KavioNetworkService& transport, APIRequest ready, const RawCompletion& completed) {
-                      transport.send(std::move(ready), completed);
+                  [](KavioNetworkService& transport, APIRequest ready, RawCompletion completed) {
+                      transport.send(std::move(ready), std::move(completed));
                   });
 }
 
@@ -88,7 +84,7 @@ std::shared_ptr<Sending> sendRawInBackgroundWithFreshTime(APIRequest request, Ra
     withFreshTime(
         std::move(request), std::move(completion),
         [sending, prepare = std::move(prepare)] { return sending->isGivenUp() ? givenUp() : prepare(); },
-        [sending](KavioNetworkService& transport, APIRequest ready, const RawCompletion& completed) {
+        [sending](KavioNetworkService& transport, APIRequest ready, RawCompletion completed) {
             const auto send = [&] { return transport.sendInBackground(std::move(ready), completed); };
             if (!sending->start(send)) completed(RawResult::failed(*givenUp()));
         });
