@@ -259,7 +259,10 @@ void UrlEngine::Loop::takeTurn(bool idleHasEnded) {
 /// Whether the connection that is kept for the next request has ended meanwhile.
 bool UrlEngine::Loop::waitForMore() {
     const auto idle = mRunning.empty() ? mKept.socket() : CURL_SOCKET_BAD;
-    return mWakeup.wait(mMulti.get(), idle, millisecondsToNextDeadline());
+    const int milliseconds = millisecondsToNextDeadline();
+    if (!mRunning.empty() || milliseconds != INT_MAX) return mWakeup.wait(mMulti.get(), idle, milliseconds);
+    mWakeup.wait();
+    return false;
 }
 
 void UrlEngine::Loop::begin(TaskPointer task) {
