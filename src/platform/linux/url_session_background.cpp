@@ -42,11 +42,11 @@ public:
     std::shared_ptr<DownloadTask> downloadTask(UrlRequest request, Completion completion) override {
         mOpen->add();
         try {
-            return mEngine.submit(std::move(request),
-                                  [open = mOpen, completion = std::move(completion)](UrlOutcome outcome) {
-                                      completion(std::move(outcome));
-                                      open->remove();
-                                  });
+            return mEngine.submitTask(std::move(request),
+                                      [open = mOpen, completion = std::move(completion)](UrlOutcome outcome) {
+                                          completion(std::move(outcome));
+                                          open->remove();
+                                      });
         } catch (...) {
             mOpen->remove();
             throw;

@@ -13,8 +13,6 @@
 #include <chrono>
 #include <climits>
 #include <csignal>
-#include <deque>
-#include <map>
 #include <mutex>
 #include <new>
 #include <system_error>
@@ -71,12 +69,19 @@ bool isDistrust(CURLcode code) {
     return code == CURLE_PEER_FAILED_VERIFICATION || code == CURLE_SSL_CONNECT_ERROR || code == CURLE_OUT_OF_MEMORY;
 }
 
-template <class Container>
-TaskPointer takeAt(Container& tasks, typename Container::iterator position) {
-    TaskPointer task = std::move(*position);
-    tasks.erase(position);
+using Tasks = std::vector<TaskPointer>;
+
+/// The first one for which `isWanted` is true, or null.
+template <class Predicate>
+TaskPointer takeFirst(Tasks& tasks, Predicate isWanted) {
+    const auto found = std::find_if(tasks.begin(), tasks.end(), isWanted);
+    if (found == tasks.end()) return nullptr;
+    TaskPointer task = std::move(*found);
+    tasks.erase(found);
     return task;
 }
+
+bool any(const TaskPointer&) { return true; }
 
 /// The end of every task. Where there is no memory for what is said here, the process ends.
 void complete(TaskPointer task, UrlOutcome outcome) noexcept {
@@ -102,12 +107,13 @@ void endedByLackOfMemory(TaskPointer& task, Step step) {
 
 /// What the network thread does. It outlives the engine if a completion destroys the engine. A completion may do
 /// anything to the loop, so none is called while a task is between two places.
-class UrlEngine::Loop : public std::enable_shared_from_this<Loop> {
+class UrlEngine::Loop {
 public:
     explicit Loop(UrlConduct conduct);
 
     // On any thread.
-    std::shared_ptr<DownloadTask> submit(UrlRequest request, Completion completion);
+    TaskPointer makeTask(UrlRequest request, Completion completion) const;
+    void submit(TaskPointer task);
     void completeGivenUp();
     void stop();
 
@@ -146,20 +152,20 @@ private:
     Wakeup mWakeup;
     std::atomic<bool> mSomeAreGivenUp = false;
     std::mutex mMutex;
-    bool mStopping = false;              // guarded by mMutex
-    std::deque<TaskPointer> mSubmitted;  // guarded by mMutex
+    bool mStopping = false;  // guarded by mMutex
+    Tasks mSubmitted;        // guarded by mMutex
 
     KeptConnection mKept;
     bool mHaveDistrusted = false;
-    std::map<CURL*, TaskPointer> mRunning;
+    Tasks mRunning;
     Steady::time_point mNextOverdue = Steady::time_point::max();  // no task that runs is overdue before
-    std::vector<TaskPointer> mWaiting;
+    Tasks mWaiting;
 };
 
-/// A request in the engine, for whoever made it.
-class UrlEngine::Submitted : public DownloadTask {
+/// A task in the engine, for whoever submitted it.
+class UrlEngine::OpenTask : public DownloadTask {
 public:
-    Submitted(std::weak_ptr<Loop> loop, std::shared_ptr<Departure> departure)
+    OpenTask(std::weak_ptr<Loop> loop, std::shared_ptr<Departure> departure)
         : mLoop(std::move(loop)), mDeparture(std::move(departure)) {}
 
     bool cancel() override {
@@ -191,9 +197,17 @@ UrlEngine::~UrlEngine() {
     }
 }
 
-std::shared_ptr<DownloadTask> UrlEngine::submit(UrlRequest request, Completion completion) {
+void UrlEngine::submit(UrlRequest request, Completion completion) {
     const auto loop = mLoop;  // the completion may come at once and destroy the engine
-    return loop->submit(std::move(request), std::move(completion));
+    loop->submit(loop->makeTask(std::move(request), std::move(completion)));
+}
+
+std::shared_ptr<DownloadTask> UrlEngine::submitTask(UrlRequest request, Completion completion) {
+    const auto loop = mLoop;
+    auto task = loop->makeTask(std::move(request), std::move(completion));
+    auto open = std::make_shared<OpenTask>(loop, task->exchange.departure());
+    loop->submit(std::move(task));
+    return open;
 }
 
 UrlEngine::Loop::Loop(UrlConduct conduct) : mConduct(std::move(conduct)) {
@@ -204,15 +218,16 @@ UrlEngine::Loop::Loop(UrlConduct conduct) : mConduct(std::move(conduct)) {
     curl_share_setopt(mTlsSessions.get(), CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);
 }
 
-std::shared_ptr<DownloadTask> UrlEngine::Loop::submit(UrlRequest request, Completion completion) {
-    auto task = std::make_unique<Task>(std::move(request), mConduct, std::move(completion));
-    auto submitted = std::make_shared<Submitted>(weak_from_this(), task->exchange.departure());
+TaskPointer UrlEngine::Loop::makeTask(UrlRequest request, Completion completion) const {
+    return std::make_unique<Task>(std::move(request), mConduct, std::move(completion));
+}
+
+void UrlEngine::Loop::submit(TaskPointer task) {
     {
         const std::lock_guard lock(mMutex);
         mSubmitted.push_back(std::move(task));
     }
     mWakeup.signal();
-    return submitted;
 }
 
 void UrlEngine::Loop::completeGivenUp() {
@@ -274,8 +289,7 @@ void UrlEngine::Loop::begin(TaskPointer task) {
 
 /// What becomes of it is of no interest: the next query makes its own connection, if need be.
 void UrlEngine::Loop::warm(bool isEnded) try {
-    if (auto request = mKept.renewal(isEnded))
-        start(std::make_unique<Task>(*std::move(request), mConduct, [](const UrlOutcome&) {}));
+    if (auto request = mKept.renewal(isEnded)) start(makeTask(*std::move(request), [](const UrlOutcome&) {}));
 } catch (const std::bad_alloc&) {  // NOLINT(bugprone-empty-catch): likewise
 }
 
@@ -302,7 +316,7 @@ void UrlEngine::Loop::attempt(TaskPointer& task) {
     mKept.use();
     const CURLcode code = task->exchange.prepare(easy);
     mNextOverdue = std::min(mNextOverdue, task->exchange.connectsBy().value_or(mNextOverdue));
-    mRunning.emplace(easy, std::move(task));
+    mRunning.push_back(std::move(task));
     if (code != CURLE_OK) return end(easy, code);
     if (curl_multi_add_handle(mMulti.get(), easy) != CURLM_OK) end(easy, CURLE_FAILED_INIT);
 }
@@ -351,14 +365,11 @@ bool UrlEngine::Loop::isStopping() {
 
 TaskPointer UrlEngine::Loop::takeSubmitted() {
     const std::lock_guard lock(mMutex);
-    return mSubmitted.empty() ? nullptr : takeAt(mSubmitted, mSubmitted.begin());
+    return takeFirst(mSubmitted, any);
 }
 
 TaskPointer UrlEngine::Loop::takeDue() {
-    const auto now = Steady::now();
-    const auto due =
-        std::find_if(mWaiting.begin(), mWaiting.end(), [&](const auto& task) { return task->resumesAt <= now; });
-    return due == mWaiting.end() ? nullptr : takeAt(mWaiting, due);
+    return takeFirst(mWaiting, [now = Steady::now()](const auto& task) { return task->resumesAt <= now; });
 }
 
 /// libcurl has no time-out for a request that waits until there may be another connection.
@@ -367,9 +378,9 @@ TaskPointer UrlEngine::Loop::takeOverdue() {
     if (now < mNextOverdue) return nullptr;
     mNextOverdue = Steady::time_point::max();
     CURL* overdue = nullptr;
-    for (const auto& [easy, task] : mRunning) {
+    for (const auto& task : mRunning) {
         const auto end = task->exchange.connectsBy();
-        if (end && *end <= now) overdue = easy;
+        if (end && *end <= now) overdue = task->easy.get();
         if (end) mNextOverdue = std::min(mNextOverdue, *end);
     }
     return overdue == nullptr ? nullptr : takeRunning(overdue);
@@ -378,21 +389,19 @@ TaskPointer UrlEngine::Loop::takeOverdue() {
 /// Anything still in `mSubmitted` is not started.
 TaskPointer UrlEngine::Loop::takeGivenUp() {
     const auto isGivenUp = [](const TaskPointer& task) { return task->exchange.departure()->isGivenUp(); };
-    const auto waiting = std::find_if(mWaiting.begin(), mWaiting.end(), isGivenUp);
-    if (waiting != mWaiting.end()) return takeAt(mWaiting, waiting);
-    const auto running =
-        std::find_if(mRunning.begin(), mRunning.end(), [&](const auto& entry) { return isGivenUp(entry.second); });
-    return running == mRunning.end() ? nullptr : takeRunning(running->first);
+    if (auto waiting = takeFirst(mWaiting, isGivenUp)) return waiting;
+    const auto running = std::find_if(mRunning.begin(), mRunning.end(), isGivenUp);
+    return running == mRunning.end() ? nullptr : takeRunning((*running)->easy.get());
 }
 
 TaskPointer UrlEngine::Loop::takeRunning(CURL* easy) {
     curl_multi_remove_handle(mMulti.get(), easy);
-    return std::move(mRunning.extract(easy).mapped());
+    return takeFirst(mRunning, [easy](const auto& task) { return task->easy.get() == easy; });
 }
 
 TaskPointer UrlEngine::Loop::takeAny() {
-    if (!mRunning.empty()) return takeRunning(mRunning.begin()->first);
-    if (!mWaiting.empty()) return takeAt(mWaiting, mWaiting.begin());
+    if (!mRunning.empty()) return takeRunning(mRunning.front()->easy.get());
+    if (!mWaiting.empty()) return takeFirst(mWaiting, any);
     return takeSubmitted();
 }
 

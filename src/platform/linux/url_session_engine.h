@@ -22,11 +22,13 @@ public:
     UrlEngine(const UrlEngine&) = delete;
     UrlEngine& operator=(const UrlEngine&) = delete;
 
-    std::shared_ptr<DownloadTask> submit(UrlRequest request, Completion completion);
+    void submit(UrlRequest request, Completion completion);
+    /// The same for a request that can be given up.
+    std::shared_ptr<DownloadTask> submitTask(UrlRequest request, Completion completion);
 
 private:
     class Loop;
-    class Submitted;
+    class OpenTask;
 
     std::shared_ptr<Loop> mLoop;
     std::thread mThread;
