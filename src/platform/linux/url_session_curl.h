@@ -32,7 +32,14 @@ private:
     std::unique_ptr<curl_slist, Release<&curl_slist_free_all>> mHead;
 };
 
-/// A list that libcurl only reads, in two pieces of memory instead of two for each line. No line contains a NUL.
+inline bool hasBreak(std::string_view text) {
+    return text.find('\r') != std::string_view::npos || text.find('\n') != std::string_view::npos;
+}
+
+/// Whether libcurl takes `text` as it is: it neither begins a new line nor ends early.
+inline bool isLine(std::string_view text) { return !hasBreak(text) && text.find('\0') == std::string_view::npos; }
+
+/// A list that libcurl only reads, in two pieces of memory instead of two for each line.
 class CurlLines {
 public:
     void clear() {
@@ -46,6 +53,12 @@ public:
     void reserve(std::size_t lines, std::size_t bytes) {
         mNodes.reserve(lines);
         mText.reserve(bytes);
+    }
+    /// Whether libcurl takes each of them as it is.
+    bool areWellFormed() const {
+        std::string_view left = mText;
+        for (std::size_t i = 0; i < mNodes.size(); ++i) left.remove_prefix(left.find('\0') + 1);
+        return left.empty() && !hasBreak(mText);
     }
     /// Null without any lines. Valid until they change.
     curl_slist* get() {

@@ -29,17 +29,6 @@ constexpr long uploadBufferBytes = 16L * 1024;
 // A reply that keeps dripping just enough to count as progress must end too.
 constexpr long wholeExchangeTimeouts = 10;
 
-/// Whether libcurl would send the request as it stands: none of its texts must end early or begin a new line.
-bool isWellFormed(const UrlRequest& request) {
-    const auto isLine = [](std::string_view text) {
-        constexpr auto absent = std::string_view::npos;
-        return text.find('\r') == absent && text.find('\n') == absent && text.find('\0') == absent;
-    };
-    return isLine(request.method) && isLine(request.url) &&
-           std::all_of(request.headers.begin(), request.headers.end(),
-                       [&](const auto& field) { return isLine(field.first) && isLine(field.second); });
-}
-
 /// Scheme, host and port of `url`, in comparable form.
 std::optional<std::string> origin(const char* url) {
     const CurlUrl parsed(curl_url());
@@ -176,8 +165,8 @@ UrlExchange::UrlExchange(UrlRequest request, const UrlConduct& conduct)
 UrlExchange::~UrlExchange() { forgetBody(); }
 
 CURLcode UrlExchange::prepare(CURL* easy) {
-    if (!isWellFormed(mRequest)) return CURLE_URL_MALFORMAT;
-    mHeaderLines.clear();
+    formHeaderLines();
+    if (!isLine(mRequest.method) || !isLine(mRequest.url) || !mHeaderLines.areWellFormed()) return CURLE_URL_MALFORMAT;
     mBody.clear();
     mHeaderBytes = 0;
     mHeadIsWhole = false;
@@ -188,7 +177,7 @@ CURLcode UrlExchange::prepare(CURL* easy) {
     setConnection(options);
     setLimits(options);
     setRequest(options);
-    setHeaders(options);
+    options.set(CURLOPT_HTTPHEADER, mHeaderLines.get());
     options.set(CURLOPT_OPENSOCKETFUNCTION, &Callbacks::openSocket);
     options.set(CURLOPT_OPENSOCKETDATA, this);
     options.set(CURLOPT_PREREQFUNCTION, &Callbacks::beforeSending);
@@ -249,7 +238,8 @@ void UrlExchange::setRequest(Options& options) {
     options.set(CURLOPT_CUSTOMREQUEST, method.c_str());
 }
 
-void UrlExchange::setHeaders(Options& options) {
+void UrlExchange::formHeaderLines() {
+    mHeaderLines.clear();
     // What libcurl would add by itself: a form's type, and a wait for "100 Continue", which may end in sending twice.
     mHeaderLines.reserve(mRequest.headers.size() + 2, usualHeaderBytes);
     for (const char* name : {"Content-Type:", "Expect:"}) mHeaderLines.append(name);
@@ -257,7 +247,6 @@ void UrlExchange::setHeaders(Options& options) {
         const bool blank = value.find_first_not_of(" \t") == std::string::npos;
         mHeaderLines.append(name, blank ? ";" : ": ", value);  // "NAME:" alone would remove the header
     }
-    options.set(CURLOPT_HTTPHEADER, mHeaderLines.get());
 }
 
 bool UrlExchange::maySend(int localPort) {

@@ -100,7 +100,7 @@ private:
     void setConnection(Options& options) const;
     void setLimits(Options& options);
     void setRequest(Options& options);
-    void setHeaders(Options& options);
+    void formHeaderLines();
     UrlReply takeReply(int status);
     void forgetBody();
 
