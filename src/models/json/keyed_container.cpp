@@ -36,15 +36,17 @@ KeyedContainer::KeyedContainer(const DecodedValue& value, std::size_t size)
       mPath(value.path()),
       mShapePlace(knownShape(size, size == 0 ? nullptr : mTape.sized(value.element().index + 1))),
       mShape(std::move(mShapePlace.shape)) {
-    if (size > mFewIndices.size()) mManyIndices.resize(size);
-    mIndices = size > mFewIndices.size() ? std::span(mManyIndices) : std::span(mFewIndices).first(size);
+    if (size > mostOnStack) mManyIndices.resize(size + 1);
+    mIndices = size > mostOnStack ? mManyIndices.data() : mFewIndices.data();
+    mIndices[size] = 0;
     bool isKnown = mShape && mShape->size() == size;
     auto name = value.element().index + 1;
     for (std::size_t position = 0; position < size; ++position, name = mTape.after(name + 1)) {
         mIndices[position] = static_cast<std::uint32_t>(name + 1);
         isKnown = isKnown && mShape->isName(position, mTape.sized(name));
     }
-    if (!isKnown) mShape = shapeOf(mTape, mIndices);
+    if (!isKnown) mShape = shapeOf(mTape, {mIndices, size});
+    mAnswers = mShape->answers();
     mShapePlace.isTaken = true;  // last: where memory runs out before, nobody would give it back
 }
 
@@ -107,6 +109,12 @@ void KeyedContainer::refuseMissing(Key key) const {
 
 void KeyedContainer::refuse(Key key, Element element, std::string_view expected) const {
     DecodedValue(element, {&mPath, key.name()}).refuse(expected);
+}
+
+std::size_t KeyedContainer::search(Key key, std::size_t turn) const {
+    const auto position = mShape->find(key, turn);
+    mAnswers = mShape->answers();
+    return mIndices[position];
 }
 
 /// The value of the member; absent when it is missing or null.

@@ -180,9 +180,11 @@ private:
     std::optional<T> simple(Key key, std::size_t index) const;
     /// Where the member's value is, or 0, where no value can be, when it is missing.
     std::size_t indexOf(Key key) const {
-        const auto position = mShape->find(key, mTurn++);
-        return position == ObjectShape::absent ? 0 : mIndices[position];
+        const auto turn = mTurn++;
+        if (turn < mAnswers.size() && mAnswers[turn].key == key.name().data()) return mIndices[mAnswers[turn].position];
+        return search(key, turn);
     }
+    std::size_t search(Key key, std::size_t turn) const;
     /// For an optional member, missing and null are the same.
     bool isAbsent(std::size_t index) const { return index == 0 || mTape.type(index) == 'n'; }
     DecodedValue value(Key key) const;
@@ -196,10 +198,11 @@ private:
     Path mPath;
     KnownShape& mShapePlace;
     std::unique_ptr<ObjectShape> mShape;
+    mutable std::span<const ObjectShape::Answer> mAnswers;  // of the shape
     mutable std::size_t mTurn = 0;
-    // Where the members' values are in the document, in the order of the shape.
-    std::span<std::uint32_t> mIndices;
-    std::array<std::uint32_t, mostOnStack> mFewIndices;
+    // Where the members' values are in the document, in the order of the shape, and 0 for a member that is missing.
+    std::uint32_t* mIndices;
+    std::array<std::uint32_t, mostOnStack + 1> mFewIndices;
     std::vector<std::uint32_t> mManyIndices;
 };
 

@@ -21,11 +21,11 @@ ObjectShape::ObjectShape(std::span<const std::string_view> names) : mCounts(name
 std::size_t ObjectShape::find(std::string_view name) const {
     const auto after =
         std::ranges::upper_bound(mSorted, name, {}, [this](std::size_t position) { return this->name(position); });
-    if (after == mSorted.begin() || this->name(*(after - 1)) != name) return absent;
+    if (after == mSorted.begin() || this->name(*(after - 1)) != name) return size();
     return *(after - 1);
 }
 
-std::size_t ObjectShape::remember(Key key, std::size_t turn) {
+std::size_t ObjectShape::find(Key key, std::size_t turn) {
     constexpr std::size_t mostTurns = 256;  // more than any record has keys
     const auto position = find(key.name());
     if (turn >= mostTurns) return position;

@@ -54,27 +54,22 @@ public:
     /// Whether the member is the last of its name, which is the one that counts.
     bool counts(std::size_t position) const { return mCounts[position]; }
 
-    static constexpr std::size_t absent = std::numeric_limits<std::size_t>::max();
-
-    /// The position of the last member of that name, or `absent`.
-    std::size_t find(std::string_view name) const;
-    /// The same for the `turn`th key that a record asks for. Mostly that is the key of the same turn as with the object
-    /// before, which saves the search.
-    std::size_t find(Key key, std::size_t turn) {
-        if (turn < mAnswers.size() && mAnswers[turn].key == key.name().data()) return mAnswers[turn].position;
-        return remember(key, turn);
-    }
+    /// Where a key was found with the object before.
+    struct Answer {
+        const char* key;  // a literal, so the same address is the same name
+        std::size_t position;
+    };
+    /// By the turns in which a record asks for its keys, which mostly are the same with each object.
+    std::span<const Answer> answers() const { return mAnswers; }
+    /// The position of the last member of that name, or `size()` if there is none. It becomes the answer for that turn.
+    std::size_t find(Key key, std::size_t turn);
 
 private:
     struct Member {
         std::uint32_t begin;
         std::uint32_t size;  // with its own four bytes
     };
-    struct Answer {
-        const char* key;  // a literal, so the same address is the same name
-        std::size_t position;
-    };
-    std::size_t remember(Key key, std::size_t turn);
+    std::size_t find(std::string_view name) const;
 
     std::string mNames;
     std::vector<Member> mMembers;
