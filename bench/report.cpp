@@ -2,6 +2,7 @@
 
 #include "allocations.h"
 #include "child.h"
+#include "one_processor.h"
 
 #include <benchmark/benchmark.h>
 
@@ -171,9 +172,12 @@ std::string report(const Setup& setup) {
         const KeptMemory kept;
         benchmark::RunSpecifiedBenchmarks(&best, "decodeMachines|decodeInFreshMemory|Parse");
     }
-    benchmark::RunSpecifiedBenchmarks(&best, "wholeCall|sessionCall|resumedCall|[bB]areCall");
-    benchmark::RunSpecifiedBenchmarks(&best,
-                                      "FirstCall|firstCall|callsAtOnce|Pause|Digests|Request|Store|Payment|Commit");
+    {
+        const OneProcessor shared;
+        benchmark::RunSpecifiedBenchmarks(&best, "wholeCall|sessionCall|[bB]areCall");
+    }
+    benchmark::RunSpecifiedBenchmarks(
+        &best, "FirstCall|firstCall|resumedCall|callsAtOnce|Pause|Digests|Request|Store|Payment|Commit");
     const KeptMemory kept;
     benchmark::RunSpecifiedBenchmarks(&best, "decodePlainly");
     Table table;
