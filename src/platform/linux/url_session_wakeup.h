@@ -1,12 +1,13 @@
 #pragma once
 
 #include <curl/curl.h>
+#include <semaphore.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
 #include <array>
-#include <condition_variable>
-#include <mutex>
+#include <atomic>
+#include <cerrno>
 #include <new>
 
 namespace kavio {
@@ -16,56 +17,54 @@ class Wakeup {
 public:
     Wakeup() {
         if (mDescriptor < 0) throw std::bad_alloc();
+        sem_init(&mSemaphore, 0, 0);
     }
-    ~Wakeup() { close(mDescriptor); }
+    ~Wakeup() {
+        sem_destroy(&mSemaphore);
+        close(mDescriptor);
+    }
     Wakeup(const Wakeup&) = delete;
     Wakeup& operator=(const Wakeup&) = delete;
 
     /// Ends the present wait, or else the next one.
     void signal() {
-        const std::lock_guard lock(mMutex);
-        mIsSignalled = true;
-        if (mThread == Thread::SLEEPS) mChanged.notify_one();
-        if (mThread == Thread::POLLS) eventfd_write(mDescriptor, 1);
+        const auto state = mState.exchange(State::SIGNALLED);
+        if (state == State::SLEEPING) sem_post(&mSemaphore);
+        if (state == State::POLLING) eventfd_write(mDescriptor, 1);
     }
 
     /// Waits for nothing but a signal. That is cheaper than to poll, and the usual wait before a request.
     void wait() {
-        std::unique_lock lock(mMutex);
-        mThread = Thread::SLEEPS;
-        mChanged.wait(lock, [this] { return mIsSignalled; });
-        goOn();
+        if (enter(State::SLEEPING)) {
+            while (sem_wait(&mSemaphore) != 0 && errno == EINTR) {
+            }
+        }
+        mState = State::WORKING;
     }
     /// Waits for a signal, for what the open exchanges wait for, or until the time is up. True if there is something to
     /// read from `idle`, which may be no socket.
     bool wait(CURLM* multi, curl_socket_t idle, int milliseconds) {
-        {
-            const std::lock_guard lock(mMutex);
-            if (mIsSignalled) milliseconds = 0;
-            mThread = Thread::POLLS;
-        }
         std::array<curl_waitfd, 2> watched{{{mDescriptor, CURL_WAIT_POLLIN, 0}, {idle, CURL_WAIT_POLLIN, 0}}};
+        if (!enter(State::POLLING)) milliseconds = 0;
         curl_multi_wait(multi, watched.data(), idle == CURL_SOCKET_BAD ? 1 : 2, milliseconds, nullptr);
-        const std::lock_guard lock(mMutex);
+        mState = State::WORKING;
         eventfd_t count = 0;
-        if (mIsSignalled) eventfd_read(mDescriptor, &count);
-        goOn();
+        if (watched[0].revents != 0) eventfd_read(mDescriptor, &count);
         return watched[1].revents != 0;
     }
 
 private:
-    enum class Thread { WORKS, SLEEPS, POLLS };
+    enum class State { WORKING, SLEEPING, POLLING, SIGNALLED };
 
-    void goOn() {
-        mThread = Thread::WORKS;
-        mIsSignalled = false;
+    /// False if there has been a signal since the last wait.
+    bool enter(State waiting) {
+        State working = State::WORKING;
+        return mState.compare_exchange_strong(working, waiting);
     }
 
     const int mDescriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    std::mutex mMutex;  // guards all below
-    std::condition_variable mChanged;
-    Thread mThread = Thread::WORKS;
-    bool mIsSignalled = false;
+    sem_t mSemaphore{};
+    std::atomic<State> mState = State::WORKING;
 };
 
 }  // namespace kavio
