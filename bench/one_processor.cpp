@@ -1,6 +1,7 @@
 #include "one_processor.h"
 
 #include <filesystem>
+#include <stdexcept>
 #include <string>
 
 namespace kavio::bench {
@@ -8,19 +9,23 @@ namespace {
 
 void runOn(const cpu_set_t& processors) {
     for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task"))
-        sched_setaffinity(std::stoi(thread.path().filename()), sizeof processors, &processors);
+        if (sched_setaffinity(std::stoi(thread.path().filename()), sizeof processors, &processors) != 0)
+            throw std::runtime_error("The threads cannot be bound to a processor.");
 }
 
 }  // namespace
 
-OneProcessor::OneProcessor() {
-    sched_getaffinity(0, sizeof mBefore, &mBefore);
-    cpu_set_t first;
-    CPU_ZERO(&first);
-    CPU_SET(0, &first);
-    runOn(first);
+void onOneProcessor(const std::function<void()>& work) {
+    cpu_set_t before;
+    sched_getaffinity(0, sizeof before, &before);
+    int first = 0;
+    while (!CPU_ISSET(first, &before)) ++first;
+    cpu_set_t one;
+    CPU_ZERO(&one);
+    CPU_SET(first, &one);
+    runOn(one);
+    work();
+    runOn(before);
 }
-
-OneProcessor::~OneProcessor() { runOn(mBefore); }
 
 }  // namespace kavio::bench

@@ -117,15 +117,13 @@ void queryStore(benchmark::State& state, const Setup& setup) {
     sqlite3_close(database);
 }
 
-/// Many short runs, because the disk is slow to come back from a disturbance.
-void waitForDisk(benchmark::internal::Benchmark* benchmark) {
-    benchmark->UseRealTime()->Iterations(20)->Repetitions(100);
-}
+/// Many short runs, because the disk is slow to recover from a disturbance.
+void timeDisk(benchmark::internal::Benchmark* benchmark) { benchmark->UseRealTime()->Iterations(20)->Repetitions(100); }
 
 BENCHMARK(prepareRequest);
 BENCHMARK(bareDigests);
 BENCHMARK(readStore);
-BENCHMARK(writePaymentDown)->Apply(waitForDisk);
+BENCHMARK(writePaymentDown)->Apply(timeDisk);
 
 }  // namespace
 
@@ -133,7 +131,7 @@ void registerPreparing(const Setup& setup) {
     benchmark::RegisterBenchmark("queryStore", [setup](benchmark::State& state) { queryStore(state, setup); });
     benchmark::RegisterBenchmark("bareCommit", [setup](benchmark::State& state) {
         bareCommit(state, setup);
-    })->Apply(waitForDisk);
+    })->Apply(timeDisk);
 }
 
 }  // namespace kavio::bench

@@ -22,8 +22,8 @@ namespace kavio::bench {
 namespace {
 
 /// Keeps the runs of each benchmark: in nanoseconds of processor time, unless it waits for the disk. The best one
-/// counts, because disturbances only make a run longer. Where another process answers, luck makes some shorter, and
-/// the middle one counts.
+/// counts, because disturbances only make a run longer. For calls on a kept connection it is the median, because luck
+/// makes some of them shorter.
 class Runs final : public benchmark::BenchmarkReporter {
 public:
     bool ReportContext(const Context&) override { return true; }
@@ -168,10 +168,7 @@ std::string report(const Setup& setup) {
     Runs best;
     // What scatters the heap as no application does comes late: ten thousand machines, a thousand calls at once, and a
     // tree of nodes for each value.
-    {
-        const OneProcessor shared;
-        benchmark::RunSpecifiedBenchmarks(&best, "wholeCall|sessionCall|[bB]areCall");
-    }
+    onOneProcessor([&] { benchmark::RunSpecifiedBenchmarks(&best, "wholeCall|sessionCall|[bB]areCall"); });
     benchmark::RunSpecifiedBenchmarks(&best, "Payment|Commit");
     {
         const KeptMemory kept;

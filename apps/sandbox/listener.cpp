@@ -23,8 +23,8 @@ httplib::Server::HandlerResponse noLengthIsNoBody(const httplib::Request& reques
     return httplib::Server::HandlerResponse::Unhandled;
 }
 
-/// Where a client allows it, the HTTP server would compress with Brotli at its densest, which takes longer than all the
-/// rest of an answer.
+/// For a client that takes Brotli, the HTTP server would use that at its densest, which takes longer than all the rest
+/// of an answer.
 void compressWithGzip(const httplib::Request& request) {
     auto& headers = const_cast<httplib::Request&>(request).headers;
     const bool isAccepted = request.get_header_value("Accept-Encoding").find("gzip") != std::string::npos;

@@ -53,7 +53,7 @@ constexpr std::optional<decltype(Row::value)> withText(const std::array<Row, N>&
 
 template <class Row, std::size_t N>
 constexpr std::optional<decltype(Row::value)> withCode(const std::array<Row, N>& rows, std::int64_t code) {
-    const auto likely = static_cast<std::size_t>(code);  // where it mostly is
+    const auto likely = static_cast<std::size_t>(code);  // most enumerators stand in the row of their code
     if (likely < N && static_cast<std::int64_t>(rows[likely].value) == code) return rows[likely].value;
     for (const auto& row : rows) {
         if (static_cast<std::int64_t>(row.value) == code) return row.value;

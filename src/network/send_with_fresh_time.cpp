@@ -46,8 +46,8 @@ std::optional<APIFailure> givenUp() {
     return connectionFailure({UrlError::cancelled, "cancelled", std::nullopt, false});
 }
 
-/// Calls `send`, unless `prepare` fails, once the time sample is good for the request, or once an attempt to renew it
-/// has failed.
+/// Once the time sample is good for the request, or an attempt to renew it has failed, calls `prepare`, then `send`. If
+/// `prepare` fails, the completion gets its failure instead.
 void withFreshTime(APIRequest request, RawCompletion completion, BeforeSending prepare,
                    std::function<void(KavioNetworkService&, APIRequest, RawCompletion)> send) {
     const auto transport = KavioNetworkService::shared();

@@ -200,7 +200,8 @@ private:
     std::unique_ptr<ObjectShape> mShape;
     mutable std::span<const ObjectShape::Answer> mAnswers;  // of the shape
     mutable std::size_t mTurn = 0;
-    // Where the members' values are in the document, in the order of the shape, and 0 for a member that is missing.
+    // Where the members' values are in the document, in the order of the shape, and then a 0, which stands for a member
+    // that is missing.
     std::uint32_t* mIndices;
     std::array<std::uint32_t, mostOnStack + 1> mFewIndices;
     std::vector<std::uint32_t> mManyIndices;

@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <limits>
 #include <memory>
 #include <span>
 #include <string>
@@ -59,7 +58,7 @@ public:
         const char* key;  // a literal, so the same address is the same name
         std::size_t position;
     };
-    /// By the turns in which a record asks for its keys, which mostly are the same with each object.
+    /// One per turn: a record mostly asks for the same keys in the same order.
     std::span<const Answer> answers() const { return mAnswers; }
     /// The position of the last member of that name, or `size()` if there is none. It becomes the answer for that turn.
     std::size_t find(Key key, std::size_t turn);

@@ -13,6 +13,7 @@
 #include <chrono>
 #include <climits>
 #include <csignal>
+#include <deque>
 #include <mutex>
 #include <new>
 #include <system_error>
@@ -69,10 +70,8 @@ bool isDistrust(CURLcode code) {
     return code == CURLE_PEER_FAILED_VERIFICATION || code == CURLE_SSL_CONNECT_ERROR || code == CURLE_OUT_OF_MEMORY;
 }
 
-using Tasks = std::vector<TaskPointer>;
-
 /// The first one for which `isWanted` is true, or null.
-template <class Predicate>
+template <class Tasks, class Predicate>
 TaskPointer takeFirst(Tasks& tasks, Predicate isWanted) {
     const auto found = std::find_if(tasks.begin(), tasks.end(), isWanted);
     if (found == tasks.end()) return nullptr;
@@ -152,20 +151,20 @@ private:
     Wakeup mWakeup;
     std::atomic<bool> mSomeAreGivenUp = false;
     std::mutex mMutex;
-    bool mStopping = false;  // guarded by mMutex
-    Tasks mSubmitted;        // guarded by mMutex
+    bool mStopping = false;              // guarded by mMutex
+    std::deque<TaskPointer> mSubmitted;  // guarded by mMutex
 
     KeptConnection mKept;
     bool mHaveDistrusted = false;
-    Tasks mRunning;
+    std::vector<TaskPointer> mRunning;
     Steady::time_point mNextOverdue = Steady::time_point::max();  // no task that runs is overdue before
-    Tasks mWaiting;
+    std::vector<TaskPointer> mWaiting;
 };
 
 /// A task in the engine, for whoever submitted it.
-class UrlEngine::OpenTask : public DownloadTask {
+class UrlEngine::SubmittedTask : public DownloadTask {
 public:
-    OpenTask(std::weak_ptr<Loop> loop, std::shared_ptr<Departure> departure)
+    SubmittedTask(std::weak_ptr<Loop> loop, std::shared_ptr<Departure> departure)
         : mLoop(std::move(loop)), mDeparture(std::move(departure)) {}
 
     bool cancel() override {
@@ -205,9 +204,9 @@ void UrlEngine::submit(UrlRequest request, Completion completion) {
 std::shared_ptr<DownloadTask> UrlEngine::submitTask(UrlRequest request, Completion completion) {
     const auto loop = mLoop;
     auto task = loop->makeTask(std::move(request), std::move(completion));
-    auto open = std::make_shared<OpenTask>(loop, task->exchange.departure());
+    auto submitted = std::make_shared<SubmittedTask>(loop, task->exchange.departure());
     loop->submit(std::move(task));
-    return open;
+    return submitted;
 }
 
 UrlEngine::Loop::Loop(UrlConduct conduct) : mConduct(std::move(conduct)) {

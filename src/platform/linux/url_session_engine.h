@@ -28,7 +28,7 @@ public:
 
 private:
     class Loop;
-    class OpenTask;
+    class SubmittedTask;
 
     std::shared_ptr<Loop> mLoop;
     std::thread mThread;

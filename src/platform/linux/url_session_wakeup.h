@@ -33,7 +33,7 @@ public:
         if (state == State::POLLING) eventfd_write(mDescriptor, 1);
     }
 
-    /// Waits for nothing but a signal. That is cheaper than to poll, and the usual wait before a request.
+    /// Waits for a signal only. This is cheaper than polling, and it is how the thread usually waits for a request.
     void wait() {
         if (enter(State::SLEEPING)) {
             while (sem_wait(&mSemaphore) != 0 && errno == EINTR) {

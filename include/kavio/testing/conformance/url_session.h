@@ -57,6 +57,9 @@ TEST_P(SessionConformance, RefusesWhatIsNotARequestAndSendsNothing) {
                  get("https://service test/"),
                  get(url + std::string("/\0", 2)),
                  UrlRequest{"GET", url, {{"lang", "de\r\nX: injected"}}, {}},
+                 UrlRequest{"GET", url, {{"lang\nX", "injected"}}, {}},
+                 UrlRequest{"GET", url, {{std::string("la\0ng", 5), "de"}}, {}},
+                 UrlRequest{"GET", url, {{"lang", std::string("de\0", 3)}}, {}},
                  UrlRequest{"GET / HTTP/1.1\r\nX:", url, {}, {}},
              }) {
             EXPECT_EQ(fetched(manner, request), "-1000 unsent")
