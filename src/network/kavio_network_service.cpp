@@ -28,13 +28,13 @@ RawResult failed(APIError error, std::int64_t status, std::optional<std::string>
     return RawResult::failed({error, status, std::move(message), std::nullopt});
 }
 
-HeaderFields serviceHeaders(const std::optional<std::string>& apiKey, const SentToken& token) {
+HeaderFields serviceHeaders(const std::optional<std::string>& apiKey, const std::optional<SessionToken>& token) {
     HeaderFields headers;
     headers.reserve(5);  // with the signature
     headers.emplace_back("X-Zelto-Wallet-Api-Key", apiKey ? *apiKey : fallbackApiKey);
     headers.emplace_back("Content-Type", "application/json; charset=utf-8");
     headers.emplace_back("lang", Platform::current().locale->languageCode().value_or("en"));
-    if (token) headers.emplace_back("X-Zelto-Wallet-Session-Token", *token);
+    if (token) headers.emplace_back("X-Zelto-Wallet-Session-Token", token->text);
     return headers;
 }
 
@@ -152,8 +152,7 @@ UrlRequest KavioNetworkService::prepare(APIRequest& request) {
     urlRequest.method = request.method;
     urlRequest.idempotency = request.idempotency;
     urlRequest.willWait = std::move(request.willWait);
-    urlRequest.headers =
-        request.headers ? *std::move(request.headers) : serviceHeaders(stored.apiKey, sentToken(request));
+    urlRequest.headers = request.headers ? *std::move(request.headers) : serviceHeaders(stored.apiKey, request.token);
     urlRequest.headers.emplace_back("X-Zelto-Sign",
                                     signRequest(urlRequest.url, bodyOf(urlRequest), serverTimeStamp(stored.sample)));
     trace(traceTag, [&] {

@@ -46,22 +46,24 @@ std::string signRequest(std::string_view url, std::string_view body, std::string
     const auto bodyDigest = sha1(isText ? characters.prefix(body, signedBodyCharacters) : std::string_view());
     const auto stampDigest = sha1(stamp);
 
-    std::string digests;
-    for (const auto& digest : {urlDigest, bodyDigest, stampDigest}) digests += bytesOf(digest);
-    const auto all = sha1(digests);
+    std::string bytes;
+    bytes.reserve(3 * urlDigest.size());
+    for (const auto& digest : {urlDigest, bodyDigest, stampDigest}) bytes += bytesOf(digest);
+    const auto all = sha1(bytes);
 
-    std::string token(bytesOf(urlDigest).substr(0, 1));
-    token += bytesOf(all);
-    return urlTokenEncode(token).append(stamp.substr(stamp.size() - std::min<std::size_t>(4, stamp.size())));
+    bytes = bytesOf(urlDigest).substr(0, 1);
+    bytes += bytesOf(all);
+    return urlTokenEncode(bytes).append(stamp.substr(stamp.size() - std::min<std::size_t>(4, stamp.size())));
 }
 
 std::string urlTokenEncode(std::string_view bytes) {
     auto text = Platform::current().base64->encode(bytes);
+    text.reserve(text.size() + 8);  // for what is appended to it
     const auto padding = std::count(text.begin(), text.end(), '=');
     text.resize(text.size() - static_cast<std::size_t>(padding));
     std::replace(text.begin(), text.end(), '+', '-');
     std::replace(text.begin(), text.end(), '/', '_');
-    return text + std::to_string(padding);
+    return text.append(std::to_string(padding));
 }
 
 }  // namespace kavio
