@@ -1,5 +1,7 @@
 #include "one_processor.h"
 
+#include <sched.h>
+
 #include <filesystem>
 #include <stdexcept>
 #include <string>
@@ -17,7 +19,8 @@ void runOn(const cpu_set_t& processors) {
 
 void onOneProcessor(const std::function<void()>& work) {
     cpu_set_t before;
-    sched_getaffinity(0, sizeof before, &before);
+    if (sched_getaffinity(0, sizeof before, &before) != 0)
+        throw std::runtime_error("The system does not tell the processors of the process.");
     int first = 0;
     while (!CPU_ISSET(first, &before)) ++first;
     cpu_set_t one;
